@@ -1,0 +1,61 @@
+# Settings that every target of the project shares.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+# Programs and libraries find each other where they are built and where they are installed.
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN")
+
+# No path of the machine that builds in what it builds.
+add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+
+find_program(NUV_CCACHE ccache)
+if(NUV_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER "${NUV_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${NUV_CCACHE}")
+endif()
+
+add_library(nuv_warnings INTERFACE)
+target_compile_options(nuv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+set(NUV_SANITIZE "" CACHE STRING "Sanitizers, such as address,undefined or thread")
+if(NUV_SANITIZE)
+  add_compile_options(-fsanitize=${NUV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${NUV_SANITIZE})
+endif()
+
+if(WIN32)
+  set(NUV_SYSTEM windows)
+else()
+  set(NUV_SYSTEM posix)
+endif()
+
+# nuv_add_layer(NAME sources... [NEEDS layers or libraries...]): one layer of the library as a static
+# library, so that the shared library and the tests are built from the same objects.
+function(nuv_add_layer name)
+  cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "NEEDS")
+  add_library(${name} STATIC ${LAYER_UNPARSED_ARGUMENTS})
+  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}/include")
+  target_link_libraries(${name} PUBLIC ${LAYER_NEEDS} PRIVATE nuv_warnings)
+endfunction()
+
+# nuv_add_test(TARGET): runs a test program inside a private network with a network of its own, so
+# that its broadcasts leave neither the machine nor the test.
+function(nuv_add_test target)
+  cmake_parse_arguments(PARSE_ARGV 1 TEST "" "TIMEOUT" "ARGS")
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 300)
+  endif()
+  add_test(NAME ${target}
+           COMMAND "${PROJECT_SOURCE_DIR}/tests/support/in_private_network.sh" "$<TARGET_FILE:${target}>"
+                   ${TEST_ARGS})
+  set_tests_properties(${target} PROPERTIES TIMEOUT ${TEST_TIMEOUT} SKIP_RETURN_CODE 77)
+endfunction()

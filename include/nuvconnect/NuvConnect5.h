@@ -1,0 +1,327 @@
+// NuvConnect5: connection library for resin 3D printers. The 77 exported functions.
+//
+// Reading order: life cycle, finding printers, state, jobs, callbacks; then the rest by topic.
+//
+// Results. Every int export returns -1 (NUV_NO_INSTANCE), and touches no argument, while no
+// framework exists; otherwise a code of ResultCodes.h. A query returns 0, 1 when the printer did
+// not answer (up to 36 s per attempt on the network, three attempts), or 29 when it answered
+// without "OK"; each failed query also calls the error-code callback once with (result, command).
+//
+// Strings are 8-bit and NUL-terminated. `char* out` buffers are filled by unbounded copies: the
+// library knows no size, so give each NUV_TEXT_BYTES bytes, which holds any printer's value.
+// A function with ONE string output writes it only when it returns 0; a function with SEVERAL
+// writes all of them whatever it returns, so after a failure they are empty.
+//
+// String lists: `list` is an array of `*count` buffers of `entrySize` + 1 bytes EACH: a string as
+// long as entrySize or longer is cut to entrySize characters and a NUL is written behind them.
+// Afterwards *count is the number of strings found, also when that is more than were copied, and
+// the copy is made whatever the function returns.
+//
+// Integer outputs of a failed query are 0 unless said otherwise. A null pointer is allowed only
+// where said.
+//
+// Threads. API_Initial first, API_Close last, neither beside another call. All others may be
+// called from any thread; one request and its reply are never mixed with another's. Listing,
+// choosing and jobs change what is current: do those from one thread at a time.
+//
+// Errors in numbers. A reply whose field is no number leaves the call as the C++ exception
+// std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
+// argument out of range"). No other exception leaves the library. docs/protocol.md has the wire.
+//
+// What crosses the boundary as a C++ object (the interface of GetConnectingInstance, the strings
+// of NuvPrintingInfoCallback) needs the compiler that built the library; all else is plain C.
+#ifndef NUVCONNECT_NUVCONNECT5_H_
+#define NUVCONNECT_NUVCONNECT5_H_
+
+#include <stddef.h>
+
+#include "nuvconnect/Callbacks.h"
+#include "nuvconnect/ResultCodes.h"
+
+#if defined(_WIN32)
+#if defined(NUVCONNECT_BUILDING)
+#define NUV_API __declspec(dllexport)
+#else
+#define NUV_API __declspec(dllimport)
+#endif
+#else
+#define NUV_API __attribute__((visibility("default")))
+#endif
+
+// Size that holds any single string a printer reports: the longest reply line a printer sends.
+#define NUV_TEXT_BYTES 4096
+
+#ifdef __cplusplus
+namespace Nuv::Connect {
+class IConnectingFramework;
+}
+extern "C" {
+#else
+#include <stdbool.h>
+#endif
+
+// ---- Life cycle ---------------------------------------------------------------------------------
+
+// Creates the framework; a second call does nothing. Returns 0.
+NUV_API int API_Initial(void);
+
+// Ends the status thread and destroys the framework with its connection and callbacks. Harmless
+// without one. Not while another thread is inside an export.
+NUV_API void API_Close(void);
+
+#ifdef __cplusplus
+// Makes a new framework of the caller's own, unrelated to the one of the API_ functions. The
+// caller deletes it through the interface.
+NUV_API Nuv::Connect::IConnectingFramework* GetConnectingInstance(void);
+#endif
+
+// ---- Finding and choosing printers --------------------------------------------------------------
+
+// Port of the UDP search, 1 to 65535, 6013 at start. Process-wide; kept after API_Close.
+// The two names do the same. Return 0.
+NUV_API int API_SetUpdPort(int port);
+NUV_API int API_SetBroadCastPort(int port);
+
+// Searches by the local link's own UDP search. `address`, `netmask` (null: empty): the one network
+// to search, both empty for every network of the host. `timeoutMs`: wait after the last answer.
+// `list`: the reply lines. Returns 0 or 2. Does not change the device tables.
+NUV_API int API_SearchNetworkDevice(char** list, int* count, int entrySize, const char* address,
+                                    const char* netmask, int timeoutMs);
+
+// Lists the printers of `kind` (0 USB, 1 network) by opening each in turn and asking its identity
+// (command 101). `list`: their serial numbers. `timeoutMs`: how long the network search waits after
+// the last answer on each network, 0 or below for 3000; it stays set for later searches.
+// Returns 0; 1 negative kind; 2 nothing found; 3 a printer could not be opened (the list then holds
+// those before it). On 1, 2 and 3 the table of an earlier listing stays. Closes what it opened.
+NUV_API int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs);
+
+// Lists USB printers; *count: how many. Result as for API_GetDeviceList.
+NUV_API int API_SearchUSBDevice(int* count);
+
+// One text of a listed device: `index` in the table of `kind`, `field` 0 to 3 (NuvDeviceField).
+// Returns 0, or 2 (no such device); `out` is written in both cases, empty after a failure.
+NUV_API int API_GetDeviceInfo(char* out, int kind, int index, int field);
+
+// Opens device `index` of `kind` and makes it current. Returns 0 or 3; on 3 the earlier one stays.
+NUV_API int API_ChooseDevice(int kind, int index);
+
+// Opens the first listed device of `kind` whose serial number is exactly `serial` (not null).
+// When that kind has not been listed yet, this call lists it and returns 2; call again to connect.
+// Returns 0; 2 no match; 3 not opened.
+NUV_API int API_ConnectDeviceBySN(int kind, const char* serial);
+
+// Opens the network printer of the last listing with exactly this IPv4 `address` (null: empty).
+// Returns 0 or 3.
+NUV_API int API_ConnectNetWorkDevice(const char* address);
+
+// Runs one network search with the stored port and time limit. `list`: the distinct reply lines
+// that contain `filter` (null or empty: all), in order of arrival. Returns 0, or 2 when none.
+NUV_API int API_GetBroadCastResult(char** list, int* count, int entrySize, const char* filter);
+
+// ---- Identity and state -------------------------------------------------------------------------
+
+// Firmware version, printer name, model name, serial number, controller version: keys V, N, M, S, C
+// of command 101.
+NUV_API int API_GetPrinterInfo(char* version, char* name, char* model, char* serial,
+                               char* controller);
+
+// The same of a BEGO printer, and its date of manufacture: keys V, N, M, S, C, D of command 354.
+NUV_API int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial,
+                                    char* controller, char* date);
+
+// *status: printer state (NuvPrinterState), key S of command 102; -1 when the query fails.
+NUV_API int API_GetPrinterStatus(int* status);
+
+// As above; *errorCode: the printer's error number, key E, written only when the state is 3.
+NUV_API int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode);
+
+// Current layer (key L), progress in percent 0 to 100 (the number in key C) and minutes left (key
+// T) of command 102. Returns 22 when the printer is not printing; the outputs are then, as after
+// every failure, left as they were.
+NUV_API int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutesLeft);
+
+// Layers (key L) and minutes (key T) of the whole current or last job, of command 107.
+NUV_API int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes);
+
+// ---- Resin --------------------------------------------------------------------------------------
+
+// Resin state (key S), resin left in ml (R), resin code (C), tank volume in ml (V), lot (Q) of
+// command 105. A refusal that names the resin's state returns 10 to 14 (ResultCodes.h), any
+// other 1.
+NUV_API int API_GetResinInfo2(int* state, int* remaining, char* resinCode, int* tankVolume,
+                              char* lot);
+
+// Resin state (key S), resin left in ml (R), date of use (D), resin type (T) of command 120.
+NUV_API int API_GetResinInfo(int* state, int* remaining, char* date, char* type);
+
+// Resin name, lot, date of use, volume in ml of a BEGO printer: keys N, L, D, V of command 356.
+NUV_API int API_GetResinInfo_BEGO(char* name, char* lot, char* expiry, char* volume);
+
+// ---- Jobs ---------------------------------------------------------------------------------------
+
+// Sends the print file at `path` to the current printer; returns when it is sent, cancelled or
+// failed, about 100 ms a line. `progress` (may be null) gets the percentage after each line. The
+// send callbacks run on this thread. One job at a time; a second one meanwhile returns 1.
+// Returns 0 sent, or cancelled through the cancel callback (command 104 with 2 then abandons the
+// job on the printer); 4 the file cannot be opened, is damaged, or cannot be read on; 16 no free
+// buffer (command 117, or 503 for Android-board machines), or the printer was lost while waiting
+// for some; 20 a line could not be written; 21 no sender for the file's machine ID; 23 the NuvFile
+// library cannot be loaded; 1 the opening exchange failed. Diagnostics name the cause.
+NUV_API int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback progress);
+
+// Sends a plain text file of printer commands, line by line, each ended CR LF. As above, but with
+// no opening exchange; a cancel returns 0 and sends no command 104. Returns 0, 1, 4, 16 or 20.
+NUV_API int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback progress);
+
+// ---- Callbacks: Callbacks.h says what each is told and on which thread. Return 0. ---------------
+
+#ifdef __cplusplus
+// The first call starts the status thread, which reports a running print every `intervalMs`
+// milliseconds (at least 1000); later calls change nothing.
+NUV_API int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
+                                             unsigned int intervalMs);
+#endif
+NUV_API int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback);
+NUV_API int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback);
+NUV_API int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback callback);
+NUV_API int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callback);
+
+// ---- Raw channel --------------------------------------------------------------------------------
+
+// Reopens the last chosen printer; closes it. False without a framework.
+NUV_API bool API_NUVCONNECT_OpenDevice(void);
+NUV_API bool API_NUVCONNECT_CloseDevice(void);
+
+// Sends `command` (null: empty; the caller writes the line end) and writes the reply line, without
+// its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. An empty
+// reply when the printer did not answer. Returns 0.
+NUV_API int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen);
+
+// Reads one more reply line without sending, in the same way.
+NUV_API int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen);
+
+// ---- Settings -----------------------------------------------------------------------------------
+
+// Scaling of the build in X, Y and Z, two factors each: command 370, read by command 369.
+NUV_API int API_SetBCPScaling(float x1, float x2, float y1, float y2, float z1, float z2);
+NUV_API int API_GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1, float* z2);
+
+// Nickname of the printer (may hold blanks): command 196, read by command 197. `name` not null.
+NUV_API int API_SetNickName(const char* name);
+NUV_API int API_GetNickName(char* out);
+
+// Laser power in percent and Z compensation in micrometres: command 332, read by command 159.
+NUV_API int API_SetLaserPower(int percent);
+NUV_API int API_GetLaserPower(int* percent);
+NUV_API int API_SetZCompensation(int micrometres);
+NUV_API int API_GetZCompensation(int* micrometres);
+
+// Skips the warm-up that the printer is in: command 112.
+NUV_API int API_SkipSLAWarmup(void);
+
+// ---- Wireless network ---------------------------------------------------------------------------
+
+// Names of the access points in reach: command 198.
+NUV_API int API_GetApList(char** list, int* count, int entrySize);
+
+// *connected: 1 when the printer is joined to an access point, else 0: key S of command 190.
+NUV_API int API_IsconnectedAp(int* connected);
+
+// Joins the access point `name` with `key` (null: empty; both may hold blanks): command 191.
+NUV_API int API_ConnectAp(const char* name, const char* key);
+
+// Signal in percent (key R) and security mode (key M) of access point `name`: command 190.
+NUV_API int API_GetApAttribute(const char* name, int* signal, int* security);
+
+// Leaves the access point: command 191 with 2.
+NUV_API int API_DisconnectAp(void);
+
+// MAC address of the wireless and of the wired port: key MAC of command 192.
+NUV_API int API_GetMacAddressWifi(char* out);
+NUV_API int API_GetMacAddressLan(char* out);
+
+// ---- Versions and features ----------------------------------------------------------------------
+
+NUV_API int API_GetAndroidVersion(char* out);   // of the Android board: key V of command 310
+NUV_API int API_GetLCMPanelVersion(char* out);  // of the LCM panel: key V of command 504
+
+// *supported: 1 when the printer takes resins without a tag: key S of command 335.
+NUV_API int API_IsOpenModeSupported(int* supported);
+
+// *registered: 1 when the printer accepts the tag of the resin in place: command 219.
+NUV_API int API_IsRegisteredCorrectTag(int* registered);
+
+// *type: number of the tank in place: key V_S of command 301.
+NUV_API int API_GetTankType(int* type);
+
+// ---- Job history --------------------------------------------------------------------------------
+
+// Index of the last job that the host has read: commands 170 and 171.
+NUV_API int API_GetLastUpdatedIndex(int* index);
+NUV_API int API_SetLastUpdatedIndex(int index);
+
+// Index of the current or last job (0: none yet), one more for each job that the printer accepts,
+// and the model data bytes received for it: keys I and S of command 157.
+NUV_API int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize);
+
+// Job `jobIndex` of the history: commands 174, 175, 176, 177 with that index.
+NUV_API int API_GetJobInfo1(int jobIndex, char* jobName, char* resinCode, char* startTime);
+NUV_API int API_GetJobInfo2(int jobIndex, int* layers, int* minutes, int* resinVolume, int* result);
+NUV_API int API_GetJobInfo3(int jobIndex, int* layerThickness, int* exposureTime,
+                            int* bottomExposureTime, int* laserPower);
+NUV_API int API_GetJobInfo4(int jobIndex, char* endTime, char* lot);
+
+// Jobs of `kind` (0: all) started, finished, cancelled and failed: command 169.
+NUV_API int API_GetJobCounter(int kind, int* started, int* finished, int* cancelled, int* failed);
+
+// ---- Light engine and sensors -------------------------------------------------------------------
+
+// Flash parameters of the light engine, keys by name: command 327.
+NUV_API int API_GetLSUFlashParameterFX150(int* c1, int* c2, int* c3, int* l1, int* l2, int* l3,
+                                          int* t1, int* t2, int* t3, int* z1, int* z2);
+NUV_API int API_GetLSUFlashParameter(int* c, int* l, int* p, int* s, int* t, int* w, int* y);
+
+// Pulse widths of `laser`: keys LSU, P1 to P5 of command 303.
+NUV_API int API_GetLSULaserPWMvalues(int laser, int* lsu, int* p1, int* p2, int* p3, int* p4,
+                                     int* p5);
+
+// Photodiode readings of `laser`: command 186.
+NUV_API int API_GetPDSensorData(int laser, int* minimum, int* maximum, int* average);
+
+// Hours that the light source has been on: command 708.
+NUV_API int API_GetLedUseTime(char* out);
+
+// Thirteen sensors: keys C_T, C_B, ZLT, ZLB, V_S, L_S, W_H, Y_H, C_LI, C_P, P_S, Y_F, T_T of
+// command 301, in this order.
+NUV_API int API_GetSensorStatusFX120(int* ct, int* cb, int* zlt, int* zlb, int* vs, int* ls,
+                                     int* wh, int* yh, int* cli, int* cp, int* ps, int* yf,
+                                     int* tt);
+
+// *processing: 1 while the printer moves to its reference position: key R of command 515.
+NUV_API int API_GetRepositionProcessing(int* processing);
+
+// ---- Firmware -----------------------------------------------------------------------------------
+
+// Announces an image: engine (size in bytes, file name); Android board (kind, size in bytes, file
+// name; command 506); LCM panel (file name). Names not null.
+NUV_API int API_SetFWUpdateFileInfo_Engine(unsigned int size, const char* path);
+NUV_API int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const char* path);
+NUV_API int API_StartFWUpdateFileInfo_LCM(const char* path);
+
+// Sends an announced image of `length` bytes in blocks, about 15 ms each; the panel image is the
+// first 21504 bytes of `data`. Return 0, or 2 when the cancel callback stopped it.
+NUV_API int API_SendFWData(const unsigned char* data, int length);
+NUV_API int API_SendFWDataAndroid(const unsigned char* data, int length);
+NUV_API int API_SendFWPanelData(const unsigned char* data, int length);
+
+// Ends a panel update; `out`: the printer's answer.
+NUV_API int API_FinishFWUpdateFileInfo_LCM(char* out);
+
+// Starts the upgrade of the Android board: command 507.
+NUV_API int API_StartFWUpgradeProcess(void);
+
+#ifdef __cplusplus
+}  // extern "C"
+#endif
+
+#endif  // NUVCONNECT_NUVCONNECT5_H_

@@ -1,0 +1,50 @@
+// Result codes of every int-returning export and framework operation.
+//
+// Plain C. Codes that a printer-side layer produces pass up to the host unchanged, so a host
+// switches on these values whatever call returned them.
+#ifndef NUVCONNECT_RESULTCODES_H_
+#define NUVCONNECT_RESULTCODES_H_
+
+enum NuvResult {
+  NUV_NO_INSTANCE = -1,        // no framework: API_Initial was not called, or API_Close was
+  NUV_OK = 0,                  // done; a cancelled print job reports NUV_OK too
+  NUV_FAILED = 1,              // invalid device kind, or the printer did not answer the command
+  NUV_NOT_FOUND = 2,           // no device, index out of range, search failed; firmware: cancelled
+  NUV_CONNECTION_REFUSED = 3,  // the device could not be opened
+  NUV_FILE_NOT_READABLE = 4,   // the file cannot be opened, or is damaged
+
+  // Resin refusals: the printer answered a resin query without "OK" and named its resin state.
+  NUV_RESIN_EMPTY = 10,           // resin state 4: too little resin left
+  NUV_RESIN_EXPIRED = 11,         // resin state 2: past its date of use
+  NUV_RESIN_NO_CARTRIDGE = 12,    // resin state 0: no cartridge or tank in place
+  NUV_RESIN_TAG_UNREADABLE = 13,  // resin state 1: the tag cannot be read
+  NUV_RESIN_WRONG_TYPE = 14,      // resin state 3: not a resin for this printer
+
+  NUV_NO_BUFFER_SPACE = 16,  // the printer has no free buffer, or was lost while waiting for it
+  NUV_WRITE_FAILED = 20,     // a line of a job could not be written
+  NUV_NO_JOB_SENDER = 21,    // no sender for the machine ID in the print file
+  NUV_NOT_PRINTING = 22,     // the printer is not printing
+  NUV_NUVFILE_MISSING = 23,  // the print-file library NuvFile cannot be loaded
+  NUV_PRINTER_REFUSED = 29   // the printer answered without "OK"
+};
+
+// Device kinds.
+enum NuvDeviceKind { NUV_KIND_USB = 0, NUV_KIND_NETWORK = 1 };
+
+// Positions of the strings that API_GetDeviceInfo hands out.
+enum NuvDeviceField {
+  NUV_DEVICE_IDENTIFIER = 0,    // how the link enumerated it: an IPv4 address, a device path
+  NUV_DEVICE_SERIAL = 1,        // serial number
+  NUV_DEVICE_MODEL = 2,         // model name
+  NUV_DEVICE_SUPPLEMENTARY = 3  // nickname, for models that list one; else empty
+};
+
+// Printer states reported by API_GetPrinterStatus.
+enum NuvPrinterState {
+  NUV_PRINTER_IDLE = 0,
+  NUV_PRINTER_PRINTING = 1,
+  NUV_PRINTER_RECEIVING = 2,  // a job is opened and its data not yet complete
+  NUV_PRINTER_ERROR = 3
+};
+
+#endif  // NUVCONNECT_RESULTCODES_H_

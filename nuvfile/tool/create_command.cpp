@@ -1,0 +1,116 @@
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "commands.h"
+#include "nuvfile/byte_source.h"
+#include "nuvfile/print_file_writer.h"
+#include "nuvfile/text_lines.h"
+
+namespace nuvfile::tool {
+namespace {
+
+int UsageFault(const std::string& subject, const std::string& message) {
+  PrintFault(subject, message, "Run 'nuvfile create --help' for the options.");
+  return kExitUsage;
+}
+
+bool IsPng(const std::vector<uint8_t>& bytes) {
+  constexpr uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+  return bytes.size() >= sizeof(kSignature) &&
+         std::memcmp(bytes.data(), kSignature, sizeof(kSignature)) == 0;
+}
+
+// Splits at the first '=': values may hold more of them. False without any.
+bool SplitArguments(const std::vector<std::string>& given, std::vector<Argument>* arguments) {
+  for (const std::string& text : given) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos) {
+      UsageFault("--argument " + text, "expected name=value");
+      return false;
+    }
+    arguments->push_back({text.substr(0, equals), text.substr(equals + 1)});
+  }
+  return true;
+}
+
+// Reads the files named by the options into `contents`. Returns an exit code.
+int ReadRecords(const CreateOptions& options, PrintFileContents* contents) {
+  const struct {
+    const char* option;
+    const std::string& path;
+    uint64_t max_length;
+    std::vector<uint8_t>* bytes;
+  } kRows[] = {
+      {"--key-file", options.key_path, kMaxKeyLength, &contents->aes_key},
+      {"--l101", options.l101_path, kMaxRecordLength, &contents->l101},
+      {"--l102", options.l102_path, kMaxRecordLength, &contents->l102},
+      {"--l103", options.l103_path, kMaxRecordLength, &contents->l103},
+      {"--preview", options.preview_path, kMaxPreviewLength, &contents->preview},
+  };
+  for (const auto& row : kRows) {
+    if (row.path.empty()) continue;
+    const Status status = ReadWholeFile(row.path, row.max_length, row.bytes);
+    if (status.ok()) continue;
+    PrintFault(row.option, status.message(), "Check the file named by this option.");
+    return ExitCodeFor(status.fault());
+  }
+  if (!options.preview_path.empty() && !IsPng(contents->preview)) {
+    PrintFault("--preview", "'" + options.preview_path + "' is not a PNG picture",
+               "Save the preview as PNG and try again.");
+    return kExitRefused;
+  }
+  return kExitOk;
+}
+
+std::string CreateAdvice(Fault fault) {
+  switch (fault) {
+    case Fault::kBadText:
+      return "Run 'nuvfile create --help' for the options.";
+    case Fault::kBadLine:
+      return "Correct or remove that line of the text and try again.";
+    case Fault::kTooLarge:
+      return "Split the job, or check that the text is what you meant.";
+    case Fault::kWriteFailed:
+      return "Check the free space of the disk and try again.";
+    case Fault::kCannotOpen:
+      return "Check the path and that its folder may be written to.";
+    default:
+      return "";
+  }
+}
+
+}  // namespace
+
+int RunCreate(const CreateOptions& options) {
+  if (options.lines_path == options.out_path) {
+    return UsageFault(options.out_path, "the data lines and the print file are the same file");
+  }
+  PrintFileContents contents;
+  contents.machine_id = options.machine_id;
+  contents.project_id = options.project_id;
+  contents.material_id = options.material_id;
+  if (!SplitArguments(options.arguments, &contents.arguments)) return kExitUsage;
+  if (const int code = ReadRecords(options, &contents); code != kExitOk) return code;
+  std::unique_ptr<TextLines> lines;
+  if (const Status status = TextLines::Open(options.lines_path, &lines); !status.ok()) {
+    PrintFault("data lines", status.message(), "Check the path.");
+    return ExitCodeFor(status.fault());
+  }
+  WriteSummary summary;
+  const Status status = WritePrintFile(
+      options.out_path, contents,
+      [&](std::string_view* line, Status* error) { return lines->Next(line, error); }, &summary);
+  if (!status.ok()) {
+    PrintFault(options.out_path + " not written", status.message(), CreateAdvice(status.fault()));
+    // The texts come from the command line.
+    return status.fault() == Fault::kBadText ? kExitUsage : ExitCodeFor(status.fault());
+  }
+  std::printf("%s: %llu data lines, %llu bytes of model data, %llu bytes\n",
+              options.out_path.c_str(), static_cast<unsigned long long>(summary.line_count),
+              static_cast<unsigned long long>(summary.model_bytes),
+              static_cast<unsigned long long>(summary.file_bytes));
+  return kExitOk;
+}
+
+}  // namespace nuvfile::tool

@@ -1,0 +1,22 @@
+#include "api/global_instance.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/NuvConnect5.h"
+
+using Nuv::Connect::ConnectingFramework;
+using Nuv::Connect::IConnectingFramework;
+
+IConnectingFramework* g_framework = nullptr;
+
+int API_Initial(void) {
+  if (g_framework == nullptr) g_framework = new ConnectingFramework();
+  return NUV_OK;
+}
+
+void API_Close(void) {
+  if (g_framework == nullptr) return;
+  g_framework->Close();
+  delete g_framework;
+  g_framework = nullptr;
+}
+
+IConnectingFramework* GetConnectingInstance(void) { return new ConnectingFramework(); }

@@ -1,0 +1,82 @@
+#ifndef NUV_COMMAND_ABSTRACT_COMMAND_H_
+#define NUV_COMMAND_ABSTRACT_COMMAND_H_
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "nuvconnect/IConnect.h"
+#include "platform/clock.h"
+
+namespace Nuv::Command {
+
+// Fields of a reply by key. Values stay text; whoever reads one converts it.
+using ResultMap = std::map<std::string, std::string>;
+
+// Told of every finished transaction: the command's code, the code that the reply echoed, whether
+// the printer said "OK", and the values of the reply.
+using ResultCallback = std::function<void(int32_t code, int32_t replyCode, bool replyOk,
+                                          std::vector<std::string> values)>;
+
+// How a transaction ended. Whether the printer accepted the command is a flag of its own.
+using TransactionStatus = int32_t;
+constexpr TransactionStatus kReplied = 0;      // a reply to this command was read
+constexpr TransactionStatus kNoReply = -1;     // the reply held fewer than two tokens
+constexpr TransactionStatus kOtherReply = -2;  // the reply belongs to another command
+
+// One exchange with a printer: a numbered request line and its one-line reply.
+//
+// Thread-safety: none; one thread runs one command. An object is good for one transaction, since
+// the reply tokens of a second one would follow those of the first.
+class AbstractCommand {
+ public:
+  AbstractCommand() = default;
+  virtual ~AbstractCommand() = default;
+  AbstractCommand(const AbstractCommand&) = delete;
+  AbstractCommand& operator=(const AbstractCommand&) = delete;
+
+  // Runs the transaction: request, reply, recovery, delivery of the result. Blocks for what the
+  // channel waits, and for at most three pauses of a second when it has to recover.
+  // Throws what ParseDecimal throws when the reply's head bears no number.
+  virtual TransactionStatus Execute();
+
+  virtual int32_t GetCode() const = 0;
+
+  // Repairs a failed `status` by waiting and then reading again or resending `request`.
+  virtual void Recover(TransactionStatus& status, const std::string& request);
+
+  // The request line with its line end.
+  virtual std::string BuildRequest() const = 0;
+
+  // Splits the reply into tokens, which follow those of an earlier reply of this transaction, and
+  // checks the head.
+  virtual TransactionStatus ParseReply(const std::string& reply) = 0;
+
+  // The values of the reply, in its order; what counts as one differs by command.
+  virtual std::vector<std::string> GetReplyValues() const = 0;
+
+  // Builds the result map and calls the result callback; does nothing without one.
+  virtual void DeliverResult() = 0;
+
+  // The keyed fields of the reply, after Execute; empty without a result callback.
+  const ResultMap& result() const { return result_; }
+
+  // Whoever creates a command binds it before Execute; both must outlive it.
+  void Bind(Connect::IConnect& channel, Platform::Clock& clock) {
+    channel_ = &channel;
+    clock_ = &clock;
+  }
+  void set_result_callback(ResultCallback callback) { resultCallback_ = std::move(callback); }
+
+ protected:
+  ResultMap result_;
+  Connect::IConnect* channel_ = nullptr;
+  Platform::Clock* clock_ = &Platform::SystemClock();
+  ResultCallback resultCallback_;
+};
+
+}  // namespace Nuv::Command
+
+#endif  // NUV_COMMAND_ABSTRACT_COMMAND_H_

@@ -1,0 +1,92 @@
+#include "command/command_base.h"
+
+#include <chrono>
+
+#include "command/decimal.h"
+#include "command/reply_views.h"
+#include "platform/diagnostics.h"
+
+namespace Nuv::Command {
+namespace {
+
+constexpr std::chrono::milliseconds kRecoveryPause(1000);
+constexpr int kMaxResends = 2;
+constexpr int kMaxRereads = 2;
+
+bool BreaksTheLine(const std::vector<std::string>& parameters) {
+  for (const std::string& parameter : parameters) {
+    if (parameter.find_first_of(std::string("\r\n\0", 3)) != std::string::npos) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+TransactionStatus CommandBase::Execute() {
+  // The rest of such a parameter would reach the printer as a command of its own.
+  if (BreaksTheLine(parameters_)) {
+    Platform::Diagnostic("F%d not sent: a parameter holds a line end", code_);
+    return kNoReply;
+  }
+  return AbstractCommand::Execute();
+}
+
+void CommandBase::Recover(TransactionStatus& status, const std::string& request) {
+  if (status == kReplied) return;
+  int resends = 0;
+  int rereads = 0;
+  do {
+    clock_->SleepFor(kRecoveryPause);
+    if (status == kNoReply) {
+      status = ParseReply(channel_->ExecuteCommand(request));
+      ++resends;
+    } else if (status == kOtherReply) {
+      status = ParseReply(channel_->ReceiveReply());
+      ++rereads;
+    }
+  } while (status != kReplied && resends < kMaxResends && rereads < kMaxRereads);
+}
+
+std::string CommandBase::BuildRequest() const {
+  std::string request = "F" + std::to_string(code_);
+  if (parameters_.size() == 1) request += " S" + parameters_.front();
+  return request + "\r\n";
+}
+
+TransactionStatus CommandBase::ParseReply(const std::string& reply) {
+  // Not cleared first: the head of the first reply decides for the whole transaction.
+  AppendTokens(reply, replyTokens_);
+  if (replyTokens_.size() < 2) return kNoReply;
+  // The first character echoes the request's "F" and is not checked.
+  replyCode_ = ParseDecimal(replyTokens_[0].substr(1));
+  if (replyCode_ != code_) return kOtherReply;
+  replyOk_ = IsReplyOk(replyTokens_);
+  return kReplied;
+}
+
+std::vector<std::string> CommandBase::GetReplyValues() const { return {}; }
+
+void CommandBase::DeliverResult() {
+  if (!resultCallback_) return;
+  std::vector<std::string> values = GetReplyValues();
+  result_ = GetResultMap();
+  if (result_.empty()) {
+    const std::vector<std::string> keys = GetReplyKeys();
+    if (keys.size() != values.size()) {
+      Platform::Diagnostic("Failed to get command: F%d", code_);
+    } else {
+      for (size_t i = 0; i < keys.size(); ++i) result_[keys[i]] = values[i];
+    }
+  }
+  resultCallback_(code_, replyCode_, replyOk_, std::move(values));
+}
+
+bool CommandBase::IsReplyOk(const std::vector<std::string>& tokens) const {
+  return tokens.size() > 1 && tokens[1] == "OK";
+}
+
+std::vector<std::string> CommandBase::GetReplyKeys() const { return ColonKeys(replyTokens_); }
+
+ResultMap CommandBase::GetResultMap() const { return {}; }
+
+}  // namespace Nuv::Command

@@ -1,0 +1,56 @@
+#ifndef NUV_COMMAND_COMMAND_BASE_H_
+#define NUV_COMMAND_COMMAND_BASE_H_
+
+#include <string>
+#include <vector>
+
+#include "command/abstract_command.h"
+
+namespace Nuv::Command {
+
+// The common form of a command; the classes of commands.h differ from it by their catalogue row
+// and, where a row cannot say it, by an override.
+class CommandBase : public AbstractCommand {
+ public:
+  explicit CommandBase(int32_t code) : code_(code) {}
+
+  // Request parameters, in wire order.
+  void set_parameters(std::vector<std::string> parameters) { parameters_ = std::move(parameters); }
+
+  // Refuses, with a diagnostic and -1, parameters that would break the request line; nothing is
+  // sent then.
+  TransactionStatus Execute() override;
+
+  int32_t GetCode() const override { return code_; }
+
+  // At most two resends after too short a reply, at most two further reads after a foreign one,
+  // each after a pause of 1000 ms; ends with the first good reply.
+  void Recover(TransactionStatus& status, const std::string& request) override;
+
+  // "F", the code, one parameter behind " S" if there is exactly one, CR LF.
+  std::string BuildRequest() const override;
+
+  TransactionStatus ParseReply(const std::string& reply) override;
+  std::vector<std::string> GetReplyValues() const override;
+  void DeliverResult() override;
+
+  // True when the printer accepted the command: the second token is "OK".
+  virtual bool IsReplyOk(const std::vector<std::string>& tokens) const;
+
+  // The keys of the reply: of each token that holds ":", the text before it.
+  virtual std::vector<std::string> GetReplyKeys() const;
+
+  // The named record of the reply; empty for a command that has none.
+  virtual ResultMap GetResultMap() const;
+
+ protected:
+  std::vector<std::string> parameters_;
+  std::vector<std::string> replyTokens_;
+  int32_t code_;
+  int32_t replyCode_ = 0;
+  bool replyOk_ = false;
+};
+
+}  // namespace Nuv::Command
+
+#endif  // NUV_COMMAND_COMMAND_BASE_H_

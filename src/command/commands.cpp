@@ -1,0 +1,44 @@
+#include "command/commands.h"
+
+#include <algorithm>
+
+namespace Nuv::Command {
+
+ResultMap F160Cmd::GetResultMap() const {
+  ResultMap markers;
+  if (!replyOk_) return markers;
+  for (const char* marker : {"START", "FINISH"}) {
+    if (std::find(replyTokens_.begin(), replyTokens_.end(), marker) != replyTokens_.end()) {
+      markers[marker] = marker;
+    }
+  }
+  return markers;
+}
+
+std::string F191Cmd::BuildRequest() const {
+  std::string request = RequestHead();
+  if (parameters_.size() == 1 && parameters_[0] == "2") {
+    request += " S2";
+  } else if (parameters_.size() == 5 && parameters_[0] == "1") {
+    request += " S" + parameters_[0] + " C" + parameters_[1] + " D" + parameters_[2] + " SSID=<" +
+               parameters_[3] + "> KEY=<" + parameters_[4] + ">";
+  }
+  return request + "\r\n";
+}
+
+std::string F196Cmd::BuildRequest() const {
+  if (parameters_.size() != 1) return RequestHead() + "\r\n";
+  return RequestHead() + " " + parameters_[0] + "\r\n";
+}
+
+std::string F355Cmd::BuildRequest() const {
+  if (parameters_.size() != 2) return RequestHead() + "\r\n";
+  return RequestHead() + " M" + parameters_[0] + "=" + parameters_[1] + "\r\n";
+}
+
+std::string F367Cmd::BuildRequest() const {
+  if (parameters_.size() != 1) return RequestHead() + "\r\n";
+  return RequestHead() + " =" + parameters_[0] + "\r\n";
+}
+
+}  // namespace Nuv::Command

@@ -1,0 +1,17 @@
+#ifndef NUV_COMMAND_DECIMAL_H_
+#define NUV_COMMAND_DECIMAL_H_
+
+#include <cstdint>
+#include <string>
+
+namespace Nuv::Command {
+
+// The number that `text` begins with, in base 10: leading blanks are skipped, a sign is allowed,
+// and the first character that is no digit ends it ("45%" is 45). Throws std::invalid_argument
+// ("invalid stoi argument") when there is no digit, std::out_of_range
+// ("stoi argument out of range") beyond 32 bits: the host is promised these texts on every system.
+int32_t ParseDecimal(const std::string& text);
+
+}  // namespace Nuv::Command
+
+#endif  // NUV_COMMAND_DECIMAL_H_

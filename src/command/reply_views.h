@@ -1,0 +1,48 @@
+// How the tokens of a reply are read. A reply is one line of tokens separated by blanks: the echoed
+// code, "OK" or a refusal, then fields, in one of three shapes: "C:12", "IP=10.0.0.2", "S3".
+#ifndef NUV_COMMAND_REPLY_VIEWS_H_
+#define NUV_COMMAND_REPLY_VIEWS_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "command/abstract_command.h"
+
+namespace Nuv::Command {
+
+using Tokens = std::vector<std::string>;
+
+// Fields begin with this token; before it stand the code and the verdict.
+constexpr size_t kFirstField = 2;
+
+// Splits `reply` at blanks (carriage returns, line feeds and tabs count as blanks) and appends the
+// pieces. Costs one pass.
+void AppendTokens(const std::string& reply, Tokens& tokens);
+
+// Of each token that holds ":", the text before the first one.
+Tokens ColonKeys(const Tokens& tokens);
+
+// The first character of each field token, and each field token without it.
+Tokens LetterKeys(const Tokens& tokens);
+Tokens LetterValues(const Tokens& tokens);
+
+// Of each field that holds ":" or "=", the text behind the first one; tokens without either belong
+// to the value before them, joined with one blank. Enclosing angle brackets are taken off.
+Tokens FieldValues(const Tokens& tokens);
+
+// Of the first field token that holds ":", all that follows to the end of the line: for names that
+// may hold anything but a line end. Of each later one, such as a piece of that name, its own rest,
+// so that there are as many values as colon keys.
+Tokens RestOfLineValues(const Tokens& tokens);
+
+// Reads a named record. A key that ends in ":" or "=" must occur so, and tokens that follow and
+// hold neither belong to its value, joined with one blank (a model name such as "BEGO VARSEO XS").
+// A key without takes one token: the text behind its name and a ":" or "=" if present. A token
+// belongs to the longest key that it begins with; the first token of a key counts. Absent keys are
+// normal.
+ResultMap ReadRecord(const Tokens& tokens, const std::string_view* keys, size_t keyCount);
+
+}  // namespace Nuv::Command
+
+#endif  // NUV_COMMAND_REPLY_VIEWS_H_

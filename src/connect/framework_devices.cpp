@@ -1,0 +1,122 @@
+// Finding, listing and choosing printers.
+
+#include "command/code_procs.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+
+namespace Nuv::Connect {
+
+int ConnectingFramework::SetUpdPort(int port) {
+  connect_.SetSearchPort(port);
+  return NUV_OK;
+}
+
+int ConnectingFramework::SetBroadCastPort(int port) { return SetUpdPort(port); }
+
+int ConnectingFramework::SearchNetworkDevice(std::vector<std::string>& found, std::string address,
+                                             std::string netmask, int timeoutMs) {
+  const bool searched =
+      connect_.SearchDevices(found, std::move(address), std::move(netmask), timeoutMs);
+  return searched ? NUV_OK : NUV_NOT_FOUND;
+}
+
+int ConnectingFramework::ConnectNetWorkDevice(std::string address) {
+  return connect_.ConnectAddress(address) ? NUV_OK : NUV_CONNECTION_REFUSED;
+}
+
+int ConnectingFramework::ChooseDevice(int kind, int index) {
+  return connect_.ChooseDevice(kind, index) ? NUV_OK : NUV_CONNECTION_REFUSED;
+}
+
+int ConnectingFramework::GetBroadCastResult(std::vector<std::string>& replies, std::string filter) {
+  for (std::string& reply : connect_.CollectBroadcastReplies()) {
+    if (reply.find(filter) != std::string::npos) replies.push_back(std::move(reply));
+  }
+  return replies.empty() ? NUV_NOT_FOUND : NUV_OK;
+}
+
+DeviceTable* ConnectingFramework::TableOf(int kind) {
+  if (kind == NUV_KIND_USB) return &usbDevices_;
+  return kind == NUV_KIND_NETWORK ? &networkDevices_ : nullptr;
+}
+
+int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& serials, int timeoutMs) {
+  if (kind < 0) return NUV_FAILED;
+  connect_.SetSearchTimeout(timeoutMs);
+  std::vector<std::string> ids;
+  if (!connect_.EnumerateDevices(kind, ids) || ids.empty()) return NUV_NOT_FOUND;
+
+  DeviceTable table;
+  for (size_t i = 0; i < ids.size(); ++i) {
+    if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
+    DeviceEntry entry;
+    entry[NUV_DEVICE_IDENTIFIER] = ids[i];
+    const int result = IdentifyDevice(entry);
+    if (result != NUV_OK) return result;
+    serials.push_back(entry[NUV_DEVICE_SERIAL]);
+    table.push_back(std::move(entry));
+    connect_.CloseDevice();
+  }
+  if (DeviceTable* const kept = TableOf(kind)) *kept = std::move(table);
+  return NUV_OK;
+}
+
+int ConnectingFramework::IdentifyDevice(DeviceEntry& entry) {
+  std::string version;
+  std::string name;
+  std::string controller;
+  std::string& model = entry[NUV_DEVICE_MODEL];
+  // A printer that does not say who it is stays in the list, without serial number and model.
+  GetPrinterInfo(version, name, model, entry[NUV_DEVICE_SERIAL], controller);
+  if (HasOwnSerialQuery(model)) {
+    const int result = QueryBegoSerial(entry[NUV_DEVICE_SERIAL]);
+    if (result != NUV_OK) return result;
+  }
+  if (ListsNickname(model)) GetNickName(entry[NUV_DEVICE_SUPPLEMENTARY]);
+  return NUV_OK;
+}
+
+int ConnectingFramework::QueryBegoSerial(std::string& serial) {
+  F140Proc proc({connect_, NewJobContext().MakeErrorCallback(), clock_});
+  std::vector<std::string> lines;
+  const int result = proc.Process(lines);
+  if (result == NUV_OK) serial = lines.at(0);
+  return result;
+}
+
+int ConnectingFramework::SearchUSBDevice(int* count) {
+  std::vector<std::string> serials;
+  const int result = GetDeviceList(NUV_KIND_USB, serials, 0);
+  *count = static_cast<int>(serials.size());
+  return result;
+}
+
+int ConnectingFramework::GetDeviceInfo(std::string& value, int kind, int index, int field) {
+  const DeviceTable* const table = TableOf(kind);
+  if (table == nullptr || index < 0 || static_cast<size_t>(index) >= table->size()) {
+    return NUV_NOT_FOUND;
+  }
+  if (field < NUV_DEVICE_IDENTIFIER || field > NUV_DEVICE_SUPPLEMENTARY) return NUV_NOT_FOUND;
+  value = (*table)[static_cast<size_t>(index)][static_cast<size_t>(field)];
+  return NUV_OK;
+}
+
+int ConnectingFramework::ConnectDeviceBySN(int kind, const std::string& serial) {
+  const DeviceTable* const table = TableOf(kind);
+  if (table == nullptr) return NUV_NOT_FOUND;
+  size_t count = table->size();
+  if (count == 0) {
+    std::vector<std::string> serials;
+    // A listing fills the table and connects nothing: the same call, made again, connects.
+    if (GetDeviceList(kind, serials, 0) == NUV_OK) return NUV_NOT_FOUND;
+    count = serials.size();
+  }
+  for (size_t i = 0; i < count; ++i) {
+    std::string listed;
+    GetDeviceInfo(listed, kind, static_cast<int>(i), NUV_DEVICE_SERIAL);
+    if (listed == serial) return ChooseDevice(kind, static_cast<int>(i));
+  }
+  return NUV_NOT_FOUND;
+}
+
+}  // namespace Nuv::Connect

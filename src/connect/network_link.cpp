@@ -1,0 +1,41 @@
+#include "connect/network_link.h"
+
+#include "connect/search_settings.h"
+#include "transport/network_device_searcher.h"
+
+namespace Nuv::Connect {
+namespace {
+
+constexpr int kReplyTimeoutMs = 36000;
+
+}  // namespace
+
+bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
+  const SearchSettings& settings = SearchSettings::Instance();
+  if (net_.Search(settings.message(), static_cast<uint16_t>(settings.port()),
+                  EffectiveTimeoutMs(settings.timeout_ms())) != 0) {
+    return false;
+  }
+  found = net_.GetDeviceAddresses();
+  return true;
+}
+
+std::vector<std::string> NetworkLink::CollectReplies() const {
+  const SearchSettings& settings = SearchSettings::Instance();
+  NetworkDeviceSearcher searcher(settings.message());
+  return searcher.Search(static_cast<uint16_t>(settings.port()),
+                         EffectiveTimeoutMs(settings.timeout_ms()));
+}
+
+bool NetworkLink::Write(const uint8_t* data, size_t length) {
+  return net_.Send(reinterpret_cast<const char*>(data), static_cast<int64_t>(length)) ==
+         TcpResult::kOk;
+}
+
+std::string NetworkLink::ReadReply() {
+  std::string reply;
+  net_.Receive("", reply, kReplyTimeoutMs);
+  return reply;
+}
+
+}  // namespace Nuv::Connect

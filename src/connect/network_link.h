@@ -1,0 +1,42 @@
+#ifndef NUV_CONNECT_NETWORK_LINK_H_
+#define NUV_CONNECT_NETWORK_LINK_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "transport/q_network_lib.h"
+
+namespace Nuv::Connect {
+
+// Printers on the network, found by broadcast and reached over TCP.
+//
+// Thread-safety: none; the channel serialises the calls.
+class NetworkLink {
+ public:
+  // Searches with the process-wide settings; `found`: the printers' addresses.
+  bool EnumerateDevices(std::vector<std::string>& found);
+
+  // The distinct texts that answer a search; the list of EnumerateDevices stays.
+  std::vector<std::string> CollectReplies() const;
+
+  bool Open(int index) { return net_.ConnectByIndex(index); }
+  bool OpenAddress(const std::string& address) { return net_.ConnectByAddress(address); }
+  bool Reopen() { return net_.Reconnect(); }
+  void Close() { net_.Disconnect(); }
+
+  // Throws away replies that nobody waits for any more.
+  void DiscardInput() { net_.DiscardInput(); }
+
+  bool Write(const uint8_t* data, size_t length);
+
+  // The next reply; empty when none came within 36 s.
+  std::string ReadReply();
+
+ private:
+  QNetworkLib net_;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_CONNECT_NETWORK_LINK_H_

@@ -1,0 +1,28 @@
+#include "job/job_context.h"
+
+namespace Nuv::Connect {
+
+void HostCallbacks::ReportError(int32_t result, int32_t code) const {
+  if (const NuvErrorCodeCallback callback = errorCode) callback(result, code);
+}
+
+void HostCallbacks::ReportStart() const {
+  if (const NuvSendDataStartCallback callback = sendStart) callback();
+}
+
+void HostCallbacks::ReportSent(int32_t total, int32_t sent) const {
+  if (const NuvSendDataUpdateCallback callback = sendUpdate) callback(total, sent);
+}
+
+bool HostCallbacks::IsCancelled() const {
+  const NuvSendDataCancelCallback callback = sendCancel;
+  return callback != nullptr && callback();
+}
+
+ErrorCallback JobContext::MakeErrorCallback() const {
+  return [&callbacks = callbacks](ConnectError error, int32_t code) {
+    callbacks.ReportError(error, code);
+  };
+}
+
+}  // namespace Nuv::Connect

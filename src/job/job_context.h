@@ -1,0 +1,63 @@
+#ifndef NUV_JOB_JOB_CONTEXT_H_
+#define NUV_JOB_JOB_CONTEXT_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "command/i_fcmd_proc.h"
+#include "job/print_file_library.h"
+#include "nuvconnect/Callbacks.h"
+#include "nuvconnect/IConnect.h"
+#include "platform/clock.h"
+
+namespace Nuv::Connect {
+
+// The host's callbacks; null until registered. Each may be replaced while another thread calls it.
+struct HostCallbacks {
+  std::atomic<NuvErrorCodeCallback> errorCode{nullptr};
+  std::atomic<NuvSendDataStartCallback> sendStart{nullptr};
+  std::atomic<NuvSendDataUpdateCallback> sendUpdate{nullptr};
+  std::atomic<NuvSendDataCancelCallback> sendCancel{nullptr};
+
+  void ReportError(int32_t result, int32_t code) const;
+  void ReportStart() const;
+  void ReportSent(int32_t total, int32_t sent) const;
+  bool IsCancelled() const;
+};
+
+// What the framework keeps of jobs.
+struct JobState {
+  std::string machineId;             // of the last loaded print file; decides free-buffer queries
+  uint64_t freeBuffer = 0;           // estimate of the printer's free receive buffer, in bytes
+  std::atomic<bool> linkFree{true};  // false while job or firmware data is streamed
+  std::atomic<bool> jobRunning{false};
+};
+
+// All that a job works with; every part outlives it.
+struct JobContext {
+  IConnect& channel;
+  Platform::Clock& clock;
+  IPrintFileLibrary& printFiles;
+  const HostCallbacks& callbacks;
+  JobState& state;
+
+  // Reports to the error-code callback that is registered at the time of the error.
+  ErrorCallback MakeErrorCallback() const;
+};
+
+// Keeps the status thread off the link while it lives.
+class LinkClaim {
+ public:
+  explicit LinkClaim(JobState& state) : state_(state) { state_.linkFree = false; }
+  ~LinkClaim() { state_.linkFree = true; }
+  LinkClaim(const LinkClaim&) = delete;
+  LinkClaim& operator=(const LinkClaim&) = delete;
+
+ private:
+  JobState& state_;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_JOB_JOB_CONTEXT_H_

@@ -1,0 +1,47 @@
+#ifndef NUV_JOB_LINE_TRANSFER_H_
+#define NUV_JOB_LINE_TRANSFER_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "job/job_context.h"
+
+namespace Nuv::Connect {
+
+// Streams lines to the printer against the estimate of its free buffer, and reports progress.
+//
+// The printer acknowledges no line. Each pass tries one line and ends with a pause, also when it
+// could only ask for the free buffer again.
+class LineTransfer {
+ public:
+  // `total`: bytes of all lines without line ends; `progress` may be null.
+  LineTransfer(const JobContext& context, int32_t total, NuvJobProgressCallback progress);
+
+  // Tells the host that the transfer starts and asks for the free buffer.
+  void Start();
+
+  // One pass with a line as it goes out, line end included. `cost`: bytes that it counts for in the
+  // printer's buffer. `sent` tells whether it went out or is to be tried again in the next pass.
+  // 0, 16 the printer was lost while waiting for buffer space, 20 the line could not be written.
+  int32_t Pass(std::vector<uint8_t>&& line, uint64_t cost, bool& sent);
+
+  bool IsComplete() const { return sent_ >= total_; }
+
+ private:
+  int32_t Write(std::vector<uint8_t>&& line, uint64_t cost);
+
+  const JobContext& context_;
+  NuvJobProgressCallback progress_;
+  int32_t total_;
+  int32_t sent_ = 0;      // without line ends
+  uint64_t charged_ = 0;  // running total of the lines' cost
+};
+
+// Line end of everything that a job writes, and its length.
+extern const char kLineEnd[3];
+constexpr size_t kLineEndBytes = 2;
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_JOB_LINE_TRANSFER_H_

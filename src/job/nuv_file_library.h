@@ -1,0 +1,50 @@
+#ifndef NUV_JOB_NUV_FILE_LIBRARY_H_
+#define NUV_JOB_NUV_FILE_LIBRARY_H_
+
+#include <QLibrary>
+
+#include "job/print_file_library.h"
+
+namespace Nuv::Connect {
+
+// Adapter to the library NuvFile, bound by name at run time. The environment variable
+// NUVFILE_LIBRARY names its file; without it the folder of this library is searched, then the
+// system's library path.
+class NuvFileLibrary final : public IPrintFileLibrary {
+ public:
+  bool LoadLibrary() override;
+  bool Load(const std::string& path) override;
+  void Close() override;
+  std::string GetMachineID() override;
+  std::string GetFileArguments() override;
+  int32_t GetModelDataSize() override;
+  bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override;
+
+ private:
+  using TextFunction = int (*)(char* out, int capacity);
+
+  // The library's functions, under its names.
+  struct Functions {
+    int (*Load)(const char* path) = nullptr;
+    void (*Close)() = nullptr;
+    TextFunction GetMachineID = nullptr;
+    TextFunction GetFileArguments = nullptr;
+    int (*GetModelDataSize)() = nullptr;
+    int (*ReadLayer)(int index, unsigned char* buffer, int capacity, float reserved) = nullptr;
+    TextFunction GetLastErrorText = nullptr;  // may be missing
+  };
+
+  bool LoadFrom(const QString& file);
+  template <class Function>
+  bool Resolve(const char* name, Function& function);
+  static std::string Text(TextFunction function);
+  std::string LastError() const;
+
+  QLibrary library_;
+  Functions functions_;
+  bool loaded_ = false;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_JOB_NUV_FILE_LIBRARY_H_

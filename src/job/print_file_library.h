@@ -1,0 +1,37 @@
+#ifndef NUV_JOB_PRINT_FILE_LIBRARY_H_
+#define NUV_JOB_PRINT_FILE_LIBRARY_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Nuv::Connect {
+
+// The print-file library, as jobs use it. Another build of it needs another adapter only.
+//
+// Thread-safety: none. One file is open at a time, so jobs must not overlap.
+class IPrintFileLibrary {
+ public:
+  virtual ~IPrintFileLibrary() = default;
+
+  // Loads the library itself, once. False, with a diagnostic that names the file looked for, when
+  // it is not there or lacks a function.
+  virtual bool LoadLibrary() = 0;
+
+  // Opens a print file, closing an earlier one. False, with a diagnostic, when it is refused.
+  virtual bool Load(const std::string& path) = 0;
+  virtual void Close() = 0;
+
+  // Of the open file. Empty or 0 when there is none.
+  virtual std::string GetMachineID() = 0;
+  virtual std::string GetFileArguments() = 0;  // lines "name=value"
+  virtual int32_t GetModelDataSize() = 0;      // bytes of all data lines, without line ends
+
+  // Replaces `line` by data line `index`, without line end. False, with a diagnostic, when there is
+  // no such line or it cannot be read.
+  virtual bool ReadLayer(int32_t index, std::vector<uint8_t>& line) = 0;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_JOB_PRINT_FILE_LIBRARY_H_

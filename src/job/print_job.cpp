@@ -1,0 +1,126 @@
+#include "job/print_job.h"
+
+#include <fstream>
+#include <optional>
+#include <vector>
+
+#include "command/command_factory.h"
+#include "command/general_command_proc.h"
+#include "job/job_claim.h"
+#include "job/line_transfer.h"
+#include "job/send_job_proc.h"
+#include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+#include "platform/text.h"
+
+using Nuv::Platform::Diagnostic;
+
+namespace Nuv::Connect {
+namespace {
+
+constexpr int32_t kJobControl = 104;
+constexpr char kAbandonJob[] = "2";
+
+// The narrow path of a file that can be opened for reading.
+std::optional<std::string> ReadablePath(const std::wstring& path) {
+  const std::optional<std::string> narrow = Platform::NarrowPath(path);
+  if (!narrow) {
+    Diagnostic("print file: the path cannot be written in this system's narrow characters");
+    return std::nullopt;
+  }
+  if (!std::ifstream(*narrow, std::ios::binary).is_open()) {
+    Diagnostic("print file %s cannot be opened", narrow->c_str());
+    return std::nullopt;
+  }
+  return narrow;
+}
+
+// Orders the printer to abandon the job. Its answer changes nothing: the host has cancelled.
+void AbandonJob(const JobContext& context) {
+  Command::CommandArguments arguments;
+  arguments.parameters = {kAbandonJob};
+  arguments.clock = &context.clock;
+  GeneralCommandProc proc(
+      Command::CreateCommand(context.channel, kJobControl, std::move(arguments)),
+      context.MakeErrorCallback());
+  std::vector<std::string> values;
+  proc.Process(values);
+}
+
+// Streams the data lines of the open print file, as far as the host does not cancel.
+int32_t SendDataLines(const JobContext& context, int32_t total, LineTransfer& transfer) {
+  if (total < 1) return NUV_OK;
+  int32_t index = 0;
+  while (!context.callbacks.IsCancelled()) {
+    std::vector<uint8_t> line;
+    if (!context.printFiles.ReadLayer(index, line)) return NUV_FILE_NOT_READABLE;
+    line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
+    const uint64_t cost = line.size();
+    bool sent = false;
+    const int32_t result = transfer.Pass(std::move(line), cost, sent);
+    if (result != NUV_OK) return result;
+    if (sent) ++index;
+    if (transfer.IsComplete()) break;
+  }
+  return NUV_OK;
+}
+
+int32_t TransferModelData(const JobContext& context, int32_t total,
+                          NuvJobProgressCallback progress) {
+  const LinkClaim claim(context.state);
+  LineTransfer transfer(context, total, progress);
+  transfer.Start();
+  const int32_t result = SendDataLines(context, total, transfer);
+  if (result != NUV_OK) return result;
+  // Asked once more: a cancel that comes with the last line still stops the print.
+  if (context.callbacks.IsCancelled()) AbandonJob(context);
+  return NUV_OK;
+}
+
+// Closes the print file when the job ends, unless it is left open.
+class OpenFile {
+ public:
+  explicit OpenFile(IPrintFileLibrary& library) : library_(library) {}
+  ~OpenFile() {
+    if (!leftOpen_) library_.Close();
+  }
+  void LeaveOpen() { leftOpen_ = true; }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+ private:
+  IPrintFileLibrary& library_;
+  bool leftOpen_ = false;
+};
+
+}  // namespace
+
+int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
+                      NuvJobProgressCallback progress) {
+  const JobClaim claim(context.state);
+  if (!claim.held()) return NUV_FAILED;
+  const std::optional<std::string> file = ReadablePath(path);
+  if (!file) return NUV_FILE_NOT_READABLE;
+  if (!context.printFiles.LoadLibrary()) return NUV_NUVFILE_MISSING;
+  if (!context.printFiles.Load(*file)) return NUV_FILE_NOT_READABLE;
+  OpenFile openFile(context.printFiles);
+  context.state.machineId = context.printFiles.GetMachineID();
+
+  const std::unique_ptr<ISendJobProc> sender = CreateSendJobProc(context.state.machineId, context);
+  if (sender == nullptr) {
+    Diagnostic("print file %s: no sender for machine ID \"%s\"", file->c_str(),
+               context.state.machineId.c_str());
+    return NUV_NO_JOB_SENDER;
+  }
+  context.state.freeBuffer = 0;
+  const int32_t prepared = sender->PrepareJob(context.state.freeBuffer);
+  if (prepared != NUV_OK) {
+    Diagnostic("print file %s: the printer did not open the job (%d)", file->c_str(), prepared);
+    // The host may try again; the next load closes the file.
+    openFile.LeaveOpen();
+    return prepared;
+  }
+  return TransferModelData(context, context.printFiles.GetModelDataSize(), progress);
+}
+
+}  // namespace Nuv::Connect

@@ -1,0 +1,41 @@
+#include "transport/broadcast_address.h"
+
+namespace {
+
+uint32_t PartToNumber(const std::string& part) {
+  if (part.empty()) return 0;
+  uint32_t number = 0;
+  for (const char digit : part) {
+    if (digit < '0' || digit > '9') return 0;
+    number = number * 10 + static_cast<uint32_t>(digit - '0');
+  }
+  return number;
+}
+
+}  // namespace
+
+uint32_t DottedToNumber(const std::string& dotted) {
+  uint32_t number = 0;
+  size_t start = 0;
+  while (true) {
+    const size_t dot = dotted.find('.', start);
+    number = number * 256 + PartToNumber(dotted.substr(start, dot - start));
+    if (dot == std::string::npos) return number;
+    start = dot + 1;
+  }
+}
+
+std::string NumberToDotted(uint32_t number) {
+  std::string dotted;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    dotted += std::to_string((number >> shift) & 0xFFU);
+    if (shift > 0) dotted += '.';
+  }
+  return dotted;
+}
+
+std::string DirectedBroadcast(const std::string& address, const std::string& netmask) {
+  return NumberToDotted(DottedToNumber(address) | ~DottedToNumber(netmask));
+}
+
+bool IsLoopback(const std::string& address) { return DottedToNumber(address) >> 24 == 127; }

@@ -1,0 +1,132 @@
+#include "transport/network_device_searcher.h"
+
+#include <QHostAddress>
+#include <QHostInfo>
+#include <QNetworkInterface>
+#include <QUdpSocket>
+#include <unordered_set>
+
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
+
+using Nuv::Platform::Diagnostic;
+
+namespace {
+
+// A lab full of printers answers in one burst; the kernel keeps what is not yet read.
+constexpr int kReceiveBufferBytes = 1 << 20;
+
+struct Network {
+  std::string address;
+  std::string netmask;  // empty: unknown
+};
+
+bool IsIPv4Text(const QString& text) { return text.count(QLatin1Char('.')) == 3; }
+
+std::string NetmaskOf(const QString& address) {
+  for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
+    for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
+      if (entry.ip().toString() == address) return entry.netmask().toString().toStdString();
+    }
+  }
+  return {};
+}
+
+// The networks of the addresses that the host's own name resolves to.
+std::vector<Network> NetworksOfHostName(bool& onlyLoopback) {
+  std::vector<Network> networks;
+  onlyLoopback = true;
+  for (const QHostAddress& host : QHostInfo::fromName(QHostInfo::localHostName()).addresses()) {
+    const QString text = host.toString();
+    if (host.protocol() != QAbstractSocket::IPv4Protocol || !IsIPv4Text(text)) continue;
+    if (!IsLoopback(text.toStdString())) onlyLoopback = false;
+    if (host == QHostAddress(QHostAddress::LocalHost)) continue;
+    networks.push_back({text.toStdString(), NetmaskOf(text)});
+  }
+  return networks;
+}
+
+std::vector<Network> NetworksOfRunningInterfaces() {
+  std::vector<Network> networks;
+  for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
+    const QNetworkInterface::InterfaceFlags flags = interface.flags();
+    if (!flags.testFlag(QNetworkInterface::IsRunning) ||
+        flags.testFlag(QNetworkInterface::IsLoopBack)) {
+      continue;
+    }
+    for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
+      if (entry.ip().protocol() != QAbstractSocket::IPv4Protocol) continue;
+      networks.push_back(
+          {entry.ip().toString().toStdString(), entry.netmask().toString().toStdString()});
+    }
+  }
+  return networks;
+}
+
+// Many Linux hosts resolve their own name to 127.0.0.1 or 127.0.1.1 only, where no printer is.
+std::vector<Network> NetworksToSearch() {
+  bool onlyLoopback = false;
+  std::vector<Network> networks = NetworksOfHostName(onlyLoopback);
+  return onlyLoopback ? NetworksOfRunningInterfaces() : networks;
+}
+
+}  // namespace
+
+// Distinct reply texts in order of arrival; a thousand replies cost a thousand look-ups.
+class NetworkDeviceSearcher::Replies {
+ public:
+  void Add(const std::string& text) {
+    if (!seen_.insert(text).second) return;
+    Diagnostic("search reply: %s", text.c_str());
+    inOrder_.push_back(text);
+  }
+  std::vector<std::string> Take() { return std::move(inOrder_); }
+
+ private:
+  std::unordered_set<std::string> seen_;
+  std::vector<std::string> inOrder_;
+};
+
+NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message)
+    : message_(QByteArray::fromStdString(message)) {}
+
+std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeoutMs) {
+  Replies replies;
+  std::unordered_set<std::string> searched;
+  for (const Network& network : NetworksToSearch()) {
+    const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
+    // Two addresses on one network reach the same printers.
+    if (searched.insert(broadcast).second) SearchNetwork(broadcast, port, timeoutMs, replies);
+  }
+  return replies.Take();
+}
+
+void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t port,
+                                          int timeoutMs, Replies& replies) {
+  QUdpSocket socket;
+  // Belongs to no thread: the caller's event loop, if there is one, must not read from it.
+  socket.moveToThread(nullptr);
+  if (!socket.bind(port, QUdpSocket::ShareAddress)) {
+    Diagnostic("search on %s: port %u cannot be bound: %s", broadcast.c_str(), unsigned{port},
+               qPrintable(socket.errorString()));
+    return;
+  }
+  socket.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kReceiveBufferBytes);
+  const QHostAddress target(QString::fromStdString(broadcast));
+  if (socket.writeDatagram(message_, target, port) != message_.size()) {
+    Diagnostic("search on %s: not sent: %s", broadcast.c_str(), qPrintable(socket.errorString()));
+    return;
+  }
+
+  const QByteArray echo = message_.toUpper();
+  while (socket.waitForReadyRead(timeoutMs)) {
+    while (socket.hasPendingDatagrams()) {
+      QByteArray text(static_cast<int>(socket.pendingDatagramSize()), '\0');
+      const qint64 size = socket.readDatagram(text.data(), text.size());
+      if (size < 0) break;
+      text.truncate(static_cast<int>(size));
+      // The host's own broadcast comes back to it.
+      if (text.toUpper() != echo) replies.Add(text.toStdString());
+    }
+  }
+}

@@ -1,0 +1,32 @@
+#ifndef NUV_TRANSPORT_NETWORK_DEVICE_SEARCHER_H_
+#define NUV_TRANSPORT_NETWORK_DEVICE_SEARCHER_H_
+
+#include <QByteArray>
+#include <QObject>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Finds printers by broadcasting the search message on every IPv4 network of the host and
+// collecting the answers.
+//
+// Thread-safety: none; blocks its caller and needs no event loop. One search at a time, since every
+// search of the host binds the same port.
+class NetworkDeviceSearcher : public QObject {
+ public:
+  explicit NetworkDeviceSearcher(const std::string& message);
+
+  // The distinct reply texts in order of first arrival. On each network the search ends when
+  // `timeoutMs` (above 0) pass without a datagram, so it lasts that long per network plus the time
+  // that the answers take. A network that cannot be searched is passed over with a diagnostic.
+  std::vector<std::string> Search(uint16_t port, int timeoutMs);
+
+ private:
+  class Replies;
+
+  void SearchNetwork(const std::string& broadcast, uint16_t port, int timeoutMs, Replies& replies);
+
+  QByteArray message_;
+};
+
+#endif  // NUV_TRANSPORT_NETWORK_DEVICE_SEARCHER_H_

@@ -1,0 +1,48 @@
+#ifndef NUV_TRANSPORT_Q_NETWORK_LIB_H_
+#define NUV_TRANSPORT_Q_NETWORK_LIB_H_
+
+#include <QObject>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "transport/discovery_reply.h"
+#include "transport/tcp_device_connector.h"
+
+// The printers found on the network, and the connection to one of them.
+//
+// Thread-safety: none; the channel serialises the calls, which may come from any thread.
+class QNetworkLib : public QObject {
+ public:
+  QNetworkLib();
+
+  // Replaces the device list by the printers that answer `message` on UDP `port` (see
+  // NetworkDeviceSearcher for `timeoutMs`). Always 0.
+  int Search(const std::string& message, uint16_t port, int timeoutMs);
+
+  // The address texts of the device list, in its order.
+  std::vector<std::string> GetDeviceAddresses() const;
+
+  // Connect to a printer of the list, by position or by its exact address text.
+  bool ConnectByIndex(int index);
+  bool ConnectByAddress(const std::string& address);
+
+  // Connects again to the printer of the last successful connection, whatever the list holds now.
+  bool Reconnect();
+
+  void Disconnect() { connector_.Disconnect(); }
+  void DiscardInput() { connector_.DiscardInput(); }
+  TcpResult Send(const char* data, int64_t length) { return connector_.Send(data, length); }
+  TcpResult Receive(const std::string& expected, std::string& reply, int32_t timeoutMs) {
+    return connector_.Receive(expected, reply, timeoutMs);
+  }
+
+ private:
+  bool Connect(const NetworkDevice& device);
+
+  std::vector<NetworkDevice> devices_;
+  TcpDeviceConnector connector_;
+  NetworkDevice current_;  // invalid until a connection was made
+};
+
+#endif  // NUV_TRANSPORT_Q_NETWORK_LIB_H_

@@ -1,0 +1,242 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "error.h"
+#include "fake_library.h"
+
+namespace nuvctl {
+namespace {
+
+struct CommandLineTest : testing::Test {
+  void SetUp() override { fake = FakeLibrary(); }
+  void Devices(int count) {
+    fake.devices.clear();
+    for (int i = 0; i < count; ++i) {
+      const std::string number = std::to_string(i);
+      fake.devices.push_back({"10.0.0." + number, "SN" + number, "Model", "Nick"});
+    }
+  }
+  // Runs twice: for people and, with the same outcome, for scripts.
+  CommandRun Both(std::vector<std::string> arguments) {
+    const FakeLibrary script = fake;
+    const CommandRun text(arguments, system);
+    fake = script;
+    arguments.emplace_back("--json");
+    const CommandRun json(arguments, system);
+    EXPECT_EQ(json.exit, text.exit);
+    EXPECT_EQ(json.err, "");
+    document = json.Json();
+    const auto plain = [](char c) { return c == '\n' || (c >= ' ' && c < '\x7f'); };
+    EXPECT_TRUE(std::all_of(json.out.begin(), json.out.end(), plain)) << json.out;
+    EXPECT_EQ(document.contains("error"), text.exit != 0);
+    EXPECT_EQ(text.err.empty(), text.exit == 0) << text.err;
+    return text;
+  }
+  std::string ErrorCode() { return document["error"]["code"]; }
+
+  FakeSystem system;
+  nlohmann::json document;
+};
+
+TEST_F(CommandLineTest, RefusesWrongUsageWithoutTouchingAnyPrinter) {
+  const std::vector<std::string> kRows[] = {
+      {},
+      {"frobnicate"},
+      {"list", "--port", "0"},
+      {"list", "--port", "65536"},
+      {"list", "--timeout", "0"},
+      {"list", "--index", "-1"},
+      {"info", "--serial", "A", "--index", "0"},
+      {"info", "--address", "printer"},
+      {"send"},
+      {"raw", ""},
+      {"raw", "\r\n"},
+      {"raw", "F101\r\nF102"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(Both(row).exit, kUsage) << testing::PrintToString(row);
+    EXPECT_EQ(ErrorCode(), "usage");
+    EXPECT_TRUE(fake.calls.empty());
+  }
+}
+
+TEST_F(CommandLineTest, HelpAndVersionAreAnswers) {
+  const CommandRun help({"--help"}, system);
+  EXPECT_EQ(help.exit, 0);
+  EXPECT_NE(help.out.find("130  cancelled"), std::string::npos);
+  EXPECT_NE(help.out.find("nuvctl raw \"F101\""), std::string::npos);
+  EXPECT_EQ(CommandRun({"--version"}, system).out.rfind("nuvctl ", 0), 0U);
+}
+
+TEST_F(CommandLineTest, OpensThePrinterThatIsMeant) {
+  const struct {
+    int devices, list_result, open_result;
+    std::vector<std::string> choice;
+    int exit;
+    std::string opened, code;
+  } kRows[] = {
+      {1, 0, 0, {}, kDone, "0", ""},
+      {0, 2, 0, {}, kNoPrinter, "", "no_printer"},
+      {0, 0, 0, {"--index", "0"}, kNoPrinter, "", "no_printer"},
+      {3, 0, 0, {}, kNoPrinter, "", "which_printer"},
+      {3, 0, 0, {"--serial", "SN2"}, kDone, "2", ""},
+      {3, 0, 0, {"--serial", "sn2"}, kNoPrinter, "", "which_printer"},
+      {3, 0, 0, {"--index", "1"}, kDone, "1", ""},
+      {3, 0, 0, {"--index", "3"}, kNoPrinter, "", "which_printer"},
+      {3, 0, 0, {"--address", "10.0.0.2"}, kDone, "10.0.0.2", ""},
+      {3, 0, 3, {"--address", "10.0.0.9"}, kNoPrinter, "10.0.0.9", "which_printer"},
+      {3, 0, 3, {"--address", "10.0.0.2"}, kConnectionProblem, "10.0.0.2", "not_opened"},
+      // One printer could not be opened while listing: the others stay usable by choice only.
+      {1, 3, 0, {}, kConnectionProblem, "", "listing_incomplete"},
+      {1, 3, 0, {"--serial", "SN0"}, kDone, "0", ""},
+      {1, 3, 0, {"--serial", "SN1"}, kConnectionProblem, "", "listing_incomplete"},
+      {1, 3, 0, {"--index", "4"}, kDone, "4", ""},
+      {1, 3, 0, {"--address", "10.0.0.7"}, kDone, "10.0.0.7", ""},
+      {1, 3, 3, {"--address", "10.0.0.7"}, kConnectionProblem, "10.0.0.7", "not_opened"},
+      {1, 29, 0, {}, kPrinterFailed, "", "refused"},
+  };
+  for (const auto& row : kRows) {
+    fake = FakeLibrary();
+    Devices(row.devices);
+    fake.list_result = row.list_result;
+    fake.open_result = row.open_result;
+    std::vector<std::string> arguments = {"status"};
+    arguments.insert(arguments.end(), row.choice.begin(), row.choice.end());
+    SCOPED_TRACE(testing::PrintToString(arguments) + std::to_string(row.list_result));
+    EXPECT_EQ(Both(arguments).exit, row.exit);
+    EXPECT_EQ(fake.calls.size() > 1 ? fake.calls[1] : "",
+              row.opened.empty() ? "" : "open " + row.opened);
+    EXPECT_EQ(row.exit == kDone ? "" : ErrorCode(), row.code);
+    EXPECT_FALSE(fake.running);
+  }
+}
+
+TEST_F(CommandLineTest, TwoOfOneSerialNumberAreNotTakenForOne) {
+  Devices(2);
+  fake.devices[1][NUV_DEVICE_SERIAL] = "SN0";
+  EXPECT_EQ(Both({"info", "--serial", "SN0"}).exit, kNoPrinter);
+  EXPECT_EQ(document["printers"].size(), 2U);
+}
+
+TEST_F(CommandLineTest, ListsAllPrintersAlsoBeyondItsArray) {
+  Devices(300);
+  EXPECT_NE(Both({"list", "--port", "7000", "--timeout", "50"}).out.find("299    10.0.0.299"),
+            std::string::npos);
+  EXPECT_EQ(document["printers"].size(), 300U);
+  EXPECT_EQ(fake.calls, (std::vector<std::string>{"port 7000", "list 50"}));
+  fake.list_result = 3;
+  const CommandRun cut = Both({"list"});
+  EXPECT_EQ(cut.exit, kConnectionProblem);
+  EXPECT_NE(cut.out.find("SN255"), std::string::npos);  // a result, so on standard output
+  EXPECT_EQ(document["printers"].size(), 256U);
+  EXPECT_FALSE(document["printers"][0].contains("address"));
+}
+
+TEST_F(CommandLineTest, LetsNoPrinterSteerTheTerminal) {
+  fake.devices = {{"10.0.0.1", "S\x1b[2J", "M\xFF", "\xC2\x9Bx"}, {"10.0.0.2", "B\r", "", ""}};
+  fake.reply = "F1 OK\x1b]0;x\x07\r";
+  for (const std::vector<std::string>& row : {std::vector<std::string>{"list"},
+                                              {"info", "--index", "0"},
+                                              {"info"},
+                                              {"raw", "F1", "--index", "1"}}) {
+    const CommandRun run = Both(row);
+    EXPECT_EQ((run.out + run.err).find_first_of("\x1b\x07\r\x9B"), std::string::npos);
+  }
+}
+
+TEST_F(CommandLineTest, TellsWhatThePrinterIs) {
+  EXPECT_NE(Both({"info"}).out.find("Serial number:  SN1\n"), std::string::npos);
+  EXPECT_FALSE(document.contains("manufactured"));
+  fake.devices[0][NUV_DEVICE_MODEL] = "BEGO VARSEO XS";
+  EXPECT_NE(Both({"info"}).out.find("Manufactured:   2024-05-06\n"), std::string::npos);
+  EXPECT_EQ(document["serial"], "BEGO-9");
+  fake.bego_result = 29;  // an older firmware: the common record is better than nothing
+  EXPECT_EQ(Both({"info"}).exit, kDone);
+  EXPECT_EQ(document["serial"], "SN1");
+}
+
+TEST_F(CommandLineTest, TellsWhatThePrinterDoes) {
+  const struct {
+    std::vector<StateAnswer> states;
+    int progress_result, exit;
+    std::string out, json;
+  } kRows[] = {
+      {{{0, 0, 0}}, 0, 0, "State:  idle\n", R"J({"state":"idle","state_number":0})J"},
+      {{{0, 7, 0}}, 0, 0, "State:  unknown (7)\n", R"J({"state":"unknown (7)","state_number":7})J"},
+      {{{0, 3, 17}},
+       0,
+       0,
+       "State:         error\nError number:  17\n",
+       R"J({"state":"error","state_number":3,"error_number":17})J"},
+      {{{0, 1, 0}},
+       0,
+       0,
+       "State:      printing\nLayer:      12 of 340\nProgress:   34 %\nTime left:  56 min\n",
+       R"({"state":"printing","state_number":1,"layer":12,"layers":340,"percent":34,
+           "minutes_left":56})"},
+      // The print ends between the two questions.
+      {{{0, 1, 0}, {0, 0, 0}}, 22, 0, "State:  idle\n", R"J({"state":"idle","state_number":0})J"},
+      {{{1, 0, 0}}, 0, kConnectionProblem, "", ""},
+      {{{29, 0, 0}}, 0, kPrinterFailed, "", ""},
+      {{{0, 1, 0}}, 29, kPrinterFailed, "", ""},
+  };
+  for (const auto& row : kRows) {
+    fake = FakeLibrary();
+    fake.states.answers = row.states;
+    fake.progress_result = row.progress_result;
+    const CommandRun run = Both({"status"});
+    EXPECT_EQ(run.exit, row.exit);
+    EXPECT_EQ(run.out, row.out);
+    const bool blamed = run.err.find("(printer command 102)") != std::string::npos;
+    EXPECT_EQ(blamed, row.exit != kDone);
+    EXPECT_TRUE(blamed || document == nlohmann::json::parse(row.json)) << document;
+  }
+}
+
+TEST_F(CommandLineTest, SendsOneRawLineAndWantsAReply) {
+  for (const char* text : {"F101", "F101\n", "F101\r\n"}) {
+    fake.reply = "F101 OK V:1\r";
+    EXPECT_EQ(Both({"raw", text}).out, "F101 OK V:1\n");
+    EXPECT_EQ(fake.calls.back(), "raw F101\r\n");
+    EXPECT_EQ(document["reply"], "F101 OK V:1");
+  }
+  fake.reply = "\r";
+  EXPECT_EQ(Both({"raw", "F101"}).exit, kConnectionProblem);
+}
+
+TEST_F(CommandLineTest, ReportsAMalformedNumber) {
+  fake.malformed = true;
+  EXPECT_EQ(Both({"status"}).exit, kPrinterFailed);
+  EXPECT_EQ(ErrorCode(), "bad_reply");
+}
+
+TEST_F(CommandLineTest, ReportsOutputThatCannotBeWritten) {
+  std::ostringstream out, err;
+  out.setstate(std::ios::badbit);
+  EXPECT_EQ(RunCommandLine({"list"}, out, err, system), kLocalProblem);
+  EXPECT_NE(err.str(), "");
+}
+
+TEST_F(CommandLineTest, DebugAsksForDiagnostics) {
+  CommandRun({"list"}, system);
+  EXPECT_EQ(system.environment, "");
+  CommandRun({"--debug", "list"}, system);
+  EXPECT_EQ(system.environment, "NUVCONNECT_DEBUG");
+}
+
+TEST(ResultErrorTest, EveryResultHasWordsOfItsOwnAndAdvice) {
+  std::set<std::string> codes, messages;
+  for (const int result : {-1, 1, 2, 3, 4, 10, 11, 12, 13, 14, 16, 20, 21, 22, 23, 29, 99}) {
+    const CommandError error = ResultError(result, "Sending");
+    EXPECT_TRUE(codes.insert(error.code).second) << result;
+    EXPECT_TRUE(messages.insert(error.message).second) << result;
+    EXPECT_FALSE(error.hint.empty()) << result;
+    EXPECT_NE(error.exit, kDone);
+    EXPECT_EQ(error.result, result);
+  }
+}
+
+}  // namespace
+}  // namespace nuvctl

@@ -1,0 +1,143 @@
+#include "fake_library.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+FakeLibrary fake;
+
+namespace {
+
+int Fail(int result, int command) {
+  if (result != 0 && fake.on_error != nullptr) fake.on_error(result, command);
+  return result;
+}
+
+int Open(const std::string& what) {
+  fake.calls.push_back("open " + what);
+  return fake.open_result;
+}
+
+int Transfer(const wchar_t* path) {
+  fake.path = path;
+  fake.calls.emplace_back("send");
+  if (fake.send_result == 1) return Fail(1, 103);
+  fake.on_start();
+  for (size_t i = 0; i < fake.sent.size(); ++i) {
+    fake.before_step(i);
+    if (fake.on_cancel()) return 0;
+    fake.on_update(fake.total, fake.sent[i]);
+  }
+  fake.at_end();
+  return fake.send_result;
+}
+
+}  // namespace
+
+extern "C" {
+
+int API_Initial() {
+  fake.running = true;
+  return 0;
+}
+void API_Close() { fake.running = false; }
+int API_SetBroadCastPort(int port) {
+  fake.calls.push_back("port " + std::to_string(port));
+  return 0;
+}
+
+int API_GetDeviceList(int, char** list, int* count, int entrySize, int timeoutMs) {
+  fake.calls.push_back("list " + std::to_string(timeoutMs));
+  const int found = static_cast<int>(fake.devices.size());
+  for (int i = 0; i < std::min(*count, found); ++i) {
+    // Writes all that the contract allows, so that a buffer too small shows under a sanitizer.
+    std::memset(list[i], 0, static_cast<size_t>(entrySize) + 1);
+    std::strcpy(list[i], fake.devices[static_cast<size_t>(i)][NUV_DEVICE_SERIAL].c_str());
+  }
+  *count = found;
+  return fake.list_result;
+}
+
+int API_GetDeviceInfo(char* out, int, int index, int field) {
+  const bool listed = fake.list_result == 0 && static_cast<size_t>(index) < fake.devices.size();
+  *out = '\0';
+  if (!listed) return NUV_NOT_FOUND;
+  std::strcpy(out, fake.devices[static_cast<size_t>(index)][static_cast<size_t>(field)].c_str());
+  return 0;
+}
+
+int API_ChooseDevice(int, int index) { return Open(std::to_string(index)); }
+int API_ConnectNetWorkDevice(const char* address) { return Open(address); }
+
+int API_GetPrinterInfo(char* version, char* name, char* model, char* serial, char* controller) {
+  std::strcpy(version, "1.2");
+  std::strcpy(name, "\x1b[31mred");
+  std::strcpy(model, fake.devices[0][NUV_DEVICE_MODEL].c_str());
+  std::strcpy(serial, "SN1");
+  std::strcpy(controller, "C7");
+  return 0;
+}
+
+int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial, char* controller,
+                            char* date) {
+  API_GetPrinterInfo(version, name, model, serial, controller);
+  std::strcpy(serial, fake.bego_result == 0 ? "BEGO-9" : "");
+  std::strcpy(date, "2024-05-06");
+  return Fail(fake.bego_result, 354);
+}
+
+int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode) {
+  if (fake.malformed) throw std::invalid_argument("stoi");
+  const StateAnswer answer = fake.states.Take();
+  *status = answer.result == 0 ? answer.state : -1;
+  if (*status == NUV_PRINTER_ERROR) *errorCode = answer.error_number;
+  return Fail(answer.result, 102);
+}
+
+int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutesLeft) {
+  *layer = 12;
+  *progressPercent = 34;
+  *minutesLeft = 56;
+  return Fail(fake.progress_result, 102);
+}
+
+int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes) {
+  *totalLayers = 340;
+  *totalMinutes = 90;
+  return 0;
+}
+
+int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize) {
+  const MarkAnswer answer = fake.marks.Take();
+  *index = answer.index;
+  *totalSize = answer.bytes;
+  return Fail(answer.result, 157);
+}
+
+int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
+int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
+
+int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
+  fake.calls.push_back(std::string("raw ") + command);
+  std::strcpy(reply, fake.reply.c_str());
+  return 0;
+}
+
+int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback) {
+  fake.on_error = callback;
+  return 0;
+}
+int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback) {
+  fake.on_start = callback;
+  return 0;
+}
+int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback callback) {
+  fake.on_update = callback;
+  return 0;
+}
+int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callback) {
+  fake.on_cancel = callback;
+  return 0;
+}
+
+}  // extern "C"

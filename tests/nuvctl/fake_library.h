@@ -1,0 +1,88 @@
+// A NuvConnect5 that follows a script, and a system whose clock and Ctrl-C the test moves.
+#ifndef NUVCTL_FAKE_LIBRARY_H_
+#define NUVCTL_FAKE_LIBRARY_H_
+
+#include <array>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "command_line.h"
+#include "nuvconnect/NuvConnect5.h"
+
+// Answers of a sequence are used up one by one; the last one stays.
+template <typename Answer>
+struct Sequence {
+  std::vector<Answer> answers;
+  size_t next = 0;
+  Answer Take() { return answers[next + 1 < answers.size() ? next++ : next]; }
+};
+
+struct StateAnswer {
+  int result, state, error_number;
+};
+struct MarkAnswer {
+  int result, index, bytes;
+};
+
+struct FakeLibrary {
+  // Script. Devices are address, serial number, model, nickname.
+  std::vector<std::array<std::string, 4>> devices = {{"10.0.0.1", "SN1", "Fabrix100 xP", ""}};
+  int list_result = 0;  // 3: devices is what was reached
+  int open_result = 0;
+  bool malformed = false;  // the state's reply holds no number
+  Sequence<StateAnswer> states{{{0, 0, 0}}};
+  int progress_result = 0;
+  int bego_result = 0;
+  std::string reply;
+  Sequence<MarkAnswer> marks{{{0, 6, 10}, {0, 7, 1000}}};
+  int send_result = 0;
+  int total = 1000;
+  std::vector<int> sent = {500, 1000};
+  std::function<void(size_t)> before_step = [](size_t) {};
+  std::function<void()> at_end = [] {};
+
+  // Record.
+  std::vector<std::string> calls;  // what was opened, sent and closed, in order
+  std::wstring path;
+  bool running = false;
+  NuvErrorCodeCallback on_error = nullptr;
+  NuvSendDataStartCallback on_start = nullptr;
+  NuvSendDataUpdateCallback on_update = nullptr;
+  NuvSendDataCancelCallback on_cancel = nullptr;
+};
+extern FakeLibrary fake;
+
+struct FakeSystem final : nuvctl::System {
+  int64_t NowMs() override { return now; }
+  void SleepMs(int64_t milliseconds) override { now += milliseconds; }
+  bool ErrorIsTerminal() override { return terminal; }
+  int ErrorWidth() override { return width; }
+  void WatchInterrupts(bool watch) override { watched = watch; }
+  bool Interrupted() override { return watched && interrupted; }
+  void SetEnvironment(const char* name, const char*) override { environment += name; }
+
+  int64_t now = 0;
+  bool terminal = false, watched = false, interrupted = false;
+  int width = 80;
+  std::string environment;
+};
+
+// One run of nuvctl against the fake.
+struct CommandRun {
+  CommandRun(const std::vector<std::string>& arguments, FakeSystem& system) {
+    std::ostringstream out_stream, err_stream;
+    exit = nuvctl::RunCommandLine(arguments, out_stream, err_stream, system);
+    out = out_stream.str();
+    err = err_stream.str();
+  }
+  // Throws when the standard output is anything but one JSON document.
+  nlohmann::json Json() const { return nlohmann::json::parse(out); }
+
+  int exit;
+  std::string out, err;
+};
+
+#endif  // NUVCTL_FAKE_LIBRARY_H_

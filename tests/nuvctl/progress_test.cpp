@@ -1,0 +1,73 @@
+#include "progress.h"
+
+#include <gtest/gtest.h>
+
+#include "fake_library.h"
+
+namespace nuvctl {
+namespace {
+
+TEST(ProgressTextTest, ShowsOnlyWhatIsKnown) {
+  const struct {
+    ProgressFigures figures;
+    const char* expected;
+  } kRows[] = {
+      {{0, 0, 0}, "  0%  0 B of 0 B"},
+      {{1000, 0, 5000}, "  0%  0 B of 1.0 kB"},
+      {{1000, 999, 0}, " 99%  999 B of 1.0 kB"},
+      {{3000, 1000, 10000}, " 33%  1.0 kB of 3.0 kB  100 B/s  0:20 left"},
+      {{1000, 1000, 2000}, "100%  1.0 kB of 1.0 kB  500 B/s"},
+      {{1000, 1500, 2000}, "100%  1.5 kB of 1.0 kB  750 B/s"},
+      {{-7, 5, 1000}, "  0%  5 B of 0 B  5 B/s"},
+      {{2147483647, 2147483646, 4000000000}, " 99%  2.1 GB of 2.1 GB  536 B/s  0:00 left"},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(ProgressText(row.figures), row.expected);
+}
+
+TEST(ProgressBarTest, FillsInProportionAndNeverLeavesTheLine) {
+  const ProgressFigures figures = {3000, 1000, 10000};
+  EXPECT_EQ(ProgressBar(figures, 75),
+            "[######--------------]  33%  1.0 kB of 3.0 kB  100 B/s  0:20 left");
+  for (int width = -1; width < 200; ++width) {
+    EXPECT_LE(static_cast<int>(ProgressBar(figures, width).size()), std::max(width, 0));
+  }
+}
+
+struct ViewTest : testing::Test {
+  std::string Show(ProgressStyle style, int total, const std::vector<int>& sent) {
+    std::ostringstream err;
+    ProgressView view(style, err, system);
+    view.Start();
+    for (const int bytes : sent) view.Update(total, bytes);
+    view.Finish();
+    return err.str();
+  }
+  FakeSystem system;
+};
+
+TEST_F(ViewTest, WritesOneLineAtStartAtEveryTenPercentAndAtTheEnd) {
+  const auto line = [](const char* percent, int sent) {
+    return std::string(percent) + "  " + std::to_string(sent) + " B of 200 B\n";
+  };
+  EXPECT_EQ(Show(ProgressStyle::kLines, 200, {1, 2, 19, 20, 21, 150, 199, 200}),
+            line("  0%", 1) + line(" 10%", 20) + line(" 75%", 150) + line(" 99%", 199) +
+                line("100%", 200));
+  EXPECT_EQ(Show(ProgressStyle::kLines, 200, {1, 25, 27}),  // cut off
+            line("  0%", 1) + line(" 12%", 25) + line(" 13%", 27));
+  EXPECT_EQ(Show(ProgressStyle::kLines, 200, {}), "");
+  EXPECT_EQ(Show(ProgressStyle::kSilent, 200, {1, 200}), "");
+}
+
+TEST_F(ViewTest, OverwritesItsLineOnATerminalWithoutLeftovers) {
+  system.width = 25;
+  EXPECT_EQ(Show(ProgressStyle::kBar, 1000, {999, 1000}),
+            "\r 99%  999 B of 1.0 kB\r100%  1.0 kB of 1.0 kB\n");
+  std::ostringstream err;
+  ProgressView view(ProgressStyle::kBar, err, system);
+  view.Update(1000, 999);
+  view.Update(10, 9);
+  EXPECT_EQ(err.str(), "\r 99%  999 B of 1.0 kB\r 90%  9 B of 10 B    ");
+}
+
+}  // namespace
+}  // namespace nuvctl

@@ -1,0 +1,235 @@
+#include <algorithm>
+#include <functional>
+#include <random>
+
+#include "header.h"
+#include "repair_checksums.h"
+#include "test_files.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+namespace nuvfile {
+namespace {
+
+// Fields of an entry of the section table.
+constexpr size_t kOffset = 8;
+constexpr size_t kLength = 16;
+
+// The bytes of a print file, with verbs to spoil them.
+class Image {
+ public:
+  explicit Image(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+
+  size_t EntryAt(Section section, size_t field) const {
+    return kFixedHeaderSize + static_cast<size_t>(section) * kTableEntrySize + field;
+  }
+  uint64_t Get(Section section, size_t field) const {
+    return LoadU64(&bytes_[EntryAt(section, field)]);
+  }
+  void Set(Section section, size_t field, uint64_t value) {
+    SetU64(EntryAt(section, field), value);
+  }
+  void SetU64(size_t offset, uint64_t value) { StoreU64(&bytes_[offset], value); }
+  void SetByte(size_t offset, uint8_t value) { bytes_[offset] = value; }
+  // Byte `at` of the content of `section`.
+  void SetContent(Section section, size_t at, char value) {
+    bytes_[Get(section, kOffset) + at] = static_cast<uint8_t>(value);
+  }
+  void SetIndexEntry(size_t number, uint64_t value) {
+    SetU64(Get(Section::kIndex, kOffset) + number * kIndexEntrySize, value);
+  }
+
+  std::vector<uint8_t>& bytes() { return bytes_; }
+
+  Status Open() const {
+    std::unique_ptr<PrintFile> file;
+    return PrintFile::Open(std::make_unique<MemorySource>(bytes_), &file);
+  }
+
+ private:
+  std::vector<uint8_t> bytes_;
+};
+
+class DamageTest : public FolderTest {
+ protected:
+  Image MakeImage(const std::vector<std::string>& lines) {
+    const Status status = WritePrintFile(Path("good.nuv"), SampleContents(), LinesOf(lines));
+    EXPECT_TRUE(status.ok()) << status.message();
+    return Image(ReadBytes(Path("good.nuv")));
+  }
+  Image MakeImage() { return MakeImage(SampleLines()); }
+};
+
+TEST_F(DamageTest, EveryChangedByteIsRefused) {
+  Image image = MakeImage();
+  ASSERT_TRUE(image.Open().ok());
+  for (size_t i = 0; i < image.bytes().size(); ++i) {
+    image.bytes()[i] ^= 0x10;
+    EXPECT_FALSE(image.Open().ok()) << "byte " << i;
+    image.bytes()[i] ^= 0x10;
+  }
+}
+
+TEST_F(DamageTest, EveryOtherLengthOfTheFileIsRefused) {
+  const Image good = MakeImage();
+  for (Image image = good; !image.bytes().empty();) {
+    image.bytes().pop_back();
+    EXPECT_FALSE(image.Open().ok()) << "cut to " << image.bytes().size();
+  }
+  Image longer = good;
+  longer.bytes().push_back(0);
+  EXPECT_EQ(longer.Open().fault(), Fault::kBadHeader);
+}
+
+TEST_F(DamageTest, ChecksumFaultNamesTheSection) {
+  for (size_t i = 0; i < kSectionCount; ++i) {
+    Image image = MakeImage();
+    const auto section = static_cast<Section>(i);
+    image.SetContent(section, 0, '\n');  // also a bad line, a bad index, a bad text
+    const Status status = image.Open();
+    EXPECT_EQ(status.fault(), Fault::kBadChecksum) << status.message();
+    EXPECT_NE(status.message().find(SectionTag(section)), std::string::npos) << status.message();
+  }
+}
+
+struct HostileRow {
+  const char* name;
+  std::function<void(Image&)> spoil;
+  Fault fault;
+  const char* message;  // a part of it
+};
+
+// All with right checksums. The sample has 7 lines and 42 bytes of model data.
+const HostileRow kHostileRows[] = {
+    {"magic", [](Image& i) { i.SetByte(1, 'n'); }, Fault::kNotPrintFile, "not a print file"},
+    {"version", [](Image& i) { i.SetByte(8, 2); }, Fault::kUnknownVersion, "expected 1, found 2"},
+    {"section count", [](Image& i) { i.SetByte(12, 10); }, Fault::kBadHeader,
+     "expected 11, found 10"},
+    {"file size", [](Image& i) { i.SetByte(17, 9); }, Fault::kBadHeader, "cut short"},
+    {"line count", [](Image& i) { i.SetU64(24, 8); }, Fault::kBadHeader,
+     "INDX: length for 8 lines: expected 72, found 64"},
+    {"line count that wraps", [](Image& i) { i.SetU64(24, (uint64_t{1} << 61) + 7); },
+     Fault::kTooLarge, "data lines"},
+    {"reserved", [](Image& i) { i.SetByte(32, 1); }, Fault::kBadHeader, "reserved"},
+    {"tag", [](Image& i) { i.SetByte(i.EntryAt(Section::kData, 0), 'X'); }, Fault::kBadHeader,
+     "entry 9 of the section table is not DATA"},
+    {"overlap", [](Image& i) { i.Set(Section::kData, kOffset, i.Get(Section::kPreview, kOffset)); },
+     Fault::kBadHeader, "DATA: offset"},
+    {"gap", [](Image& i) { i.Set(Section::kL102, kOffset, i.Get(Section::kL102, kOffset) + 1); },
+     Fault::kBadHeader, "leaves a gap"},
+    {"offset that wraps", [](Image& i) { i.Set(Section::kIndex, kOffset, ~uint64_t{0} - 7); },
+     Fault::kBadHeader, "INDX: offset"},
+    {"length that wraps", [](Image& i) { i.Set(Section::kData, kLength, ~uint64_t{0}); },
+     Fault::kTooLarge, "DATA: length"},
+    {"model data of 2 GiB", [](Image& i) { i.Set(Section::kData, kLength, 0x80000000u); },
+     Fault::kTooLarge, "expected at most 2147483647, found 2147483648"},
+    {"length past the end", [](Image& i) { i.Set(Section::kL101, kLength, 1 << 20); },
+     Fault::kBadHeader, "L101: length: 1048576 goes past the end"},
+    {"bytes behind the last section",
+     [](Image& i) { i.Set(Section::kArguments, kLength, i.Get(Section::kArguments, kLength) - 1); },
+     Fault::kBadHeader, "end of the last section"},
+    {"first entry", [](Image& i) { i.SetIndexEntry(0, 1); }, Fault::kBadIndex,
+     "entry 0: expected 0, found 1"},
+    {"falling entry", [](Image& i) { i.SetIndexEntry(3, 7); }, Fault::kBadIndex,
+     "entry 3: expected at least the 8 before it, found 7"},
+    {"entry outside the data", [](Image& i) { i.SetIndexEntry(6, 43); }, Fault::kBadIndex,
+     "entry 6: expected at most the length of the data, 42, found 43"},
+    {"last entry too low", [](Image& i) { i.SetIndexEntry(6, 40), i.SetIndexEntry(7, 41); },
+     Fault::kBadIndex, "entry 7: expected the length of the data, 42, found 41"},
+    {"last entry too high", [](Image& i) { i.SetIndexEntry(7, 43); }, Fault::kBadIndex,
+     "entry 7: expected the length of the data, 42, found 43"},
+    {"machine ID", [](Image& i) { i.SetContent(Section::kMachineId, 3, '-'); }, Fault::kBadText,
+     "machine ID"},
+    {"project ID", [](Image& i) { i.SetContent(Section::kProjectId, 0, '\x1b'); }, Fault::kBadText,
+     "project ID"},
+    {"material ID", [](Image& i) { i.SetContent(Section::kMaterialId, 0, '\n'); }, Fault::kBadText,
+     "material ID"},
+    {"argument without =", [](Image& i) { i.SetContent(Section::kArguments, 8, '\n'); },
+     Fault::kBadText, "expected name=value, found 'job_name'"},
+    {"argument number",
+     [](Image& i) {
+       i.SetContent(Section::kArguments, i.Get(Section::kArguments, kLength) - 2, 'x');
+     },
+     Fault::kBadText, "argument layers: expected a whole number"},
+    {"arguments without the last LF",
+     [](Image& i) {
+       i.SetContent(Section::kArguments, i.Get(Section::kArguments, kLength) - 1, '0');
+     },
+     Fault::kBadText, "expected LF at the end"},
+    {"CR in a line", [](Image& i) { i.SetContent(Section::kData, 4, '\r'); }, Fault::kBadLine,
+     "data line 1: expected no line end inside the line, found CR"},
+    {"LF in a line", [](Image& i) { i.SetContent(Section::kData, 41, '\n'); }, Fault::kBadLine,
+     "data line 6: expected no line end inside the line, found LF"},
+    {"command in a line", [](Image& i) { i.SetContent(Section::kData, 31, '7'); }, Fault::kBadLine,
+     "data line 5 begins with 'F7'"},
+};
+
+TEST_F(DamageTest, HostileFilesAreRefusedAndTheFaultNamed) {
+  for (const HostileRow& row : kHostileRows) {
+    Image image = MakeImage();
+    row.spoil(image);
+    RepairChecksums(&image.bytes());
+    const Status status = image.Open();
+    EXPECT_EQ(status.fault(), row.fault) << row.name << ": " << status.message();
+    EXPECT_NE(status.message().find(row.message), std::string::npos)
+        << row.name << ": " << status.message();
+  }
+}
+
+TEST_F(DamageTest, LineOver16MiBIsRefusedByItsIndexEntry) {
+  Image image = MakeImage({std::string(9 << 20, 'a'), std::string(9 << 20, 'b')});
+  image.SetIndexEntry(1, 18 << 20);
+  RepairChecksums(&image.bytes());
+  EXPECT_EQ(image.Open().fault(), Fault::kBadIndex);
+}
+
+// The data are checked in chunks of 256 KiB; a command must not slip through between two.
+TEST_F(DamageTest, CommandAndLineEndAreSeenAroundTheEndsOfChunks) {
+  constexpr size_t kChunk = size_t{256} * 1024;
+  for (size_t begin = kChunk - 3; begin <= kChunk + 2; ++begin) {
+    Image image = MakeImage({std::string(begin, 'a'), "X", "X1", "F", "2"});
+    ASSERT_TRUE(image.Open().ok());
+    Image command = image;
+    command.SetContent(Section::kData, begin + 1, 'F');
+    RepairChecksums(&command.bytes());
+    EXPECT_NE(command.Open().message().find("data line 3 begins with 'F1'"), std::string::npos)
+        << begin << command.Open().message();
+    image.SetContent(Section::kData, begin + 3, '\r');
+    RepairChecksums(&image.bytes());
+    EXPECT_NE(image.Open().message().find("data line 4: "), std::string::npos)
+        << begin << image.Open().message();
+  }
+}
+
+TEST_F(DamageTest, FuzzTargetHoldsOnHeaderBytesAndSectionBoundaries) {
+  const Image good = MakeImage();
+  std::vector<uint8_t> bytes = Image(good).bytes();
+  for (size_t i = 0; i < kHeaderSize; ++i) {
+    for (const int change : {0x01, 0x80, 0xFF}) {
+      bytes[i] ^= static_cast<uint8_t>(change);
+      EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), bytes.size()), 0);
+      bytes[i] ^= static_cast<uint8_t>(change);
+    }
+  }
+  for (size_t i = 0; i < kSectionCount; ++i) {
+    const uint64_t boundary = good.Get(static_cast<Section>(i), kOffset);
+    for (const uint64_t size : {boundary - 1, boundary, boundary + 1}) {
+      EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), size), 0);
+    }
+  }
+}
+
+TEST_F(DamageTest, FuzzTargetHoldsOnRandomChanges) {
+  const std::vector<uint8_t> good = MakeImage().bytes();
+  std::mt19937 random(20240607);
+  for (int round = 0; round < 3000; ++round) {
+    std::vector<uint8_t> bytes = good;
+    for (unsigned n = 1 + random() % 4; n > 0; --n) {
+      bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
+    }
+    EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), bytes.size()), 0);
+  }
+}
+
+}  // namespace
+}  // namespace nuvfile

@@ -1,0 +1,113 @@
+// The control language, and its way over a socket.
+
+#include "nuvsim/control.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+
+#include "bench.h"
+#include "nuvsim/control_server.h"
+
+namespace nuvsim {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+json Control(Bench& bench, const std::string& request) {
+  return json::parse(ControlSimulator(*bench.sim, request).line);
+}
+
+TEST(ControlTest, StatusTellsWhatHappened) {
+  Bench bench;
+  const auto client = bench.Connect();
+  client->Send(JobRequest(20) + "0123456789\r\n");
+  EXPECT_EQ(client->Ask("F157"), "F103 OK");
+  EXPECT_EQ(client->ReadLine(), "F157 OK I1 S10");
+  const json printer = Control(bench, R"({"do": "status"})").at("printers").at(0);
+  EXPECT_EQ(printer.at("port"), bench.sim->TcpPort());
+  EXPECT_EQ(printer.at("state"), 2);
+  EXPECT_EQ(printer.at("connected"), true);
+  EXPECT_EQ(printer.at("jobs").at(0).at("receivedBytes"), 10);
+  EXPECT_EQ(printer.at("jobs").at(0).at("status"), "receiving");
+  EXPECT_EQ(printer.at("totals").at("requests"), 2);
+}
+
+TEST(ControlTest, RequestsThatAreNoTextDoNotBreakTheAnswer) {
+  Bench bench;
+  EXPECT_EQ(bench.Connect()->Ask("F1 \xff\xfe"), "F1 NG");
+  EXPECT_THAT(Control(bench, R"({"do": "requests"})").at("requests").at(0).get<std::string>(),
+              testing::StartsWith("F1 "));
+}
+
+struct EffectRow {
+  const char* control;
+  const char* request;
+  const char* reply;
+};
+
+class ControlEffectTest : public testing::TestWithParam<EffectRow> {};
+
+TEST_P(ControlEffectTest, ShowsOnTheWire) {
+  Bench bench;
+  bench.sim->InjectFault(0, MakeFault(FaultKind::kRefuse, 197, -1));
+  EXPECT_EQ(Control(bench, GetParam().control), (json{{"ok", true}}));
+  EXPECT_EQ(bench.Connect()->Ask(GetParam().request), GetParam().reply);
+}
+
+const EffectRow kEffects[] = {
+    {R"({"do": "fault", "printer": 0, "fault": {"kind": "other-code"}})", "F102", "F999 OK S:0"},
+    {R"({"do": "clear"})", "F197", "F197 OK N:Simulated printer"},
+    {R"({"do": "state", "to": "error", "number": 9})", "F102", "F102 OK S:3 E:9"},
+    {R"({"do": "state", "to": "no-error"})", "F102", "F102 OK S:0"},
+    {R"({"do": "state", "to": "idle"})", "F102", "F102 OK S:0"},
+    {R"({"do": "state", "to": "resin-refused", "number": 4})", "F105", "F105 NG S:4"},
+    {R"({"do": "state", "to": "resin-accepted"})", "F105",
+     "F105 OK S:1 R:350 C:1001 V:500 Q:L0001"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, ControlEffectTest, testing::ValuesIn(kEffects));
+
+class BadControlTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(BadControlTest, IsAnsweredWithAnError) {
+  Bench bench;
+  const ControlAnswer answer = ControlSimulator(*bench.sim, GetParam());
+  EXPECT_FALSE(json::parse(answer.line).at("error").get<std::string>().empty());
+  EXPECT_FALSE(answer.quits);
+  EXPECT_EQ(bench.sim->Status().armedFaults, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, BadControlTest,
+    testing::Values("", "\xff", "7", "{}", R"({"do": 1})", R"({"do": "dance"})",
+                    R"({"do": "quit", "now": true})", R"({"do": "status", "printer": 1})",
+                    R"({"do": "status", "printer": -1})", R"({"do": "fault"})",
+                    R"({"do": "fault", "fault": {"kind": "zap"}})",
+                    R"({"do": "fault", "fault": {"kind": "late"}, "extra": 1})",
+                    R"({"do": "state"})", R"({"do": "state", "to": "error"})",
+                    R"({"do": "state", "to": "idle", "number": 1})",
+                    R"({"do": "state", "to": "resin-refused", "number": "x"})"));
+
+TEST(ControlServerTest, AnswersLineByLineUntilToldToQuit) {
+  Bench bench;
+  asio::io_context io;
+  bool hasQuit = false;
+  ControlServer server(io, 0, *bench.sim, [&] {
+    hasQuit = true;
+    io.stop();
+  });
+  std::thread thread([&io] { io.run(); });
+  RawClient client(server.Port());
+  client.Send("nonsense\n{\"do\": \"unplug\"}\r\n{\"do\": \"replug\"}\n{\"do\": \"quit\"}\n");
+  thread.join();
+  EXPECT_TRUE(hasQuit);
+  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+}
+
+}  // namespace
+}  // namespace nuvsim

@@ -1,0 +1,159 @@
+// What a client sees of each fault.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "bench.h"
+
+namespace nuvsim {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct FaultRow {
+  const char* what;
+  const char* spec;
+  const char* request;   // sent twice: the fault is armed once
+  const char* received;  // up to the second, proper answer
+};
+
+class FaultTest : public testing::TestWithParam<FaultRow> {};
+
+TEST_P(FaultTest, ShowsOnceThenIsOver) {
+  Bench bench([](PrinterConfig& printer) { printer.bufferBytes = 5000; });
+  bench.sim->InjectFault(0, ParseFault(GetParam().spec));
+  const auto client = bench.Connect();
+  client->Send(std::string(GetParam().request) + "\r\n" + GetParam().request + "\r\nF197\r\n");
+  std::string received;
+  for (std::string line; line != "F197 OK N:Simulated printer";) {
+    line = client->ReadLine();
+    ASSERT_NE(line, "") << "after " << received;
+    received += line + "|";
+  }
+  EXPECT_EQ(received, std::string(GetParam().received) + "F197 OK N:Simulated printer|");
+  EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
+  EXPECT_EQ(bench.sim->Status().armedFaults, 0u);
+}
+
+const FaultRow kFaults[] = {
+    {"Silent", "silent", "F102", "F102 OK S:0|"},
+    {"Late", "late,ms=5", "F102", "F102 OK S:0|F102 OK S:0|"},
+    {"Pieces", "pieces,bytes=2,ms=1", "F102", "F102 OK S:0|F102 OK S:0|"},
+    {"OtherCode", "other-code", "F102", "F999 OK S:0|F102 OK S:0|"},
+    {"OtherHead", "other-code,text=X102", "F102", "X102 OK S:0|F102 OK S:0|"},
+    {"Refuse", "refuse", "F105",
+     "F105 NG S:1 R:350 C:1001 V:500 Q:L0001|"
+     "F105 OK S:1 R:350 C:1001 V:500 Q:L0001|"},
+    {"NoNumber", "bad-number,field=S", "F102", "F102 OK S:abc|F102 OK S:0|"},
+    {"NumberOutOfRange", "bad-number,field=V,text=99999999999", "F105",
+     "F105 OK S:1 R:350 C:1001 V:99999999999 Q:L0001|F105 OK S:1 R:350 C:1001 V:500 Q:L0001|"},
+    {"NoNumberInLetterField", "bad-number,field=S", "F157", "F157 OK I0 Sabc|F157 OK I0 S0|"},
+    {"NoNumberInMissingField", "bad-number,field=C", "F102", "F102 OK S:0 C:abc|F102 OK S:0|"},
+    {"Twice", "twice", "F102", "F102 OK S:0|F102 OK S:0|F102 OK S:0|"},
+    {"BufferFull", "buffer-full", "F117", "F117 OK S:0|F117 OK S:5000|"},
+    {"BufferFullOfBoard", "buffer-full,code=503", "F503", "F503 OK S:0|F503 OK S:5000|"},
+    {"Skipping", "silent,skip=1", "F102", "F102 OK S:0|"},
+    {"ForOneCode", "refuse,code=102", "F102", "F102 NG S:0|F102 OK S:0|"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, FaultTest, testing::ValuesIn(kFaults),
+                         [](const auto& row) { return row.param.what; });
+
+struct EndRow {
+  const char* what;
+  const char* spec;
+  const char* sent;
+  const char* received;
+};
+
+class EndFaultTest : public testing::TestWithParam<EndRow> {};
+
+TEST_P(EndFaultTest, EndsTheConnectionAndServesTheNext) {
+  Bench bench;
+  bench.sim->InjectFault(0, ParseFault(GetParam().spec));
+  const auto client = bench.Connect();
+  client->Send(GetParam().sent);
+  EXPECT_EQ(client->ReadToEnd(), GetParam().received);
+  EXPECT_EQ(bench.Connect()->Ask("F197"), "F197 OK N:Simulated printer");
+  EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
+}
+
+const EndRow kEnds[] = {
+    {"Drop", "drop,code=102", "F157\r\nF102\r\nF157\r\n", "F157 OK I0 S0\r\n (closed)"},
+    {"Reset", "reset", "F102\r\n", " (reset)"},
+    {"DropAfter", "drop-after,bytes=12", "F157\r\nF157\r\nF157\r\n",
+     "F157 OK I0 S0\r\nF157 OK I0 S0\r\n (closed)"},
+    {"DropInTheMiddleOfARequest", "drop-after,bytes=9", "F157\r\nF157\r\nF157\r\n",
+     "F157 OK I0 S0\r\n (closed)"},
+    {"ResetAfter", "reset-after,bytes=3", "F157\r\n", " (reset)"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, EndFaultTest, testing::ValuesIn(kEnds),
+                         [](const auto& row) { return row.param.what; });
+
+TEST(FaultSequenceTest, FaultsArmedOneAfterTheOtherFollowEachOther) {
+  Bench bench;
+  for (const char* spec : {"refuse,count=2", "other-code,code=102", "silent,code=157,count=-1"}) {
+    bench.sim->InjectFault(0, ParseFault(spec));
+  }
+  const auto client = bench.Connect();
+  EXPECT_EQ(client->Ask("F102"), "F102 NG S:0");
+  EXPECT_EQ(client->Ask("F197"), "F197 NG N:Simulated printer");
+  EXPECT_EQ(client->Ask("F197"), "F197 OK N:Simulated printer");
+  EXPECT_EQ(client->Ask("F102"), "F999 OK S:0");
+  client->Send("F157\r\nF157\r\n");
+  EXPECT_EQ(client->Ask("F102"), "F102 OK S:0");
+  bench.sim->ClearFaults(0);
+  EXPECT_EQ(client->Ask("F157"), "F157 OK I0 S0");
+}
+
+TEST(FaultSequenceTest, DropAfterBytesCountsOverConnectionsAndAnew) {
+  Bench bench;
+  bench.sim->InjectFault(0, ParseFault("drop-after,bytes=10,count=2"));
+  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+  for (const char* sent : {"F102", "F102\r\nF102"}) {  // 6 + 4 bytes, 10 bytes
+    const auto client = bench.Connect();
+    client->Send(sent);
+    EXPECT_THAT(client->ReadToEnd(), HasSubstr("(closed)"));
+  }
+  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+  EXPECT_EQ(bench.sim->Totals().bytesReceived, 6u + 4u + 10u + 6u);
+}
+
+TEST(FaultTextTest, GarbageIsNoTextAndOversizedIsThatLong) {
+  Bench bench;
+  bench.sim->InjectFault(0, ParseFault("garbage,bytes=32"));
+  bench.sim->InjectFault(0, ParseFault("oversized,kib=300"));
+  const auto client = bench.Connect();
+  const std::string garbage = client->Ask("F102");
+  EXPECT_EQ(garbage.size(), 32u);
+  EXPECT_EQ(garbage.find_first_of("F\r\n "), std::string::npos);
+  const std::string oversized = client->Ask("F102");
+  EXPECT_EQ(oversized.size(), 300u * 1024u);
+  EXPECT_THAT(oversized, StartsWith("F102 OK S:0 "));
+}
+
+TEST(FaultTextTest, SilentCommandIsCarriedOutAllTheSame) {
+  Bench bench;
+  bench.sim->InjectFault(0, MakeFault(FaultKind::kSilent, 103));
+  const auto client = bench.Connect();
+  client->Send(JobRequest(50));
+  EXPECT_EQ(client->Ask("F102"), "F102 OK S:2");
+}
+
+class BadFaultTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(BadFaultTest, IsRefused) { EXPECT_THROW(ParseFault(GetParam()), ConfigError); }
+
+INSTANTIATE_TEST_SUITE_P(Each, BadFaultTest,
+                         testing::Values("", "zap", "late,", "late,ms", "late,ms=x", "late,ms=-1",
+                                         "late,bytes=3", "pieces,bytes=0", "silent,count=-2",
+                                         "silent,code=99999999999", "bad-number", "late,ms=1,ms=2",
+                                         "late,kind=silent", "burst,n=100001",
+                                         "drop-after,bytes=1.5"));
+
+}  // namespace
+}  // namespace nuvsim

@@ -1,0 +1,151 @@
+// The life of a job, and the buffer that its lines go through.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "bench.h"
+
+namespace nuvsim {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::Field;
+
+TEST(JobTest, IsKeptByteForByteThenPrintedLayerByLayer) {
+  Bench bench([](PrinterConfig& printer) { printer.layerTime = milliseconds(100); });
+  const auto client = bench.Connect();
+  const std::string lines = std::string("G1 X0\r\n\0\x80 F101\nFx\r\n\r\nabc\r\n", 26);
+  client->Send(JobRequest(5 + 7 + 2 + 0 + 3, 3) + lines);
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Status().layer == 1; }));
+  EXPECT_EQ(bench.sim->JobBytes(), lines);
+  EXPECT_EQ(bench.sim->Jobs()[0].lines, 5u);
+  EXPECT_EQ(bench.sim->CommandText(), "");
+
+  bench.Pass(milliseconds(299));
+  EXPECT_EQ(bench.sim->Status().layer, 3u);
+  EXPECT_EQ(bench.sim->Totals().jobsFinished, 0u);
+  bench.Pass(milliseconds(1));
+  EXPECT_EQ(bench.sim->Status().state, State::kIdle);
+  EXPECT_EQ(bench.sim->Totals().jobsFinished, 1u);
+}
+
+TEST(JobTest, OfNoBytesIsCompleteAtOnce) {
+  Bench bench;
+  const auto client = bench.Connect();
+  EXPECT_EQ(client->Ask("F103 S0 L2 T1 R1 V1 C1 E1 H1 Y1 U1 P1"), "F103 OK");
+  EXPECT_EQ(client->Ask("F102"), "F102 OK S:0");
+  EXPECT_EQ(bench.sim->Jobs()[0].status, JobStatus::kFinished);
+}
+
+TEST(JobTest, OfNoLayersIsNotPrinted) {
+  Bench bench([](PrinterConfig& printer) { printer.layerTime = milliseconds(100); });
+  const auto client = bench.Connect();
+  client->Send(JobRequest(0, 0));
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  EXPECT_EQ(client->Ask("F102"), "F102 OK S:0");
+}
+
+TEST(JobTest, AbandonedKeepsItsFileAndMakesRoomForTheNext) {
+  Bench bench;
+  const auto client = bench.Connect();
+  client->Send(JobRequest(100) + "first\r\n");
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  EXPECT_EQ(client->Ask("F104 S2"), "F104 OK");
+  client->Send("between\r\n" + JobRequest(6) + "second\r\n");
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  EXPECT_EQ(client->Ask("F157"), "F157 OK I2 S6");
+
+  EXPECT_THAT(bench.sim->Jobs(), ElementsAre(Field(&JobRecord::status, JobStatus::kAbandoned),
+                                             Field(&JobRecord::status, JobStatus::kFinished)));
+  EXPECT_EQ(bench.sim->JobBytes(0, 1), "first\r\n");
+  EXPECT_EQ(bench.sim->JobBytes(0, 2), "second\r\n");
+  EXPECT_EQ(bench.sim->CommandText(), "between\r\n");
+  EXPECT_EQ(bench.sim->Totals().jobsAbandoned, 1u);
+}
+
+TEST(JobTest, WakesTheWaiterWhenPrintedInRealTime) {
+  SimulatorConfig config;
+  config.printers = {LoopbackPrinter()};
+  config.printers[0].layerTime = milliseconds(5);
+  Simulator sim(config);
+  sim.Start();
+  RawClient client(sim.TcpPort());
+  client.Send(JobRequest(0, 3));
+  EXPECT_EQ(client.ReadLine(), "F103 OK");
+  EXPECT_TRUE(sim.WaitUntil([&] { return sim.Totals().jobsFinished == 1; }, kPatience));
+}
+
+TEST(JobTest, OfManyLongLinesArrivesWhole) {
+  Bench bench([](PrinterConfig& printer) { printer.bufferBytes = 64 << 20; });
+  const auto client = bench.Connect();
+  std::string line(1100000, 'x');
+  std::string sent;
+  client->Send(JobRequest(20 * line.size()));
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  for (char c = 'a'; c < 'a' + 20; ++c) {
+    line.front() = line.back() = c;
+    client->Send(line + "\r\n");
+    sent += line + "\r\n";
+  }
+  ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Totals().jobsFinished == 1; }));
+  EXPECT_TRUE(bench.sim->JobBytes() == sent);
+}
+
+TEST(JobFolderTest, IsGoneWithTheSimulatorUnlessChosen) {
+  std::filesystem::path file;
+  {
+    Bench bench;
+    file = bench.sim->CommandFile();
+    EXPECT_TRUE(std::filesystem::exists(file));
+  }
+  EXPECT_FALSE(std::filesystem::exists(file.parent_path()));
+
+  const auto chosen = std::filesystem::path(testing::TempDir()) / "nuvsim_test_jobs";
+  SimulatorConfig config;
+  config.printers = {LoopbackPrinter()};
+  config.jobFolder = chosen;
+  { Simulator sim(config); }
+  EXPECT_TRUE(std::filesystem::exists(chosen / "printer0-commands.txt"));
+  std::filesystem::remove_all(chosen);
+}
+
+TEST(BufferTest, DrainsWithTime) {
+  Bench bench([](PrinterConfig& printer) {
+    printer.bufferBytes = 1000;
+    printer.drainRate = 200;
+  });
+  const auto client = bench.Connect();
+  client->Send(std::string(598, 'x') + "\r\n");
+  EXPECT_EQ(client->Ask("F117"), "F117 OK S:400");
+  bench.Pass(milliseconds(1500));
+  EXPECT_EQ(client->Ask("F117"), "F117 OK S:700");
+  bench.Pass(milliseconds(60000));
+  EXPECT_EQ(client->Ask("F117"), "F117 OK S:1000");
+}
+
+TEST(BufferTest, LosesWhatDoesNotFit) {
+  Bench bench([](PrinterConfig& printer) {
+    printer.bufferBytes = 20;
+    printer.drainRate = 0;
+  });
+  const auto client = bench.Connect();
+  const std::string exact = std::string(10, 'a') + "\r\n";
+  client->Send(JobRequest(100) + exact + "too long\n" + "12345678");
+  client->Send(std::string(300000, 'b') + "\r\n");  // longer than the whole buffer, in parts
+  client->Send("fits  \r\n");
+  EXPECT_EQ(client->ReadLine(), "F103 OK");
+  EXPECT_EQ(client->Ask("F157"), "F157 OK I1 S16");
+  EXPECT_EQ(client->Ask("F117"), "F117 OK S:0");
+  EXPECT_EQ(bench.sim->JobBytes(), exact + "fits  \r\n");
+  EXPECT_EQ(bench.sim->Totals().overruns, 2u);
+  EXPECT_EQ(bench.sim->Totals().overrunBytes, 9u + 8u + 300002u);
+}
+
+}  // namespace
+}  // namespace nuvsim

@@ -1,0 +1,56 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <memory>
+
+#include "file_job.h"
+#include "job_check.h"
+#include "library.h"
+#include "printer_state.h"
+#include "subcommands.h"
+#include "text.h"
+
+namespace nuvctl {
+namespace {
+
+// The library orders the printer to drop a cancelled job; whether it did is asked here.
+std::string HintAfterCancel() {
+  try {
+    const int state = ReadState().number;
+    if (state == NUV_PRINTER_IDLE) return "The printer dropped the job and is idle.";
+    return "The printer's state is now: " + StateName(state) +
+           ". Cancel the job at its panel if it does not become idle.";
+  } catch (const std::exception&) {
+    return "The printer does not tell its state; check at its panel that the job is gone.";
+  }
+}
+
+Report RunSend(Context& context, const std::string& name) {
+  const JobFile file = OpenJobFile(name);
+  OpenReadyPrinter(context, file);
+  const JobMark before = ReadJobMark();
+  const Transfer transfer = RunTransfer(context, file.path, API_SendPrintFile);
+  RequireSent(context, file, transfer, HintAfterCancel);
+  std::optional<int> job;
+  try {
+    job = ConfirmJob(context, before, transfer.total);
+  } catch (CommandError& error) {
+    error.shown.json = TransferJson(file, transfer, "not_confirmed");
+    throw;
+  }
+  Report report;
+  report.json = TransferJson(file, transfer, "accepted");
+  if (job) report.json["job_index"] = *job;
+  report.text = "Sent " + Printable(name) + ": " + TransferText(transfer) + ". The printer " +
+                (job ? "took it as job " + std::to_string(*job) : "is printing it") + ".\n";
+  return report;
+}
+
+}  // namespace
+
+Action DeclareSend(CLI::App& app) {
+  const auto name = std::make_shared<std::string>();
+  app.add_option("FILE", *name, "The print file")->required()->type_name("");
+  return [name](Context& context) { return RunSend(context, *name); };
+}
+
+}  // namespace nuvctl

@@ -1,0 +1,54 @@
+// Exit codes, and failures as they are told to the user: what happened and what to do next.
+#ifndef NUVCTL_ERROR_H_
+#define NUVCTL_ERROR_H_
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "report.h"
+
+namespace nuvctl {
+
+// Documented in --help and README.md; scripts rely on the numbers.
+enum ExitCode : int {
+  kDone = 0,
+  kPrinterFailed = 1,      // the printer refused, failed or did not take the job
+  kUsage = 2,              // the command line is wrong
+  kNoPrinter = 3,          // no printer found, or it is not clear which one
+  kFileProblem = 4,        // the file cannot be read or is not fit for the printer
+  kConnectionProblem = 5,  // the printer did not answer or could not be opened
+  kLocalProblem = 6,       // this computer's side: a library is missing, output not written
+  kCancelled = 130         // Ctrl-C
+};
+
+// Ends a subcommand. `code` is a stable word for scripts, `message` one sentence without a full
+// stop, `hint` what to do next (may be empty), `shown` what was found out all the same.
+struct CommandError : std::exception {
+  CommandError(std::string code_, ExitCode exit_, std::string message_, std::string hint_,
+               Report shown_ = Report())
+      : code(std::move(code_)),
+        exit(exit_),
+        message(std::move(message_)),
+        hint(std::move(hint_)),
+        shown(std::move(shown_)) {}
+
+  const char* what() const noexcept override { return message.c_str(); }
+
+  std::string code;
+  ExitCode exit;
+  std::string message;
+  std::string hint;
+  Report shown;
+  bool shown_is_result = false;  // `shown` is what was asked for, so it belongs on standard output
+  std::optional<int> result;     // of the library call that failed, if one did
+};
+
+// The failure of a library call that returned `result` (not 0) while doing `action`, such as
+// "Reading the state". `command`: number of the printer command that failed, 0 when not known.
+CommandError ResultError(int result, const std::string& action, int command = 0);
+
+}  // namespace nuvctl
+
+#endif  // NUVCTL_ERROR_H_

@@ -1,0 +1,188 @@
+#include "printers.h"
+
+#include <algorithm>
+
+#include "error.h"
+#include "library.h"
+#include "table.h"
+
+namespace nuvctl {
+namespace {
+
+constexpr int kSerialBuffers = 256;
+constexpr int kSerialLength = 255;  // a buffer has one byte more, for the NUL
+
+// Buffers for a string list in the layout that the library writes.
+class ListBuffer {
+ public:
+  ListBuffer() : bytes_(static_cast<size_t>(kSerialBuffers) * (kSerialLength + 1)) {
+    for (size_t i = 0; i < kSerialBuffers; ++i) {
+      entries_.push_back(bytes_.data() + i * (kSerialLength + 1));
+    }
+  }
+  char** Data() { return entries_.data(); }
+  std::string Text(int i) const { return entries_[static_cast<size_t>(i)]; }
+
+ private:
+  std::vector<char> bytes_;
+  std::vector<char*> entries_;
+};
+
+std::string DeviceText(int index, NuvDeviceField field) {
+  TextBuffer text;
+  API_GetDeviceInfo(text.Data(), NUV_KIND_NETWORK, index, field);
+  return text.Text();
+}
+
+CommandError NothingFound(const Options& options) {
+  const std::string port = options.port ? std::to_string(*options.port) : "6013";
+  Report report;
+  report.json["printers"] = nlohmann::ordered_json::array();
+  return CommandError("no_printer", kNoPrinter, "No printer was found on the network",
+                      "Check that the printer is on and in the same network as this computer, "
+                      "and that no firewall blocks UDP port " +
+                          port + "; a longer --timeout helps with slow networks.",
+                      report);
+}
+
+CommandError Incomplete(const Listing& listing) {
+  if (listing.result != NUV_CONNECTION_REFUSED) {
+    CommandError error = FailureOf(listing.result, "Asking the printers what they are");
+    error.shown = ListingReport(listing);
+    return error;
+  }
+  CommandError error(
+      "listing_incomplete", kConnectionProblem,
+      "A printer answered the search but could not be opened, so the list ends after " +
+          std::to_string(listing.printers.size()),
+      "Another program may be connected to it. A printer whose address is known can still be "
+      "used: give --address.",
+      ListingReport(listing));
+  error.result = listing.result;
+  return error;
+}
+
+CommandError Unclear(const Listing& listing, const std::string& message, const std::string& hint) {
+  return CommandError("which_printer", kNoPrinter, message, hint, ListingReport(listing));
+}
+
+// What is known of the printer that was opened by `index` or `address`.
+Printer KnownPrinter(const Listing& listing, int index, const std::string& address) {
+  for (const Printer& printer : listing.printers) {
+    if (printer.index == index || (!address.empty() && printer.address == address)) return printer;
+  }
+  Printer unknown;
+  unknown.index = index;
+  unknown.address = address;
+  return unknown;
+}
+
+Printer OpenByAddress(const Listing& listing, const std::string& address) {
+  const Printer printer = KnownPrinter(listing, -1, address);
+  const int result = API_ConnectNetWorkDevice(address.c_str());
+  if (result == NUV_CONNECTION_REFUSED && listing.result == NUV_OK && printer.serial.empty()) {
+    throw Unclear(listing, "No printer at " + address + " answered the search",
+                  "These did; check the address, or give a longer --timeout.");
+  }
+  Check(result, "Opening the printer at " + address);
+  return printer;
+}
+
+Printer OpenByIndex(const Listing& listing, int index) {
+  // An incomplete listing does not tell how many there are; the library then judges the index.
+  if (listing.result == NUV_OK && static_cast<size_t>(index) >= listing.printers.size()) {
+    throw Unclear(listing, "There is no printer " + std::to_string(index) + " in the list",
+                  "Indexes start at 0 and may change from search to search; --serial does not.");
+  }
+  Check(API_ChooseDevice(NUV_KIND_NETWORK, index), "Opening printer " + std::to_string(index));
+  return KnownPrinter(listing, index, std::string());
+}
+
+// The index of the printer that is meant when neither address nor index is given.
+int FindIndex(const Listing& listing, const Options& options) {
+  std::vector<Printer> matches = listing.printers;
+  if (options.serial) {
+    const auto other = [&](const Printer& printer) { return printer.serial != *options.serial; };
+    matches.erase(std::remove_if(matches.begin(), matches.end(), other), matches.end());
+  }
+  const bool missing = options.serial && matches.empty();
+  if (listing.result != NUV_OK && (missing || !options.serial)) throw Incomplete(listing);
+  if (missing) {
+    throw Unclear(listing, "No printer has the serial number " + *options.serial,
+                  "These were found; upper and lower case count.");
+  }
+  if (matches.size() > 1) {
+    throw Unclear(
+        listing,
+        options.serial ? "Several printers have this serial number" : "Several printers were found",
+        options.serial ? "Say which one with --address or --index."
+                       : "Say which one with --serial, --address or --index.");
+  }
+  return matches.front().index;
+}
+
+}  // namespace
+
+Listing ListPrinters(const Options& options) {
+  if (options.port) API_SetBroadCastPort(*options.port);
+  ListBuffer serials;
+  int count = kSerialBuffers;
+  Listing listing;
+  listing.result = API_GetDeviceList(NUV_KIND_NETWORK, serials.Data(), &count, kSerialLength,
+                                     options.timeout_ms);
+  // After a failure the library's table is an older one, and only the serial numbers are copied.
+  const bool complete = listing.result == NUV_OK;
+  const int known = complete ? count : std::min(count, kSerialBuffers);
+  for (int i = 0; i < known; ++i) {
+    Printer printer;
+    printer.index = i;
+    printer.serial = complete ? DeviceText(i, NUV_DEVICE_SERIAL) : serials.Text(i);
+    if (complete) {
+      printer.address = DeviceText(i, NUV_DEVICE_IDENTIFIER);
+      printer.model = DeviceText(i, NUV_DEVICE_MODEL);
+      printer.nickname = DeviceText(i, NUV_DEVICE_SUPPLEMENTARY);
+    }
+    listing.printers.push_back(printer);
+  }
+  return listing;
+}
+
+Report ListingReport(const Listing& listing) {
+  const bool complete = listing.result == NUV_OK;
+  Report report;
+  report.json["printers"] = nlohmann::ordered_json::array();
+  std::vector<TableRow> rows;
+  for (const Printer& printer : listing.printers) {
+    nlohmann::ordered_json entry = {{"index", printer.index}, {"serial", printer.serial}};
+    if (complete) {
+      entry["address"] = printer.address;
+      entry["model"] = printer.model;
+      entry["nickname"] = printer.nickname;
+    }
+    report.json["printers"].push_back(entry);
+    rows.push_back({std::to_string(printer.index), printer.address, printer.serial, printer.model,
+                    printer.nickname});
+  }
+  if (!rows.empty()) {
+    report.text = FormatTable({"INDEX", "ADDRESS", "SERIAL", "MODEL", "NICKNAME"}, rows);
+  }
+  return report;
+}
+
+void RequireListed(const Listing& listing, const Options& options) {
+  if (listing.result == NUV_NOT_FOUND) throw NothingFound(options);
+  if (listing.result != NUV_OK) throw Incomplete(listing);
+  if (listing.printers.empty()) throw NothingFound(options);
+}
+
+Printer OpenPrinter(const Context& context) {
+  const Options& options = context.options;
+  const Listing listing = ListPrinters(options);
+  const bool empty = listing.result == NUV_OK && listing.printers.empty();
+  if (listing.result == NUV_NOT_FOUND || empty) throw NothingFound(options);
+  if (options.address) return OpenByAddress(listing, *options.address);
+  if (options.index) return OpenByIndex(listing, *options.index);
+  return OpenByIndex(listing, FindIndex(listing, options));
+}
+
+}  // namespace nuvctl

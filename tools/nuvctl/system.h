@@ -1,0 +1,42 @@
+// What nuvctl needs from the operating system, behind one interface that tests replace.
+#ifndef NUVCTL_SYSTEM_H_
+#define NUVCTL_SYSTEM_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace nuvctl {
+
+// Thread-safety: Interrupted may be called from any thread, the rest from the main thread only.
+class System {
+ public:
+  virtual ~System() = default;
+
+  // Milliseconds of a clock that is never set back; only differences mean something.
+  virtual int64_t NowMs() = 0;
+  virtual void SleepMs(int64_t milliseconds) = 0;
+
+  // Whether the standard error stream, where progress goes, is a terminal; and its columns.
+  virtual bool ErrorIsTerminal() = 0;
+  virtual int ErrorWidth() = 0;
+
+  // While watched, the first Ctrl-C (on POSIX also a request to terminate or a closed terminal)
+  // makes Interrupted true and says so; a second one ends the process at once with code 130.
+  // Not watched, Ctrl-C ends the process as usual.
+  virtual void WatchInterrupts(bool watch) = 0;
+  virtual bool Interrupted() = 0;
+
+  virtual void SetEnvironment(const char* name, const char* value) = 0;
+};
+
+// The system that nuvctl runs on. One at a time: interrupts are a matter of the whole process.
+std::unique_ptr<System> MakeSystem();
+
+// The arguments after the program's name, in UTF-8.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+}  // namespace nuvctl
+
+#endif  // NUVCTL_SYSTEM_H_

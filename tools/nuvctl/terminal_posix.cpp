@@ -1,0 +1,101 @@
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string_view>
+#include <thread>
+
+#include "error.h"
+#include "system.h"
+
+namespace nuvctl {
+namespace {
+
+constexpr int kUsualWidth = 80;
+// A killed sender leaves the printer waiting for data, so these too cancel the job first.
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr size_t kInterruptCount = sizeof(kInterrupts) / sizeof(kInterrupts[0]);
+
+volatile sig_atomic_t g_interrupted = 0;
+
+// Only calls that a signal handler may make.
+void Say(std::string_view text) {
+  const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+  static_cast<void>(written);  // nobody is left to tell
+}
+
+extern "C" void OnInterrupt(int) {
+  if (g_interrupted != 0) {
+    Say("\nnuvctl: stopped at once; the printer may still be waiting for data.\n");
+    _exit(kCancelled);
+  }
+  g_interrupted = 1;
+  Say("\nnuvctl: cancelling; press Ctrl-C again to stop at once.\n");
+}
+
+class PosixSystem final : public System {
+ public:
+  // A reader that goes away (such as `head`) must not kill a running transfer.
+  PosixSystem() { signal(SIGPIPE, SIG_IGN); }
+  ~PosixSystem() override { WatchInterrupts(false); }
+
+  int64_t NowMs() override {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+  }
+
+  void SleepMs(int64_t milliseconds) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+
+  bool ErrorIsTerminal() override { return isatty(STDERR_FILENO) == 1; }
+
+  int ErrorWidth() override {
+    struct winsize size = {};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+    return size.ws_col;
+  }
+
+  void WatchInterrupts(bool watch) override {
+    if (watch == watching_) return;
+    watching_ = watch;
+    if (watch) g_interrupted = 0;
+    for (size_t i = 0; i < kInterruptCount; ++i) {
+      if (watch) {
+        Watch(kInterrupts[i], &earlier_[i]);
+      } else {
+        sigaction(kInterrupts[i], &earlier_[i], nullptr);
+      }
+    }
+  }
+
+  bool Interrupted() override { return g_interrupted != 0; }
+
+  void SetEnvironment(const char* name, const char* value) override { setenv(name, value, 1); }
+
+ private:
+  static void Watch(int number, struct sigaction* earlier) {
+    struct sigaction action = {};
+    action.sa_handler = OnInterrupt;
+    action.sa_flags = SA_RESTART;  // the library's reads and writes go on
+    sigemptyset(&action.sa_mask);
+    sigaction(number, nullptr, earlier);
+    // What the shell or nohup chose to ignore stays ignored.
+    if (earlier->sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+  }
+
+  bool watching_ = false;
+  struct sigaction earlier_[kInterruptCount] = {};
+};
+
+}  // namespace
+
+std::unique_ptr<System> MakeSystem() { return std::make_unique<PosixSystem>(); }
+
+std::vector<std::string> Utf8Arguments(int argc, char** argv) {
+  return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+}  // namespace nuvctl

@@ -1,0 +1,108 @@
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+// shellapi.h needs windows.h before it.
+#include <shellapi.h>
+#include <stdlib.h>
+
+#include <atomic>
+#include <chrono>
+#include <string_view>
+#include <thread>
+
+#include "error.h"
+#include "system.h"
+
+namespace nuvctl {
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+std::atomic<bool> g_interrupted{false};
+
+void Say(std::string_view text) {
+  DWORD written = 0;
+  WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), static_cast<DWORD>(text.size()), &written,
+            nullptr);
+}
+
+// Runs on a thread of its own that Windows starts.
+BOOL WINAPI OnInterrupt(DWORD) {
+  if (g_interrupted.exchange(true)) {
+    Say("\r\nnuvctl: stopped at once; the printer may still be waiting for data.\r\n");
+    ExitProcess(kCancelled);
+  }
+  Say("\r\nnuvctl: cancelling; press Ctrl-C again to stop at once.\r\n");
+  return TRUE;
+}
+
+std::string Utf8FromWide(const wchar_t* text) {
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  if (bytes <= 1) return std::string();
+  std::string utf8(static_cast<size_t>(bytes), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), bytes, nullptr, nullptr);
+  utf8.resize(static_cast<size_t>(bytes) - 1);  // without the NUL
+  return utf8;
+}
+
+class WindowsSystem final : public System {
+ public:
+  WindowsSystem() : earlier_code_page_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
+  ~WindowsSystem() override {
+    WatchInterrupts(false);
+    SetConsoleOutputCP(earlier_code_page_);
+  }
+
+  int64_t NowMs() override {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+  }
+
+  void SleepMs(int64_t milliseconds) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+
+  bool ErrorIsTerminal() override {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  }
+
+  int ErrorWidth() override {
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info)) return kUsualWidth;
+    return info.srWindow.Right - info.srWindow.Left + 1;
+  }
+
+  void WatchInterrupts(bool watch) override {
+    if (watch == watching_) return;
+    watching_ = watch;
+    if (watch) g_interrupted = false;
+    SetConsoleCtrlHandler(OnInterrupt, watch ? TRUE : FALSE);
+  }
+
+  bool Interrupted() override { return g_interrupted; }
+
+  void SetEnvironment(const char* name, const char* value) override { _putenv_s(name, value); }
+
+ private:
+  const UINT earlier_code_page_;
+  bool watching_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<System> MakeSystem() { return std::make_unique<WindowsSystem>(); }
+
+// `argv` is in the system's code page, which cannot hold every file name; Windows keeps the
+// original.
+std::vector<std::string> Utf8Arguments(int, char**) {
+  std::vector<std::string> arguments;
+  int count = 0;
+  wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+  if (wide == nullptr) return arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(Utf8FromWide(wide[i]));
+  LocalFree(wide);
+  return arguments;
+}
+
+}  // namespace nuvctl

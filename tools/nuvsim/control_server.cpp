@@ -1,0 +1,80 @@
+#include "nuvsim/control_server.h"
+
+#include <asio/buffer.hpp>
+#include <asio/read_until.hpp>
+#include <asio/write.hpp>
+#include <memory>
+#include <utility>
+
+#include "nuvsim/control.h"
+#include "nuvsim/network_interfaces.h"
+
+namespace nuvsim {
+namespace {
+
+using asio::ip::tcp;
+
+constexpr std::size_t kLongestRequest = 1024 * 1024;
+
+tcp::acceptor ListenLocally(asio::io_context& io, std::uint16_t port) {
+  tcp::acceptor acceptor(io, tcp::v4());
+  if (ListenerReusesAddress()) acceptor.set_option(tcp::acceptor::reuse_address(true));
+  acceptor.bind(tcp::endpoint(asio::ip::address_v4::loopback(), port));
+  acceptor.listen();
+  return acceptor;
+}
+
+}  // namespace
+
+// One client: a request line, its answer, the next request line.
+class ControlServer::Session : public std::enable_shared_from_this<Session> {
+ public:
+  Session(tcp::socket socket, Simulator& simulator, std::function<void()> whenQuit)
+      : socket_(std::move(socket)), simulator_(simulator), whenQuit_(std::move(whenQuit)) {}
+
+  void Read() {
+    asio::async_read_until(
+        socket_, asio::dynamic_buffer(received_, kLongestRequest), '\n',
+        [self = shared_from_this()](const asio::error_code& error, std::size_t length) {
+          if (!error) self->Answer(length);
+        });
+  }
+
+ private:
+  void Answer(std::size_t length) {
+    const ControlAnswer answer = ControlSimulator(simulator_, received_.substr(0, length));
+    received_.erase(0, length);
+    line_ = answer.line + "\n";
+    asio::async_write(socket_, asio::buffer(line_),
+                      [self = shared_from_this(), quits = answer.quits](
+                          const asio::error_code& error, std::size_t) {
+                        if (quits) {
+                          self->whenQuit_();
+                        } else if (!error) {
+                          self->Read();
+                        }
+                      });
+  }
+
+  tcp::socket socket_;
+  Simulator& simulator_;
+  std::function<void()> whenQuit_;
+  std::string received_;
+  std::string line_;
+};
+
+ControlServer::ControlServer(asio::io_context& io, std::uint16_t port, Simulator& simulator,
+                             std::function<void()> whenQuit)
+    : acceptor_(ListenLocally(io, port)), simulator_(simulator), whenQuit_(std::move(whenQuit)) {
+  Accept();
+}
+
+void ControlServer::Accept() {
+  acceptor_.async_accept([this](const asio::error_code& error, tcp::socket socket) {
+    if (!acceptor_.is_open()) return;
+    if (!error) std::make_shared<Session>(std::move(socket), simulator_, whenQuit_)->Read();
+    Accept();
+  });
+}
+
+}  // namespace nuvsim

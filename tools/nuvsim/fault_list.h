@@ -1,0 +1,59 @@
+// The faults that are armed on one printer, in the order in which they were armed.
+//
+// Thread-safety: none; the owner serialises calls.
+#ifndef NUVSIM_FAULT_LIST_H_
+#define NUVSIM_FAULT_LIST_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <optional>
+#include <vector>
+
+#include "nuvsim/fault.h"
+
+namespace nuvsim {
+
+// How a connection ends, if the printer ends it.
+enum class Closing { kNone, kDrop, kReset };
+
+class FaultList {
+ public:
+  void Add(const Fault& fault);
+  void Clear();
+  std::size_t Size() const { return faults_.size(); }
+  std::uint64_t Applied() const { return applied_; }
+
+  // Takes the fault that applies to the answer of this command, if any.
+  std::optional<Fault> TakeForAnswer(int code);
+
+  // Takes a report of a full buffer for this command.
+  bool TakeBufferFull(int code);
+
+  // Takes every fault that applies to a search.
+  std::vector<Fault> TakeForSearch();
+
+  // How many further bytes may be received before the connection is cut; the largest value when
+  // no such fault is armed.
+  std::uint64_t BytesBeforeCut() const;
+
+  // Counts received bytes, no more than BytesBeforeCut(); tells whether the cut is due.
+  Closing CountBytes(std::uint64_t bytes);
+
+ private:
+  struct Armed {
+    Fault fault;
+    std::uint64_t bytesLeft;
+  };
+  using Iterator = std::list<Armed>::iterator;
+
+  static bool IsCut(const Armed& armed);
+  Iterator Apply(Iterator armed);
+
+  std::list<Armed> faults_;
+  std::uint64_t applied_ = 0;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_FAULT_LIST_H_

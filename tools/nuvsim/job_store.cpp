@@ -1,0 +1,57 @@
+#include "nuvsim/job_store.h"
+
+#include <utility>
+
+namespace nuvsim {
+namespace {
+
+constexpr auto kFreshBinary = std::ios::binary | std::ios::trunc;
+
+}  // namespace
+
+JobStore::JobStore(std::filesystem::path folder, std::string prefix)
+    : folder_(std::move(folder)),
+      prefix_(std::move(prefix)),
+      commandFile_(folder_ / (prefix_ + "-commands.txt")),
+      commands_(commandFile_, kFreshBinary) {}
+
+JobRecord& JobStore::Open(std::uint64_t announcedBytes, std::uint32_t layers, double minutes) {
+  CloseJobFile();
+  JobRecord job;
+  job.index = static_cast<int>(jobs_.size()) + 1;
+  job.name = "Job" + std::to_string(job.index);
+  job.announcedBytes = announcedBytes;
+  job.layers = layers;
+  job.minutes = minutes;
+  job.file = folder_ / (prefix_ + "-job" + std::to_string(job.index) + ".data");
+  jobData_.open(job.file, kFreshBinary);
+  jobs_.push_back(std::move(job));
+  return jobs_.back();
+}
+
+void JobStore::Append(std::ofstream& file, std::string_view line) {
+  file.write(line.data(), static_cast<std::streamsize>(line.size()));
+  if (file) return;
+  ++writeErrors_;
+  file.clear();
+}
+
+void JobStore::AppendToJob(std::string_view line) { Append(jobData_, line); }
+
+void JobStore::AppendToCommands(std::string_view line) { Append(commands_, line); }
+
+void JobStore::Flush() {
+  for (std::ofstream* file : {&jobData_, &commands_}) {
+    if (!file->is_open() || file->flush()) continue;
+    ++writeErrors_;
+    file->clear();
+  }
+}
+
+void JobStore::CloseJobFile() {
+  if (!jobData_.is_open()) return;
+  Flush();
+  jobData_.close();
+}
+
+}  // namespace nuvsim

@@ -1,0 +1,60 @@
+// The jobs that a printer has accepted, and the files that hold what was received.
+//
+// Data goes straight to the files, so a job may be larger than memory.
+// Thread-safety: none; the owner serialises calls.
+#ifndef NUVSIM_JOB_STORE_H_
+#define NUVSIM_JOB_STORE_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nuvsim/types.h"
+
+namespace nuvsim {
+
+class JobStore {
+ public:
+  // Files are <folder>/<prefix>-job<index>.data and <folder>/<prefix>-commands.txt; files left
+  // there by an earlier run are replaced. The folder must exist.
+  JobStore(std::filesystem::path folder, std::string prefix);
+
+  // Opens the next job and its file.
+  JobRecord& Open(std::uint64_t announcedBytes, std::uint32_t layers, double minutes);
+
+  // The newest job; null before the first.
+  JobRecord* Last() { return jobs_.empty() ? nullptr : &jobs_.back(); }
+  const JobRecord* Last() const { return jobs_.empty() ? nullptr : &jobs_.back(); }
+  const std::vector<JobRecord>& Jobs() const { return jobs_; }
+
+  // Appends a line to the newest job's file, or to the command file.
+  void AppendToJob(std::string_view line);
+  void AppendToCommands(std::string_view line);
+
+  // Makes what was appended visible to readers of the files.
+  void Flush();
+
+  // The newest job receives no more.
+  void CloseJobFile();
+
+  const std::filesystem::path& CommandFile() const { return commandFile_; }
+  std::uint64_t WriteErrors() const { return writeErrors_; }
+
+ private:
+  void Append(std::ofstream& file, std::string_view line);
+
+  std::filesystem::path folder_;
+  std::string prefix_;
+  std::filesystem::path commandFile_;
+  std::vector<JobRecord> jobs_;
+  std::ofstream jobData_;
+  std::ofstream commands_;
+  std::uint64_t writeErrors_ = 0;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_JOB_STORE_H_

@@ -1,0 +1,85 @@
+// The printer behind the wire: its state, its job and its receive buffer. Knows nothing of
+// request lines or connections.
+//
+// Thread-safety: none; the owner serialises calls. Time passes by the clock alone: every operation
+// first brings the printing up to date.
+#ifndef NUVSIM_MACHINE_H_
+#define NUVSIM_MACHINE_H_
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nuvsim/job_store.h"
+#include "nuvsim/receive_buffer.h"
+#include "nuvsim/types.h"
+
+namespace nuvsim {
+
+// How far the printing of a job has come.
+struct Progress {
+  std::uint32_t layer = 0;  // current, from 1
+  std::int64_t minutesLeft = 0;
+  int percent = 0;  // of the layers
+  std::string jobName;
+};
+
+class Machine {
+ public:
+  // `folder` receives the job files, named by `prefix`; see JobStore.
+  Machine(PrinterConfig config, Clock clock, std::filesystem::path folder, std::string prefix);
+
+  const PrinterConfig& Config() const { return config_; }
+  const ResinConfig& Resin() const { return config_.resin; }
+
+  // Job life. OpenJob is refused (false) unless the printer is idle.
+  bool OpenJob(std::uint64_t announcedBytes, std::uint32_t layers, double minutes);
+  void AbandonJob();
+  const JobRecord* LastJob();
+
+  // A data line with its line end: goes through the buffer to the open job, or to the command
+  // text when no job is open. A line that does not fit is lost.
+  void TakeLine(std::string_view line);
+  void LoseLine(std::uint64_t bytes);
+  void FlushFiles() { jobs_.Flush(); }
+
+  // What the printer reports.
+  State CurrentState();
+  int ErrorNumber() const { return errorNumber_.value_or(0); }
+  std::optional<Progress> Printing();  // set while a job prints
+  std::uint64_t FreeBytes() { return buffer_.FreeBytes(clock_()); }
+
+  // Time until the printing takes its next step; empty when none is due.
+  std::optional<std::chrono::nanoseconds> TimeToNextStep();
+
+  // Interference from outside. An error hides the job's state without ending the job.
+  void SetError(int number) { errorNumber_ = number; }
+  void ClearError() { errorNumber_.reset(); }
+  void SetIdle();
+  void SetResinRefusal(std::optional<int> state) { config_.resin.refusal = state; }
+
+  const JobStore& Jobs();
+  const Counters& JobCounters() const { return counters_; }  // jobs and overruns only
+
+ private:
+  void Advance();
+  std::uint32_t LayersDone();
+  bool JobIs(JobStatus status) const;
+  void CompleteIfReceived();
+
+  PrinterConfig config_;
+  Clock clock_;
+  ReceiveBuffer buffer_;
+  JobStore jobs_;
+  Counters counters_;
+  std::optional<int> errorNumber_;
+  std::chrono::steady_clock::time_point printingSince_;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_MACHINE_H_

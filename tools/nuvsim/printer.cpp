@@ -1,0 +1,110 @@
+#include "nuvsim/printer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "nuvsim/commands.h"
+#include "nuvsim/search_answers.h"
+
+namespace nuvsim {
+namespace {
+
+// A host that polls for days must not exhaust the memory.
+constexpr std::size_t kRequestsKept = 100000;
+
+bool AsksForBuffer(int code) { return code == 117 || code == 503; }
+
+}  // namespace
+
+Printer::Printer(PrinterConfig config, Clock clock, std::filesystem::path folder,
+                 std::string prefix, Log log)
+    : machine_(std::move(config), std::move(clock), std::move(folder), std::move(prefix)),
+      splitter_(machine_.Config().bufferBytes, *this),
+      log_(std::move(log)) {
+  for (const Fault& fault : machine_.Config().faults) faults_.Add(fault);
+}
+
+void Printer::ClientCame() {
+  ++counters_.connections;
+  connected_ = true;
+}
+
+void Printer::ClientLeft() {
+  splitter_.Finish();
+  machine_.FlushFiles();
+  connected_ = false;
+}
+
+Reaction Printer::Receive(std::string_view bytes) {
+  reaction_ = Reaction();
+  while (!bytes.empty() && reaction_.closing == Closing::kNone) {
+    const std::uint64_t beforeCut = faults_.BytesBeforeCut();
+    const std::string_view part =
+        bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(beforeCut, bytes.size())));
+    bytes.remove_prefix(part.size());
+    counters_.bytesReceived += part.size();
+    splitter_.Feed(part);
+    const Closing cut = faults_.CountBytes(part.size());
+    if (reaction_.closing == Closing::kNone) reaction_.closing = cut;
+  }
+  machine_.FlushFiles();
+  return std::move(reaction_);
+}
+
+bool Printer::OnCommand(std::string_view line) {
+  ++counters_.requests;
+  requests_.emplace_back(line);
+  if (requests_.size() > kRequestsKept) requests_.pop_front();
+  if (log_) log_(false, line);
+
+  const Request request = ParseRequest(line);
+  std::string answer = Answer(machine_, request);
+  if (AsksForBuffer(request.code) && faults_.TakeBufferFull(request.code)) {
+    answer = ReplaceField(answer, "S", "0");
+  }
+  if (const auto fault = faults_.TakeForAnswer(request.code)) {
+    AnswerWithFault(*fault, answer, reaction_);
+    if (log_) log_(true, std::string("(fault ") + FaultName(fault->kind) + ") " + answer);
+  } else {
+    AnswerProperly(answer, reaction_);
+    if (log_) log_(true, answer);
+  }
+  return reaction_.closing == Closing::kNone;
+}
+
+void Printer::OnData(std::string_view line) { machine_.TakeLine(line); }
+
+void Printer::OnLostData(std::uint64_t bytes) { machine_.LoseLine(bytes); }
+
+std::vector<Delivery> Printer::ReceiveSearch(std::string_view datagram, const std::string& address,
+                                             std::uint16_t port) {
+  if (!IsSearch(datagram)) return {};
+  ++counters_.searches;
+  return AnswerSearch(machine_.Config(), address, port, faults_.TakeForSearch(), datagram);
+}
+
+Counters Printer::Totals() {
+  Counters totals = counters_;
+  totals.writeErrors = machine_.Jobs().WriteErrors();  // brings the printing up to date
+  const Counters& jobs = machine_.JobCounters();
+  totals.jobsAccepted = jobs.jobsAccepted;
+  totals.jobsFinished = jobs.jobsFinished;
+  totals.jobsAbandoned = jobs.jobsAbandoned;
+  totals.overruns = jobs.overruns;
+  totals.overrunBytes = jobs.overrunBytes;
+  totals.faultsApplied = faults_.Applied();
+  return totals;
+}
+
+PrinterStatus Printer::Status() {
+  PrinterStatus status;
+  status.state = machine_.CurrentState();
+  status.errorNumber = machine_.ErrorNumber();
+  if (const auto progress = machine_.Printing()) status.layer = progress->layer;
+  status.freeBytes = machine_.FreeBytes();
+  status.connected = connected_;
+  status.armedFaults = faults_.Size();
+  return status;
+}
+
+}  // namespace nuvsim

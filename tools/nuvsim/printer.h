@@ -1,0 +1,67 @@
+// One simulated printer as seen from the wire: received bytes in, answers out, faults included.
+// Endpoints carry the bytes; this class knows no sockets.
+//
+// Thread-safety: none; the owner serialises calls.
+#ifndef NUVSIM_PRINTER_H_
+#define NUVSIM_PRINTER_H_
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nuvsim/fault_list.h"
+#include "nuvsim/line_splitter.h"
+#include "nuvsim/machine.h"
+#include "nuvsim/reply_faults.h"
+#include "nuvsim/types.h"
+
+namespace nuvsim {
+
+class Printer final : private LineSink {
+ public:
+  using Log = std::function<void(bool isReply, std::string_view text)>;
+
+  // `log` may be empty. See Machine for the rest.
+  Printer(PrinterConfig config, Clock clock, std::filesystem::path folder, std::string prefix,
+          Log log);
+
+  // A client came, sent bytes, went. Once a reaction ends the connection, what followed in the
+  // same bytes is void and the client counts as gone.
+  void ClientCame();
+  Reaction Receive(std::string_view bytes);
+  void ClientLeft();
+
+  // Answers a search datagram; empty when it is none. `address` and `port` are announced.
+  std::vector<Delivery> ReceiveSearch(std::string_view datagram, const std::string& address,
+                                      std::uint16_t port);
+
+  Machine& GetMachine() { return machine_; }
+  FaultList& Faults() { return faults_; }
+
+  // The newest command lines in order of arrival, without line ends.
+  std::vector<std::string> Requests() const { return {requests_.begin(), requests_.end()}; }
+  Counters Totals();
+  PrinterStatus Status();
+
+ private:
+  bool OnCommand(std::string_view line) override;
+  void OnData(std::string_view line) override;
+  void OnLostData(std::uint64_t bytes) override;
+
+  Machine machine_;
+  FaultList faults_;
+  LineSplitter splitter_;
+  Log log_;
+  std::deque<std::string> requests_;
+  Counters counters_;  // of the wire; jobs are counted by the machine
+  bool connected_ = false;
+  Reaction reaction_;  // being built
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_PRINTER_H_

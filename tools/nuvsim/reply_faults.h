@@ -1,0 +1,40 @@
+// What a fault does to the answer of a command.
+#ifndef NUVSIM_REPLY_FAULTS_H_
+#define NUVSIM_REPLY_FAULTS_H_
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "nuvsim/fault.h"
+#include "nuvsim/fault_list.h"
+
+namespace nuvsim {
+
+// Bytes to send in one go, `delay` after the delivery before them has been sent.
+struct Delivery {
+  std::string bytes;
+  std::chrono::milliseconds delay{0};
+};
+
+// What a printer does in reaction to received bytes: deliveries in order, then the end of the
+// connection unless `closing` is kNone.
+struct Reaction {
+  std::vector<Delivery> deliveries;
+  Closing closing = Closing::kNone;
+};
+
+// Appends the answer (without its line end) to `reaction` as `fault` makes it.
+void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& reaction);
+
+// Appends the answer, with its line end, as it should be.
+void AnswerProperly(const std::string& answer, Reaction& reaction);
+
+// `answer` with the value of its field `field` (S:5, or S5 from the third token on) replaced by
+// `text`; a field that it lacks is added.
+std::string ReplaceField(const std::string& answer, const std::string& field,
+                         const std::string& text);
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_REPLY_FAULTS_H_

@@ -1,0 +1,60 @@
+// The UDP side of the simulator: hears searches on each served network and sends the answers.
+//
+// A host on this machine may hold the same port for all addresses and expects unicast answers
+// there. So where the system allows, the sockets here are bound to broadcast addresses: they hear
+// searches only and can never take an answer away from the host.
+//
+// Thread-safety: none; every call on the thread that runs the I/O context, or before it runs.
+#ifndef NUVSIM_SEARCH_ENDPOINT_H_
+#define NUVSIM_SEARCH_ENDPOINT_H_
+
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "nuvsim/network_interfaces.h"
+#include "nuvsim/reply_faults.h"
+
+namespace nuvsim {
+
+class SearchEndpoint {
+ public:
+  // Given the index of the network and a datagram from it, returns the deliveries of each printer
+  // that answers. Called on the thread that runs the I/O context.
+  using Answerer =
+      std::function<std::vector<std::vector<Delivery>>(std::size_t network, std::string_view)>;
+
+  // Listens at once. `networks` must have distinct broadcast addresses.
+  // Throws std::system_error when a socket cannot be had.
+  SearchEndpoint(asio::io_context& io, std::uint16_t port, std::vector<Ipv4Interface> networks,
+                 Answerer answerer);
+  ~SearchEndpoint();
+
+  void Close();
+
+ private:
+  struct Listener;
+  struct Sending;
+
+  void Listen(std::uint32_t address, std::size_t network);
+  void Receive(Listener& listener);
+  void Answer(Listener& listener, std::size_t length);
+  void Send(const std::shared_ptr<Sending>& sending);
+  void SendNow(const std::shared_ptr<Sending>& sending);
+  std::size_t NetworkOf(std::uint32_t sender) const;
+
+  asio::io_context& io_;
+  std::uint16_t port_;
+  std::vector<Ipv4Interface> networks_;
+  Answerer answerer_;
+  std::vector<std::unique_ptr<Listener>> listeners_;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_SEARCH_ENDPOINT_H_

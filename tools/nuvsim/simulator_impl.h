@@ -1,0 +1,118 @@
+// The machinery behind Simulator: the I/O thread, one device per printer, and the search.
+#ifndef NUVSIM_SIMULATOR_IMPL_H_
+#define NUVSIM_SIMULATOR_IMPL_H_
+
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "nuvsim/printer.h"
+#include "nuvsim/search_endpoint.h"
+#include "nuvsim/simulator.h"
+#include "nuvsim/tcp_endpoint.h"
+
+namespace nuvsim {
+
+// Wakes those who wait for something to happen.
+//
+// Thread-safety: every function from any thread.
+class EventGate {
+ public:
+  void Notify();
+  bool WaitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds timeout);
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::uint64_t events_ = 0;
+};
+
+// The folder for job files: the user's, or a private one that goes with this object.
+class JobFolder {
+ public:
+  explicit JobFolder(const std::filesystem::path& chosen);
+  ~JobFolder();
+  JobFolder(const JobFolder&) = delete;
+  JobFolder& operator=(const JobFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+  bool isPrivate_;
+};
+
+// Lock order: lifeMutex before stateMutex. The I/O thread takes stateMutex only.
+class Simulator::Impl {
+ public:
+  explicit Impl(SimulatorConfig wanted);
+  ~Impl();
+
+  void Start();
+  void Stop();
+  void Unplug(std::size_t index);
+  void Replug(std::size_t index);
+  void ClockChanged();
+
+  // Runs `action` on a printer with the state locked, then wakes the waiters.
+  void Change(std::size_t index, const std::function<void(Printer&)>& action);
+
+  // One printer with its endpoint, as the wire sees it.
+  class Device : public Wire {
+   public:
+    Device(Impl& owner, std::size_t index, PrinterConfig config);
+
+    void ClientCame() override;
+    Reaction Receive(std::string_view bytes) override;
+    void ClientLeft() override;
+
+    void Listen(std::uint16_t wantedPort);
+    void Unplug();
+    // Wakes the waiters when the printing takes its next step.
+    void ArmStepTimer();
+
+    Impl& owner;
+    Printer printer;               // guarded by stateMutex
+    std::uint32_t address;         // 0: all interfaces
+    std::uint16_t port = 0;        // guarded by stateMutex
+    bool plugged = false;          // guarded by stateMutex
+    TcpEndpoint endpoint;          // I/O thread only
+    asio::steady_timer stepTimer;  // I/O thread only
+  };
+
+  SimulatorConfig config;
+  JobFolder folder;
+  mutable std::mutex stateMutex;
+  EventGate events;
+  asio::io_context io;  // outlives what runs on it
+  std::vector<std::unique_ptr<Device>> devices;
+
+ private:
+  using WorkGuard = asio::executor_work_guard<asio::io_context::executor_type>;
+
+  void Run(const std::function<void()>& action);
+  void ListenForSearches();
+  std::vector<std::vector<Delivery>> AnswerSearch(std::size_t network, std::string_view datagram);
+  void CloseAll();
+
+  std::vector<Ipv4Interface> networks_;
+  std::optional<SearchEndpoint> search_;
+  std::optional<WorkGuard> work_;
+  std::mutex lifeMutex_;
+  std::thread thread_;
+  bool started_ = false;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_SIMULATOR_IMPL_H_

@@ -1,0 +1,123 @@
+// Plain data of the printer simulator: what a printer is configured as and what can be observed.
+// Free of sockets and of the operating system; every type is a value and may be copied freely.
+#ifndef NUVSIM_TYPES_H_
+#define NUVSIM_TYPES_H_
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "nuvsim/fault.h"
+
+namespace nuvsim {
+
+// Source of time for draining and printing. Called from several threads at once.
+using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+// A configuration that cannot be used; what() names the value and what is wrong with it.
+class ConfigError : public std::invalid_argument {
+ public:
+  using std::invalid_argument::invalid_argument;
+};
+
+// What the printer tells about its resin; `state` is the printer's own number.
+struct ResinConfig {
+  int state = 1;
+  int remainingMl = 350;
+  std::string code = "1001";
+  int tankMl = 500;
+  std::string lot = "L0001";
+  std::optional<int> refusal;  // set: resin queries are refused with this state
+};
+
+// One printer. Texts go into replies as they are: no CR or LF, and no blank in `serial`, `mac`,
+// `firmware`, `controllerVersion` and the resin texts.
+struct PrinterConfig {
+  std::string model = "Zafel Superfine";
+  std::string serial = "SIM0000000001";
+  std::string name = "nuvsim";
+  std::string nickname = "Simulated printer";
+  std::string mac = "02:00:00:00:00:01";
+  std::string firmware = "1.0.0";
+  std::string controllerVersion = "1.0";
+  std::string address;     // IPv4 to listen on and to announce; empty: every running interface
+  std::uint16_t port = 0;  // TCP; 0: any free port
+  std::uint64_t bufferBytes = 65536;       // receive buffer, at least 1
+  std::uint64_t drainRate = 1000000000;    // bytes per second; 0: never drains
+  std::chrono::milliseconds layerTime{0};  // printing time of one layer, 0 or more
+  ResinConfig resin;
+  std::vector<Fault> faults;  // armed from the start
+};
+
+// A printer that only programs on this machine can reach (127.0.0.1, any free port).
+PrinterConfig LoopbackPrinter();
+
+// One line of the wire log. `text` has no line end.
+struct LogEntry {
+  std::size_t printer = 0;
+  bool isReply = false;
+  std::string text;
+};
+
+struct SimulatorConfig {
+  std::vector<PrinterConfig> printers;
+  bool discovery = false;  // answer searches by UDP broadcast
+  std::uint16_t discoveryPort = 6013;
+  std::filesystem::path jobFolder;  // empty: a private temporary folder, removed at the end
+  Clock clock;                      // empty: std::chrono::steady_clock
+  // Called on the simulator's thread with its lock held: must not call the simulator.
+  std::function<void(const LogEntry&)> log;
+};
+
+// Numbers as they stand on the wire.
+enum class State { kIdle = 0, kPrinting = 1, kReceiving = 2, kError = 3 };
+
+enum class JobStatus { kReceiving, kPrinting, kFinished, kAbandoned };
+
+// One accepted job.
+struct JobRecord {
+  int index = 0;  // 1 for the printer's first job
+  std::string name;
+  std::uint64_t announcedBytes = 0;  // model data, without line ends
+  std::uint64_t receivedBytes = 0;   // so far, without line ends
+  std::uint64_t lines = 0;           // data lines kept so far
+  std::uint32_t layers = 0;
+  double minutes = 0;  // printing time announced by the host
+  JobStatus status = JobStatus::kReceiving;
+  std::filesystem::path file;  // the data lines as received
+};
+
+// Totals since the start; they only grow.
+struct Counters {
+  std::uint64_t connections = 0;    // accepted
+  std::uint64_t bytesReceived = 0;  // on all connections, line ends included
+  std::uint64_t requests = 0;       // command lines
+  std::uint64_t jobsAccepted = 0;
+  std::uint64_t jobsFinished = 0;
+  std::uint64_t jobsAbandoned = 0;
+  std::uint64_t overruns = 0;       // data lines lost because they did not fit
+  std::uint64_t overrunBytes = 0;   // their bytes, line ends included
+  std::uint64_t searches = 0;       // discovery messages seen
+  std::uint64_t faultsApplied = 0;  // times that an armed fault took effect
+  std::uint64_t writeErrors = 0;    // job or command bytes that could not be stored
+};
+
+// A printer at one moment.
+struct PrinterStatus {
+  State state = State::kIdle;
+  int errorNumber = 0;          // with kError
+  std::uint32_t layer = 0;      // current layer from 1 while printing, else 0
+  std::uint64_t freeBytes = 0;  // of the receive buffer
+  bool connected = false;       // a client is being served
+  bool plugged = true;          // listening
+  std::size_t armedFaults = 0;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_TYPES_H_
