@@ -5,7 +5,8 @@
 
 namespace Nuv::Connect {
 
-ConnectingFramework::ConnectingFramework(Platform::Clock& clock) : clock_(clock) {}
+ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeoutMs)
+    : clock_(clock), connect_(replyTimeoutMs) {}
 
 ConnectingFramework::~ConnectingFramework() = default;
 

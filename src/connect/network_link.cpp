@@ -4,12 +4,6 @@
 #include "transport/network_device_searcher.h"
 
 namespace Nuv::Connect {
-namespace {
-
-constexpr int kReplyTimeoutMs = 36000;
-
-}  // namespace
-
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
   const SearchSettings& settings = SearchSettings::Instance();
   if (net_.Search(settings.message(), static_cast<uint16_t>(settings.port()),
@@ -34,7 +28,7 @@ bool NetworkLink::Write(const uint8_t* data, size_t length) {
 
 std::string NetworkLink::ReadReply() {
   std::string reply;
-  net_.Receive("", reply, kReplyTimeoutMs);
+  net_.Receive("", reply, replyTimeoutMs_);
   return reply;
 }
 

@@ -14,6 +14,9 @@ namespace Nuv::Connect {
 // Thread-safety: none; the channel serialises the calls.
 class NetworkLink {
  public:
+  // `replyTimeoutMs`: how long a reply is waited for.
+  explicit NetworkLink(int replyTimeoutMs) : replyTimeoutMs_(replyTimeoutMs) {}
+
   // Searches with the process-wide settings; `found`: the printers' addresses.
   bool EnumerateDevices(std::vector<std::string>& found);
 
@@ -30,11 +33,12 @@ class NetworkLink {
 
   bool Write(const uint8_t* data, size_t length);
 
-  // The next reply; empty when none came within 36 s.
+  // The next reply; empty when none came in time.
   std::string ReadReply();
 
  private:
   QNetworkLib net_;
+  const int replyTimeoutMs_;
 };
 
 }  // namespace Nuv::Connect

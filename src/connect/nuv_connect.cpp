@@ -17,7 +17,9 @@ std::string WithoutLineFeed(std::string reply) {
 
 }  // namespace
 
-NuvConnect::NuvConnect() : local_(kDefaultSearchMessage, kDefaultSearchPort, kLocalReplyPort) {}
+NuvConnect::NuvConnect(int replyTimeoutMs)
+    : local_(kDefaultSearchMessage, kDefaultSearchPort, kLocalReplyPort),
+      network_(replyTimeoutMs) {}
 
 NuvConnect::~NuvConnect() {
   local_.Close();

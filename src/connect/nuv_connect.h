@@ -16,7 +16,10 @@ namespace Nuv::Connect {
 // Thread-safety: safe; each operation holds the lock for its duration.
 class NuvConnect final : public IConnect {
  public:
-  NuvConnect();
+  // How long a network printer may take to answer. A printer that heats or homes answers late.
+  static constexpr int kReplyTimeoutMs = 36000;
+
+  explicit NuvConnect(int replyTimeoutMs = kReplyTimeoutMs);
   ~NuvConnect() override;
 
   bool SearchDevices(std::vector<std::string>& found, std::string a, std::string b, int c) override;

@@ -1,13 +1,14 @@
 #include "transport/network_device_searcher.h"
 
 #include <QHostAddress>
-#include <QHostInfo>
 #include <QNetworkInterface>
 #include <QUdpSocket>
 #include <unordered_set>
 
 #include "platform/diagnostics.h"
 #include "transport/broadcast_address.h"
+#include "transport/host_addresses.h"
+#include "transport/socket_thread.h"
 
 using Nuv::Platform::Diagnostic;
 
@@ -21,8 +22,6 @@ struct Network {
   std::string netmask;  // empty: unknown
 };
 
-bool IsIPv4Text(const QString& text) { return text.count(QLatin1Char('.')) == 3; }
-
 std::string NetmaskOf(const QString& address) {
   for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
     for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
@@ -34,14 +33,13 @@ std::string NetmaskOf(const QString& address) {
 
 // The networks of the addresses that the host's own name resolves to.
 std::vector<Network> NetworksOfHostName(bool& onlyLoopback) {
+  constexpr char kLocalHost[] = "127.0.0.1";
   std::vector<Network> networks;
   onlyLoopback = true;
-  for (const QHostAddress& host : QHostInfo::fromName(QHostInfo::localHostName()).addresses()) {
-    const QString text = host.toString();
-    if (host.protocol() != QAbstractSocket::IPv4Protocol || !IsIPv4Text(text)) continue;
-    if (!IsLoopback(text.toStdString())) onlyLoopback = false;
-    if (host == QHostAddress(QHostAddress::LocalHost)) continue;
-    networks.push_back({text.toStdString(), NetmaskOf(text)});
+  for (const std::string& address : ResolveIPv4(LocalHostName())) {
+    if (!IsLoopback(address)) onlyLoopback = false;
+    if (address == kLocalHost) continue;
+    networks.push_back({address, NetmaskOf(QString::fromStdString(address))});
   }
   return networks;
 }
@@ -104,8 +102,7 @@ std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeou
 void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t port,
                                           int timeoutMs, Replies& replies) {
   QUdpSocket socket;
-  // Belongs to no thread: the caller's event loop, if there is one, must not read from it.
-  socket.moveToThread(nullptr);
+  DetachFromThreads(socket, socket);
   if (!socket.bind(port, QUdpSocket::ShareAddress)) {
     Diagnostic("search on %s: port %u cannot be bound: %s", broadcast.c_str(), unsigned{port},
                qPrintable(socket.errorString()));

@@ -1,10 +1,11 @@
 #include "transport/tcp_device_connector.h"
 
-#include <QHostInfo>
 #include <QNetworkProxy>
 #include <exception>
 
 #include "platform/diagnostics.h"
+#include "transport/host_addresses.h"
+#include "transport/socket_thread.h"
 
 using Nuv::Platform::Diagnostic;
 
@@ -17,11 +18,9 @@ constexpr char kErrorE35[] = "E35";
 
 // Names are resolved here: the socket's own look-up would call back through an event loop.
 QHostAddress Resolve(const std::string& host) {
-  const QString text = QString::fromStdString(host);
-  QHostAddress address(text);
-  if (!address.isNull() || text.isEmpty()) return address;
-  const QList<QHostAddress> found = QHostInfo::fromName(text).addresses();
-  return found.isEmpty() ? QHostAddress() : found.first();
+  const std::vector<std::string> addresses = ResolveIPv4(host);
+  return addresses.empty() ? QHostAddress()
+                           : QHostAddress(QString::fromStdString(addresses.front()));
 }
 
 }  // namespace
@@ -29,7 +28,7 @@ QHostAddress Resolve(const std::string& host) {
 TcpDeviceConnector::TcpDeviceConnector() : socket_(new QTcpSocket(this)) {
   // A printer stands on the local network; a proxy set for the host program does not lead to it.
   socket_->setProxy(QNetworkProxy::NoProxy);
-  moveToThread(nullptr);
+  DetachFromThreads(*this, *socket_);
 }
 
 // The socket goes with its parent: without an event loop deleteLater would never delete it.

@@ -1,0 +1,45 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <algorithm>
+
+#include "transport/host_addresses.h"
+
+namespace {
+
+// Names can be asked for before Qt has made its first socket. Never undone: the host may use them.
+bool StartSockets() {
+  static const bool started = [] {
+    WSADATA data;
+    return WSAStartup(MAKEWORD(2, 2), &data) == 0;
+  }();
+  return started;
+}
+
+}  // namespace
+
+std::string LocalHostName() {
+  char name[256] = {};
+  if (!StartSockets()) return {};
+  return gethostname(name, sizeof name - 1) == 0 ? name : std::string();
+}
+
+std::vector<std::string> ResolveIPv4(const std::string& name) {
+  addrinfo wanted{};
+  wanted.ai_family = AF_INET;
+  wanted.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  std::vector<std::string> addresses;
+  if (name.empty() || !StartSockets() ||
+      getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return addresses;
+  for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
+    const auto* address = reinterpret_cast<const sockaddr_in*>(entry->ai_addr);
+    char text[INET_ADDRSTRLEN] = {};
+    inet_ntop(AF_INET, &address->sin_addr, text, sizeof text);
+    if (std::find(addresses.begin(), addresses.end(), text) == addresses.end()) {
+      addresses.emplace_back(text);
+    }
+  }
+  freeaddrinfo(found);
+  return addresses;
+}

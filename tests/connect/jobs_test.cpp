@@ -1,0 +1,178 @@
+// Whole jobs: print file, library, wire, simulator; byte for byte.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "nuvfile/print_file_writer.h"
+#include "tests/connect/lab.h"
+
+namespace Nuv::Connect {
+namespace {
+
+using std::chrono::seconds;
+
+// When the host cancels: at the question of this number, counted from 0; -1 never.
+int g_cancelAt = -1;
+int g_asked = 0;
+
+class JobsTest : public Lab {
+ protected:
+  void SetUp() override {
+    Lab::SetUp();
+    if (IsSkipped()) return;
+    setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
+    g_cancelAt = -1;
+    g_asked = 0;
+    framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
+    const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    path = std::filesystem::path(::testing::TempDir()) / (test + ".nuv");
+    for (int i = 0; i < 40; ++i) {
+      lines.push_back("L" + std::to_string(i) + std::string(static_cast<size_t>(i % 7), 'x'));
+    }
+  }
+
+  void WritePrintFile(const std::string& machineId = "3DPSNKG53WTW00001") {
+    nuvfile::PrintFileContents contents;
+    contents.machine_id = machineId;
+    const nuvfile::Status written =
+        nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines));
+    ASSERT_TRUE(written.ok()) << written.message();
+  }
+
+  // The first `count` lines as they go over the wire.
+  std::string Wire(size_t count) const {
+    std::string bytes;
+    for (size_t i = 0; i < count; ++i) bytes += lines[i] + "\r\n";
+    return bytes;
+  }
+  int Send() { return framework.SendPrintFile(path.wstring(), nullptr); }
+  bool Received(size_t bytes) {
+    return simulator->WaitUntil([&] { return simulator->JobBytes().size() >= bytes; }, seconds(10));
+  }
+
+  std::filesystem::path path;
+  std::vector<std::string> lines;
+};
+
+TEST_F(JobsTest, ArrivesByteForByteThroughASmallBuffer) {
+  // Half a dozen lines fill the buffer, so the job waits, asks and reopens again and again.
+  auto printer = Printer("A1");
+  printer.bufferBytes = 64;
+  printer.drainRate = 20000;
+  StartConnected(printer);
+  WritePrintFile();
+  ASSERT_EQ(Send(), NUV_OK);
+  ASSERT_TRUE(Received(Wire(lines.size()).size()));
+  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
+  EXPECT_EQ(simulator->Totals().overruns, 0U);
+  EXPECT_GT(simulator->Totals().connections, 5U);
+  EXPECT_TRUE(
+      simulator->WaitUntil([&] { return simulator->Totals().jobsFinished == 1; }, seconds(10)));
+  EXPECT_EQ(clock.SleptMs() % 100, 0);
+}
+
+// The host cancels before the first line, in the middle, and behind the last one.
+TEST_F(JobsTest, CancelledJobIsAbandonedOnThePrinter) {
+  WritePrintFile();
+  auto printer = Printer("A1");
+  printer.layerTime = std::chrono::hours(1);
+  StartConnected(printer);
+  for (const size_t sent : {size_t{0}, size_t{17}, lines.size()}) {
+    SCOPED_TRACE(sent);
+    g_asked = 0;
+    g_cancelAt = static_cast<int>(sent);
+    // A cancel in the middle is asked about twice: at its pass, and at the end.
+    framework.RegisterSendDataCancelCallback([] { return g_asked++ >= g_cancelAt; });
+    EXPECT_EQ(Send(), NUV_OK);
+    const uint64_t jobs = simulator->Totals().jobsAccepted;
+    EXPECT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().jobsAbandoned == jobs; },
+                                     seconds(10)));
+    EXPECT_EQ(simulator->JobBytes(), Wire(sent));
+    EXPECT_EQ(simulator->Requests().back(), "F104 S2");
+    EXPECT_EQ(simulator->Status().state, nuvsim::State::kIdle);
+  }
+}
+
+TEST_F(JobsTest, PrinterThatDoesNotTakeTheJob) {
+  WritePrintFile();
+  StartConnected(Printer("A1"));
+  Commits("buffer-full,count=-1");
+  EXPECT_EQ(Send(), NUV_NO_BUFFER_SPACE);
+  simulator->ClearFaults(0);
+  simulator->SetIdle(0);
+  Commits("silent,code=103,count=3");
+  EXPECT_EQ(Send(), NUV_FAILED);
+  simulator->ClearFaults(0);
+  simulator->SetIdle(0);
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_TRUE(Received(Wire(lines.size()).size()));
+  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
+}
+
+TEST_F(JobsTest, PrinterThatGoesAwayInTheMiddle) {
+  WritePrintFile();
+  auto printer = Printer("A1");
+  printer.bufferBytes = 64;
+  StartConnected(printer);
+  // Unplugged for good at the third question about the buffer.
+  framework.RegisterSendDataUpdateCallback(nullptr);
+  Commits("drop-after,bytes=200");
+  g_asked = 0;
+  static nuvsim::Simulator* sim = nullptr;
+  sim = simulator.get();
+  framework.RegisterSendDataCancelCallback([] {
+    if (g_asked++ == 10) sim->Unplug(0);
+    return false;
+  });
+  const int result = Send();
+  EXPECT_TRUE(result == NUV_NO_BUFFER_SPACE || result == NUV_WRITE_FAILED) << result;
+  simulator->ClearFaults(0);
+  simulator->Replug(0);
+  simulator->SetIdle(0);
+  framework.RegisterSendDataCancelCallback(nullptr);
+  ASSERT_TRUE(framework.GetConnect()->OpenDevice());
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_TRUE(Received(Wire(lines.size()).size()));
+  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
+}
+
+TEST_F(JobsTest, FilesThatAreNoJob) {
+  StartConnected(Printer("A1"));
+  lines = {"x"};
+  WritePrintFile("3DPSNKGA3WTW00001");
+  EXPECT_EQ(Send(), NUV_NO_JOB_SENDER);
+  WritePrintFile();
+  std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(-1, std::ios::end)
+      << '!';
+  EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "damaged";
+  std::filesystem::resize_file(path, 20);
+  EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "cut short";
+  setenv("NUVFILE_LIBRARY", "/nowhere/libNuvFile.so", 1);
+  ConnectingFramework other(clock, kReplyTimeoutMs);
+  EXPECT_EQ(other.SendPrintFile(path.wstring(), nullptr), NUV_NUVFILE_MISSING);
+  EXPECT_EQ(simulator->Totals().requests, 2U) << "only the listing's";
+}
+
+TEST_F(JobsTest, CommandTextArrivesLineByLine) {
+  StartConnected(Printer("A1"));
+  std::ofstream(path) << "G28\nG1 X1 Y2\n\nM104\n";
+  EXPECT_EQ(framework.SendGCodeFile(path.wstring(), nullptr), NUV_OK);
+  const std::string expected = "G28\r\nG1 X1 Y2\r\nM104\r\n";
+  EXPECT_TRUE(
+      simulator->WaitUntil([&] { return simulator->CommandText() == expected; }, seconds(10)));
+}
+
+TEST_F(JobsTest, NonAsciiPathIsFound) {
+  path = std::filesystem::u8path(::testing::TempDir() + "Zahnkr\xc3\xb6ne.nuv");
+  WritePrintFile();
+  StartConnected(Printer("A1"));
+  const std::string folder = ::testing::TempDir();
+  const std::wstring wide = std::wstring(folder.begin(), folder.end()) + L"Zahnkr\u00f6ne.nuv";
+  EXPECT_EQ(framework.SendPrintFile(wide, nullptr), NUV_OK);
+}
+
+}  // namespace
+}  // namespace Nuv::Connect

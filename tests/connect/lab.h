@@ -1,0 +1,98 @@
+// A lab of simulated printers on the two private networks of in_private_network.sh, and a framework
+// that looks for them.
+#ifndef NUV_TESTS_CONNECT_LAB_H_
+#define NUV_TESTS_CONNECT_LAB_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+#include "nuvsim/simulator.h"
+#include "tests/support/manual_clock.h"
+#include "tests/support/qt_warnings.h"
+
+namespace Nuv::Connect {
+
+constexpr char kFirstNetwork[] = "10.77.1.2";
+constexpr char kSecondNetwork[] = "10.77.2.2";
+constexpr int kSearchMs = 150;        // the simulator answers within a few
+constexpr int kReplyTimeoutMs = 600;  // one slice of waiting
+
+class Lab : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (std::getenv("NUV_PRIVATE_NETWORK") == nullptr) {
+      GTEST_SKIP() << "searches printers: run it through in_private_network.sh";
+    }
+    ExpectNoQtWarnings();
+    errors().clear();
+    framework.RegisterErrorCodeCallback(
+        [](int result, int code) { errors().emplace_back(result, code); });
+  }
+
+  static nuvsim::PrinterConfig Printer(const std::string& serial,
+                                       const std::string& model = "Zafel Superfine",
+                                       const std::string& address = kFirstNetwork) {
+    nuvsim::PrinterConfig printer;
+    printer.serial = serial;
+    printer.model = model;
+    printer.name = "printer-" + serial;
+    printer.nickname = "Nick of " + serial;
+    printer.address = address;
+    return printer;
+  }
+
+  void Start(std::vector<nuvsim::PrinterConfig> printers) {
+    nuvsim::SimulatorConfig config;
+    config.printers = std::move(printers);
+    config.discovery = true;
+    simulator = std::make_unique<nuvsim::Simulator>(std::move(config));
+    simulator->Start();
+  }
+
+  // Starts one printer and connects to it.
+  void StartConnected(nuvsim::PrinterConfig printer) {
+    Start({std::move(printer)});
+    ASSERT_EQ(List(), NUV_OK);
+    ASSERT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
+  }
+
+  int List(int kind = NUV_KIND_NETWORK) {
+    serials.clear();
+    return framework.GetDeviceList(kind, serials, kSearchMs);
+  }
+
+  std::string Info(int index, int field) {
+    std::string value;
+    framework.GetDeviceInfo(value, NUV_KIND_NETWORK, index, field);
+    return value;
+  }
+
+  std::string NameOfCurrent() {
+    std::string version, name, model, serial, controller;
+    framework.GetPrinterInfo(version, name, model, serial, controller);
+    return name;
+  }
+
+  void Commits(const nuvsim::Fault& fault) { simulator->InjectFault(0, fault); }
+  void Commits(const std::string& fault) { Commits(nuvsim::ParseFault(fault)); }
+
+  static std::vector<std::pair<int, int>>& errors() {
+    static std::vector<std::pair<int, int>> list;
+    return list;
+  }
+
+  ManualClock clock;
+  ConnectingFramework framework{clock, kReplyTimeoutMs};
+  std::unique_ptr<nuvsim::Simulator> simulator;
+  std::vector<std::string> serials;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_TESTS_CONNECT_LAB_H_
