@@ -15,7 +15,7 @@ using testing::StartsWith;
 
 struct FaultRow {
   const char* what;
-  const char* spec;
+  const char* fault;
   const char* request;   // sent twice: the fault is armed once
   const char* received;  // up to the second, proper answer
 };
@@ -24,7 +24,7 @@ class FaultTest : public testing::TestWithParam<FaultRow> {};
 
 TEST_P(FaultTest, ShowsOnceThenIsOver) {
   Bench bench([](PrinterConfig& printer) { printer.bufferBytes = 5000; });
-  bench.sim->InjectFault(0, ParseFault(GetParam().spec));
+  bench.sim->InjectFault(0, ParseFault(GetParam().fault));
   const auto client = bench.Connect();
   client->Send(std::string(GetParam().request) + "\r\n" + GetParam().request + "\r\nF197\r\n");
   std::string received;
@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(Each, FaultTest, testing::ValuesIn(kFaults),
 
 struct EndRow {
   const char* what;
-  const char* spec;
+  const char* fault;
   const char* sent;
   const char* received;
 };
@@ -73,7 +73,7 @@ class EndFaultTest : public testing::TestWithParam<EndRow> {};
 
 TEST_P(EndFaultTest, EndsTheConnectionAndServesTheNext) {
   Bench bench;
-  bench.sim->InjectFault(0, ParseFault(GetParam().spec));
+  bench.sim->InjectFault(0, ParseFault(GetParam().fault));
   const auto client = bench.Connect();
   client->Send(GetParam().sent);
   EXPECT_EQ(client->ReadToEnd(), GetParam().received);
@@ -96,8 +96,8 @@ INSTANTIATE_TEST_SUITE_P(Each, EndFaultTest, testing::ValuesIn(kEnds),
 
 TEST(FaultSequenceTest, FaultsArmedOneAfterTheOtherFollowEachOther) {
   Bench bench;
-  for (const char* spec : {"refuse,count=2", "other-code,code=102", "silent,code=157,count=-1"}) {
-    bench.sim->InjectFault(0, ParseFault(spec));
+  for (const char* fault : {"refuse,count=2", "other-code,code=102", "silent,code=157,count=-1"}) {
+    bench.sim->InjectFault(0, ParseFault(fault));
   }
   const auto client = bench.Connect();
   EXPECT_EQ(client->Ask("F102"), "F102 NG S:0");

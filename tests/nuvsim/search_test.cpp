@@ -105,8 +105,8 @@ TEST_F(SearchTest, OtherMessagesAndUnpluggedPrintersAreNotAnswered) {
 
 TEST_F(SearchTest, FaultsComeAheadOfTheAnswer) {
   sim_->Unplug(1);
-  for (const char* spec : {"echo", "malformed,text=F195 NG", "foreign,text=other", "burst,n=2"}) {
-    sim_->InjectFault(0, ParseFault(spec));
+  for (const char* fault : {"echo", "malformed,text=F195 NG", "foreign,text=other", "burst,n=2"}) {
+    sim_->InjectFault(0, ParseFault(fault));
   }
   const std::vector<std::string> answers = Search("F195\r\n", 6);
   ASSERT_EQ(answers.size(), 6u);

@@ -27,9 +27,9 @@ tcp::acceptor ListenLocally(asio::io_context& io, std::uint16_t port) {
 }  // namespace
 
 // One client: a request line, its answer, the next request line.
-class ControlServer::Session : public std::enable_shared_from_this<Session> {
+class ControlServer::Client : public std::enable_shared_from_this<Client> {
  public:
-  Session(tcp::socket socket, Simulator& simulator, std::function<void()> whenQuit)
+  Client(tcp::socket socket, Simulator& simulator, std::function<void()> whenQuit)
       : socket_(std::move(socket)), simulator_(simulator), whenQuit_(std::move(whenQuit)) {}
 
   void Read() {
@@ -72,7 +72,7 @@ ControlServer::ControlServer(asio::io_context& io, std::uint16_t port, Simulator
 void ControlServer::Accept() {
   acceptor_.async_accept([this](const asio::error_code& error, tcp::socket socket) {
     if (!acceptor_.is_open()) return;
-    if (!error) std::make_shared<Session>(std::move(socket), simulator_, whenQuit_)->Read();
+    if (!error) std::make_shared<Client>(std::move(socket), simulator_, whenQuit_)->Read();
     Accept();
   });
 }

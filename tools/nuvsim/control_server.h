@@ -23,7 +23,7 @@ class ControlServer {
   std::uint16_t Port() const { return acceptor_.local_endpoint().port(); }
 
  private:
-  class Session;
+  class Client;
 
   void Accept();
 

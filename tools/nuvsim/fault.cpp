@@ -120,13 +120,13 @@ Fault ParseFault(const nlohmann::json& value, const std::string& path) {
   return fault;
 }
 
-Fault ParseFault(const std::string& spec) {
-  const std::string path = "fault '" + spec + "'";
+Fault ParseFault(const std::string& words) {
+  const std::string path = "fault '" + words + "'";
   nlohmann::json object = nlohmann::json::object();
   std::size_t start = 0;
-  while (start <= spec.size()) {
-    const std::size_t end = std::min(spec.find(',', start), spec.size());
-    const std::string part = spec.substr(start, end - start);
+  while (start <= words.size()) {
+    const std::size_t end = std::min(words.find(',', start), words.size());
+    const std::string part = words.substr(start, end - start);
     start = end + 1;
     if (object.empty()) {
       object["kind"] = part;

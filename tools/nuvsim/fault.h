@@ -57,7 +57,7 @@ const char* FaultName(FaultKind kind);
 
 // Reads "kind,key=value,..." ("late,code=102,count=2,ms=500"; see README.md for the keys).
 // Throws ConfigError with a message for the user.
-Fault ParseFault(const std::string& spec);
+Fault ParseFault(const std::string& words);
 
 }  // namespace nuvsim
 

@@ -1,5 +1,7 @@
 #include "nuvsim/job_store.h"
 
+#include <random>
+#include <system_error>
 #include <utility>
 
 namespace nuvsim {
@@ -8,6 +10,24 @@ namespace {
 constexpr auto kFreshBinary = std::ios::binary | std::ios::trunc;
 
 }  // namespace
+
+JobFolder::JobFolder(const std::filesystem::path& chosen)
+    : path_(chosen), isPrivate_(chosen.empty()) {
+  if (!isPrivate_) {
+    std::filesystem::create_directories(path_);
+    return;
+  }
+  std::random_device random;
+  do {
+    path_ = std::filesystem::temp_directory_path() / ("nuvsim-" + std::to_string(random()));
+  } while (!std::filesystem::create_directory(path_));
+  std::filesystem::permissions(path_, std::filesystem::perms::owner_all);
+}
+
+JobFolder::~JobFolder() {
+  std::error_code ignored;
+  if (isPrivate_) std::filesystem::remove_all(path_, ignored);
+}
 
 JobStore::JobStore(std::filesystem::path folder, std::string prefix)
     : folder_(std::move(folder)),

@@ -16,6 +16,21 @@
 
 namespace nuvsim {
 
+// The folder for job files: the user's, or a private one that goes with this object.
+class JobFolder {
+ public:
+  explicit JobFolder(const std::filesystem::path& chosen);
+  ~JobFolder();
+  JobFolder(const JobFolder&) = delete;
+  JobFolder& operator=(const JobFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+  bool isPrivate_;
+};
+
 class JobStore {
  public:
   // Files are <folder>/<prefix>-job<index>.data and <folder>/<prefix>-commands.txt; files left

@@ -101,8 +101,8 @@ nuvsim::SimulatorConfig MakeConfig(const CLI::App& app, const Options& options) 
   if (options.configFile.empty()) {
     nuvsim::PrinterConfig printer = options.printer;
     printer.layerTime = std::chrono::milliseconds(options.layerMs);
-    for (const std::string& spec : options.faults) {
-      printer.faults.push_back(nuvsim::ParseFault(spec));
+    for (const std::string& words : options.faults) {
+      printer.faults.push_back(nuvsim::ParseFault(words));
     }
     config.printers = {printer};
     config.discovery = true;

@@ -1,5 +1,5 @@
 #include <winsock2.h>
-// winsock2.h must come before the helper library's header.
+// winsock2.h must come before iphlpapi.h, which needs it.
 #include <iphlpapi.h>
 
 #include "nuvsim/ipv4.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <asio/post.hpp>
 #include <future>
-#include <random>
 #include <system_error>
 #include <utility>
 
@@ -12,8 +11,6 @@
 
 namespace nuvsim {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::chrono::nanoseconds kShortestStep = std::chrono::milliseconds(1);
 
@@ -27,44 +24,6 @@ std::string Place(std::uint32_t address, std::uint16_t port) {
 }
 
 }  // namespace
-
-void EventGate::Notify() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ++events_;
-  }
-  changed_.notify_all();
-}
-
-bool EventGate::WaitUntil(const std::function<bool()>& predicate,
-                          std::chrono::milliseconds timeout) {
-  const auto deadline = std::chrono::steady_clock::now() + timeout;
-  std::unique_lock<std::mutex> lock(mutex_);
-  while (true) {
-    const std::uint64_t seen = events_;
-    lock.unlock();  // the predicate observes printers, whose changes end in Notify()
-    if (predicate()) return true;
-    lock.lock();
-    if (!changed_.wait_until(lock, deadline, [&] { return events_ != seen; })) return false;
-  }
-}
-
-JobFolder::JobFolder(const fs::path& chosen) : path_(chosen), isPrivate_(chosen.empty()) {
-  if (!isPrivate_) {
-    fs::create_directories(path_);
-    return;
-  }
-  std::random_device random;
-  do {
-    path_ = fs::temp_directory_path() / ("nuvsim-" + std::to_string(random()));
-  } while (!fs::create_directory(path_));
-  fs::permissions(path_, fs::perms::owner_all);
-}
-
-JobFolder::~JobFolder() {
-  std::error_code ignored;
-  if (isPrivate_) fs::remove_all(path_, ignored);
-}
 
 Simulator::Impl::Device::Device(Impl& simulator, std::size_t index, PrinterConfig printerConfig)
     : owner(simulator),

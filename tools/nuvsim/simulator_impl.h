@@ -5,9 +5,7 @@
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/steady_timer.hpp>
-#include <condition_variable>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -16,41 +14,13 @@
 #include <thread>
 #include <vector>
 
+#include "nuvsim/event_gate.h"
 #include "nuvsim/printer.h"
 #include "nuvsim/search_endpoint.h"
 #include "nuvsim/simulator.h"
 #include "nuvsim/tcp_endpoint.h"
 
 namespace nuvsim {
-
-// Wakes those who wait for something to happen.
-//
-// Thread-safety: every function from any thread.
-class EventGate {
- public:
-  void Notify();
-  bool WaitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds timeout);
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::uint64_t events_ = 0;
-};
-
-// The folder for job files: the user's, or a private one that goes with this object.
-class JobFolder {
- public:
-  explicit JobFolder(const std::filesystem::path& chosen);
-  ~JobFolder();
-  JobFolder(const JobFolder&) = delete;
-  JobFolder& operator=(const JobFolder&) = delete;
-
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-  bool isPrivate_;
-};
 
 // Lock order: lifeMutex before stateMutex. The I/O thread takes stateMutex only.
 class Simulator::Impl {
