@@ -24,7 +24,8 @@ void JoinFollowing(const Tokens& tokens, size_t& index, std::string& value) {
 
 std::string WithoutBrackets(std::string value) {
   if (value.size() >= 2 && value.front() == '<' && value.back() == '>') {
-    return value.substr(1, value.size() - 2);
+    value.pop_back();
+    value.erase(0, 1);
   }
   return value;
 }

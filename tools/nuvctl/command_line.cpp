@@ -135,7 +135,7 @@ Report RunAction(const Action& action, Context& context) {
     throw CommandError(
         "bad_reply", kPrinterFailed,
         std::string("The printer's reply cannot be understood (") + error.what() + ")",
-        "Run the command again with --debug to see the reply.");
+        "'nuvctl raw' shows a reply as the printer sends it.");
   }
 }
 

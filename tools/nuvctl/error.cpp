@@ -67,14 +67,13 @@ CommandError ResultError(int result, const std::string& action, int command) {
   const std::string where =
       command == 0 ? std::string() : " (printer command " + std::to_string(command) + ")";
   const ResultRow* const row = FindRow(result);
-  CommandError error =
-      row != nullptr
-          ? CommandError(row->code, row->exit, action + " failed: " + row->message + where,
-                         row->hint)
-          : CommandError(
-                "unknown_result", kPrinterFailed,
-                action + " failed with the unknown result " + std::to_string(result) + where,
-                "Run the command again with --debug to see what the printer answered.");
+  CommandError error = row != nullptr
+                           ? CommandError(row->code, row->exit,
+                                          action + " failed: " + row->message + where, row->hint)
+                           : CommandError("unknown_result", kPrinterFailed,
+                                          action + " failed with the unknown result " +
+                                              std::to_string(result) + where,
+                                          "Run the command again with --debug for diagnostics.");
   error.result = result;
   return error;
 }

@@ -11,6 +11,7 @@ constexpr int kLargestBar = 40;
 constexpr int kSmallestBar = 10;
 constexpr int kBarFrame = 3;    // the brackets and a blank
 constexpr int kUsualText = 52;  // kept free, so that the bar's length does not follow the text's
+constexpr int64_t kLeastElapsedMs = 1000;  // a rate of less says nothing
 
 std::string PadLeft(const std::string& text, size_t width) {
   return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
@@ -26,7 +27,7 @@ int Percent(const ProgressFigures& figures) {
 std::string ProgressText(const ProgressFigures& figures) {
   std::string text = PadLeft(std::to_string(Percent(figures)) + "%", 4) + "  " +
                      FormatBytes(figures.sent) + " of " + FormatBytes(figures.total);
-  if (figures.sent <= 0 || figures.elapsed_ms <= 0) return text;
+  if (figures.sent <= 0 || figures.elapsed_ms < kLeastElapsedMs) return text;
   text += "  " + FormatBytes(figures.sent * 1000 / figures.elapsed_ms) + "/s";
   if (figures.sent < figures.total) {
     // In floating point: the product of bytes and milliseconds may not fit 64 bits.
