@@ -5,6 +5,7 @@
 # The private one has two networks, as a lab with two of them has; the host end of each is nuv0 and
 # nuv2, the far ends are addresses of the same machine, where the simulator answers:
 #   nuv0 10.77.1.1/24 <-> nuv1 10.77.1.2/24      nuv2 10.77.2.1/24 <-> nuv3 10.77.2.2/24
+# (NUV_NETWORKS: which of them, or "none").
 # The host's name resolves to the host ends of both networks (NUV_HOSTS overrides the hosts file).
 set -euo pipefail
 
@@ -22,7 +23,8 @@ rm -f "$hosts"
 hostname nuvhost
 ip link set lo up
 pair=0
-for net in ${NUV_NETWORKS:-1 2}; do
+[ "${NUV_NETWORKS:-}" = none ] && networks=() || networks=(${NUV_NETWORKS:-1 2})
+for net in "${networks[@]}"; do
   near=nuv$pair far=nuv$((pair + 1))
   ip link add "$near" type veth peer name "$far"
   ip address add "10.77.$net.1/24" broadcast + dev "$near"

@@ -1,0 +1,145 @@
+// A print job against a simulator in a process of its own: pacing, time per line, memory.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "bench/bench.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+#include "nuvfile/print_file_writer.h"
+
+namespace bench {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using Nuv::Connect::ConnectingFramework;
+
+// Notes how long the library works between one pause and the next, and sleeps or does not.
+class PassClock final : public Nuv::Platform::Clock {
+ public:
+  explicit PassClock(bool sleeps) : sleeps_(sleeps) {}
+  std::chrono::nanoseconds Now() const override { return SteadyClock::now().time_since_epoch(); }
+  void SleepFor(std::chrono::milliseconds duration) override {
+    if (passes_++ > 0) work_.push_back((Now() - lastEnd_).count());
+    sleptMs_ += duration.count();
+    if (sleeps_) Nuv::Platform::SystemClock().SleepFor(duration);
+    lastEnd_ = Now();
+  }
+  int64_t SleptMs() const { return sleptMs_; }
+  // Median microseconds of the passes from `first` on.
+  double MedianUs(size_t first, size_t count) const {
+    std::vector<double> window(work_.begin() + static_cast<std::ptrdiff_t>(first),
+                               work_.begin() + static_cast<std::ptrdiff_t>(first + count));
+    std::sort(window.begin(), window.end());
+    return Quantile(window, 0.5) / 1000;
+  }
+  size_t Passes() const { return work_.size(); }
+  void Reserve(size_t passes) { work_.reserve(passes); }
+
+ private:
+  const bool sleeps_;
+  int64_t passes_ = 0;
+  int64_t sleptMs_ = 0;
+  std::chrono::nanoseconds lastEnd_{0};
+  std::vector<int64_t> work_;
+};
+
+// Writes a print file of `count` lines of `length` bytes.
+std::string MakePrintFile(const std::string& folder, int64_t count, size_t length) {
+  const std::string path = folder + "/bench.nuv";
+  nuvfile::PrintFileContents contents;
+  contents.machine_id = "3DPSNKG33WTW00001";
+  const std::string line(length, 'x');
+  int64_t written = 0;
+  const nuvfile::Status status =
+      nuvfile::WritePrintFile(path, contents, [&](std::string_view* text, nuvfile::Status*) {
+        *text = line;
+        return written++ < count;
+      });
+  if (!status.ok()) {
+    std::fprintf(stderr, "%s\n", status.message().c_str());
+    std::exit(1);
+  }
+  return path;
+}
+
+void Connect(ConnectingFramework& framework) {
+  std::vector<std::string> serials;
+  if (framework.GetDeviceList(NUV_KIND_NETWORK, serials, 100) != NUV_OK ||
+      framework.ChooseDevice(NUV_KIND_NETWORK, 0) != NUV_OK) {
+    std::fprintf(stderr, "no simulator found\n");
+    std::exit(1);
+  }
+}
+
+void Send(ConnectingFramework& framework, const std::string& path) {
+  const std::wstring wide(path.begin(), path.end());
+  const int result = framework.SendPrintFile(wide, nullptr);
+  if (result == NUV_OK) return;
+  std::fprintf(stderr, "job ended with %d\n", result);
+  std::exit(1);
+}
+
+// The job's duration over its passes' pauses.
+void Pacing(const std::string& folder) {
+  PassClock clock(true);
+  ConnectingFramework framework(clock);
+  Connect(framework);
+  const std::string path = MakePrintFile(folder, 60, 1000);
+  const SteadyClock::time_point start = SteadyClock::now();
+  Send(framework, path);
+  const double ms = std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count();
+  Report("job of 60 lines: duration over passes times 100 ms",
+         ms / static_cast<double>(clock.SleptMs()), "times", 1.01);
+}
+
+void TimePerLine(const std::string& folder) {
+  constexpr size_t kLines = 1000100;
+  constexpr size_t kWindow = 100;
+  PassClock clock(false);
+  clock.Reserve(kLines * 2);
+  ConnectingFramework framework(clock);
+  Connect(framework);
+  Send(framework, MakePrintFile(folder, kLines, 40));
+  const double early = clock.MedianUs(10, kWindow);
+  const double late = clock.MedianUs(clock.Passes() - kWindow, kWindow);
+  Report("library's time per line, around line 10", early, "us", 100);
+  Report("library's time per line, around line 1,000,000", late, "us", 100);
+  Report("line 1,000,000 over line 10", late / early, "times");
+}
+
+void Memory(const std::string& folder) {
+  constexpr int64_t kLines = 10240;
+  constexpr size_t kLength = 104856;  // 1 GiB in all
+  const std::string path = MakePrintFile(folder, kLines, kLength);
+  PassClock clock(false);
+  clock.Reserve(static_cast<size_t>(kLines) * 3);
+  ConnectingFramework framework(clock);
+  Connect(framework);
+  ResetPeak();
+  const long idle = ResidentKib();
+  Send(framework, path);
+  Report("1 GiB print file: peak memory above idle", static_cast<double>(PeakKib() - idle) / 1024,
+         "MiB", 16);
+}
+
+}  // namespace
+
+void RunJob(const std::string& nuvsim, const std::string& folder) {
+  std::printf("Print job\n");
+  std::filesystem::create_directories(folder);
+  setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
+  const Child printer({nuvsim, "--address", "10.77.1.2", "--buffer", "2147483647", "--job-dir",
+                       folder, "--model", "Bench"},
+                      nullptr);
+  // Memory first: what the others leave to the allocator would hide its growth.
+  Memory(folder);
+  Pacing(folder);
+  TimePerLine(folder);
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace bench

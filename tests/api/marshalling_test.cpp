@@ -1,0 +1,207 @@
+// What the exports do around the framework: no instance, strings, lists, life cycle.
+
+#include "api/marshalling.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+#include "nuvconnect/IConnectingFramework.h"
+#include "nuvconnect/NuvConnect5.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// Buffers filled with a mark, so that every byte written, and none besides, can be seen.
+constexpr char kMark = '#';
+
+class NoInstanceTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    API_Close();
+    std::memset(text, kMark, sizeof text);
+  }
+
+  char text[64];
+  char* list[1] = {text};
+  int n = 77;
+  float f = 7.5F;
+};
+
+TEST_F(NoInstanceTest, EveryExportSaysSoAndTouchesNothing) {
+  const unsigned char byte = 1;
+  int* const p = &n;
+  char* const t = text;
+  float* const q = &f;
+  const int results[] = {
+      API_SetUpdPort(1),
+      API_SetBroadCastPort(1),
+      API_SearchNetworkDevice(list, p, 8, nullptr, nullptr, 1),
+      API_GetDeviceList(1, list, p, 8, 1),
+      API_SearchUSBDevice(p),
+      API_GetDeviceInfo(t, 1, 0, 1),
+      API_ChooseDevice(1, 0),
+      API_ConnectDeviceBySN(1, ""),
+      API_ConnectNetWorkDevice(nullptr),
+      API_GetBroadCastResult(list, p, 8, nullptr),
+      API_GetPrinterInfo(t, t, t, t, t),
+      API_GetPrinterInfo_BEGO(t, t, t, t, t, t),
+      API_GetPrinterStatus(p),
+      API_GetPrinterStatusWithErrorCode(p, p),
+      API_GetPrintingStatus(p, p, p),
+      API_GetTotalLayerAndTime(p, p),
+      API_GetResinInfo(p, p, t, t),
+      API_GetResinInfo2(p, p, t, p, t),
+      API_GetResinInfo_BEGO(t, t, t, t),
+      API_SendPrintFile(L"", nullptr),
+      API_SendGCodeFile(L"", nullptr),
+      API_RegisterPrintingInfoCallback(nullptr, 0),
+      API_RegisterErrorCodeCallback(nullptr),
+      API_RegisterSendDataStartCallback(nullptr),
+      API_RegisterSendDataUpdateCallback(nullptr),
+      API_RegisterSendDataCancelCallback(nullptr),
+      API_NUVCONNECT_ExecutiveCommand(nullptr, t, 8),
+      API_NUVCONNECT_ReceiveCommand(t, 8),
+      API_SetBCPScaling(1, 1, 1, 1, 1, 1),
+      API_GetBCPScaling(q, q, q, q, q, q),
+      API_SetNickName(""),
+      API_GetNickName(t),
+      API_SetLaserPower(1),
+      API_GetLaserPower(p),
+      API_SetZCompensation(1),
+      API_GetZCompensation(p),
+      API_SkipSLAWarmup(),
+      API_GetApList(list, p, 8),
+      API_IsconnectedAp(p),
+      API_ConnectAp(nullptr, nullptr),
+      API_GetApAttribute(nullptr, p, p),
+      API_DisconnectAp(),
+      API_GetMacAddressWifi(t),
+      API_GetMacAddressLan(t),
+      API_GetAndroidVersion(t),
+      API_GetLCMPanelVersion(t),
+      API_IsOpenModeSupported(p),
+      API_IsRegisteredCorrectTag(p),
+      API_GetTankType(p),
+      API_GetLastUpdatedIndex(p),
+      API_SetLastUpdatedIndex(1),
+      API_GetCurrJobIndexAndTotalSize(p, p),
+      API_GetJobInfo1(1, t, t, t),
+      API_GetJobInfo2(1, p, p, p, p),
+      API_GetJobInfo3(1, p, p, p, p),
+      API_GetJobInfo4(1, t, t),
+      API_GetJobCounter(1, p, p, p, p),
+      API_GetLSUFlashParameterFX150(p, p, p, p, p, p, p, p, p, p, p),
+      API_GetLSUFlashParameter(p, p, p, p, p, p, p),
+      API_GetLSULaserPWMvalues(1, p, p, p, p, p, p),
+      API_GetPDSensorData(1, p, p, p),
+      API_GetLedUseTime(t),
+      API_GetSensorStatusFX120(p, p, p, p, p, p, p, p, p, p, p, p, p),
+      API_GetRepositionProcessing(p),
+      API_SetFWUpdateFileInfo_Engine(1, ""),
+      API_SetFWUpdateFileInfo_Android(1, 1, ""),
+      API_StartFWUpdateFileInfo_LCM(""),
+      API_SendFWData(&byte, 1),
+      API_SendFWDataAndroid(&byte, 1),
+      API_SendFWPanelData(&byte, 1),
+      API_FinishFWUpdateFileInfo_LCM(t),
+      API_StartFWUpgradeProcess(),
+  };
+  // The other five: API_Initial, API_Close, GetConnectingInstance and the two below.
+  EXPECT_EQ(std::size(results), 77U - 5U);
+  EXPECT_THAT(results, ::testing::Each(NUV_NO_INSTANCE));
+  EXPECT_FALSE(API_NUVCONNECT_OpenDevice());
+  EXPECT_FALSE(API_NUVCONNECT_CloseDevice());
+  EXPECT_EQ(n, 77);
+  EXPECT_EQ(f, 7.5F);
+  EXPECT_EQ(std::string(text, sizeof text), std::string(sizeof text, kMark));
+}
+
+TEST(LifeCycleTest, OneInstanceUntilClosed) {
+  API_Close();
+  EXPECT_EQ(API_Initial(), NUV_OK);
+  const auto* const first = g_framework;
+  EXPECT_EQ(API_Initial(), NUV_OK);
+  EXPECT_EQ(g_framework, first);
+  const std::unique_ptr<Nuv::Connect::IConnectingFramework> own(GetConnectingInstance());
+  const std::unique_ptr<Nuv::Connect::IConnectingFramework> other(GetConnectingInstance());
+  EXPECT_NE(own.get(), other.get());
+  EXPECT_NE(own.get(), first);
+  EXPECT_EQ(API_ConnectNetWorkDevice(nullptr), NUV_CONNECTION_REFUSED);
+  API_Close();
+  API_Close();
+  EXPECT_EQ(API_ChooseDevice(1, 0), NUV_NO_INSTANCE);
+  EXPECT_EQ(own->ChooseDevice(1, 0), NUV_CONNECTION_REFUSED) << "of its own, still alive";
+}
+
+// Which outputs a failing query writes.
+TEST(LifeCycleTest, FailureWritesSeveralStringsButNotASingleOne) {
+  API_Initial();
+  char one[4] = {kMark};
+  char many[5][4] = {{kMark}, {kMark}, {kMark}, {kMark}, {kMark}};
+  // Nothing is chosen, so the transaction fails; its two pauses are part of it.
+  EXPECT_EQ(API_GetNickName(one), NUV_FAILED);
+  EXPECT_EQ(one[0], kMark);
+  EXPECT_EQ(API_GetPrinterInfo(many[0], many[1], many[2], many[3], many[4]), NUV_FAILED);
+  for (const char* text : many) EXPECT_STREQ(text, "");
+  char info[4] = {kMark};
+  EXPECT_EQ(API_GetDeviceInfo(info, 1, 0, 1), NUV_NOT_FOUND);
+  EXPECT_STREQ(info, "");
+  char reply[4] = {kMark};
+  EXPECT_EQ(API_NUVCONNECT_ExecutiveCommand(nullptr, reply, 3), NUV_OK);
+  EXPECT_STREQ(reply, "");
+  API_Close();
+}
+
+TEST(CopyListTest, CutsToTheEntrySizeAndTellsTheFullCount) {
+  constexpr int kEntry = 4;
+  char buffers[5][kEntry + 3];
+  char* list[5];
+  struct Row {
+    Strings strings;
+    int room;
+    int entrySize;
+    Strings copied;
+  };
+  const Row rows[] = {
+      {{"a", "b", "c", "d", "e"}, 3, kEntry, {"a", "b", "c"}},
+      {{"abc", "abcd", "abcde", ""}, 5, kEntry, {"abc", "abcd", "abcd", ""}},
+      {{"a"}, 0, kEntry, {}},
+      {{"a"}, -1, kEntry, {}},
+      {{"a"}, 1, 0, {""}},
+      {{}, 5, kEntry, {}},
+  };
+  for (const Row& row : rows) {
+    std::memset(buffers, kMark, sizeof buffers);
+    for (int i = 0; i < 5; ++i) list[i] = buffers[i];
+    int count = row.room;
+    Nuv::Api::CopyList(row.strings, list, &count, row.entrySize);
+    EXPECT_EQ(count, static_cast<int>(row.strings.size()));
+    for (size_t i = 0; i < 5; ++i) {
+      if (i < row.copied.size()) {
+        EXPECT_STREQ(buffers[i], row.copied[i].c_str());
+        EXPECT_EQ(buffers[i][row.copied[i].size() + 1], kMark);
+      } else {
+        EXPECT_EQ(buffers[i][0], kMark);
+      }
+    }
+  }
+}
+
+TEST(CopyTextTest, ReplyIsCutAtMaxLen) {
+  char reply[8];
+  for (const auto& [text, maxLen, expected] :
+       {std::tuple("abcdef", 3, "abc"), {"abc", 3, "abc"}, {"ab", 3, "ab"}, {"ab", 0, ""}}) {
+    std::memset(reply, kMark, sizeof reply);
+    Nuv::Api::CopyTextCut(text, reply, maxLen);
+    EXPECT_STREQ(reply, expected);
+    EXPECT_EQ(reply[std::strlen(expected) + 1], kMark);
+  }
+  EXPECT_EQ(Nuv::Api::Bytes(nullptr, 0).size(), 0U);
+  EXPECT_EQ(Nuv::Api::Bytes(nullptr, -1).size(), 0U);
+}
+
+}  // namespace

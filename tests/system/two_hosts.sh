@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Printers on other machines: each network of the host is a veth pair whose far end lies in a network
+# namespace of its own, with a simulator in it. Both networks are searched at once, and each printer
+# gets a job that must arrive byte for byte.
+# Usage: two_hosts.sh BIN_FOLDER
+set -euo pipefail
+
+bin=$(cd "$1" && pwd)
+work=$(mktemp -d)
+processes=()
+trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$work"' EXIT
+
+for net in 1 2; do
+  # A sleeping process holds the far machine's network open.
+  unshare --net sleep 600 &
+  machine=$!
+  processes+=("$machine")
+  while [ "$(readlink /proc/$machine/ns/net)" = "$(readlink /proc/self/ns/net)" ]; do sleep 0.05; done
+  far() { nsenter --target "$machine" --net -- "$@"; }
+  ip link add "near$net" type veth peer name far netns "$machine"
+  ip address add "10.77.$net.1/24" broadcast + dev "near$net"
+  ip link set "near$net" up
+  far ip address add "10.77.$net.2/24" broadcast + dev far
+  far ip link set lo up
+  far ip link set far up
+  until far ip link show far | grep -q LOWER_UP; do sleep 0.05; done
+  nsenter --target "$machine" --net -- "$bin/nuvsim" --serial "PRINTER$net" --name "Far$net" --job-dir "$work/jobs$net" \
+    > "$work/log$net" &
+  processes+=("$!")
+done
+for net in 1 2; do
+  for _ in $(seq 100); do grep -q '^ready' "$work/log$net" && break; sleep 0.1; done
+done
+
+nuvctl() { "$bin/nuvctl" --timeout 400 "$@"; }
+nuvctl list | tee "$work/list"
+grep -q PRINTER1 "$work/list"
+grep -q PRINTER2 "$work/list"
+for net in 1 2; do
+  seq -f "line %g of network $net" 1 8 > "$work/lines"
+  "$bin/nuvfile" create --machine-id 3DPSNKG13WTW00001 "$work/lines" "$work/job.nuv" > /dev/null
+  nuvctl --serial "PRINTER$net" send "$work/job.nuv"
+  sed 's/$/\r/' "$work/lines" > "$work/expected"
+  cmp "$work/expected" "$(find "$work/jobs$net" -type f -size +0 | head -n 1)"
+done
+echo "both jobs arrived byte for byte"
