@@ -66,13 +66,19 @@ std::string MakePrintFile(const std::string& folder, int64_t count, size_t lengt
   return path;
 }
 
+// The simulator may still be storing the job before, and answers no search meanwhile.
 void Connect(ConnectingFramework& framework) {
+  constexpr int kAttempts = 60;
+  constexpr int kSearchMs = 500;
   std::vector<std::string> serials;
-  if (framework.GetDeviceList(NUV_KIND_NETWORK, serials, 100) != NUV_OK ||
-      framework.ChooseDevice(NUV_KIND_NETWORK, 0) != NUV_OK) {
-    std::fprintf(stderr, "no simulator found\n");
-    std::exit(1);
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (framework.GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs) == NUV_OK &&
+        framework.ChooseDevice(NUV_KIND_NETWORK, 0) == NUV_OK) {
+      return;
+    }
   }
+  std::fprintf(stderr, "no simulator found\n");
+  std::exit(1);
 }
 
 void Send(ConnectingFramework& framework, const std::string& path) {

@@ -73,14 +73,19 @@ void ServeCommands(int listener) {
   }
 }
 
-// Answers the search, so that the library finds the barest printer.
-void ServeSearch(uint16_t tcpPort) {
+// Bound before the library searches.
+int ListenForSearches() {
   const int udp = socket(AF_INET, SOCK_DGRAM, 0);
   const int one = 1;
   setsockopt(udp, SOL_SOCKET, SO_REUSEADDR, &one, sizeof one);
   const sockaddr_in broadcast = Address("10.77.1.255", 6013);
   Check(bind(udp, reinterpret_cast<const sockaddr*>(&broadcast), sizeof broadcast) == 0,
         "bind broadcast (run through ./dev bench)");
+  return udp;
+}
+
+// Answers the search, so that the library finds the barest printer.
+void ServeSearch(int udp, uint16_t tcpPort) {
   char buffer[256];
   sockaddr_in host{};
   while (true) {
@@ -149,11 +154,13 @@ void RunStatus() {
   const int bareListener = Listen(bare);
   const Child printer([&] { ServeCommands(listener); });
   const Child pingPong([&] { ServeCommands(bareListener); });
-  const Child search([&] { ServeSearch(port); });
+  const int searchListener = ListenForSearches();
+  const Child search([&] { ServeSearch(searchListener, port); });
   const Child modbus([&] { ServeRegisters(modbusListener); });
   close(listener);
   close(bareListener);
   close(modbusListener);
+  close(searchListener);
 
   ConnectLibrary();
   const int connection = ConnectTo(bare);

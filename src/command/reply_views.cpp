@@ -5,8 +5,10 @@
 namespace Nuv::Command {
 namespace {
 
-constexpr char kBlanks[] = " \t\r\n";
 constexpr char kSeparators[] = ":=";
+constexpr size_t kUsualTokens = 16;
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 bool HoldsSeparator(const std::string& token) {
   return token.find_first_of(kSeparators) != std::string::npos;
@@ -44,12 +46,12 @@ const std::string_view* LongestKey(const std::string& token, const std::string_v
 }  // namespace
 
 void AppendTokens(const std::string& reply, Tokens& tokens) {
-  size_t end = 0;
-  while (true) {
-    const size_t start = reply.find_first_not_of(kBlanks, end);
-    if (start == std::string::npos) return;
-    end = std::min(reply.find_first_of(kBlanks, start), reply.size());
-    tokens.emplace_back(reply, start, end - start);
+  if (tokens.capacity() < kUsualTokens) tokens.reserve(kUsualTokens);
+  const auto end = reply.end();
+  for (auto start = std::find_if_not(reply.begin(), end, IsBlank); start != end;) {
+    const auto stop = std::find_if(start, end, IsBlank);
+    tokens.emplace_back(start, stop);
+    start = std::find_if_not(stop, end, IsBlank);
   }
 }
 

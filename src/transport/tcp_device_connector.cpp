@@ -14,6 +14,9 @@ namespace {
 constexpr int kConnectTimeoutMs = 30000;
 constexpr int kWriteTimeoutMs = 30000;
 constexpr int kReadSliceMs = 600;
+constexpr qint64 kReadChunkBytes = 4096;
+// A printer that never stops sending must not hold the caller.
+constexpr size_t kMostPendingBytes = size_t{16} << 20;
 constexpr char kErrorE35[] = "E35";
 
 // Names are resolved here: the socket's own look-up would call back through an event loop.
@@ -41,7 +44,9 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
     Diagnostic("connect: no address for \"%s\"", host.c_str());
     return false;
   }
-  socket_->connectToHost(address, port, QIODevice::ReadWrite);
+  // Unbuffered: a request goes out in the call that writes it and a reply is read in one more,
+  // where the socket's own buffers would cost a wait and a query of the length each.
+  socket_->connectToHost(address, port, QIODevice::ReadWrite | QIODevice::Unbuffered);
   if (!socket_->waitForConnected(kConnectTimeoutMs)) {
     Diagnostic("connect to %s port %u: %s", host.c_str(), unsigned{port},
                qPrintable(socket_->errorString()));
@@ -63,7 +68,7 @@ TcpResult TcpDeviceConnector::Send(const char* data, int64_t length) {
   if (!IsConnected()) return TcpResult::kNotConnected;
   try {
     if (socket_->write(data, length) != length) return TcpResult::kNotSent;
-    // One wait ends with the first bytes written; a long line takes several.
+    // The system's buffer takes a request at once; of a long line the rest has to wait.
     while (socket_->bytesToWrite() > 0) {
       if (!socket_->waitForBytesWritten(kWriteTimeoutMs)) return TcpResult::kNotSent;
     }
@@ -78,15 +83,13 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
                                       int32_t timeoutMs) {
   if (!IsConnected()) return TcpResult::kNotConnected;
   const int slices = timeoutMs / kReadSliceMs;
-  // A reply may have come in while the request was still being written.
-  bool arrived = slices > 0 && socket_->bytesAvailable() > 0;
+  bool arrived = false;
   for (int slice = 0; slice < slices && !arrived && IsConnected(); ++slice) {
     arrived = socket_->waitForReadyRead(kReadSliceMs);
   }
-  if (!arrived) return TcpResult::kNoReply;
+  std::string text = arrived ? ReadPending() : std::string();
+  if (text.empty()) return TcpResult::kNoReply;
 
-  std::string text(static_cast<size_t>(socket_->bytesAvailable()), '\0');
-  socket_->read(text.data(), static_cast<qint64>(text.size()));
   if (text.find(expected) == std::string::npos) {
     return text.find(kErrorE35) != std::string::npos ? TcpResult::kE35 : TcpResult::kUnexpected;
   }
@@ -94,9 +97,17 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
   return TcpResult::kOk;
 }
 
-void TcpDeviceConnector::DiscardInput() {
-  if (!IsConnected()) return;
+std::string TcpDeviceConnector::ReadPending() {
+  char chunk[kReadChunkBytes];
+  std::string text;
+  qint64 count = 0;
   do {
-    socket_->skip(socket_->bytesAvailable());
-  } while (IsConnected() && socket_->waitForReadyRead(0));
+    count = socket_->read(chunk, kReadChunkBytes);
+    if (count > 0) text.append(chunk, static_cast<size_t>(count));
+  } while (count == kReadChunkBytes && text.size() < kMostPendingBytes);
+  return text;
+}
+
+void TcpDeviceConnector::DiscardInput() {
+  if (IsConnected()) ReadPending();
 }

@@ -44,6 +44,9 @@ class TcpDeviceConnector : public QObject {
   void DiscardInput();
 
  private:
+  // All that has arrived; empty when there is nothing, or the printer has closed the connection.
+  std::string ReadPending();
+
   bool IsConnected() const { return socket_->state() == QAbstractSocket::ConnectedState; }
 
   QTcpSocket* socket_;  // child
