@@ -170,12 +170,12 @@ inline constexpr CommandRow kRows[] = {
 };
 // clang-format on
 
-// The row of `code`, or null.
-constexpr const CommandRow* FindRow(int32_t code) {
-  for (const CommandRow& row : kRows) {
-    if (row.code == code) return &row;
-  }
-  return nullptr;
+// Place of `code` in kRows; std::size(kRows) when it has none. A place and not a pointer: comparing
+// addresses is no constant expression to a compiler that adds the undefined-behaviour checks.
+constexpr size_t RowPlace(int32_t code) {
+  size_t place = 0;
+  while (place < std::size(kRows) && kRows[place].code != code) ++place;
+  return place;
 }
 
 }  // namespace Nuv::Command

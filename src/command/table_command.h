@@ -31,11 +31,12 @@ class TableCommand : public CommandBase {
 // Base of the class of one code.
 template <int32_t Code>
 class CatalogueCommand : public TableCommand {
-  static_assert(FindRow(Code) != nullptr, "a command class needs its row in the catalogue");
+  static constexpr size_t kPlace = RowPlace(Code);
+  static_assert(kPlace < std::size(kRows), "a command class needs its row in the catalogue");
 
  public:
   static constexpr int32_t kCode = Code;
-  CatalogueCommand() : TableCommand(*FindRow(Code)) {}
+  CatalogueCommand() : TableCommand(kRows[kPlace]) {}
 };
 
 }  // namespace Nuv::Command

@@ -108,7 +108,7 @@ class CatalogueTest : public ::testing::Test {
  protected:
   std::unique_ptr<CommandBase> Make(int32_t code, CommandArguments arguments) {
     arguments.clock = &clock;
-    const bool direct = FindRow(code)->maker == Maker::kDirect;
+    const bool direct = kRows[RowPlace(code)].maker == Maker::kDirect;
     return direct ? MakeDirect(printer, code, std::move(arguments))
                   : CreateCommand(printer, code, std::move(arguments));
   }
@@ -220,7 +220,7 @@ TEST(ReplyViewsTest, AnOversizedReplyIsReadInFull) {
   Tokens tokens;
   AppendTokens(reply, tokens);
   EXPECT_EQ(tokens.size(), static_cast<size_t>(kFields) + 3);
-  const Record record = FindRow(301)->record;
+  const Record record = kRows[RowPlace(301)].record;
   EXPECT_EQ(ReadRecord(tokens, record.keys, record.count), (ResultMap{{"ZLT", "9"}}));
 }
 

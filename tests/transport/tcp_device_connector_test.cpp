@@ -110,9 +110,8 @@ TEST_F(TcpDeviceConnectorTest, DiscardedRepliesDoNotAnswerTheNextRequest) {
   ASSERT_TRUE(Connect());
   Send("F101\r\n");
   Send("F197\r\n");
-  ASSERT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().requests == 2; }, seconds(10)));
-  // The replies are on their way; the last one's arrival is seen by taking them.
-  connector.Receive("F197", reply, kReplyTimeoutMs);
+  ASSERT_TRUE(
+      simulator->WaitUntil([&] { return simulator->Totals().answersSent == 2; }, seconds(10)));
   connector.DiscardInput();
   EXPECT_EQ(Ask("F102\r\n"), TcpResult::kOk);
   EXPECT_EQ(reply, "F102 OK S:0\r\n");

@@ -47,12 +47,12 @@ json Describe(const JobRecord& job) {
 }
 
 json Describe(const Counters& totals) {
-  return {{"connections", totals.connections},   {"bytesReceived", totals.bytesReceived},
-          {"requests", totals.requests},         {"jobsAccepted", totals.jobsAccepted},
-          {"jobsFinished", totals.jobsFinished}, {"jobsAbandoned", totals.jobsAbandoned},
-          {"overruns", totals.overruns},         {"overrunBytes", totals.overrunBytes},
-          {"searches", totals.searches},         {"faultsApplied", totals.faultsApplied},
-          {"writeErrors", totals.writeErrors}};
+  return {{"connections", totals.connections},     {"bytesReceived", totals.bytesReceived},
+          {"requests", totals.requests},           {"answersSent", totals.answersSent},
+          {"jobsAccepted", totals.jobsAccepted},   {"jobsFinished", totals.jobsFinished},
+          {"jobsAbandoned", totals.jobsAbandoned}, {"overruns", totals.overruns},
+          {"overrunBytes", totals.overrunBytes},   {"searches", totals.searches},
+          {"faultsApplied", totals.faultsApplied}, {"writeErrors", totals.writeErrors}};
 }
 
 json DescribePrinter(const Simulator& simulator, std::size_t printer) {

@@ -33,6 +33,7 @@ class Printer final : private LineSink {
   // same bytes is void and the client counts as gone.
   void ClientCame();
   Reaction Receive(std::string_view bytes);
+  void AnswerSent() { ++counters_.answersSent; }
   void ClientLeft();
 
   // Answers a search datagram; empty when it is none. `address` and `port` are announced.

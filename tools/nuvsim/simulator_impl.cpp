@@ -57,6 +57,14 @@ Reaction Simulator::Impl::Device::Receive(std::string_view bytes) {
   return reaction;
 }
 
+void Simulator::Impl::Device::AnswerSent() {
+  {
+    const std::lock_guard<std::mutex> lock(owner.stateMutex);
+    printer.AnswerSent();
+  }
+  owner.events.Notify();
+}
+
 void Simulator::Impl::Device::ClientLeft() {
   {
     const std::lock_guard<std::mutex> lock(owner.stateMutex);

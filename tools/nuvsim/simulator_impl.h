@@ -44,6 +44,7 @@ class Simulator::Impl {
 
     void ClientCame() override;
     Reaction Receive(std::string_view bytes) override;
+    void AnswerSent() override;
     void ClientLeft() override;
 
     void Listen(std::uint16_t wantedPort);

@@ -92,6 +92,7 @@ void TcpEndpoint::Connection::Sent(const asio::error_code& error) {
   } else {
     queuedBytes_ -= queue_.front().bytes.size();
     queue_.pop_front();
+    wire_.AnswerSent();
   }
   SendNext();
   if (!gone_ && !reading_ && closing_ == Closing::kNone && queuedBytes_ <= kMaxQueuedBytes) Read();

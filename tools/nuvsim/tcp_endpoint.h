@@ -21,6 +21,7 @@ class Wire {
   virtual ~Wire() = default;
   virtual void ClientCame() = 0;
   virtual Reaction Receive(std::string_view bytes) = 0;
+  virtual void AnswerSent() = 0;  // one delivery, whole
   virtual void ClientLeft() = 0;
 };
 

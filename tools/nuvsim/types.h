@@ -97,6 +97,7 @@ struct Counters {
   std::uint64_t connections = 0;    // accepted
   std::uint64_t bytesReceived = 0;  // on all connections, line ends included
   std::uint64_t requests = 0;       // command lines
+  std::uint64_t answersSent = 0;    // answers, or pieces of one, that the network has taken
   std::uint64_t jobsAccepted = 0;
   std::uint64_t jobsFinished = 0;
   std::uint64_t jobsAbandoned = 0;
