@@ -8,7 +8,9 @@
 // without "OK"; each failed query also calls the error-code callback once with (result, command).
 //
 // Strings are 8-bit and NUL-terminated. `char* out` buffers are filled by unbounded copies: the
-// library knows no size, so give each NUV_TEXT_BYTES bytes, which holds any printer's value.
+// library asks for no size and copies whatever the printer reported, so give each NUV_TEXT_BYTES
+// bytes, which holds any printer's value. A value beyond that, which only a broken printer sends, is
+// cut to it.
 // A function with ONE string output writes it only when it returns 0; a function with SEVERAL
 // writes all of them whatever it returns, so after a failure they are empty.
 //
@@ -48,7 +50,7 @@
 #define NUV_API __attribute__((visibility("default")))
 #endif
 
-// Size that holds any single string a printer reports: the longest reply line a printer sends.
+// Size that holds any single string a printer reports, with its NUL.
 #define NUV_TEXT_BYTES 4096
 
 #ifdef __cplusplus

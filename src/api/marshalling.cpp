@@ -11,7 +11,7 @@ std::vector<uint8_t> Bytes(const unsigned char* data, int length) {
 }
 
 void CopyText(const std::string& text, char* out) {
-  std::memcpy(out, text.c_str(), text.size() + 1);
+  CopyTextCut(text, out, NUV_TEXT_BYTES - 1);
 }
 
 void CopyTextCut(const std::string& text, char* out, int maxLength) {

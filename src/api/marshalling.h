@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "api/global_instance.h"
-#include "nuvconnect/ResultCodes.h"
+#include "nuvconnect/NuvConnect5.h"
 
 namespace Nuv::Api {
 
@@ -27,7 +27,8 @@ inline std::string TextOrEmpty(const char* text) {
 // The bytes of a block; empty when `length` is below 1.
 std::vector<uint8_t> Bytes(const unsigned char* data, int length);
 
-// Copies `text` and its NUL. The caller promised room (NUV_TEXT_BYTES).
+// Copies `text` and its NUL, at most the NUV_TEXT_BYTES bytes that the caller promised: a broken
+// printer must not write over the host's memory.
 void CopyText(const std::string& text, char* out);
 
 // Copies at most `maxLength` characters and a NUL: maxLength + 1 bytes.

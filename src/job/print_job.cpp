@@ -23,7 +23,7 @@ constexpr char kAbandonJob[] = "2";
 
 // The narrow path of a file that can be opened for reading.
 std::optional<std::string> ReadablePath(const std::wstring& path) {
-  const std::optional<std::string> narrow = Platform::NarrowPath(path);
+  std::optional<std::string> narrow = Platform::NarrowPath(path);
   if (!narrow) {
     Diagnostic("print file: the path cannot be written in this system's narrow characters");
     return std::nullopt;

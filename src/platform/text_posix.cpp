@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <type_traits>
 
 #include "platform/text.h"
 
@@ -34,7 +35,7 @@ std::optional<std::string> NarrowPath(const std::wstring& path) {
   std::string narrow;
   narrow.reserve(path.size());
   for (const wchar_t unit : path) {
-    const auto code = static_cast<uint32_t>(unit);
+    const auto code = static_cast<uint32_t>(std::make_unsigned_t<wchar_t>(unit));
     if (code > kMaxCodePoint || IsSurrogate(code)) return std::nullopt;
     AppendUtf8(code, narrow);
   }

@@ -204,4 +204,13 @@ TEST(CopyTextTest, ReplyIsCutAtMaxLen) {
   EXPECT_EQ(Nuv::Api::Bytes(nullptr, -1).size(), 0U);
 }
 
+TEST(CopyTextTest, BrokenPrinterDoesNotWriteBehindAPromisedBuffer) {
+  std::vector<char> out(NUV_TEXT_BYTES + 1, kMark);
+  Nuv::Api::CopyText(std::string(300, 'x'), out.data());
+  EXPECT_EQ(std::strlen(out.data()), 300U);
+  Nuv::Api::CopyText(std::string(NUV_TEXT_BYTES * 2, 'x'), out.data());
+  EXPECT_EQ(std::strlen(out.data()), NUV_TEXT_BYTES - 1U);
+  EXPECT_EQ(out.back(), kMark);
+}
+
 }  // namespace

@@ -78,7 +78,7 @@ Printer KnownPrinter(const Listing& listing, int index, const std::string& addre
 }
 
 Printer OpenByAddress(const Listing& listing, const std::string& address) {
-  const Printer printer = KnownPrinter(listing, -1, address);
+  Printer printer = KnownPrinter(listing, -1, address);
   const int result = API_ConnectNetWorkDevice(address.c_str());
   if (result == NUV_CONNECTION_REFUSED && listing.result == NUV_OK && printer.serial.empty()) {
     throw Unclear(listing, "No printer at " + address + " answered the search",

@@ -1,6 +1,7 @@
 #include "progress.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "text.h"
 
@@ -34,7 +35,7 @@ std::string ProgressText(const ProgressFigures& figures) {
     const double left_ms = static_cast<double>(figures.total - figures.sent) *
                            static_cast<double>(figures.elapsed_ms) /
                            static_cast<double>(figures.sent);
-    text += "  " + FormatDuration(static_cast<int64_t>(left_ms / 1000.0 + 0.5)) + " left";
+    text += "  " + FormatDuration(std::llround(left_ms / 1000.0)) + " left";
   }
   return text;
 }

@@ -14,7 +14,7 @@ namespace {
 
 using asio::ip::tcp;
 
-constexpr std::size_t kLongestRequest = 1024 * 1024;
+constexpr std::size_t kLongestRequest = std::size_t{1} << 20;
 
 tcp::acceptor ListenLocally(asio::io_context& io, std::uint16_t port) {
   tcp::acceptor acceptor(io, tcp::v4());

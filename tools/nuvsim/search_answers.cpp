@@ -89,6 +89,7 @@ std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::stri
   datagrams.insert(datagrams.end(), copies, Reply(printer, address, portText));
 
   std::vector<Delivery> deliveries;
+  deliveries.reserve(datagrams.size());
   for (std::string& each : datagrams) {
     deliveries.push_back({std::move(each), std::exchange(delay, milliseconds(0))});
   }

@@ -9,9 +9,9 @@
 namespace nuvsim {
 namespace {
 
-constexpr std::size_t kReadBytes = 256 * 1024;
+constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 // A client that asks without reading the answers is not read from while this much is unsent.
-constexpr std::size_t kMaxQueuedBytes = 4 * 1024 * 1024;
+constexpr std::size_t kMaxQueuedBytes = std::size_t{4} << 20;
 // How long a client may take to notice that the printer has ended the connection.
 constexpr std::chrono::milliseconds kDiscardTime{1000};
 

@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# The layers' arrows point one way, the simulator shares nothing with the library, and headers of an
+# operating system stay in the files that CMake chooses by system.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+failed=0
+# refuse WHAT PATTERN PATHS...: no file below the paths may include what matches.
+refuse() {
+  local hits
+  hits=$(grep -rnE "^#include [<\"]($2)" "${@:3}" | grep -vE '_(posix|windows|win|linux)\.(cpp|h):' || true)
+  [ -z "$hits" ] && return
+  printf '%s:\n%s\n' "$1" "$hits"
+  failed=1
+}
+
+refuse "command knows nothing above it" '(api|connect|job|transport)/' src/command
+refuse "job reaches down to command only" '(api|connect|transport)/' src/job
+refuse "transport knows nothing above it" '(api|connect|job|command)/' src/transport
+refuse "platform knows nothing above it" '(api|connect|job|command|transport|nuvconnect)/' src/platform
+refuse "connect does not know the exports" 'api/' src/connect
+refuse "the simulator shares no code with the library" '(api|connect|job|command|transport|platform|nuvconnect|nuvfile)/' tools/nuvsim
+refuse "nuvctl uses the public headers only" '(api|connect|job|command|transport|platform)/' tools/nuvctl
+refuse "an operating system's header outside the files of that system" \
+  '(sys|arpa|netinet|net|linux)/|(windows|winsock2|ws2tcpip|unistd|dlfcn|poll|netdb|syslog|fcntl|termios|signal|pthread)\.h' \
+  include src nuvfile tools
+exit "$failed"
