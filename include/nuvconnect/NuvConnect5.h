@@ -9,10 +9,9 @@
 //
 // Strings are 8-bit and NUL-terminated. `char* out` buffers are filled by unbounded copies: the
 // library asks for no size and copies whatever the printer reported, so give each NUV_TEXT_BYTES
-// bytes, which holds any printer's value. A value beyond that, which only a broken printer sends, is
-// cut to it.
-// A function with ONE string output writes it only when it returns 0; a function with SEVERAL
-// writes all of them whatever it returns, so after a failure they are empty.
+// bytes, which holds any printer's value. A value beyond that, which only a broken printer sends,
+// is cut to it. A function with ONE string output writes it only when it returns 0; a function with
+// SEVERAL writes all of them whatever it returns, so after a failure they are empty.
 //
 // String lists: `list` is an array of `*count` buffers of `entrySize` + 1 bytes EACH: a string as
 // long as entrySize or longer is cut to entrySize characters and a NUL is written behind them.

@@ -10,9 +10,7 @@ std::vector<uint8_t> Bytes(const unsigned char* data, int length) {
   return {data, data + length};
 }
 
-void CopyText(const std::string& text, char* out) {
-  CopyTextCut(text, out, NUV_TEXT_BYTES - 1);
-}
+void CopyText(const std::string& text, char* out) { CopyTextCut(text, out, NUV_TEXT_BYTES - 1); }
 
 void CopyTextCut(const std::string& text, char* out, int maxLength) {
   const size_t length = std::min(text.size(), static_cast<size_t>(std::max(maxLength, 0)));

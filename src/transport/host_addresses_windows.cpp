@@ -30,8 +30,8 @@ std::vector<std::string> ResolveIPv4(const std::string& name) {
   wanted.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   std::vector<std::string> addresses;
-  if (name.empty() || !StartSockets() ||
-      getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return addresses;
+  if (name.empty() || !StartSockets() || getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0)
+    return addresses;
   for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
     const auto* address = reinterpret_cast<const sockaddr_in*>(entry->ai_addr);
     char text[INET_ADDRSTRLEN] = {};

@@ -153,7 +153,7 @@ TEST_F(DevicesTest, OnlyProperAnswersBecomeDevices) {
     size_t devices;
   };
   const Row rows[] = {
-      {"echo", 1},     {"duplicate,n=5", 1},       {"malformed,text=F195", 1},       {"foreign", 1},
+      {"echo", 1},     {"duplicate,n=5", 1},       {"malformed,text=F195", 1}, {"foreign", 1},
       {"bad-port", 0}, {"bad-port,text=70000", 0}, {"silent,code=195", 0},
   };
   Start({Printer("A1")});
