@@ -148,7 +148,7 @@ inline constexpr CommandRow kRows[] = {
     {332, Request::kTagged, "SVC",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
     {335, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kStateOnly,      Maker::kFactory},
     {353, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {354, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
+    {354, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
     {355, Request::kOwn,    "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
     {356, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
     {366, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kModeOnly,       Maker::kFactory},

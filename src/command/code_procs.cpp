@@ -2,17 +2,27 @@
 
 #include <cstdio>
 
+#include "command/decimal.h"
 #include "nuvconnect/ResultCodes.h"
 
 namespace Nuv::Connect {
 namespace {
 
-// The decimal point is a point whatever the locale of the host program.
-std::string Fixed(double number) {
-  char text[400];  // the longest double has 309 digits before the point
-  std::snprintf(text, sizeof text, "%f", number);
-  for (char* c = text; *c != '\0'; ++c) {
-    if (*c == ',') *c = '.';
+std::vector<std::string> OpeningParameters(const JobOpening& job) {
+  using Command::Fixed;
+  return {
+      std::to_string(job.dataBytes),    std::to_string(job.layers),  Fixed(job.layerThicknessMm),
+      std::to_string(job.printMinutes), Fixed(job.resinMl),          Fixed(job.exposureS),
+      Fixed(job.bottomExposureS),       Fixed(job.liftMm),           Fixed(job.liftMmPerS),
+      Fixed(job.retractMmPerS),         Fixed(job.laserPowerPercent)};
+}
+
+std::string Hexadecimal(const std::vector<uint8_t>& bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", unsigned{byte});
+    text += digits;
   }
   return text;
 }
@@ -35,12 +45,33 @@ int32_t CodeProc::Process(std::vector<std::string>& output) {
   return NUV_FAILED;
 }
 
-std::vector<std::string> F103proc::Parameters() const {
-  return {
-      std::to_string(job_.dataBytes),    std::to_string(job_.layers),  Fixed(job_.layerThicknessMm),
-      std::to_string(job_.printMinutes), Fixed(job_.resinMl),          Fixed(job_.exposureS),
-      Fixed(job_.bottomExposureS),       Fixed(job_.liftMm),           Fixed(job_.liftMmPerS),
-      Fixed(job_.retractMmPerS),         Fixed(job_.laserPowerPercent)};
-}
+F103proc::F103proc(ProcContext context, const JobOpening& job)
+    : ParameterProcOf(std::move(context), OpeningParameters(job)) {}
+
+F500proc::F500proc(ProcContext context, const JobOpening& job, const std::string& fileName)
+    : ParameterProcOf(std::move(context), [&] {
+        std::vector<std::string> parameters = OpeningParameters(job);
+        parameters.push_back(fileName);
+        return parameters;
+      }()) {}
+
+F141Proc::F141Proc(ProcContext context, uint32_t bytes, const std::string& fileName)
+    : ParameterProcOf(std::move(context), {std::to_string(bytes) + "," + fileName}) {}
+
+F188Proc::F188Proc(ProcContext context, const std::string& fileName)
+    : ParameterProcOf(std::move(context), {fileName}) {}
+
+F355proc::F355proc(ProcContext context, const std::string& materialId, const std::string& projectId)
+    : ParameterProcOf(std::move(context), {materialId, projectId}) {}
+
+F367proc::F367proc(ProcContext context, const std::string& fileName)
+    : ParameterProcOf(std::move(context), {fileName}) {}
+
+F501proc::F501proc(ProcContext context, uint32_t bytes, const std::string& name)
+    : ParameterProcOf(std::move(context), {std::to_string(bytes), name}) {}
+
+F508proc::F508proc(ProcContext context, uint64_t bytes, const std::vector<uint8_t>& digest,
+                   const std::string& fileName)
+    : ParameterProcOf(std::move(context), {std::to_string(bytes), Hexadecimal(digest), fileName}) {}
 
 }  // namespace Nuv::Connect

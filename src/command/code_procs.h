@@ -4,6 +4,7 @@
 #ifndef NUV_COMMAND_CODE_PROCS_H_
 #define NUV_COMMAND_CODE_PROCS_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -59,6 +60,75 @@ class F140Proc final : public CodeProcOf<Command::F140Cmd> {
   using CodeProcOf::CodeProcOf;
 };
 
+// Readiness of a BEGO printer for a job: state and free memory are the values of the output.
+class F353proc final : public CodeProcOf<Command::F353Cmd> {
+ public:
+  using CodeProcOf::CodeProcOf;
+};
+
+// Identity of a BEGO printer: version, name, model, serial number, controller, date.
+class F354proc final : public CodeProcOf<Command::F354Cmd> {
+ public:
+  using CodeProcOf::CodeProcOf;
+};
+
+// Ends a panel update: the printer's answer is the first value of the output.
+class F189Proc final : public CodeProcOf<Command::F189Cmd> {
+ public:
+  using CodeProcOf::CodeProcOf;
+};
+
+// A processor of a command whose parameters are known when it is created.
+template <class Class>
+class ParameterProcOf : public CodeProcOf<Class> {
+ protected:
+  ParameterProcOf(ProcContext context, std::vector<std::string> parameters)
+      : CodeProcOf<Class>(std::move(context)), parameters_(std::move(parameters)) {}
+
+ private:
+  std::vector<std::string> Parameters() const final { return parameters_; }
+
+  std::vector<std::string> parameters_;
+};
+
+// Announces an engine image: its size in bytes and its file name.
+class F141Proc final : public ParameterProcOf<Command::F141Cmd> {
+ public:
+  F141Proc(ProcContext context, uint32_t bytes, const std::string& fileName);
+};
+
+// Opens a panel update: the image's file name.
+class F188Proc final : public ParameterProcOf<Command::F188Cmd> {
+ public:
+  F188Proc(ProcContext context, const std::string& fileName);
+};
+
+// Material and project of a BEGO job.
+class F355proc final : public ParameterProcOf<Command::F355Cmd> {
+ public:
+  F355proc(ProcContext context, const std::string& materialId, const std::string& projectId);
+};
+
+// Announces a BEGO job's print file by its name.
+class F367proc final : public ParameterProcOf<Command::F367Cmd> {
+ public:
+  F367proc(ProcContext context, const std::string& fileName);
+};
+
+// Announces a thumbnail: its size in bytes and its name.
+class F501proc final : public ParameterProcOf<Command::F501Cmd> {
+ public:
+  F501proc(ProcContext context, uint32_t bytes, const std::string& name);
+};
+
+// Announces a print file by its size, its digest (written as hexadecimal digits, "%02x") and its
+// name.
+class F508proc final : public ParameterProcOf<Command::F508Cmd> {
+ public:
+  F508proc(ProcContext context, uint64_t bytes, const std::vector<uint8_t>& digest,
+           const std::string& fileName);
+};
+
 // What the printer needs to know of a job before its data.
 struct JobOpening {
   int32_t dataBytes = 0;         // S: model data, without line ends
@@ -75,15 +145,15 @@ struct JobOpening {
 };
 
 // Opens a job. Whole numbers are written in decimal, the others with six places ("%f").
-class F103proc final : public CodeProcOf<Command::F103Cmd> {
+class F103proc final : public ParameterProcOf<Command::F103Cmd> {
  public:
-  F103proc(ProcContext context, const JobOpening& job)
-      : CodeProcOf(std::move(context)), job_(job) {}
+  F103proc(ProcContext context, const JobOpening& job);
+};
 
- private:
-  std::vector<std::string> Parameters() const override;
-
-  JobOpening job_;
+// Opens a job on an Android board: as F103proc, and the print file's name.
+class F500proc final : public ParameterProcOf<Command::F500Cmd> {
+ public:
+  F500proc(ProcContext context, const JobOpening& job, const std::string& fileName);
 };
 
 }  // namespace Nuv::Connect

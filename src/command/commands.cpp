@@ -1,16 +1,39 @@
 #include "command/commands.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Nuv::Command {
+
+namespace {
+
+constexpr char kStart[] = "START";
+constexpr char kFinish[] = "FINISH";
+
+bool Holds(const std::vector<std::string>& tokens, const char* marker) {
+  return std::find(tokens.begin(), tokens.end(), marker) != tokens.end();
+}
+
+}  // namespace
+
+TransactionStatus F160Cmd::Execute() {
+  // The result is delivered once, with both lines.
+  ResultCallback callback = std::exchange(resultCallback_, nullptr);
+  const TransactionStatus status = CommandBase::Execute();
+  resultCallback_ = std::move(callback);
+  if (status == kReplied && replyOk_ && Holds(replyTokens_, kStart) &&
+      !Holds(replyTokens_, kFinish)) {
+    ParseReply(channel_->ReceiveReply());
+  }
+  DeliverResult();
+  return status;
+}
 
 ResultMap F160Cmd::GetResultMap() const {
   ResultMap markers;
   if (!replyOk_) return markers;
-  for (const char* marker : {"START", "FINISH"}) {
-    if (std::find(replyTokens_.begin(), replyTokens_.end(), marker) != replyTokens_.end()) {
-      markers[marker] = marker;
-    }
+  for (const char* marker : {kStart, kFinish}) {
+    if (Holds(replyTokens_, marker)) markers[marker] = marker;
   }
   return markers;
 }

@@ -24,16 +24,18 @@ class F120Cmd final : public CatalogueCommand<120> {};  // resin of the first mo
 class F121Cmd final : public CatalogueCommand<121> {};
 class F122Cmd final : public CatalogueCommand<122> {};
 class F140Cmd final : public CatalogueCommand<140> {};  // serial number of a BEGO printer
-class F141Cmd final : public CatalogueCommand<141> {};
+class F141Cmd final : public CatalogueCommand<141> {};  // announces engine firmware
 class F155Cmd final : public CatalogueCommand<155> {};
 class F156Cmd final : public CatalogueCommand<156> {};
 class F157Cmd final : public CatalogueCommand<157> {};  // index and size of the current job
-class F159Cmd final : public CatalogueCommand<159> {};
+class F159Cmd final : public CatalogueCommand<159> {};  // reads a setting
 
-// Tells whether the printer reported "START" and "FINISH": each is in the result map, as its own
-// value, when the accepted reply holds it as a token.
+// Self-test. The printer answers "START" at once and sends a second line with "FINISH" when the
+// test is over, which this waits for (once, for the time of a reply). Each marker that came is in
+// the result map, as its own value.
 class F160Cmd final : public CatalogueCommand<160> {
  public:
+  TransactionStatus Execute() override;
   ResultMap GetResultMap() const override;
 };
 
@@ -46,8 +48,8 @@ class F175Cmd final : public CatalogueCommand<175> {};  // job information 2
 class F176Cmd final : public CatalogueCommand<176> {};  // job information 3
 class F177Cmd final : public CatalogueCommand<177> {};  // job information 4
 class F186Cmd final : public CatalogueCommand<186> {};  // photodiode readings
-class F188Cmd final : public CatalogueCommand<188> {};
-class F189Cmd final : public CatalogueCommand<189> {};
+class F188Cmd final : public CatalogueCommand<188> {};  // opens a panel update
+class F189Cmd final : public CatalogueCommand<189> {};  // ends a panel update
 class F190Cmd final : public CatalogueCommand<190> {};  // wireless link
 
 // Joins or leaves an access point: "1", C, D, name and key, or "2" alone.
@@ -74,12 +76,12 @@ class F303Cmd final : public CatalogueCommand<303> {};  // laser pulse widths
 class F310Cmd final : public CatalogueCommand<310> {};  // version of the Android board
 class F319Cmd final : public CatalogueCommand<319> {};
 class F327Cmd final : public CatalogueCommand<327> {};  // flash parameters of the light engine
-class F332Cmd final : public CatalogueCommand<332> {};
+class F332Cmd final : public CatalogueCommand<332> {};  // writes a setting
 class F335Cmd final : public CatalogueCommand<335> {};  // open mode
-class F353Cmd final : public CatalogueCommand<353> {};
+class F353Cmd final : public CatalogueCommand<353> {};  // readiness of a BEGO printer for a job
 class F354Cmd final : public CatalogueCommand<354> {};  // identity of a BEGO printer
 
-// Sets one named value: "M", the name, "=" and the value.
+// Material and project of a job: "M", the material ID, "=" and the project ID.
 class F355Cmd final : public CatalogueCommand<355> {
  public:
   std::string BuildRequest() const override;
@@ -88,7 +90,7 @@ class F355Cmd final : public CatalogueCommand<355> {
 class F356Cmd final : public CatalogueCommand<356> {};  // resin of a BEGO printer
 class F366Cmd final : public CatalogueCommand<366> {};
 
-// One value behind "=".
+// Announces the print file: its name behind "=".
 class F367Cmd final : public CatalogueCommand<367> {
  public:
   std::string BuildRequest() const override;

@@ -12,6 +12,13 @@ namespace Nuv::Command {
 // ("stoi argument out of range") beyond 32 bits: the host is promised these texts on every system.
 int32_t ParseDecimal(const std::string& text);
 
+// The fraction that `text` begins with, such as "1.050000", written with a point whatever the
+// locale. Throws like ParseDecimal, with "stof" in place of "stoi".
+float ParseFraction(const std::string& text);
+
+// `number` as "%f" writes it, with a point whatever the locale of the host program.
+std::string Fixed(double number);
+
 }  // namespace Nuv::Command
 
 #endif  // NUV_COMMAND_DECIMAL_H_

@@ -16,21 +16,52 @@ bool HoldsSeparator(const std::string& token) {
 
 bool IsSeparator(char c) { return c == ':' || c == '='; }
 
-// Appends to `value` the tokens from `index` on that hold no separator; moves `index` behind them.
-void JoinFollowing(const Tokens& tokens, size_t& index, std::string& value) {
-  for (; index < tokens.size() && !HoldsSeparator(tokens[index]); ++index) {
-    value += ' ';
-    value += tokens[index];
-  }
-}
+// Reads values, which may go on over the tokens behind the one they begin in. Costs one pass over
+// the tokens for all values together.
+class ValueReader {
+ public:
+  explicit ValueReader(const Tokens& tokens) : tokens_(tokens) {}
 
-std::string WithoutBrackets(std::string value) {
-  if (value.size() >= 2 && value.front() == '<' && value.back() == '>') {
-    value.pop_back();
-    value.erase(0, 1);
+  // The value from `offset` on in token `index`; moves `index` behind it. Angle brackets around it
+  // are taken off. Without them, tokens that hold no separator belong to it only if it `joins`
+  // them.
+  std::string Read(size_t& index, size_t offset, bool joins) {
+    const std::string& token = tokens_[index];
+    const bool opens = offset < token.size() && token[offset] == '<';
+    const size_t closing = opens ? ClosingToken(index) : kNone;
+    std::string value = token.substr(offset);
+    for (++index; closing != kNone ? index <= closing : joins && IsPlain(index); ++index) {
+      value += ' ';
+      value += tokens_[index];
+    }
+    if (closing != kNone) {
+      value.pop_back();
+      value.erase(0, 1);
+    }
+    return value;
   }
-  return value;
-}
+
+ private:
+  static constexpr size_t kNone = static_cast<size_t>(-1);
+
+  bool IsPlain(size_t index) const {
+    return index < tokens_.size() && !HoldsSeparator(tokens_[index]);
+  }
+
+  // The token from `index` on that closes a bracket: a name may itself hold ">" or a separator, but
+  // behind its end stands a field or nothing.
+  size_t ClosingToken(size_t index) {
+    if (noneCloses_) return kNone;
+    for (; index < tokens_.size(); ++index) {
+      if (tokens_[index].back() == '>' && !IsPlain(index + 1)) return index;
+    }
+    noneCloses_ = true;
+    return kNone;
+  }
+
+  const Tokens& tokens_;
+  bool noneCloses_ = false;  // from the last place searched on
+};
 
 // The longest key that `token` begins with, or null.
 const std::string_view* LongestKey(const std::string& token, const std::string_view* keys,
@@ -78,15 +109,14 @@ Tokens LetterValues(const Tokens& tokens) {
 
 Tokens FieldValues(const Tokens& tokens) {
   Tokens values;
+  ValueReader reader(tokens);
   for (size_t i = kFirstField; i < tokens.size();) {
     const size_t separator = tokens[i].find_first_of(kSeparators);
     if (separator == std::string::npos) {
       ++i;
-      continue;
+    } else {
+      values.push_back(reader.Read(i, separator + 1, true));
     }
-    std::string value = tokens[i].substr(separator + 1);
-    JoinFollowing(tokens, ++i, value);
-    values.push_back(WithoutBrackets(std::move(value)));
   }
   return values;
 }
@@ -105,22 +135,23 @@ Tokens RestOfLineValues(const Tokens& tokens) {
 
 ResultMap ReadRecord(const Tokens& tokens, const std::string_view* keys, size_t keyCount) {
   ResultMap record;
+  ValueReader reader(tokens);
   for (size_t i = kFirstField; i < tokens.size();) {
-    const std::string& token = tokens[i++];
+    const std::string& token = tokens[i];
     const std::string_view* key = LongestKey(token, keys, keyCount);
-    if (key == nullptr) continue;
-    std::string_view name = *key;
-    size_t valueStart = name.size();
-    std::string joined;
-    if (IsSeparator(name.back())) {
-      name.remove_suffix(1);
-      joined = token.substr(valueStart);
-      JoinFollowing(tokens, i, joined);
-    } else {
-      if (valueStart < token.size() && IsSeparator(token[valueStart])) ++valueStart;
-      joined = token.substr(valueStart);
+    if (key == nullptr) {
+      ++i;
+      continue;
     }
-    record.emplace(name, std::move(joined));
+    std::string_view name = *key;
+    size_t start = name.size();
+    const bool joins = IsSeparator(name.back());
+    if (joins) {
+      name.remove_suffix(1);
+    } else if (start < token.size() && IsSeparator(token[start])) {
+      ++start;
+    }
+    record.emplace(name, reader.Read(i, start, joins));
   }
   return record;
 }

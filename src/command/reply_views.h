@@ -28,7 +28,8 @@ Tokens LetterKeys(const Tokens& tokens);
 Tokens LetterValues(const Tokens& tokens);
 
 // Of each field that holds ":" or "=", the text behind the first one; tokens without either belong
-// to the value before them, joined with one blank. Enclosing angle brackets are taken off.
+// to the value before them, joined with one blank. A value in angle brackets goes on to the token
+// that ends in ">" and has a field or nothing behind it, whatever it holds; they are taken off.
 Tokens FieldValues(const Tokens& tokens);
 
 // Of the first field token that holds ":", all that follows to the end of the line: for names that
@@ -38,9 +39,9 @@ Tokens RestOfLineValues(const Tokens& tokens);
 
 // Reads a named record. A key that ends in ":" or "=" must occur so, and tokens that follow and
 // hold neither belong to its value, joined with one blank (a model name such as "BEGO VARSEO XS").
-// A key without takes one token: the text behind its name and a ":" or "=" if present. A token
-// belongs to the longest key that it begins with; the first token of a key counts. Absent keys are
-// normal.
+// A key without takes one token: the text behind its name and a ":" or "=" if present. A value in
+// angle brackets is read as by FieldValues. A token belongs to the longest key that it begins with;
+// the first token of a key counts. Absent keys are normal.
 ResultMap ReadRecord(const Tokens& tokens, const std::string_view* keys, size_t keyCount);
 
 }  // namespace Nuv::Command

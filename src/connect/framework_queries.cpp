@@ -1,44 +1,29 @@
-// One-command queries of identity, state, resin and jobs.
+// Identity, state, resin, versions and features. docs/protocol.md has the replies.
 
+#include "command/commands.h"
 #include "command/decimal.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 
 namespace Nuv::Connect {
-namespace {
-
-// The result for a printer that refuses a resin query and names its resin state instead.
-int ResinRefusal(int resinState) {
-  switch (resinState) {
-    case 0:
-      return NUV_RESIN_NO_CARTRIDGE;
-    case 1:
-      return NUV_RESIN_TAG_UNREADABLE;
-    case 2:
-      return NUV_RESIN_EXPIRED;
-    case 3:
-      return NUV_RESIN_WRONG_TYPE;
-    case 4:
-      return NUV_RESIN_EMPTY;
-    default:
-      return NUV_FAILED;
-  }
-}
-
-}  // namespace
 
 int ConnectingFramework::GetPrinterInfo(std::string& version, std::string& name, std::string& model,
                                         std::string& serial, std::string& controller) {
-  for (std::string* text : {&version, &name, &model, &serial, &controller}) text->clear();
-  Query query = NewQuery();
-  const int result = query.Run(101);
-  if (result != NUV_OK) return result;
-  version = query.Text("V");
-  name = query.Text("N");
-  model = query.Text("M");
-  serial = query.Text("S");
-  controller = query.Text("C");
-  return NUV_OK;
+  return NewQuery().Read(
+      101, {},
+      {{}, {{"V", &version}, {"N", &name}, {"M", &model}, {"S", &serial}, {"C", &controller}}});
+}
+
+int ConnectingFramework::GetPrinterInfo_BEGO(std::string& version, std::string& name,
+                                             std::string& model, std::string& serial,
+                                             std::string& controller, std::string& date) {
+  return NewQuery().ReadDirect<Command::F354Cmd>({{},
+                                                  {{"V", &version},
+                                                   {"N", &name},
+                                                   {"M", &model},
+                                                   {"S", &serial},
+                                                   {"C", &controller},
+                                                   {"D", &date}}});
 }
 
 int ConnectingFramework::GetPrinterStatus(int* status) {
@@ -54,8 +39,9 @@ int ConnectingFramework::GetPrinterStatusWithErrorCode(int* status, int* errorCo
   Query query = NewQuery();
   const int result = query.Run(102);
   if (result != NUV_OK) return result;
-  *status = query.Number("S");
-  if (*status == NUV_PRINTER_ERROR) *errorCode = query.Number("E");
+  const int state = query.Number("S");
+  if (state == NUV_PRINTER_ERROR) *errorCode = query.Number("E");
+  *status = state;
   return NUV_OK;
 }
 
@@ -72,54 +58,44 @@ int ConnectingFramework::GetPrintingStatus(int* layer, int* progressPercent, int
 }
 
 int ConnectingFramework::GetTotalLayerAndTime(int* totalLayers, int* totalMinutes) {
-  *totalLayers = 0;
-  *totalMinutes = 0;
-  Query query = NewQuery();
-  const int result = query.Run(107);
-  if (result != NUV_OK) return result;
-  *totalLayers = query.Number("L");
-  *totalMinutes = query.Number("T");
-  return NUV_OK;
+  return NewQuery().Read(107, {}, {{{"L", totalLayers}, {"T", totalMinutes}}, {}});
+}
+
+int ConnectingFramework::GetResinInfo(int* state, int* remaining, std::string& date,
+                                      std::string& type) {
+  return NewQuery().ReadResin(120,
+                              {{{"S", state}, {"R", remaining}}, {{"D", &date}, {"T", &type}}});
 }
 
 int ConnectingFramework::GetResinInfo2(int* state, int* remaining, std::string& resinCode,
                                        int* tankVolume, std::string& lot) {
-  for (int* number : {state, remaining, tankVolume}) *number = 0;
-  resinCode.clear();
-  lot.clear();
-  Query query = NewQuery();
-  const int result = query.RunQuietOnRefusal(105);
-  if (result == NUV_PRINTER_REFUSED) {
-    // A printer that has no resin query refuses it without naming a state.
-    return query.Fail(query.Has("S") ? ResinRefusal(query.Number("S")) : result);
-  }
-  if (result != NUV_OK) return result;
-  *state = query.Number("S");
-  *remaining = query.Number("R");
-  resinCode = query.Text("C");
-  *tankVolume = query.Number("V");
-  lot = query.Text("Q");
-  return NUV_OK;
+  return NewQuery().ReadResin(
+      105, {{{"S", state}, {"R", remaining}, {"V", tankVolume}}, {{"C", &resinCode}, {"Q", &lot}}});
 }
 
-int ConnectingFramework::GetNickName(std::string& name) {
-  name.clear();
-  Query query = NewQuery();
-  const int result = query.Run(197);
-  // By position, not by key: a nickname may itself hold a colon.
-  if (result == NUV_OK && !query.values().empty()) name = query.values().front();
+int ConnectingFramework::GetResinInfo_BEGO(std::string& name, std::string& lot, std::string& expiry,
+                                           std::string& volume) {
+  return NewQuery().ReadDirect<Command::F356Cmd>(
+      {{}, {{"N", &name}, {"L", &lot}, {"D", &expiry}, {"V", &volume}}});
+}
+
+int ConnectingFramework::GetAndroidVersion(std::string& version) {
+  return NewQuery().Read(310, {}, {{}, {{"V", &version}}});
+}
+
+int ConnectingFramework::GetLCMPanelVersion(std::string& version) {
+  return NewQuery().Read(504, {"0"}, {{}, {{"V", &version}}});
+}
+
+int ConnectingFramework::IsOpenModeSupported(int* supported) {
+  return NewQuery().Read(335, {}, {{{"S", supported}}, {}});
+}
+
+int ConnectingFramework::IsRegisteredCorrectTag(int* registered) {
+  *registered = 0;
+  const int result = NewQuery().Run(219);
+  if (result == NUV_OK) *registered = 1;
   return result;
-}
-
-int ConnectingFramework::GetCurrJobIndexAndTotalSize(int* index, int* totalSize) {
-  *index = 0;
-  *totalSize = 0;
-  Query query = NewQuery();
-  const int result = query.Run(157);
-  if (result != NUV_OK) return result;
-  *index = query.Number("I");
-  *totalSize = query.Number("S");
-  return NUV_OK;
 }
 
 }  // namespace Nuv::Connect

@@ -43,6 +43,7 @@ const FaultRow kFaults[] = {
     {"Late", "late,ms=5", "F102", "F102 OK S:0|F102 OK S:0|"},
     {"Pieces", "pieces,bytes=2,ms=1", "F102", "F102 OK S:0|F102 OK S:0|"},
     {"OtherCode", "other-code", "F102", "F999 OK S:0|F102 OK S:0|"},
+    {"Answer", "answer,text=F102 OK S:7", "F102", "F102 OK S:7|F102 OK S:0|"},
     {"OtherHead", "other-code,text=X102", "F102", "X102 OK S:0|F102 OK S:0|"},
     {"Refuse", "refuse", "F105",
      "F105 NG S:1 R:350 C:1001 V:500 Q:L0001|"

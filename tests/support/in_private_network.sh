@@ -18,6 +18,7 @@ fi
 
 hosts=$(mktemp)
 printf '%b' "${NUV_HOSTS:-127.0.0.1 localhost\n10.77.1.1 nuvhost\n10.77.2.1 nuvhost\n}" > "$hosts"
+[ -e /etc/hosts ] || touch /etc/hosts  # the smallest systems come without
 mount --bind "$hosts" /etc/hosts
 rm -f "$hosts"
 hostname nuvhost

@@ -32,6 +32,7 @@ constexpr FaultRow kRows[] = {
     {FaultKind::kLate,        "late",        nullptr, 0,       true,  1000, false, nullptr},
     {FaultKind::kPieces,      "pieces",      "bytes", 1,       true,  10,   false, nullptr},
     {FaultKind::kOtherCode,   "other-code",  nullptr, 0,       false, 0,    false, "F999"},
+    {FaultKind::kAnswer,      "answer",      nullptr, 0,       false, 0,    false, ""},
     {FaultKind::kRefuse,      "refuse",      nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kGarbage,     "garbage",     "bytes", 64,      false, 0,    false, nullptr},
     {FaultKind::kBadNumber,   "bad-number",  nullptr, 0,       false, 0,    true,  "abc"},

@@ -15,6 +15,7 @@ enum class FaultKind {
   kLate,       // answer after `delay`
   kPieces,     // answer in pieces of `size` bytes, `delay` apart
   kOtherCode,  // the head of the answer is `text`
+  kAnswer,     // the answer is `text`
   kRefuse,     // "NG" in place of "OK", fields unchanged
   kGarbage,    // `size` bytes that are no text, then a line end
   kBadNumber,  // the value of the field `field` is `text`

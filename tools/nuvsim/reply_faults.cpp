@@ -82,6 +82,9 @@ void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& re
     case FaultKind::kOtherCode:
       AnswerProperly(ReplaceToken(answer, 0, fault.text), reaction);
       break;
+    case FaultKind::kAnswer:
+      AnswerProperly(fault.text, reaction);
+      break;
     case FaultKind::kRefuse:
       AnswerProperly(ReplaceToken(answer, 1, "NG"), reaction);
       break;
