@@ -50,6 +50,7 @@ void ResetPeak();
 void RunStatus();
 void RunJob(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
+void RunParser();
 
 }  // namespace bench
 

@@ -9,6 +9,7 @@
 int main() {
   // First, while this process has one thread: it makes copies of itself.
   bench::RunStatus();
+  bench::RunParser();
   bench::RunJob(NUVSIM_FILE, (std::filesystem::temp_directory_path() / "nuvbench").string());
   bench::RunDiscovery();
   if (bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");

@@ -126,7 +126,8 @@ NUV_API int API_GetBroadCastResult(char** list, int* count, int entrySize, const
 NUV_API int API_GetPrinterInfo(char* version, char* name, char* model, char* serial,
                                char* controller);
 
-// The same of a BEGO printer, and its date of manufacture: keys V, N, M, S, C, D of command 354.
+// The same of a BEGO printer, and its date of manufacture (year month day): keys V, N, M, S, C, D
+// of command 354. 29 from any other model.
 NUV_API int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial,
                                     char* controller, char* date);
 
@@ -152,10 +153,11 @@ NUV_API int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes);
 NUV_API int API_GetResinInfo2(int* state, int* remaining, char* resinCode, int* tankVolume,
                               char* lot);
 
-// Resin state (key S), resin left in ml (R), date of use (D), resin type (T) of command 120.
+// Of the models "Zafel 1.0" and "Zafel 1.0A": resin state (key S), resin left in ml (R), use-by
+// date as year month day (D), resin type (T) of command 120. Results as API_GetResinInfo2.
 NUV_API int API_GetResinInfo(int* state, int* remaining, char* date, char* type);
 
-// Resin name, lot, date of use, volume in ml of a BEGO printer: keys N, L, D, V of command 356.
+// Resin name, lot, use-by date, resin left in ml of a BEGO printer: keys N, L, D, V of command 356.
 NUV_API int API_GetResinInfo_BEGO(char* name, char* lot, char* expiry, char* volume);
 
 // ---- Jobs ---------------------------------------------------------------------------------------
@@ -203,41 +205,50 @@ NUV_API int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen);
 
 // ---- Settings -----------------------------------------------------------------------------------
 
-// Scaling of the build in X, Y and Z, two factors each: command 370, read by command 369.
+// Scaling of the build in X, Y and Z, two factors each, above 0 and at most 10 (the printer refuses
+// others with 29): set by command 370, six decimals; read from keys X, Y, Z of command 369, where a
+// missing factor is 0 and a malformed one leaves as std::invalid_argument ("invalid stof argument")
+// or std::out_of_range.
 NUV_API int API_SetBCPScaling(float x1, float x2, float y1, float y2, float z1, float z2);
 NUV_API int API_GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1, float* z2);
 
-// Nickname of the printer (may hold blanks): command 196, read by command 197. `name` not null.
+// Nickname of the printer, any 8-bit text without a line end (with one: 1, nothing is sent):
+// command 196, read from key N of command 197. Runs of blanks come back as one. `name` not null.
 NUV_API int API_SetNickName(const char* name);
 NUV_API int API_GetNickName(char* out);
 
-// Laser power in percent and Z compensation in micrometres: command 332, read by command 159.
+// Laser power in percent, 0 to 100 (laser printers), and Z compensation in micrometres, -500 to
+// 500: set by command 332, read from the second value of command 159. 29 outside the range.
 NUV_API int API_SetLaserPower(int percent);
 NUV_API int API_GetLaserPower(int* percent);
 NUV_API int API_SetZCompensation(int micrometres);
 NUV_API int API_GetZCompensation(int* micrometres);
 
-// Skips the warm-up that the printer is in: command 112.
+// Skips the warm-up that a laser printer is in: command 112.
 NUV_API int API_SkipSLAWarmup(void);
 
 // ---- Wireless network ---------------------------------------------------------------------------
 
-// Names of the access points in reach: command 198.
+// Names of the access points in reach, strongest first: the SSID fields of command 198.
 NUV_API int API_GetApList(char** list, int* count, int entrySize);
 
-// *connected: 1 when the printer is joined to an access point, else 0: key S of command 190.
+// *connected: 1 when the printer is joined to an access point, else 0: key S of command 190. Of
+// this group all but the wired MAC address: 29 from printers without wireless link.
 NUV_API int API_IsconnectedAp(int* connected);
 
-// Joins the access point `name` with `key` (null: empty; both may hold blanks): command 191.
+// Joins the access point `name` with `key` (null: empty; an empty key joins an open one; both may
+// hold blanks): command 191 with 1. 29 when it is out of reach or the key is wrong. The key appears
+// in no diagnostic.
 NUV_API int API_ConnectAp(const char* name, const char* key);
 
-// Signal in percent (key R) and security mode (key M) of access point `name`: command 190.
+// Signal in percent (key R) and security (key M: 0 open, 1 secured) of access point `name` (null:
+// empty): command 190 with the name. 29 when it is out of reach.
 NUV_API int API_GetApAttribute(const char* name, int* signal, int* security);
 
 // Leaves the access point: command 191 with 2.
 NUV_API int API_DisconnectAp(void);
 
-// MAC address of the wireless and of the wired port: key MAC of command 192.
+// MAC address of the wireless and of the wired port: key MAC of command 192 with 1 and with 0.
 NUV_API int API_GetMacAddressWifi(char* out);
 NUV_API int API_GetMacAddressLan(char* out);
 
@@ -249,15 +260,17 @@ NUV_API int API_GetLCMPanelVersion(char* out);  // of the LCM panel: key V of co
 // *supported: 1 when the printer takes resins without a tag: key S of command 335.
 NUV_API int API_IsOpenModeSupported(int* supported);
 
-// *registered: 1 when the printer accepts the tag of the resin in place: command 219.
+// Passes the question on to the printer: *registered is 1 and the result 0 when it accepts command
+// 219, that is, the tag of the resin in place is registered and right; else 0 and 29.
 NUV_API int API_IsRegisteredCorrectTag(int* registered);
 
-// *type: number of the tank in place: key V_S of command 301.
+// *type: number of the tank in place, 0 for none: key V_S of command 301.
 NUV_API int API_GetTankType(int* type);
 
 // ---- Job history --------------------------------------------------------------------------------
 
-// Index of the last job that the host has read: commands 170 and 171.
+// Index of the last job that a host has read: key I of command 170; set by command 171 (29 beyond
+// the last job).
 NUV_API int API_GetLastUpdatedIndex(int* index);
 NUV_API int API_SetLastUpdatedIndex(int index);
 
@@ -265,35 +278,44 @@ NUV_API int API_SetLastUpdatedIndex(int index);
 // and the model data bytes received for it: keys I and S of command 157.
 NUV_API int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize);
 
-// Job `jobIndex` of the history: commands 174, 175, 176, 177 with that index.
+// Job `jobIndex` of the history, from 1; 29 when there is no such job. Commands 174 to 177:
+// name (key N), resin code (C), start as 20261121T103000 (T);
+// layers (L), minutes (T), resin in ml (V), result (R: 0 finished, 1 cancelled, 2 failed, 3 not
+// ended); layer thickness in micrometres (T), exposure (E) and bottom exposure (B) in ms, laser
+// power in percent (P); end, or "-" (T), and resin lot (Q).
 NUV_API int API_GetJobInfo1(int jobIndex, char* jobName, char* resinCode, char* startTime);
 NUV_API int API_GetJobInfo2(int jobIndex, int* layers, int* minutes, int* resinVolume, int* result);
 NUV_API int API_GetJobInfo3(int jobIndex, int* layerThickness, int* exposureTime,
                             int* bottomExposureTime, int* laserPower);
 NUV_API int API_GetJobInfo4(int jobIndex, char* endTime, char* lot);
 
-// Jobs of `kind` (0: all) started, finished, cancelled and failed: command 169.
+// Jobs started, finished, cancelled and failed: keys S, F, C, E of command 169. `kind` 0: all, 1:
+// since the printer was switched on.
 NUV_API int API_GetJobCounter(int kind, int* started, int* finished, int* cancelled, int* failed);
 
 // ---- Light engine and sensors -------------------------------------------------------------------
 
-// Flash parameters of the light engine, keys by name: command 327.
+// Raw numbers in the flash of the laser scan unit, keys by name: command 327. The first form is the
+// Fabrix150's, the second the other models'; the keys of the one that a printer lacks are 0.
 NUV_API int API_GetLSUFlashParameterFX150(int* c1, int* c2, int* c3, int* l1, int* l2, int* l3,
                                           int* t1, int* t2, int* t3, int* z1, int* z2);
 NUV_API int API_GetLSUFlashParameter(int* c, int* l, int* p, int* s, int* t, int* w, int* y);
 
-// Pulse widths of `laser`: keys LSU, P1 to P5 of command 303.
+// Laser number and pulse widths, 0 to 4095, of `laser` (from 1): keys LSU, P1 to P5 of command 303.
 NUV_API int API_GetLSULaserPWMvalues(int laser, int* lsu, int* p1, int* p2, int* p3, int* p4,
                                      int* p5);
 
-// Photodiode readings of `laser`: command 186.
+// Lowest, highest and mean photodiode reading, 0 to 1023, of `laser` (from 1): the three values of
+// command 186.
 NUV_API int API_GetPDSensorData(int laser, int* minimum, int* maximum, int* average);
 
-// Hours that the light source has been on: command 708.
+// Hours that the light source of a light-engine printer has been on: key H of command 708.
 NUV_API int API_GetLedUseTime(char* out);
 
-// Thirteen sensors: keys C_T, C_B, ZLT, ZLB, V_S, L_S, W_H, Y_H, C_LI, C_P, P_S, Y_F, T_T of
-// command 301, in this order.
+// Thirteen sensors: keys C_T, C_B (chamber top and bottom, degrees Celsius), ZLT, ZLB (Z limits),
+// V_S (tank number), L_S (resin level, percent), W_H (wiper home), Y_H (Y home), C_LI (lid closed),
+// C_P (cartridge), P_S (platform), Y_F (Y far end), T_T (tank, degrees Celsius) of command 301, in
+// this order; switches are 0 or 1.
 NUV_API int API_GetSensorStatusFX120(int* ct, int* cb, int* zlt, int* zlb, int* vs, int* ls,
                                      int* wh, int* yh, int* cli, int* cp, int* ps, int* yf,
                                      int* tt);
