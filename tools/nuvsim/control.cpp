@@ -39,10 +39,10 @@ const char* Name(JobStatus status) {
 json Describe(const JobRecord& job) {
   return {{"index", job.index},
           {"status", Name(job.status)},
-          {"announcedBytes", job.announcedBytes},
+          {"announcedBytes", job.announced.bytes},
           {"receivedBytes", job.receivedBytes},
           {"lines", job.lines},
-          {"layers", job.layers},
+          {"layers", job.announced.layers},
           {"file", job.file.string()}};
 }
 

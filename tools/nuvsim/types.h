@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "nuvsim/calendar.h"
 #include "nuvsim/fault.h"
 
 namespace nuvsim {
@@ -103,6 +104,8 @@ struct SimulatorConfig {
   std::uint16_t discoveryPort = 6013;
   std::filesystem::path jobFolder;  // empty: a private temporary folder, removed at the end
   Clock clock;                      // empty: std::chrono::steady_clock
+  // Calendar time at which the simulator is made; it goes on with `clock`. Empty: the system's.
+  std::optional<CalendarTime> calendarStart;
   // Called on the simulator's thread with its lock held: must not call the simulator.
   std::function<void(const LogEntry&)> log;
 };
@@ -112,15 +115,27 @@ enum class State { kIdle = 0, kPrinting = 1, kReceiving = 2, kError = 3 };
 
 enum class JobStatus { kReceiving, kPrinting, kFinished, kAbandoned };
 
+// What a host announces of a job: what the printer reports again.
+struct JobAnnouncement {
+  std::uint64_t bytes = 0;  // model data, without line ends
+  std::uint32_t layers = 0;
+  double minutes = 0;  // printing time
+  double layerMm = 0;  // layer thickness
+  double resinMl = 0;
+  double exposureSeconds = 0;
+  double bottomExposureSeconds = 0;
+  double laserPower = 0;  // percent
+};
+
 // One accepted job.
 struct JobRecord {
   int index = 0;  // 1 for the printer's first job
   std::string name;
-  std::uint64_t announcedBytes = 0;  // model data, without line ends
-  std::uint64_t receivedBytes = 0;   // so far, without line ends
-  std::uint64_t lines = 0;           // data lines kept so far
-  std::uint32_t layers = 0;
-  double minutes = 0;  // printing time announced by the host
+  JobAnnouncement announced;
+  std::uint64_t receivedBytes = 0;  // so far, without line ends
+  std::uint64_t lines = 0;          // data lines kept so far
+  CalendarTime started;
+  std::optional<CalendarTime> ended;
   JobStatus status = JobStatus::kReceiving;
   std::filesystem::path file;  // the data lines as received
 };
