@@ -119,8 +119,14 @@ json SetState(const Call& call) {
     call.simulator.SetResinRefusal(call.printer, number);
   } else if (to == "resin-accepted") {
     call.simulator.SetResinRefusal(call.printer, std::nullopt);
+  } else if (to == "tag-registered" || to == "tag-unregistered") {
+    call.simulator.SetTagRegistered(call.printer, to == "tag-registered");
+  } else if (to == "repositioning" || to == "in-position") {
+    call.simulator.SetRepositioning(call.printer, to == "repositioning");
   } else {
-    throw ConfigError("request.to: must be error, no-error, idle, resin-refused or resin-accepted");
+    throw ConfigError(
+        "request.to: must be error, no-error, idle, resin-refused, resin-accepted, "
+        "tag-registered, tag-unregistered, repositioning or in-position");
   }
   return json::object();
 }
