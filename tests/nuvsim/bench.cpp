@@ -74,6 +74,7 @@ Bench::Bench(const std::function<void(PrinterConfig&)>& change)
   config.clock = [now = nowMs_] {
     return std::chrono::steady_clock::time_point(std::chrono::milliseconds(now->load()));
   };
+  config.calendarStart = CalendarTime(std::chrono::seconds(1795257000));
   sim = std::make_unique<Simulator>(config);
   sim->Start();
 }

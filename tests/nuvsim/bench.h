@@ -44,7 +44,8 @@ class RawClient {
   std::string received_;
 };
 
-// The simulator of one printer with a clock that stands still until it is put forward.
+// The simulator of one printer with a clock that stands still until it is put forward; it begins on
+// 21 November 2026 at 10:30.
 class Bench {
  public:
   explicit Bench(const std::function<void(PrinterConfig&)>& change = [](PrinterConfig&) {});

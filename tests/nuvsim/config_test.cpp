@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <map>
 #include <string>
 
 #include "nuvsim/config_file.h"
@@ -17,10 +19,15 @@ TEST(ConfigTest, EveryKeyReachesItsPlace) {
     "discovery": false, "discoveryPort": 6100, "jobDir": "jobs",
     "printers": [
       {"model": "BEGO VARSEO XS", "serial": "S1", "name": "N1", "nickname": "K 1", "mac": "M1",
-       "firmware": "9.1", "controller": "9.2", "address": "127.0.0.1", "port": 65535,
+       "firmware": "9.1", "controller": "9.2", "android": "9.3", "loader": "9.4", "panel": "9.5",
+       "manufactured": "20250102", "wirelessMac": "M2", "address": "127.0.0.1", "port": 65535,
        "buffer": 1, "drainRate": 0, "layerMs": 250,
        "resin": {"state": 4, "remainingMl": 5, "code": "C", "tankMl": 6, "lot": "Q",
+                 "useBy": "20280304", "type": "T", "name": "R 1", "tagRegistered": false,
                  "refusal": 2},
+       "openMode": false, "ledHours": 7, "sensors": {"C_T": -5, "C_LI": 0},
+       "accessPoints": [{"name": "N\u00e4h <1>", "key": "\u00df =", "channel": 3, "signal": 9}],
+       "earlierJobs": {"finished": 1, "cancelled": 2, "failed": 3},
        "faults": [{"kind": "late", "code": 102, "count": -1, "skip": 3, "ms": 7},
                   {"kind": "bad-number", "field": "S", "text": "1,2"}]},
       {}]})");
@@ -42,6 +49,21 @@ TEST(ConfigTest, EveryKeyReachesItsPlace) {
   EXPECT_EQ(printer.resin.tankMl, 6);
   EXPECT_EQ(printer.resin.code + printer.resin.lot, "CQ");
   EXPECT_EQ(printer.resin.refusal, 2);
+  EXPECT_EQ(printer.androidVersion + "," + printer.loaderVersion + "," + printer.panelVersion +
+                "," + printer.manufactured + "," + printer.wirelessMac + "," + printer.resin.useBy +
+                "," + printer.resin.type + "," + printer.resin.name,
+            "9.3,9.4,9.5,20250102,M2,20280304,T,R 1");
+  EXPECT_FALSE(printer.resin.tagRegistered);
+  EXPECT_FALSE(printer.openMode);
+  EXPECT_EQ(printer.ledHours, 7);
+  EXPECT_EQ(printer.sensors, (std::map<std::string, int>{{"C_LI", 0}, {"C_T", -5}}));
+  ASSERT_EQ(printer.accessPoints.size(), 1u);
+  const AccessPoint& point = printer.accessPoints[0];
+  EXPECT_EQ(point.name + point.key, "N\xc3\xa4h <1>\xc3\x9f =");
+  EXPECT_EQ(point.channel, 3);
+  EXPECT_EQ(point.signal, 9);
+  const JobCounts& jobs = printer.earlierJobs;
+  EXPECT_EQ((std::array{jobs.finished, jobs.cancelled, jobs.failed}), (std::array{1, 2, 3}));
   ASSERT_EQ(printer.faults.size(), 2u);
   const Fault& late = printer.faults[0];
   EXPECT_EQ(late.kind, FaultKind::kLate);
@@ -90,6 +112,23 @@ const BadRow kBad[] = {
     {R"({"printers": [{"address": "127.0.0.1.2"}]})", "printers[0].address"},
     {R"({"printers": [{"address": "127.0.0.256"}]})", "printers[0].address"},
     {R"({"printers": [{"resin": {"lot": null}}]})", "printers[0].resin.lot: must be a text"},
+    {R"({"printers": [{"resin": {"name": "a\nb"}}]})", "printers[0].resin.name: must not hold"},
+    {R"({"printers": [{"resin": {"useBy": "2027-1-1"}}]})", "printers[0].resin.useBy: must be a"},
+    {R"({"printers": [{"manufactured": "2027011"}]})", "printers[0].manufactured: must be a date"},
+    {R"({"printers": [{"panel": "1 2"}]})", "printers[0].panel: must not hold a blank"},
+    {R"({"printers": [{"ledHours": -1}]})", "printers[0].ledHours: must be a whole number"},
+    {R"({"printers": [{"openMode": 1}]})", "printers[0].openMode: must be true or false"},
+    {R"({"printers": [{"sensors": {"C_X": 1}}]})", "printers[0].sensors.C_X: unknown key"},
+    {R"({"printers": [{"sensors": {"C_LI": 2}}]})", "printers[0].sensors.C_LI: must be a whole"},
+    {R"({"printers": [{"earlierJobs": {"failed": -1}}]})", "printers[0].earlierJobs.failed"},
+    {R"({"printers": [{"accessPoints": {}}]})", "printers[0].accessPoints: must be a list"},
+    {R"({"printers": [{"accessPoints": [{"key": "k"}]}]})", "accessPoints[0].name: must not be"},
+    {R"({"printers": [{"accessPoints": [{"name": "a", "ssid": "b"}]}]})", "ssid: unknown key"},
+    {R"({"printers": [{"accessPoints": [{"name": "a", "signal": 101}]}]})", "[0].signal: must be"},
+    {R"({"printers": [{"accessPoints": [{"name": "a", "channel": 0}]}]})", "[0].channel: must be"},
+    {R"({"printers": [{"accessPoints": [{"name": "a", "key": "k\r"}]}]})",
+     "[0].key: must not hold"},
+    {R"({"printers": [{"accessPoints": [{"name": "a"}, {"name": "a"}]}]})", "[1].name: is there"},
     {R"({"printers": [{"faults": [{}]}]})", "printers[0].faults[0].kind: unknown fault"},
     {R"({"printers": [{"faults": [{"kind": "late", "n": 1}]}]})", "faults[0].n: unknown key"},
     {R"({"printers": [{}], "discovery": 1})", "configuration.discovery: must be true or false"},
@@ -97,6 +136,16 @@ const BadRow kBad[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, BadConfigTest, testing::ValuesIn(kBad));
+
+// A program fills the maps of a configuration without the reader of the file.
+TEST(ConfigTest, SensorsOfAProgramAreCheckedToo) {
+  for (const auto& [key, reading] : std::map<std::string, int>{{"C_X", 1}, {"ZLT", 2}}) {
+    SimulatorConfig config;
+    config.printers = {LoopbackPrinter()};
+    config.printers[0].sensors[key] = reading;
+    EXPECT_THROW(ValidateConfig(config), ConfigError) << key;
+  }
+}
 
 TEST(ConfigTest, UnreadableFileIsRefused) {
   EXPECT_THROW(LoadConfig(std::filesystem::path(testing::TempDir()) / "no-such-nuvsim-config"),

@@ -53,7 +53,7 @@ struct EffectRow {
 class ControlEffectTest : public testing::TestWithParam<EffectRow> {};
 
 TEST_P(ControlEffectTest, ShowsOnTheWire) {
-  Bench bench;
+  Bench bench([](PrinterConfig& printer) { printer.model = "Fabrix120 xP"; });
   bench.sim->InjectFault(0, MakeFault(FaultKind::kRefuse, 197, -1));
   EXPECT_EQ(Control(bench, GetParam().control), (json{{"ok", true}}));
   EXPECT_EQ(bench.Connect()->Ask(GetParam().request), GetParam().reply);
@@ -68,6 +68,10 @@ const EffectRow kEffects[] = {
     {R"({"do": "state", "to": "resin-refused", "number": 4})", "F105", "F105 NG S:4"},
     {R"({"do": "state", "to": "resin-accepted"})", "F105",
      "F105 OK S:1 R:350 C:1001 V:500 Q:L0001"},
+    {R"({"do": "state", "to": "tag-unregistered"})", "F219", "F219 NG"},
+    {R"({"do": "state", "to": "tag-registered"})", "F219", "F219 OK"},
+    {R"({"do": "state", "to": "repositioning"})", "F515", "F515 OK R:1"},
+    {R"({"do": "state", "to": "in-position"})", "F515", "F515 OK R:0"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, ControlEffectTest, testing::ValuesIn(kEffects));

@@ -23,7 +23,10 @@ struct FaultRow {
 class FaultTest : public testing::TestWithParam<FaultRow> {};
 
 TEST_P(FaultTest, ShowsOnceThenIsOver) {
-  Bench bench([](PrinterConfig& printer) { printer.bufferBytes = 5000; });
+  Bench bench([](PrinterConfig& printer) {
+    printer.model = "Fabrix120 xP";  // an Android-board printer knows both queries of the buffer
+    printer.bufferBytes = 5000;
+  });
   bench.sim->InjectFault(0, ParseFault(GetParam().fault));
   const auto client = bench.Connect();
   client->Send(std::string(GetParam().request) + "\r\n" + GetParam().request + "\r\nF197\r\n");
@@ -53,6 +56,16 @@ const FaultRow kFaults[] = {
      "F105 OK S:1 R:350 C:1001 V:99999999999 Q:L0001|F105 OK S:1 R:350 C:1001 V:500 Q:L0001|"},
     {"NoNumberInLetterField", "bad-number,field=S", "F157", "F157 OK I0 Sabc|F157 OK I0 S0|"},
     {"NoNumberInMissingField", "bad-number,field=C", "F102", "F102 OK S:0 C:abc|F102 OK S:0|"},
+    {"NoNumberInEqualsField", "bad-number,field=IP,text=x", "F192",
+     "F192 OK IP=x SUB=255.255.255.0 GATE=127.0.0.1 DNS1=127.0.0.1 DNS2=0.0.0.0 "
+     "MAC=02:00:00:00:00:01|"
+     "F192 OK IP=127.0.0.1 SUB=255.255.255.0 GATE=127.0.0.1 DNS1=127.0.0.1 DNS2=0.0.0.0 "
+     "MAC=02:00:00:00:00:01|"},
+    {"RefuseOfTwoLines", "refuse", "F160 S1 C2", "F160 NG START|F160 OK START|F160 OK FINISH|"},
+    {"OtherCodeOfTwoLines", "other-code", "F160 S1 C2",
+     "F999 OK START|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
+    {"NoNumberInTwoLines", "bad-number,field=START,text=x", "F160 S1 C2",
+     "F160 OK STARTx|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
     {"Twice", "twice", "F102", "F102 OK S:0|F102 OK S:0|F102 OK S:0|"},
     {"BufferFull", "buffer-full", "F117", "F117 OK S:0|F117 OK S:5000|"},
     {"BufferFullOfBoard", "buffer-full,code=503", "F503", "F503 OK S:0|F503 OK S:5000|"},
@@ -122,6 +135,14 @@ TEST(FaultSequenceTest, DropAfterBytesCountsOverConnectionsAndAnew) {
   }
   EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
   EXPECT_EQ(bench.sim->Totals().bytesReceived, 6u + 4u + 10u + 6u);
+}
+
+TEST(FaultSequenceTest, BufferFullWaitsForAnAnswerThatTellsTheBuffer) {
+  Bench bench;
+  bench.sim->InjectFault(0, ParseFault("buffer-full"));
+  const auto client = bench.Connect();
+  EXPECT_EQ(client->Ask("F503"), "F503 NG");
+  EXPECT_EQ(client->Ask("F117"), "F117 OK S:0");
 }
 
 TEST(FaultTextTest, GarbageIsNoTextAndOversizedIsThatLong) {

@@ -13,11 +13,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-void Dental(PrinterConfig& printer) {
-  printer.model = "BEGO VARSEO XS";
-  printer.serial = "3DPSNKGB3WTW00001";
-}
-
 struct ReplyRow {
   const char* what;
   std::function<void(Bench&, RawClient&)> before;
@@ -95,8 +90,6 @@ const ReplyRow kReplies[] = {
     {"Totals", Printing, "F107", "F107 OK L:4 T:10 R:Job1"},
     {"FreeBuffer", nullptr, "F117", "F117 OK S:5000"},
     {"FreeBufferPartlyFilled", Receiving, "F117", "F117 OK S:4988"},
-    {"FreeBufferOfBoard", Receiving, "F503", "F503 OK S:4988"},
-    {"WholeSerialOtherModel", nullptr, "F140", "F140 NG"},
     {"ReceiptNoJob", nullptr, "F157", "F157 OK I0 S0"},
     {"Receipt", Receiving, "F157", "F157 OK I1 S10"},
     {"Nickname", nullptr, "F197", "F197 OK N:Simulated printer"},
@@ -109,11 +102,17 @@ const ReplyRow kReplies[] = {
 INSTANTIATE_TEST_SUITE_P(Each, ReplyTest, testing::ValuesIn(kReplies),
                          [](const auto& row) { return row.param.what; });
 
-TEST(DentalModelTest, ReportsAShortSerialAndTheWholeOneOnRequest) {
-  Bench bench(Dental);
+TEST(DentalModelTest, TellsItsProgressInItsOwnQueriesToo) {
+  Bench bench([](PrinterConfig& printer) {
+    printer.model = "BEGO VARSEO XS";
+    printer.layerTime = milliseconds(1000);
+  });
   const auto client = bench.Connect();
-  EXPECT_EQ(client->Ask("F101"), "F101 OK V:1.0.0 N:nuvsim M:BEGO VARSEO XS S:W00001 C:1.0");
-  EXPECT_EQ(client->Ask("F140"), "F140 OK S3DPSNKGB3WTW00001");
+  Printing(bench, *client);
+  EXPECT_EQ(client->Ask("F353"), "F353 OK S:1 M:512");
+  EXPECT_EQ(client->Ask("F354"),
+            "F354 OK V:1.0.0 N:nuvsim M:BEGO VARSEO XS S:SIM0000000001 C:1.0 D:20240131 L:3 T:5 "
+            "R:Printing");
 }
 
 }  // namespace

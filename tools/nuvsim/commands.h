@@ -3,24 +3,14 @@
 #define NUVSIM_COMMANDS_H_
 
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "nuvsim/machine.h"
+#include "nuvsim/request.h"
 
 namespace nuvsim {
 
-// A command line taken apart. The views are into the line.
-struct Request {
-  std::string_view head;                     // "F" and the code as it was sent
-  int code = 0;                              // -1 when the code is no number that fits
-  std::vector<std::string_view> parameters;  // split at blanks
-};
-
-Request ParseRequest(std::string_view line);
-
-// Carries the command out and returns the answer without its line end. Codes that the printer
-// does not know are answered with "NG".
+// Carries the command out and returns the answer: one line, or several with CR LF between, without
+// the last line end. Codes that the printer's model does not know are answered with "NG" alone.
 std::string Answer(Machine& machine, const Request& request);
 
 }  // namespace nuvsim

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "nuvsim/fault_json.h"
-#include "nuvsim/ipv4.h"
 #include "nuvsim/json_object.h"
+#include "nuvsim/sensors.h"
 
 namespace nuvsim {
 namespace {
@@ -26,6 +26,10 @@ ResinConfig ParseResin(const json& value, const std::string& path) {
   object.Read("code", resin.code);
   object.ReadInteger("tankMl", -kMaxInt, kMaxInt, resin.tankMl);
   object.Read("lot", resin.lot);
+  object.Read("useBy", resin.useBy);
+  object.Read("type", resin.type);
+  object.Read("name", resin.name);
+  object.Read("tagRegistered", resin.tagRegistered);
   if (object.Has("refusal")) {
     int state = 0;
     object.ReadInteger("refusal", -kMaxInt, kMaxInt, state);
@@ -44,16 +48,61 @@ std::vector<Fault> ParseFaults(const json& value, const std::string& path) {
   return faults;
 }
 
-PrinterConfig ParsePrinter(const json& value, const std::string& path) {
+std::vector<AccessPoint> ParseAccessPoints(const json& value, const std::string& path) {
+  if (!value.is_array()) throw ConfigError(path + ": must be a list");
+  std::vector<AccessPoint> points;
+  for (const json& each : value) {
+    JsonObject object(each, path + "[" + std::to_string(points.size()) + "]");
+    AccessPoint point;
+    object.Read("name", point.name);
+    object.Read("key", point.key);
+    object.ReadInteger("channel", -kMaxInt, kMaxInt, point.channel);
+    object.ReadInteger("signal", -kMaxInt, kMaxInt, point.signal);
+    object.RefuseOthers();
+    points.push_back(point);
+  }
+  return points;
+}
+
+std::map<std::string, int> ParseSensors(const json& value, const std::string& path) {
   JsonObject object(value, path);
-  PrinterConfig printer;
+  std::map<std::string, int> readings;
+  for (const Sensor& each : kSensors) {
+    if (object.Has(each.key)) object.ReadInteger(each.key, each.low, each.high, readings[each.key]);
+  }
+  object.RefuseOthers();
+  return readings;
+}
+
+JobCounts ParseJobCounts(const json& value, const std::string& path) {
+  JsonObject object(value, path);
+  JobCounts counts;
+  object.ReadInteger("finished", 0, kMaxInt, counts.finished);
+  object.ReadInteger("cancelled", 0, kMaxInt, counts.cancelled);
+  object.ReadInteger("failed", 0, kMaxInt, counts.failed);
+  object.RefuseOthers();
+  return counts;
+}
+
+void ParseIdentity(JsonObject& object, PrinterConfig& printer) {
   object.Read("model", printer.model);
   object.Read("serial", printer.serial);
   object.Read("name", printer.name);
   object.Read("nickname", printer.nickname);
   object.Read("mac", printer.mac);
+  object.Read("wirelessMac", printer.wirelessMac);
   object.Read("firmware", printer.firmware);
   object.Read("controller", printer.controllerVersion);
+  object.Read("android", printer.androidVersion);
+  object.Read("loader", printer.loaderVersion);
+  object.Read("panel", printer.panelVersion);
+  object.Read("manufactured", printer.manufactured);
+}
+
+PrinterConfig ParsePrinter(const json& value, const std::string& path) {
+  JsonObject object(value, path);
+  PrinterConfig printer;
+  ParseIdentity(object, printer);
   object.Read("address", printer.address);
   object.ReadInteger("port", 0, kMaxPort, printer.port);
   object.ReadInteger("buffer", 1, kMaxBytes, printer.bufferBytes);
@@ -64,37 +113,22 @@ PrinterConfig ParsePrinter(const json& value, const std::string& path) {
   if (const json* resin = object.Find("resin")) {
     printer.resin = ParseResin(*resin, object.PathOf("resin"));
   }
+  object.Read("openMode", printer.openMode);
+  object.ReadInteger("ledHours", 0, kMaxInt, printer.ledHours);
+  if (const json* sensors = object.Find("sensors")) {
+    printer.sensors = ParseSensors(*sensors, object.PathOf("sensors"));
+  }
+  if (const json* points = object.Find("accessPoints")) {
+    printer.accessPoints = ParseAccessPoints(*points, object.PathOf("accessPoints"));
+  }
+  if (const json* jobs = object.Find("earlierJobs")) {
+    printer.earlierJobs = ParseJobCounts(*jobs, object.PathOf("earlierJobs"));
+  }
   if (const json* faults = object.Find("faults")) {
     printer.faults = ParseFaults(*faults, object.PathOf("faults"));
   }
   object.RefuseOthers();
   return printer;
-}
-
-void RefuseUnless(bool holds, const std::string& path, const std::string& need) {
-  if (!holds) throw ConfigError(path + ": " + need);
-}
-
-// A text that goes into a reply line; `blanks` where the host reads on to the end of the line.
-void ValidateText(const std::string& text, const std::string& path, bool blanks) {
-  RefuseUnless(text.find_first_of(blanks ? "\r\n" : "\r\n ") == std::string::npos, path,
-               blanks ? "must not hold a line end" : "must not hold a blank or a line end");
-}
-
-void ValidatePrinter(const PrinterConfig& printer, const std::string& path) {
-  ValidateText(printer.model, path + ".model", true);
-  ValidateText(printer.name, path + ".name", true);
-  ValidateText(printer.nickname, path + ".nickname", true);
-  ValidateText(printer.serial, path + ".serial", false);
-  ValidateText(printer.mac, path + ".mac", false);
-  ValidateText(printer.firmware, path + ".firmware", false);
-  ValidateText(printer.controllerVersion, path + ".controller", false);
-  ValidateText(printer.resin.code, path + ".resin.code", false);
-  ValidateText(printer.resin.lot, path + ".resin.lot", false);
-  RefuseUnless(printer.address.empty() || ParseIpv4(printer.address), path + ".address",
-               "must be an IPv4 address such as 127.0.0.1");
-  RefuseUnless(printer.bufferBytes > 0, path + ".buffer", "must be at least 1");
-  RefuseUnless(printer.layerTime.count() >= 0, path + ".layerMs", "must not be negative");
 }
 
 }  // namespace
@@ -110,8 +144,9 @@ SimulatorConfig ParseConfig(const std::string& text) {
   object.Read("jobDir", folder);
   config.jobFolder = folder;
   const json* printers = object.Find("printers");
-  RefuseUnless(printers != nullptr && printers->is_array(), "configuration.printers",
-               "must be a list of printers");
+  if (printers == nullptr || !printers->is_array()) {
+    throw ConfigError("configuration.printers: must be a list of printers");
+  }
   for (const json& each : *printers) {
     config.printers.push_back(
         ParsePrinter(each, "printers[" + std::to_string(config.printers.size()) + "]"));
@@ -124,19 +159,11 @@ SimulatorConfig ParseConfig(const std::string& text) {
 SimulatorConfig LoadConfig(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  RefuseUnless(static_cast<bool>(stream), file.string(), "cannot be read");
+  if (!stream) throw ConfigError(file.string() + ": cannot be read");
   try {
     return ParseConfig(text);
   } catch (const ConfigError& error) {
     throw ConfigError(file.string() + ": " + error.what());
-  }
-}
-
-void ValidateConfig(const SimulatorConfig& config) {
-  RefuseUnless(!config.printers.empty(), "printers", "at least one printer is needed");
-  RefuseUnless(!config.discovery || config.discoveryPort != 0, "discoveryPort", "must not be 0");
-  for (std::size_t i = 0; i < config.printers.size(); ++i) {
-    ValidatePrinter(config.printers[i], "printers[" + std::to_string(i) + "]");
   }
 }
 

@@ -39,10 +39,10 @@ const char* Name(JobStatus status) {
 json Describe(const JobRecord& job) {
   return {{"index", job.index},
           {"status", Name(job.status)},
-          {"announcedBytes", job.announcedBytes},
+          {"announcedBytes", job.announced.bytes},
           {"receivedBytes", job.receivedBytes},
           {"lines", job.lines},
-          {"layers", job.layers},
+          {"layers", job.announced.layers},
           {"file", job.file.string()}};
 }
 
@@ -119,8 +119,14 @@ json SetState(const Call& call) {
     call.simulator.SetResinRefusal(call.printer, number);
   } else if (to == "resin-accepted") {
     call.simulator.SetResinRefusal(call.printer, std::nullopt);
+  } else if (to == "tag-registered" || to == "tag-unregistered") {
+    call.simulator.SetTagRegistered(call.printer, to == "tag-registered");
+  } else if (to == "repositioning" || to == "in-position") {
+    call.simulator.SetRepositioning(call.printer, to == "repositioning");
   } else {
-    throw ConfigError("request.to: must be error, no-error, idle, resin-refused or resin-accepted");
+    throw ConfigError(
+        "request.to: must be error, no-error, idle, resin-refused, resin-accepted, "
+        "tag-registered, tag-unregistered, repositioning or in-position");
   }
   return json::object();
 }

@@ -35,14 +35,13 @@ JobStore::JobStore(std::filesystem::path folder, std::string prefix)
       commandFile_(folder_ / (prefix_ + "-commands.txt")),
       commands_(commandFile_, kFreshBinary) {}
 
-JobRecord& JobStore::Open(std::uint64_t announcedBytes, std::uint32_t layers, double minutes) {
+JobRecord& JobStore::Open(const JobAnnouncement& announced, CalendarTime now) {
   CloseJobFile();
   JobRecord job;
   job.index = static_cast<int>(jobs_.size()) + 1;
   job.name = "Job" + std::to_string(job.index);
-  job.announcedBytes = announcedBytes;
-  job.layers = layers;
-  job.minutes = minutes;
+  job.announced = announced;
+  job.started = now;
   job.file = folder_ / (prefix_ + "-job" + std::to_string(job.index) + ".data");
   jobData_.open(job.file, kFreshBinary);
   jobs_.push_back(std::move(job));

@@ -38,7 +38,7 @@ class JobStore {
   JobStore(std::filesystem::path folder, std::string prefix);
 
   // Opens the next job and its file.
-  JobRecord& Open(std::uint64_t announcedBytes, std::uint32_t layers, double minutes);
+  JobRecord& Open(const JobAnnouncement& announced, CalendarTime now);
 
   // The newest job; null before the first.
   JobRecord* Last() { return jobs_.empty() ? nullptr : &jobs_.back(); }

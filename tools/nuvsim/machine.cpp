@@ -8,21 +8,31 @@
 
 namespace nuvsim {
 
-Machine::Machine(PrinterConfig config, Clock clock, std::filesystem::path folder,
-                 std::string prefix)
+Machine::Machine(PrinterConfig config, Clock clock, CalendarTime switchedOn,
+                 std::filesystem::path folder, std::string prefix)
     : config_(std::move(config)),
+      model_(config_.model),
+      wireless_(config_.accessPoints),
       clock_(std::move(clock)),
-      buffer_(config_.bufferBytes, config_.drainRate, clock_()),
-      jobs_(std::move(folder), std::move(prefix)) {}
+      clockAtStart_(clock_()),
+      switchedOn_(switchedOn),
+      buffer_(config_.bufferBytes, config_.drainRate, clockAtStart_),
+      jobs_(std::move(folder), std::move(prefix)) {
+  settings_.nickname = config_.nickname;
+}
+
+CalendarTime Machine::CalendarAt(std::chrono::steady_clock::time_point when) const {
+  return switchedOn_ + std::chrono::duration_cast<CalendarTime::duration>(when - clockAtStart_);
+}
 
 bool Machine::JobIs(JobStatus status) const {
   const JobRecord* job = jobs_.Last();
   return job != nullptr && job->status == status;
 }
 
-bool Machine::OpenJob(std::uint64_t announcedBytes, std::uint32_t layers, double minutes) {
+bool Machine::OpenJob(const JobAnnouncement& announced) {
   if (CurrentState() != State::kIdle) return false;
-  jobs_.Open(announcedBytes, layers, minutes);
+  jobs_.Open(announced, CalendarAt(clock_()));
   ++counters_.jobsAccepted;
   CompleteIfReceived();
   return true;
@@ -30,7 +40,7 @@ bool Machine::OpenJob(std::uint64_t announcedBytes, std::uint32_t layers, double
 
 void Machine::CompleteIfReceived() {
   JobRecord& job = *jobs_.Last();
-  if (job.receivedBytes < job.announcedBytes) return;
+  if (job.receivedBytes < job.announced.bytes) return;
   jobs_.CloseJobFile();
   job.status = JobStatus::kPrinting;
   printingSince_ = clock_();
@@ -41,8 +51,13 @@ void Machine::AbandonJob() {
   Advance();
   if (!JobIs(JobStatus::kReceiving) && !JobIs(JobStatus::kPrinting)) return;
   jobs_.CloseJobFile();
-  jobs_.Last()->status = JobStatus::kAbandoned;
+  EndJob(JobStatus::kAbandoned, clock_());
   ++counters_.jobsAbandoned;
+}
+
+void Machine::EndJob(JobStatus status, std::chrono::steady_clock::time_point when) {
+  jobs_.Last()->status = status;
+  jobs_.Last()->ended = CalendarAt(when);
 }
 
 void Machine::SetIdle() {
@@ -73,15 +88,18 @@ void Machine::LoseLine(std::uint64_t bytes) {
 
 std::uint32_t Machine::LayersDone() {
   const JobRecord& job = *jobs_.Last();
-  if (config_.layerTime.count() == 0) return job.layers;
+  if (config_.layerTime.count() == 0) return job.announced.layers;
   const auto done = (clock_() - printingSince_) / config_.layerTime;
   return static_cast<std::uint32_t>(
-      std::clamp<std::int64_t>(done, 0, static_cast<std::int64_t>(job.layers)));
+      std::clamp<std::int64_t>(done, 0, std::int64_t{job.announced.layers}));
 }
 
 void Machine::Advance() {
-  if (!JobIs(JobStatus::kPrinting) || LayersDone() < jobs_.Last()->layers) return;
-  jobs_.Last()->status = JobStatus::kFinished;
+  if (!JobIs(JobStatus::kPrinting)) return;
+  const std::uint32_t layers = jobs_.Last()->announced.layers;
+  if (LayersDone() < layers) return;
+  // When the last layer was done, not when somebody asks.
+  EndJob(JobStatus::kFinished, printingSince_ + config_.layerTime * std::int64_t{layers});
   ++counters_.jobsFinished;
 }
 
@@ -95,12 +113,13 @@ State Machine::CurrentState() {
 std::optional<Progress> Machine::Printing() {
   if (CurrentState() != State::kPrinting) return std::nullopt;
   const JobRecord& job = *jobs_.Last();
-  const std::uint32_t done = std::min(LayersDone(), job.layers - 1);
-  const double left = static_cast<double>(job.layers - done) / static_cast<double>(job.layers);
+  const std::uint32_t layers = job.announced.layers;
+  const std::uint32_t done = std::min(LayersDone(), layers - 1);
+  const double left = static_cast<double>(layers - done) / static_cast<double>(layers);
   Progress progress;
   progress.layer = done + 1;
-  progress.minutesLeft = std::llround(std::ceil(job.minutes * left));
-  progress.percent = static_cast<int>(std::uint64_t{100} * done / job.layers);
+  progress.minutesLeft = std::llround(std::ceil(job.announced.minutes * left));
+  progress.percent = static_cast<int>(std::uint64_t{100} * done / layers);
   progress.jobName = job.name;
   return progress;
 }
@@ -108,6 +127,17 @@ std::optional<Progress> Machine::Printing() {
 const JobRecord* Machine::LastJob() {
   Advance();
   return jobs_.Last();
+}
+
+const Counters& Machine::JobCounters() {
+  Advance();
+  return counters_;
+}
+
+const JobRecord* Machine::Job(int index) {
+  const auto& jobs = Jobs().Jobs();
+  if (index < 1 || static_cast<std::size_t>(index) > jobs.size()) return nullptr;
+  return &jobs[static_cast<std::size_t>(index) - 1];
 }
 
 const JobStore& Machine::Jobs() {

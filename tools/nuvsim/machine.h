@@ -1,8 +1,8 @@
-// The printer behind the wire: its state, its job and its receive buffer. Knows nothing of
-// request lines or connections.
+// The printer behind the wire: its state, its jobs, its settings and its receive buffer. Knows
+// nothing of request lines or connections.
 //
 // Thread-safety: none; the owner serialises calls. Time passes by the clock alone: every operation
-// first brings the printing up to date.
+// on the job first brings the printing up to date.
 #ifndef NUVSIM_MACHINE_H_
 #define NUVSIM_MACHINE_H_
 
@@ -15,8 +15,11 @@
 #include <vector>
 
 #include "nuvsim/job_store.h"
+#include "nuvsim/models.h"
 #include "nuvsim/receive_buffer.h"
+#include "nuvsim/settings.h"
 #include "nuvsim/types.h"
+#include "nuvsim/wireless.h"
 
 namespace nuvsim {
 
@@ -30,16 +33,26 @@ struct Progress {
 
 class Machine {
  public:
-  // `folder` receives the job files, named by `prefix`; see JobStore.
-  Machine(PrinterConfig config, Clock clock, std::filesystem::path folder, std::string prefix);
+  // The printer is switched on at `switchedOn`. `folder` receives the job files, named by `prefix`;
+  // see JobStore.
+  Machine(PrinterConfig config, Clock clock, CalendarTime switchedOn, std::filesystem::path folder,
+          std::string prefix);
 
   const PrinterConfig& Config() const { return config_; }
+  const Model& GetModel() const { return model_; }
   const ResinConfig& Resin() const { return config_.resin; }
+  Settings& GetSettings() { return settings_; }
+  Wireless& GetWireless() { return wireless_; }
+  // The printer's own address on the wired network (IPv4, host byte order): the one that the host
+  // has reached it at.
+  std::uint32_t WiredAddress() const { return wiredAddress_; }
+  void SetWiredAddress(std::uint32_t address) { wiredAddress_ = address; }
 
   // Job life. OpenJob is refused (false) unless the printer is idle.
-  bool OpenJob(std::uint64_t announcedBytes, std::uint32_t layers, double minutes);
+  bool OpenJob(const JobAnnouncement& announced);
   void AbandonJob();
-  const JobRecord* LastJob();
+  const JobRecord* LastJob();       // null before the first
+  const JobRecord* Job(int index);  // null when there is no such job
 
   // A data line with its line end: goes through the buffer to the open job, or to the command
   // text when no job is open. A line that does not fit is lost.
@@ -50,6 +63,7 @@ class Machine {
   // What the printer reports.
   State CurrentState();
   int ErrorNumber() const { return errorNumber_.value_or(0); }
+  bool IsRepositioning() const { return isRepositioning_; }
   std::optional<Progress> Printing();  // set while a job prints
   std::uint64_t FreeBytes() { return buffer_.FreeBytes(clock_()); }
 
@@ -61,22 +75,33 @@ class Machine {
   void ClearError() { errorNumber_.reset(); }
   void SetIdle();
   void SetResinRefusal(std::optional<int> state) { config_.resin.refusal = state; }
+  void SetTagRegistered(bool isRegistered) { config_.resin.tagRegistered = isRegistered; }
+  void SetRepositioning(bool isRepositioning) { isRepositioning_ = isRepositioning; }
 
   const JobStore& Jobs();
-  const Counters& JobCounters() const { return counters_; }  // jobs and overruns only
+  const Counters& JobCounters();  // jobs and overruns only
 
  private:
   void Advance();
   std::uint32_t LayersDone();
   bool JobIs(JobStatus status) const;
   void CompleteIfReceived();
+  void EndJob(JobStatus status, std::chrono::steady_clock::time_point when);
+  CalendarTime CalendarAt(std::chrono::steady_clock::time_point when) const;
 
   PrinterConfig config_;
+  Model model_;
+  Settings settings_;
+  Wireless wireless_;
   Clock clock_;
+  std::chrono::steady_clock::time_point clockAtStart_;
+  CalendarTime switchedOn_;
   ReceiveBuffer buffer_;
   JobStore jobs_;
   Counters counters_;
+  std::uint32_t wiredAddress_ = 0;
   std::optional<int> errorNumber_;
+  bool isRepositioning_ = false;
   std::chrono::steady_clock::time_point printingSince_;
 };
 

@@ -12,19 +12,24 @@ namespace {
 // A host that polls for days must not exhaust the memory.
 constexpr std::size_t kRequestsKept = 100000;
 
-bool AsksForBuffer(int code) { return code == 117 || code == 503; }
+// Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
+bool TellsBuffer(int code, const std::string& answer) {
+  return (code == 117 || code == 503) && answer.find(" S:") != std::string::npos;
+}
 
 }  // namespace
 
-Printer::Printer(PrinterConfig config, Clock clock, std::filesystem::path folder,
-                 std::string prefix, Log log)
-    : machine_(std::move(config), std::move(clock), std::move(folder), std::move(prefix)),
+Printer::Printer(PrinterConfig config, Clock clock, CalendarTime switchedOn,
+                 std::filesystem::path folder, std::string prefix, Log log)
+    : machine_(std::move(config), std::move(clock), switchedOn, std::move(folder),
+               std::move(prefix)),
       splitter_(machine_.Config().bufferBytes, *this),
       log_(std::move(log)) {
   for (const Fault& fault : machine_.Config().faults) faults_.Add(fault);
 }
 
-void Printer::ClientCame() {
+void Printer::ClientCame(std::uint32_t at) {
+  machine_.SetWiredAddress(at);
   ++counters_.connections;
   connected_ = true;
 }
@@ -59,17 +64,27 @@ bool Printer::OnCommand(std::string_view line) {
 
   const Request request = ParseRequest(line);
   std::string answer = Answer(machine_, request);
-  if (AsksForBuffer(request.code) && faults_.TakeBufferFull(request.code)) {
+  if (TellsBuffer(request.code, answer) && faults_.TakeBufferFull(request.code)) {
     answer = ReplaceField(answer, "S", "0");
   }
   if (const auto fault = faults_.TakeForAnswer(request.code)) {
     AnswerWithFault(*fault, answer, reaction_);
-    if (log_) log_(true, std::string("(fault ") + FaultName(fault->kind) + ") " + answer);
+    LogAnswer(answer, std::string("(fault ") + FaultName(fault->kind) + ") ");
   } else {
     AnswerProperly(answer, reaction_);
-    if (log_) log_(true, answer);
+    LogAnswer(answer, "");
   }
   return reaction_.closing == Closing::kNone;
+}
+
+// An entry for each line of the answer.
+void Printer::LogAnswer(const std::string& answer, const std::string& remark) {
+  if (!log_) return;
+  for (std::size_t start = 0; start != std::string::npos;) {
+    const std::size_t end = answer.find(kLineEnd, start);
+    log_(true, remark + answer.substr(start, end - start));
+    start = end == std::string::npos ? end : end + kLineEnd.size();
+  }
 }
 
 void Printer::OnData(std::string_view line) { machine_.TakeLine(line); }

@@ -26,12 +26,12 @@ class Printer final : private LineSink {
   using Log = std::function<void(bool isReply, std::string_view text)>;
 
   // `log` may be empty. See Machine for the rest.
-  Printer(PrinterConfig config, Clock clock, std::filesystem::path folder, std::string prefix,
-          Log log);
+  Printer(PrinterConfig config, Clock clock, CalendarTime switchedOn, std::filesystem::path folder,
+          std::string prefix, Log log);
 
-  // A client came, sent bytes, went. Once a reaction ends the connection, what followed in the
-  // same bytes is void and the client counts as gone.
-  void ClientCame();
+  // A client came to the printer's address `at`, sent bytes, went. Once a reaction ends the
+  // connection, what followed in the same bytes is void and the client counts as gone.
+  void ClientCame(std::uint32_t at);
   Reaction Receive(std::string_view bytes);
   void AnswerSent() { ++counters_.answersSent; }
   void ClientLeft();
@@ -52,6 +52,7 @@ class Printer final : private LineSink {
   bool OnCommand(std::string_view line) override;
   void OnData(std::string_view line) override;
   void OnLostData(std::uint64_t bytes) override;
+  void LogAnswer(const std::string& answer, const std::string& remark);
 
   Machine machine_;
   FaultList faults_;

@@ -7,7 +7,6 @@
 namespace nuvsim {
 namespace {
 
-constexpr const char* kLineEnd = "\r\n";
 constexpr std::size_t kKib = 1024;
 
 // Bytes that are neither text nor a line end; the same ones every time, so that a failure recurs.
@@ -49,7 +48,7 @@ void AnswerInPieces(const std::string& line, const Fault& fault, Reaction& react
 
 std::string ReplaceField(const std::string& answer, const std::string& field,
                          const std::string& text) {
-  std::size_t start = answer.find(" " + field + ":");
+  std::size_t start = std::min(answer.find(" " + field + ":"), answer.find(" " + field + "="));
   std::size_t value = 0;
   if (start != std::string::npos) {
     value = start + field.size() + 2;
@@ -65,11 +64,14 @@ std::string ReplaceField(const std::string& answer, const std::string& field,
 }
 
 void AnswerProperly(const std::string& answer, Reaction& reaction) {
-  reaction.deliveries.push_back({answer + kLineEnd, std::chrono::milliseconds(0)});
+  reaction.deliveries.push_back({answer + std::string(kLineEnd), std::chrono::milliseconds(0)});
 }
 
 void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& reaction) {
-  const std::string line = answer + kLineEnd;
+  const std::string line = answer + std::string(kLineEnd);
+  const std::size_t firstLength = std::min(answer.find(kLineEnd), answer.size());
+  const std::string first = answer.substr(0, firstLength);
+  const std::string others = answer.substr(firstLength);
   switch (fault.kind) {
     case FaultKind::kSilent:
       break;
@@ -80,25 +82,25 @@ void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& re
       AnswerInPieces(line, fault, reaction);
       break;
     case FaultKind::kOtherCode:
-      AnswerProperly(ReplaceToken(answer, 0, fault.text), reaction);
+      AnswerProperly(ReplaceToken(first, 0, fault.text) + others, reaction);
       break;
     case FaultKind::kAnswer:
       AnswerProperly(fault.text, reaction);
       break;
     case FaultKind::kRefuse:
-      AnswerProperly(ReplaceToken(answer, 1, "NG"), reaction);
+      AnswerProperly(ReplaceToken(first, 1, "NG"), reaction);
       break;
     case FaultKind::kGarbage:
-      AnswerProperly(Garbage(fault.size), reaction);
+      AnswerProperly(Garbage(fault.size) + others, reaction);
       break;
     case FaultKind::kBadNumber:
-      AnswerProperly(ReplaceField(answer, fault.field, fault.text), reaction);
+      AnswerProperly(ReplaceField(first, fault.field, fault.text) + others, reaction);
       break;
     case FaultKind::kTwice:
       reaction.deliveries.push_back({line + line, std::chrono::milliseconds(0)});
       break;
     case FaultKind::kOversized:
-      AnswerProperly(Padded(answer, fault.size), reaction);
+      AnswerProperly(Padded(first, fault.size) + others, reaction);
       break;
     case FaultKind::kDrop:
       reaction.closing = Closing::kDrop;

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "nuvsim/fault.h"
@@ -24,14 +25,17 @@ struct Reaction {
   Closing closing = Closing::kNone;
 };
 
-// Appends the answer (without its line end) to `reaction` as `fault` makes it.
+inline constexpr std::string_view kLineEnd = "\r\n";
+
+// Appends the answer (without its last line end) to `reaction` as `fault` makes it. What changes
+// the text of an answer of several lines changes the first; a refused one has no others.
 void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& reaction);
 
-// Appends the answer, with its line end, as it should be.
+// Appends the answer (as above), with its line end, as it should be.
 void AnswerProperly(const std::string& answer, Reaction& reaction);
 
-// `answer` with the value of its field `field` (S:5, or S5 from the third token on) replaced by
-// `text`; a field that it lacks is added.
+// `answer` with the value of its field `field` (S:5, S=5, or S5 from the third token on) replaced
+// by `text`; a field that it lacks is added.
 std::string ReplaceField(const std::string& answer, const std::string& field,
                          const std::string& text);
 

@@ -111,6 +111,15 @@ void Simulator::SetResinRefusal(std::size_t printer, std::optional<int> state) {
   impl_->Change(printer, [state](Printer& each) { each.GetMachine().SetResinRefusal(state); });
 }
 
+void Simulator::SetTagRegistered(std::size_t printer, bool isRegistered) {
+  impl_->Change(printer, [=](Printer& each) { each.GetMachine().SetTagRegistered(isRegistered); });
+}
+
+void Simulator::SetRepositioning(std::size_t printer, bool isRepositioning) {
+  impl_->Change(printer,
+                [=](Printer& each) { each.GetMachine().SetRepositioning(isRepositioning); });
+}
+
 void Simulator::Unplug(std::size_t printer) { impl_->Unplug(printer); }
 void Simulator::Replug(std::size_t printer) { impl_->Replug(printer); }
 void Simulator::ClockChanged() { impl_->ClockChanged(); }

@@ -66,6 +66,8 @@ class Simulator {
   void ClearError(std::size_t printer);
   void SetIdle(std::size_t printer);  // abandons the job and clears the error
   void SetResinRefusal(std::size_t printer, std::optional<int> state);
+  void SetTagRegistered(std::size_t printer, bool isRegistered);     // of the resin in place
+  void SetRepositioning(std::size_t printer, bool isRepositioning);  // to the reference position
   // Unplugged, a printer has no connection, accepts none and answers no search. Replugging
   // listens on the same port; throws std::runtime_error when that is taken.
   void Unplug(std::size_t printer);

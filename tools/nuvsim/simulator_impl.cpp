@@ -27,8 +27,8 @@ std::string Place(std::uint32_t address, std::uint16_t port) {
 
 Simulator::Impl::Device::Device(Impl& simulator, std::size_t index, PrinterConfig printerConfig)
     : owner(simulator),
-      printer(printerConfig, simulator.config.clock, simulator.folder.Path(),
-              "printer" + std::to_string(index),
+      printer(printerConfig, simulator.config.clock, *simulator.config.calendarStart,
+              simulator.folder.Path(), "printer" + std::to_string(index),
               simulator.config.log
                   ? Printer::Log([&simulator, index](bool isReply, std::string_view text) {
                       simulator.config.log({index, isReply, std::string(text)});
@@ -38,10 +38,10 @@ Simulator::Impl::Device::Device(Impl& simulator, std::size_t index, PrinterConfi
       endpoint(simulator.io, *this),
       stepTimer(simulator.io) {}
 
-void Simulator::Impl::Device::ClientCame() {
+void Simulator::Impl::Device::ClientCame(std::uint32_t at) {
   {
     const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    printer.ClientCame();
+    printer.ClientCame(at);
   }
   owner.events.Notify();
 }
@@ -110,6 +110,7 @@ void Simulator::Impl::Device::Unplug() {
 Simulator::Impl::Impl(SimulatorConfig wanted)
     : config(std::move(wanted)), folder(Checked(config).jobFolder) {
   if (!config.clock) config.clock = [] { return std::chrono::steady_clock::now(); };
+  if (!config.calendarStart) config.calendarStart = std::chrono::system_clock::now();
   for (std::size_t i = 0; i < config.printers.size(); ++i) {
     devices.push_back(std::make_unique<Device>(*this, i, config.printers[i]));
   }

@@ -42,7 +42,7 @@ class Simulator::Impl {
    public:
     Device(Impl& owner, std::size_t index, PrinterConfig config);
 
-    void ClientCame() override;
+    void ClientCame(std::uint32_t at) override;
     Reaction Receive(std::string_view bytes) override;
     void AnswerSent() override;
     void ClientLeft() override;

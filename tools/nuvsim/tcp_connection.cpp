@@ -28,7 +28,8 @@ TcpEndpoint::Connection::Connection(asio::ip::tcp::socket socket, Wire& wire,
 void TcpEndpoint::Connection::Start() {
   asio::error_code ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
-  wire_.ClientCame();
+  const auto reached = socket_.local_endpoint(ignored).address();
+  wire_.ClientCame(reached.is_v4() ? reached.to_v4().to_uint() : 0);
   Read();
 }
 

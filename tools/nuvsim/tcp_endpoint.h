@@ -19,7 +19,7 @@ namespace nuvsim {
 class Wire {
  public:
   virtual ~Wire() = default;
-  virtual void ClientCame() = 0;
+  virtual void ClientCame(std::uint32_t at) = 0;  // the own address that the client has reached
   virtual Reaction Receive(std::string_view bytes) = 0;
   virtual void AnswerSent() = 0;  // one delivery, whole
   virtual void ClientLeft() = 0;

@@ -7,11 +7,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "nuvsim/calendar.h"
 #include "nuvsim/fault.h"
 
 namespace nuvsim {
@@ -32,11 +34,32 @@ struct ResinConfig {
   std::string code = "1001";
   int tankMl = 500;
   std::string lot = "L0001";
+  std::string useBy = "20270131";  // year, month, day
+  std::string type = "1001";
+  std::string name = "Resin A";
+  bool tagRegistered = true;
   std::optional<int> refusal;  // set: resin queries are refused with this state
 };
 
-// One printer. Texts go into replies as they are: no CR or LF, and no blank in `serial`, `mac`,
-// `firmware`, `controllerVersion` and the resin texts.
+// An access point in the printer's reach. Name and key may hold anything but a line end.
+struct AccessPoint {
+  std::string name;
+  std::string key;  // empty: open to everybody
+  int channel = 1;
+  int signal = 50;  // percent
+
+  bool IsSecured() const { return !key.empty(); }
+};
+
+// Jobs that have come to an end.
+struct JobCounts {
+  int finished = 0;
+  int cancelled = 0;
+  int failed = 0;
+};
+
+// One printer. Texts go into replies as they are: no CR or LF, and a blank only in `model`, `name`,
+// `nickname`, the resin's name and the access points.
 struct PrinterConfig {
   std::string model = "Zafel Superfine";
   std::string serial = "SIM0000000001";
@@ -45,12 +68,23 @@ struct PrinterConfig {
   std::string mac = "02:00:00:00:00:01";
   std::string firmware = "1.0.0";
   std::string controllerVersion = "1.0";
+  std::string androidVersion = "2.1.0";
+  std::string loaderVersion = "1.4";
+  std::string panelVersion = "3.0.2";
+  std::string manufactured = "20240131";  // year, month, day
+  std::string wirelessMac = "02:00:00:00:01:01";
   std::string address;     // IPv4 to listen on and to announce; empty: every running interface
   std::uint16_t port = 0;  // TCP; 0: any free port
   std::uint64_t bufferBytes = 65536;       // receive buffer, at least 1
   std::uint64_t drainRate = 1000000000;    // bytes per second; 0: never drains
   std::chrono::milliseconds layerTime{0};  // printing time of one layer, 0 or more
   ResinConfig resin;
+  bool openMode = true;                // takes resins without a tag
+  int ledHours = 1234;                 // that the light source has been on
+  std::map<std::string, int> sensors;  // readings by key; the others are those of sensors.h
+  std::vector<AccessPoint> accessPoints = {{"Lab net", "correct horse", 6, 80},
+                                           {"Open net", "", 11, 40}};
+  JobCounts earlierJobs;      // before the printer was switched on
   std::vector<Fault> faults;  // armed from the start
 };
 
@@ -70,6 +104,8 @@ struct SimulatorConfig {
   std::uint16_t discoveryPort = 6013;
   std::filesystem::path jobFolder;  // empty: a private temporary folder, removed at the end
   Clock clock;                      // empty: std::chrono::steady_clock
+  // Calendar time at which the simulator is made; it goes on with `clock`. Empty: the system's.
+  std::optional<CalendarTime> calendarStart;
   // Called on the simulator's thread with its lock held: must not call the simulator.
   std::function<void(const LogEntry&)> log;
 };
@@ -79,15 +115,27 @@ enum class State { kIdle = 0, kPrinting = 1, kReceiving = 2, kError = 3 };
 
 enum class JobStatus { kReceiving, kPrinting, kFinished, kAbandoned };
 
+// What a host announces of a job: what the printer reports again.
+struct JobAnnouncement {
+  std::uint64_t bytes = 0;  // model data, without line ends
+  std::uint32_t layers = 0;
+  double minutes = 0;  // printing time
+  double layerMm = 0;  // layer thickness
+  double resinMl = 0;
+  double exposureSeconds = 0;
+  double bottomExposureSeconds = 0;
+  double laserPower = 0;  // percent
+};
+
 // One accepted job.
 struct JobRecord {
   int index = 0;  // 1 for the printer's first job
   std::string name;
-  std::uint64_t announcedBytes = 0;  // model data, without line ends
-  std::uint64_t receivedBytes = 0;   // so far, without line ends
-  std::uint64_t lines = 0;           // data lines kept so far
-  std::uint32_t layers = 0;
-  double minutes = 0;  // printing time announced by the host
+  JobAnnouncement announced;
+  std::uint64_t receivedBytes = 0;  // so far, without line ends
+  std::uint64_t lines = 0;          // data lines kept so far
+  CalendarTime started;
+  std::optional<CalendarTime> ended;
   JobStatus status = JobStatus::kReceiving;
   std::filesystem::path file;  // the data lines as received
 };
