@@ -5,16 +5,14 @@
 namespace Nuv::Command {
 namespace {
 
-constexpr char kSeparators[] = ":=";
-constexpr size_t kUsualTokens = 16;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-bool HoldsSeparator(const std::string& token) {
-  return token.find_first_of(kSeparators) != std::string::npos;
-}
-
 bool IsSeparator(char c) { return c == ':' || c == '='; }
+
+bool HoldsSeparator(const std::string& token) {
+  return std::any_of(token.begin(), token.end(), IsSeparator);
+}
 
 // Reads values, which may go on over the tokens behind the one they begin in. Costs one pass over
 // the tokens for all values together.
@@ -77,7 +75,8 @@ const std::string_view* LongestKey(const std::string& token, const std::string_v
 }  // namespace
 
 void AppendTokens(const std::string& reply, Tokens& tokens) {
-  if (tokens.capacity() < kUsualTokens) tokens.reserve(kUsualTokens);
+  const auto blanks = std::count_if(reply.begin(), reply.end(), IsBlank);
+  tokens.reserve(tokens.size() + static_cast<size_t>(blanks) + 1);
   const auto end = reply.end();
   for (auto start = std::find_if_not(reply.begin(), end, IsBlank); start != end;) {
     const auto stop = std::find_if(start, end, IsBlank);
@@ -88,6 +87,7 @@ void AppendTokens(const std::string& reply, Tokens& tokens) {
 
 Tokens ColonKeys(const Tokens& tokens) {
   Tokens keys;
+  keys.reserve(tokens.size());
   for (const std::string& token : tokens) {
     const size_t colon = token.find(':');
     if (colon != std::string::npos) keys.push_back(token.substr(0, colon));
@@ -109,13 +109,15 @@ Tokens LetterValues(const Tokens& tokens) {
 
 Tokens FieldValues(const Tokens& tokens) {
   Tokens values;
+  values.reserve(tokens.size());
   ValueReader reader(tokens);
   for (size_t i = kFirstField; i < tokens.size();) {
-    const size_t separator = tokens[i].find_first_of(kSeparators);
-    if (separator == std::string::npos) {
+    const std::string& token = tokens[i];
+    const auto separator = std::find_if(token.begin(), token.end(), IsSeparator);
+    if (separator == token.end()) {
       ++i;
     } else {
-      values.push_back(reader.Read(i, separator + 1, true));
+      values.push_back(reader.Read(i, static_cast<size_t>(separator - token.begin()) + 1, true));
     }
   }
   return values;
