@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -43,6 +44,15 @@ struct FakeLibrary {
   std::vector<int> sent = {500, 1000};
   std::function<void(size_t)> before_step = [](size_t) {};
   std::function<void()> at_end = [] {};
+  std::map<int, int> results;  // of the queries and orders of fake_queries.cpp, by command number
+  bool forgetful = false;      // settings are accepted, but not kept
+  std::string nickname = "Lab one";
+  int laser_power = 80, z_compensation = 5, last_updated = 3;
+  std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};
+  int oldest_job = 1, job_result = 0, registered = 1;
+  std::vector<std::string> access_points = {"Lab net", "Office"};
+  std::string out_of_reach;   // an access point
+  Sequence<int> joined{{0}};  // to an access point
 
   // Record.
   std::vector<std::string> calls;  // what was opened, sent and closed, in order
@@ -54,6 +64,9 @@ struct FakeLibrary {
   NuvSendDataCancelCallback on_cancel = nullptr;
 };
 extern FakeLibrary fake;
+
+// The scripted result of a command; a failure is also told to the callback.
+int ResultOf(int command);
 
 struct FakeSystem final : nuvctl::System {
   int64_t NowMs() override { return now; }

@@ -28,6 +28,14 @@ constexpr Subcommand kSubcommands[] = {
      "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
     {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode},
     {"raw", "Send one command and show the reply", "nuvctl raw \"F101\"", DeclareRaw},
+    {"nickname", "Show or set the nickname", "nuvctl nickname \"Lab one\"", DeclareNickname},
+    {"laser-power", "Show or set the laser power", "nuvctl laser-power 80", DeclareLaserPower},
+    {"z-compensation", "Show or set the Z compensation", "nuvctl z-compensation -20",
+     DeclareZCompensation},
+    {"scaling", "Show or set the scaling of the build",
+     "nuvctl scaling 1.002 1.002 0.998 0.998 1 1", DeclareScaling},
+    {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
+     DeclareSkipWarmup},
 };
 
 constexpr char kFooter[] =
@@ -35,7 +43,7 @@ constexpr char kFooter[] =
     "\n"
     "Exit codes:\n"
     "  0    done\n"
-    "  1    the printer refused, failed or did not take the job\n"
+    "  1    the printer refused, failed, lacks what was asked for or did not take the job\n"
     "  2    wrong usage\n"
     "  3    no printer found, or several and none chosen\n"
     "  4    the file cannot be read or is not fit for the printer\n"

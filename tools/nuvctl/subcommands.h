@@ -24,6 +24,11 @@ Action DeclareStatus(CLI::App& app);
 Action DeclareSend(CLI::App& app);
 Action DeclareGcode(CLI::App& app);
 Action DeclareRaw(CLI::App& app);
+Action DeclareNickname(CLI::App& app);
+Action DeclareLaserPower(CLI::App& app);
+Action DeclareZCompensation(CLI::App& app);
+Action DeclareScaling(CLI::App& app);
+Action DeclareSkipWarmup(CLI::App& app);
 
 }  // namespace nuvctl
 
