@@ -68,6 +68,14 @@ TEST_F(SettingTest, ShowsForPeopleWithUnits) {
             "X1:  1.1\nX2:  1.0\nY1:  1.0\nY2:  1.0\nZ1:  1.0\nZ2:  0.998\n");
 }
 
+TEST_F(SettingTest, MarksTheLastJobRead) {
+  EXPECT_EQ(Both({"jobs", "--mark", "5"}).exit, kDone);
+  EXPECT_EQ(document, nlohmann::json::parse(R"({"last_updated": 5})"));
+  fake.forgetful = true;
+  EXPECT_EQ(Both({"jobs", "--mark", "6"}).exit, kPrinterFailed);
+  EXPECT_EQ(ErrorCode(), "not_confirmed");
+}
+
 TEST_F(SettingTest, RefusesWhatIsNoValueWithoutASearch) {
   const std::vector<std::string> kRows[] = {
       {"nickname", ""},
@@ -79,6 +87,9 @@ TEST_F(SettingTest, RefusesWhatIsNoValueWithoutASearch) {
       {"scaling", "1", "1", "1", "1", "1"},
       {"scaling", "1", "1", "1", "1", "1", "1", "1"},
       {"scaling", "1", "1", "1", "1", "1", "nan"},
+      {"jobs", "--mark", "-1"},
+      {"jobs", "--mark", "1", "--last", "2"},
+      {"sensors", "--laser", "0"},
   };
   for (const auto& row : kRows) {
     EXPECT_EQ(Both(row).exit, kUsage) << testing::PrintToString(row);
