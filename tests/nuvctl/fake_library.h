@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -73,6 +74,10 @@ struct FakeSystem final : nuvctl::System {
   void SleepMs(int64_t milliseconds) override { now += milliseconds; }
   bool ErrorIsTerminal() override { return terminal; }
   int ErrorWidth() override { return width; }
+  std::optional<std::string> ReadSecret(const std::string& text) override {
+    prompt = text;
+    return secret;
+  }
   void WatchInterrupts(bool watch) override { watched = watch; }
   bool Interrupted() override { return watched && interrupted; }
   void SetEnvironment(const char* name, const char*) override { environment += name; }
@@ -80,7 +85,8 @@ struct FakeSystem final : nuvctl::System {
   int64_t now = 0;
   bool terminal = false, watched = false, interrupted = false;
   int width = 80;
-  std::string environment;
+  std::string environment, prompt;
+  std::optional<std::string> secret;
 };
 
 // One run of nuvctl against the fake.

@@ -84,6 +84,8 @@ TEST_F(QueryTest, WhatThePrinterLacksIsSaidSo) {
       {{"laser-power", "80"}, 159},
       {{"z-compensation"}, 159},
       {{"scaling"}, 369},
+      {{"wifi", "list"}, 198},
+      {{"wifi", "status"}, 190},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(testing::PrintToString(row.arguments));

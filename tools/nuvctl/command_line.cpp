@@ -43,6 +43,8 @@ constexpr Subcommand kSubcommands[] = {
      "nuvctl scaling 1.002 1.002 0.998 0.998 1 1", DeclareScaling},
     {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
      DeclareSkipWarmup},
+    {"wifi", "List, join and leave wireless networks", "nuvctl wifi connect \"Lab net\"",
+     DeclareWifi},
 };
 
 constexpr char kFooter[] =
@@ -123,6 +125,18 @@ int WriteReport(const Report& report, bool json, ExitCode exit, std::ostream& ou
   return exit == kDone ? kLocalProblem : exit;
 }
 
+// What is told of wrong arguments. A key may be among those of wifi, given there by mistake, so
+// they are not repeated; what is missing can be told.
+CommandError UsageError(const CLI::ParseError& error, const std::vector<std::string>& arguments) {
+  const bool wifi = std::find(arguments.begin(), arguments.end(), "wifi") != arguments.end();
+  if (!wifi || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+    return CommandError("usage", kUsage, error.what(), "Run 'nuvctl --help' for the usage.");
+  }
+  return CommandError("usage", kUsage, "The arguments of 'nuvctl wifi' are wrong",
+                      "Run 'nuvctl wifi --help' for the usage. A key is asked for or read from the "
+                      "standard input, never given as an argument; the shell remembers those.");
+}
+
 int WriteError(const CommandError& error, bool json, std::ostream& out, std::ostream& err) {
   Report report = error.shown;
   if (!json && !error.shown_is_result) report.text.clear();
@@ -174,7 +188,7 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
       app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() == 0) return app.exit(error, out, err);  // --help, --version
-      throw CommandError("usage", kUsage, error.what(), "Run 'nuvctl --help' for the usage.");
+      throw UsageError(error, arguments);
     }
     json = options.json;
     Context context{options, system, err};

@@ -35,6 +35,7 @@ Action DeclareLaserPower(CLI::App& app);
 Action DeclareZCompensation(CLI::App& app);
 Action DeclareScaling(CLI::App& app);
 Action DeclareSkipWarmup(CLI::App& app);
+Action DeclareWifi(CLI::App& app);
 
 }  // namespace nuvctl
 
