@@ -34,6 +34,11 @@ int Transfer(const wchar_t* path) {
 
 }  // namespace
 
+int ResultOf(int command) {
+  const auto row = fake.results.find(command);
+  return Fail(row == fake.results.end() ? 0 : row->second, command);
+}
+
 extern "C" {
 
 int API_Initial() {

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -43,6 +45,15 @@ struct FakeLibrary {
   std::vector<int> sent = {500, 1000};
   std::function<void(size_t)> before_step = [](size_t) {};
   std::function<void()> at_end = [] {};
+  std::map<int, int> results;  // of the queries and orders of fake_queries.cpp, by command number
+  bool forgetful = false;      // settings are accepted, but not kept
+  std::string nickname = "Lab one";
+  int laser_power = 80, z_compensation = 5, last_updated = 3;
+  std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};
+  int oldest_job = 1, job_result = 0, registered = 1;
+  std::vector<std::string> access_points = {"Lab net", "Office"};
+  std::string out_of_reach;   // an access point
+  Sequence<int> joined{{0}};  // to an access point
 
   // Record.
   std::vector<std::string> calls;  // what was opened, sent and closed, in order
@@ -55,11 +66,18 @@ struct FakeLibrary {
 };
 extern FakeLibrary fake;
 
+// The scripted result of a command; a failure is also told to the callback.
+int ResultOf(int command);
+
 struct FakeSystem final : nuvctl::System {
   int64_t NowMs() override { return now; }
   void SleepMs(int64_t milliseconds) override { now += milliseconds; }
   bool ErrorIsTerminal() override { return terminal; }
   int ErrorWidth() override { return width; }
+  std::optional<std::string> ReadSecret(const std::string& text) override {
+    prompt = text;
+    return secret;
+  }
   void WatchInterrupts(bool watch) override { watched = watch; }
   bool Interrupted() override { return watched && interrupted; }
   void SetEnvironment(const char* name, const char*) override { environment += name; }
@@ -67,7 +85,8 @@ struct FakeSystem final : nuvctl::System {
   int64_t now = 0;
   bool terminal = false, watched = false, interrupted = false;
   int width = 80;
-  std::string environment;
+  std::string environment, prompt;
+  std::optional<std::string> secret;
 };
 
 // One run of nuvctl against the fake.

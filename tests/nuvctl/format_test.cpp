@@ -49,6 +49,20 @@ TEST(FormatTest, RoundsDownWithinTheUnit) {
   for (const auto& row : kDurations) EXPECT_EQ(FormatDuration(row.seconds), row.expected);
 }
 
+TEST(FormatStampTest, ReadsTheTwoFormsAndLeavesTheRest) {
+  const struct {
+    const char *stamp, *expected;
+  } kRows[] = {{"20270131", "2027-01-31"},
+               {"20261121T103005", "2026-11-21 10:30:05"},
+               {"20261121 103005", "20261121 103005"},
+               {"20261121T10300", "20261121T10300"},
+               {"2027-1-1", "2027-1-1"},
+               {"2026112T1030055", "2026112T1030055"},
+               {"-", ""},
+               {"", ""}};
+  for (const auto& row : kRows) EXPECT_EQ(FormatStamp(row.stamp), row.expected);
+}
+
 TEST(TableTest, AlignsByColumnsOnTheTerminal) {
   EXPECT_EQ(FormatTable({"N", "NAME", "LAST"}, {{"0", "牙", "x"}, {"10", "", "\x1b"}, {"2"}}),
             "N   NAME  LAST\n"

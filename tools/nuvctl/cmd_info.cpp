@@ -1,52 +1,26 @@
-#include "library.h"
+#include "field_report.h"
+#include "identity.h"
 #include "printers.h"
 #include "subcommands.h"
-#include "table.h"
 
 namespace nuvctl {
 namespace {
 
-// This model keeps its serial number and date of manufacture in a record of its own.
-constexpr char kBegoModel[] = "BEGO VARSEO XS";
-
-struct Identity {
-  TextBuffer version, name, model, serial, controller, date;
-};
-
-Identity ReadIdentity() {
-  Identity id;
-  Check(API_GetPrinterInfo(id.version.Data(), id.name.Data(), id.model.Data(), id.serial.Data(),
-                           id.controller.Data()),
-        "Reading the identity");
-  if (id.model.Text() != kBegoModel) return id;
-  // Failed outputs come back empty, so the record goes elsewhere until it is known to be good.
-  Identity bego;
-  const int result =
-      API_GetPrinterInfo_BEGO(bego.version.Data(), bego.name.Data(), bego.model.Data(),
-                              bego.serial.Data(), bego.controller.Data(), bego.date.Data());
-  return result == NUV_OK ? bego : id;
-}
-
 Report RunInfo(Context& context) {
   const Printer printer = OpenPrinter(context);
-  const Identity id = ReadIdentity();
-  Report report;
-  report.json = {{"address", printer.address},    {"name", id.name.Text()},
-                 {"model", id.model.Text()},      {"serial", id.serial.Text()},
-                 {"firmware", id.version.Text()}, {"controller", id.controller.Text()},
-                 {"nickname", printer.nickname}};
-  std::vector<std::pair<std::string, std::string>> fields = {
-      {"Address", printer.address},    {"Name", id.name.Text()},
-      {"Model", id.model.Text()},      {"Serial number", id.serial.Text()},
-      {"Firmware", id.version.Text()}, {"Controller", id.controller.Text()},
-      {"Nickname", printer.nickname},
-  };
-  if (!id.date.Text().empty()) {
-    report.json["manufactured"] = id.date.Text();
-    fields.emplace_back("Manufactured", id.date.Text());
+  const Identity identity = ReadIdentity();
+  FieldReport report;
+  report.AddText("Address", "address", printer.address);
+  report.AddText("Name", "name", identity.name);
+  report.AddText("Model", "model", identity.model);
+  report.AddText("Serial number", "serial", identity.serial);
+  report.AddText("Firmware", "firmware", identity.firmware);
+  report.AddText("Controller", "controller", identity.controller);
+  report.AddText("Nickname", "nickname", printer.nickname);
+  if (!identity.manufactured.empty()) {
+    report.AddText("Manufactured", "manufactured", identity.manufactured);
   }
-  report.text = FormatFields(fields);
-  return report;
+  return report.Finish();
 }
 
 }  // namespace

@@ -28,6 +28,23 @@ constexpr Subcommand kSubcommands[] = {
      "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
     {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode},
     {"raw", "Send one command and show the reply", "nuvctl raw \"F101\"", DeclareRaw},
+    {"resin", "Show the resin in the printer", "nuvctl resin", DeclareResin},
+    {"sensors", "Show what the sensors and the light engine measure", "nuvctl sensors --laser 1",
+     DeclareSensors},
+    {"jobs", "Show the counts of jobs and the newest jobs", "nuvctl jobs --last 20", DeclareJobs},
+    {"versions", "Show the versions of firmware and boards", "nuvctl versions", DeclareVersions},
+    {"tank", "Show the tank in place", "nuvctl tank", DeclareTank},
+    {"leds", "Show how long the light source has been on", "nuvctl leds", DeclareLeds},
+    {"nickname", "Show or set the nickname", "nuvctl nickname \"Lab one\"", DeclareNickname},
+    {"laser-power", "Show or set the laser power", "nuvctl laser-power 80", DeclareLaserPower},
+    {"z-compensation", "Show or set the Z compensation", "nuvctl z-compensation -20",
+     DeclareZCompensation},
+    {"scaling", "Show or set the scaling of the build",
+     "nuvctl scaling 1.002 1.002 0.998 0.998 1 1", DeclareScaling},
+    {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
+     DeclareSkipWarmup},
+    {"wifi", "List, join and leave wireless networks", "nuvctl wifi connect \"Lab net\"",
+     DeclareWifi},
 };
 
 constexpr char kFooter[] =
@@ -35,7 +52,7 @@ constexpr char kFooter[] =
     "\n"
     "Exit codes:\n"
     "  0    done\n"
-    "  1    the printer refused, failed or did not take the job\n"
+    "  1    the printer refused, failed, lacks what was asked for or did not take the job\n"
     "  2    wrong usage\n"
     "  3    no printer found, or several and none chosen\n"
     "  4    the file cannot be read or is not fit for the printer\n"
@@ -108,6 +125,18 @@ int WriteReport(const Report& report, bool json, ExitCode exit, std::ostream& ou
   return exit == kDone ? kLocalProblem : exit;
 }
 
+// What is told of wrong arguments. A key may be among those of wifi, given there by mistake, so
+// they are not repeated; what is missing can be told.
+CommandError UsageError(const CLI::ParseError& error, const std::vector<std::string>& arguments) {
+  const bool wifi = std::find(arguments.begin(), arguments.end(), "wifi") != arguments.end();
+  if (!wifi || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+    return CommandError("usage", kUsage, error.what(), "Run 'nuvctl --help' for the usage.");
+  }
+  return CommandError("usage", kUsage, "The arguments of 'nuvctl wifi' are wrong",
+                      "Run 'nuvctl wifi --help' for the usage. A key is asked for or read from the "
+                      "standard input, never given as an argument; the shell remembers those.");
+}
+
 int WriteError(const CommandError& error, bool json, std::ostream& out, std::ostream& err) {
   Report report = error.shown;
   if (!json && !error.shown_is_result) report.text.clear();
@@ -159,7 +188,7 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
       app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() == 0) return app.exit(error, out, err);  // --help, --version
-      throw CommandError("usage", kUsage, error.what(), "Run 'nuvctl --help' for the usage.");
+      throw UsageError(error, arguments);
     }
     json = options.json;
     Context context{options, system, err};

@@ -64,18 +64,31 @@ const ResultRow* FindRow(int result) {
 }  // namespace
 
 CommandError ResultError(int result, const std::string& action, int command) {
-  const std::string where =
-      command == 0 ? std::string() : " (printer command " + std::to_string(command) + ")";
   const ResultRow* const row = FindRow(result);
+  const std::string message = FailureMessage(action, ReasonOf(result), command);
   CommandError error = row != nullptr
-                           ? CommandError(row->code, row->exit,
-                                          action + " failed: " + row->message + where, row->hint)
-                           : CommandError("unknown_result", kPrinterFailed,
-                                          action + " failed with the unknown result " +
-                                              std::to_string(result) + where,
+                           ? CommandError(row->code, row->exit, message, row->hint)
+                           : CommandError("unknown_result", kPrinterFailed, message,
                                           "Run the command again with --debug for diagnostics.");
   error.result = result;
   return error;
+}
+
+std::string FailureMessage(const std::string& action, const std::string& reason, int command) {
+  return action + " failed: " + reason +
+         (command == 0 ? std::string() : " (printer command " + std::to_string(command) + ")");
+}
+
+std::string ReasonOf(int result) {
+  const ResultRow* const row = FindRow(result);
+  return row != nullptr ? row->message : "unknown result " + std::to_string(result);
+}
+
+void RequireOneLine(const std::string& text, const std::string& what) {
+  // A zero byte would cut the text on its way into the library.
+  if (!text.empty() && text.find_first_of(std::string("\r\n\0", 3)) == std::string::npos) return;
+  throw CommandError("usage", kUsage, what + " is empty or holds a line end",
+                     "Give one line of text; in quotes when it holds blanks.");
 }
 
 }  // namespace nuvctl

@@ -49,6 +49,16 @@ struct CommandError : std::exception {
 // "Reading the state". `command`: number of the printer command that failed, 0 when not known.
 CommandError ResultError(int result, const std::string& action, int command = 0);
 
+// "`action` failed: `reason` (printer command 102)"; without a command number when that is 0.
+std::string FailureMessage(const std::string& action, const std::string& reason, int command);
+
+// Why a library call that returned `result` failed, such as "the printer refused".
+std::string ReasonOf(int result);
+
+// Throws a usage error unless `text` can be a part of one printer command: not empty, no line end
+// inside. `what`: "The nickname"; `text` itself is not told, because it may be a secret.
+void RequireOneLine(const std::string& text, const std::string& what);
+
 }  // namespace nuvctl
 
 #endif  // NUVCTL_ERROR_H_

@@ -5,13 +5,13 @@
 #include "error.h"
 #include "library.h"
 #include "printer_state.h"
+#include "wait.h"
 
 namespace nuvctl {
 namespace {
 
 // The last lines may still be in the printer's receive buffer when the transfer ends.
 constexpr int kAttempts = 10;
-constexpr int64_t kPauseMs = 500;
 
 CommandError NotTaken(const std::string& reason) {
   return CommandError("job_not_taken", kPrinterFailed,
@@ -28,22 +28,12 @@ CommandError Unconfirmed(const CommandError& cause) {
   return error;
 }
 
-// Calls `settled` until it is true; false when it never was.
-template <typename Settled>
-bool WaitFor(System& system, Settled settled) {
-  for (int attempt = 1; attempt <= kAttempts; ++attempt) {
-    if (settled()) return true;
-    if (attempt < kAttempts) system.SleepMs(kPauseMs);
-  }
-  return false;
-}
-
 std::optional<int> ConfirmByMark(System& system, const JobMark& before, JobMark after, int total) {
   const auto taken = [&] {
     after = ReadJobMark();
     return after.known && after.index != before.index && after.bytes == total;
   };
-  if (WaitFor(system, taken)) return after.index;
+  if (WaitFor(system, kAttempts, taken)) return after.index;
   if (after.index == before.index) {
     throw NotTaken("its last job is still number " + std::to_string(before.index));
   }
@@ -57,7 +47,7 @@ void ConfirmByState(System& system) {
     state = ReadState().number;
     return state == NUV_PRINTER_PRINTING;
   };
-  if (!WaitFor(system, printing)) {
+  if (!WaitFor(system, kAttempts, printing)) {
     throw NotTaken("it keeps no count of jobs, and its state is " + StateName(state));
   }
 }

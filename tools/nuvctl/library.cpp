@@ -1,5 +1,7 @@
 #include "library.h"
 
+#include <algorithm>
+
 #include "error.h"
 
 namespace nuvctl {
@@ -13,6 +15,9 @@ struct FailedCommand {
 // The callback has no argument of the host's, so what it hears is kept here. All calls are made on
 // the main thread, and the library calls back on the thread of the failing call.
 FailedCommand g_failed;
+
+constexpr int kUsualEntries = 64;
+constexpr int kListAttempts = 3;
 
 void OnCommandFailed(int result, int code) { g_failed = {result, code}; }
 
@@ -38,6 +43,47 @@ CommandError FailureOf(int result, const std::string& action) {
 
 void Check(int result, const std::string& action) {
   if (result != NUV_OK) throw FailureOf(result, action);
+}
+
+void CheckQuery(int result, const std::string& action) {
+  if (result == NUV_OK) return;
+  CommandError error = FailureOf(result, action);
+  if (result == NUV_PRINTER_REFUSED) {
+    error.message = FailureMessage(action, "this printer does not have it", CommandBehind(result));
+    error.hint = "Models differ in what they can tell; 'nuvctl info' shows which one this is.";
+  }
+  throw error;
+}
+
+void CheckOrder(int result, const std::string& action, const std::string& hint) {
+  if (result == NUV_OK) return;
+  CommandError error = FailureOf(result, action);
+  if (result == NUV_PRINTER_REFUSED) error.hint = hint;
+  throw error;
+}
+
+bool Answered(int result, const std::string& action) {
+  if (result != NUV_PRINTER_REFUSED) Check(result, action);
+  return result == NUV_OK;
+}
+
+TextList::TextList(int capacity) : bytes_(static_cast<size_t>(capacity) * (kLength + 1)) {
+  for (size_t i = 0; i < static_cast<size_t>(capacity); ++i) {
+    entries_.push_back(bytes_.data() + i * (kLength + 1));
+  }
+}
+
+std::vector<std::string> ReadList(ListQuery query, const std::string& action) {
+  int count = kUsualEntries;
+  // The list may grow from one call to the next, so its end is given up on at some point.
+  for (int attempt = 1;; ++attempt) {
+    TextList list(count);
+    CheckQuery(query(list.Data(), &count, TextList::kLength), action);
+    if (count > list.Capacity() && attempt < kListAttempts) continue;
+    std::vector<std::string> texts;
+    for (int i = 0; i < std::min(count, list.Capacity()); ++i) texts.push_back(list.Text(i));
+    return texts;
+  }
 }
 
 }  // namespace nuvctl

@@ -10,23 +10,6 @@ namespace nuvctl {
 namespace {
 
 constexpr int kSerialBuffers = 256;
-constexpr int kSerialLength = 255;  // a buffer has one byte more, for the NUL
-
-// Buffers for a string list in the layout that the library writes.
-class ListBuffer {
- public:
-  ListBuffer() : bytes_(static_cast<size_t>(kSerialBuffers) * (kSerialLength + 1)) {
-    for (size_t i = 0; i < kSerialBuffers; ++i) {
-      entries_.push_back(bytes_.data() + i * (kSerialLength + 1));
-    }
-  }
-  char** Data() { return entries_.data(); }
-  std::string Text(int i) const { return entries_[static_cast<size_t>(i)]; }
-
- private:
-  std::vector<char> bytes_;
-  std::vector<char*> entries_;
-};
 
 std::string DeviceText(int index, NuvDeviceField field) {
   TextBuffer text;
@@ -125,10 +108,10 @@ int FindIndex(const Listing& listing, const Options& options) {
 
 Listing ListPrinters(const Options& options) {
   if (options.port) API_SetBroadCastPort(*options.port);
-  ListBuffer serials;
+  TextList serials(kSerialBuffers);
   int count = kSerialBuffers;
   Listing listing;
-  listing.result = API_GetDeviceList(NUV_KIND_NETWORK, serials.Data(), &count, kSerialLength,
+  listing.result = API_GetDeviceList(NUV_KIND_NETWORK, serials.Data(), &count, TextList::kLength,
                                      options.timeout_ms);
   // After a failure the library's table is an older one, and only the serial numbers are copied.
   const bool complete = listing.result == NUV_OK;

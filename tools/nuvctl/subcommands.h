@@ -24,6 +24,18 @@ Action DeclareStatus(CLI::App& app);
 Action DeclareSend(CLI::App& app);
 Action DeclareGcode(CLI::App& app);
 Action DeclareRaw(CLI::App& app);
+Action DeclareResin(CLI::App& app);
+Action DeclareSensors(CLI::App& app);
+Action DeclareJobs(CLI::App& app);
+Action DeclareVersions(CLI::App& app);
+Action DeclareTank(CLI::App& app);
+Action DeclareLeds(CLI::App& app);
+Action DeclareNickname(CLI::App& app);
+Action DeclareLaserPower(CLI::App& app);
+Action DeclareZCompensation(CLI::App& app);
+Action DeclareScaling(CLI::App& app);
+Action DeclareSkipWarmup(CLI::App& app);
+Action DeclareWifi(CLI::App& app);
 
 }  // namespace nuvctl
 

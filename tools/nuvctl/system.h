@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,11 @@ class System {
   // Whether the standard error stream, where progress goes, is a terminal; and its columns.
   virtual bool ErrorIsTerminal() = 0;
   virtual int ErrorWidth() = 0;
+
+  // The next line of the standard input, perhaps with its line end; nothing when there is none or
+  // it is far too long for a key. When that is a terminal, writes `prompt` to standard error and
+  // does not show what is typed.
+  virtual std::optional<std::string> ReadSecret(const std::string& prompt) = 0;
 
   // While watched, the first Ctrl-C (on POSIX also a request to terminate or a closed terminal)
   // makes Interrupted true and says so; a second one ends the process at once with code 130.

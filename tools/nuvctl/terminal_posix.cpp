@@ -1,6 +1,8 @@
+#include <errno.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -14,6 +16,7 @@ namespace nuvctl {
 namespace {
 
 constexpr int kUsualWidth = 80;
+constexpr size_t kMaxSecret = 1024;  // bytes
 // A killed sender leaves the printer waiting for data, so these too cancel the job first.
 constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
 constexpr size_t kInterruptCount = sizeof(kInterrupts) / sizeof(kInterrupts[0]);
@@ -33,6 +36,70 @@ extern "C" void OnInterrupt(int) {
   }
   g_interrupted = 1;
   Say("\nnuvctl: cancelling; press Ctrl-C again to stop at once.\n");
+}
+
+void Watch(int number, void (*handler)(int), struct sigaction* earlier) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;  // the library's reads and writes go on
+  sigemptyset(&action.sa_mask);
+  sigaction(number, nullptr, earlier);
+  // What the shell or nohup chose to ignore stays ignored.
+  if (earlier->sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+}
+
+struct termios g_echoing;  // the terminal as it was before a secret is typed
+
+// Ends the process by the signal, as without a handler, but leaves a terminal that shows what is
+// typed.
+extern "C" void OnInterruptedSecret(int number) {
+  tcsetattr(STDIN_FILENO, TCSAFLUSH, &g_echoing);  // half a secret is not for the shell
+  Say("\n");
+  signal(number, SIG_DFL);
+  raise(number);  // takes effect when this handler returns
+}
+
+// While it lives, the terminal at the standard input does not show what is typed.
+class EchoOff {
+ public:
+  // `echoing`: the terminal's mode.
+  explicit EchoOff(const struct termios& echoing) {
+    g_echoing = echoing;
+    for (size_t i = 0; i < kInterruptCount; ++i) {
+      Watch(kInterrupts[i], OnInterruptedSecret, &earlier_[i]);
+    }
+    // A stopped nuvctl would come back to a terminal whose mode the shell has changed.
+    stop_ = signal(SIGTSTP, SIG_IGN);
+    struct termios silent = echoing;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    silent.c_lflag |= ICANON | ISIG | ECHONL;
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+  }
+  ~EchoOff() {
+    tcsetattr(STDIN_FILENO, TCSADRAIN, &g_echoing);
+    signal(SIGTSTP, stop_);
+    for (size_t i = 0; i < kInterruptCount; ++i) sigaction(kInterrupts[i], &earlier_[i], nullptr);
+  }
+  EchoOff(const EchoOff&) = delete;
+  EchoOff& operator=(const EchoOff&) = delete;
+
+ private:
+  struct sigaction earlier_[kInterruptCount] = {};
+  void (*stop_)(int) = SIG_DFL;
+};
+
+// To the end of the line also when it is too long: what is left behind would go to the shell.
+std::optional<std::string> ReadLine() {
+  std::string line;
+  for (;;) {
+    char c = 0;
+    const ssize_t count = read(STDIN_FILENO, &c, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0 && line.empty()) return std::nullopt;
+    if (count <= 0 || c == '\n') break;
+    if (line.size() <= kMaxSecret) line += c;
+  }
+  return line.size() > kMaxSecret ? std::nullopt : std::optional<std::string>(line);
 }
 
 class PosixSystem final : public System {
@@ -58,13 +125,21 @@ class PosixSystem final : public System {
     return size.ws_col;
   }
 
+  std::optional<std::string> ReadSecret(const std::string& prompt) override {
+    struct termios echoing = {};
+    if (tcgetattr(STDIN_FILENO, &echoing) != 0) return ReadLine();
+    const EchoOff quiet(echoing);
+    Say(prompt);
+    return ReadLine();
+  }
+
   void WatchInterrupts(bool watch) override {
     if (watch == watching_) return;
     watching_ = watch;
     if (watch) g_interrupted = 0;
     for (size_t i = 0; i < kInterruptCount; ++i) {
       if (watch) {
-        Watch(kInterrupts[i], &earlier_[i]);
+        Watch(kInterrupts[i], OnInterrupt, &earlier_[i]);
       } else {
         sigaction(kInterrupts[i], &earlier_[i], nullptr);
       }
@@ -76,16 +151,6 @@ class PosixSystem final : public System {
   void SetEnvironment(const char* name, const char* value) override { setenv(name, value, 1); }
 
  private:
-  static void Watch(int number, struct sigaction* earlier) {
-    struct sigaction action = {};
-    action.sa_handler = OnInterrupt;
-    action.sa_flags = SA_RESTART;  // the library's reads and writes go on
-    sigemptyset(&action.sa_mask);
-    sigaction(number, nullptr, earlier);
-    // What the shell or nohup chose to ignore stays ignored.
-    if (earlier->sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
-  }
-
   bool watching_ = false;
   struct sigaction earlier_[kInterruptCount] = {};
 };

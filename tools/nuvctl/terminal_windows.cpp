@@ -17,6 +17,7 @@ namespace nuvctl {
 namespace {
 
 constexpr int kUsualWidth = 80;
+constexpr size_t kMaxSecret = 1024;  // bytes, or characters of a console
 
 std::atomic<bool> g_interrupted{false};
 
@@ -45,6 +46,64 @@ std::string Utf8FromWide(const wchar_t* text) {
   return utf8;
 }
 
+std::atomic<DWORD> g_echoing{0};  // the console's mode before a secret is typed
+
+// Leaves a console that shows what is typed, then lets the process end as usual.
+BOOL WINAPI OnInterruptedSecret(DWORD) {
+  SetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), g_echoing);
+  Say("\r\n");
+  return FALSE;
+}
+
+// While it lives, the console at the standard input does not show what is typed.
+class EchoOff {
+ public:
+  // `echoing`: the console's mode.
+  EchoOff(HANDLE console, DWORD echoing) : console_(console) {
+    g_echoing = echoing;
+    SetConsoleCtrlHandler(OnInterruptedSecret, TRUE);
+    const DWORD wanted = echoing | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT;
+    SetConsoleMode(console_, wanted & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
+  }
+  ~EchoOff() {
+    SetConsoleMode(console_, g_echoing);
+    SetConsoleCtrlHandler(OnInterruptedSecret, FALSE);
+    Say("\r\n");  // the one that was typed did not show
+  }
+  EchoOff(const EchoOff&) = delete;
+  EchoOff& operator=(const EchoOff&) = delete;
+
+ private:
+  const HANDLE console_;
+};
+
+// One character of the console; false at its end and when Ctrl-C was pressed.
+bool ReadCharacter(HANDLE console, wchar_t* c) {
+  DWORD count = 0;
+  return ReadConsoleW(console, c, 1, &count, nullptr) && count == 1;
+}
+
+// One byte of a file or pipe; a pipe that was closed is an error, the end of a file is not.
+bool ReadCharacter(HANDLE input, char* c) {
+  DWORD count = 0;
+  return ReadFile(input, c, 1, &count, nullptr) && count == 1;
+}
+
+// To the end of the line also when it is too long: what is left behind would go to the shell.
+template <typename Character>
+std::optional<std::basic_string<Character>> ReadLine(HANDLE input) {
+  std::basic_string<Character> line;
+  for (;;) {
+    Character c = 0;
+    const bool more = ReadCharacter(input, &c);
+    if (!more && line.empty()) return std::nullopt;
+    if (!more || c == '\n') break;
+    if (line.size() <= kMaxSecret) line += c;
+  }
+  if (line.size() > kMaxSecret) return std::nullopt;
+  return line;
+}
+
 class WindowsSystem final : public System {
  public:
   WindowsSystem() : earlier_code_page_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
@@ -71,6 +130,17 @@ class WindowsSystem final : public System {
     CONSOLE_SCREEN_BUFFER_INFO info = {};
     if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info)) return kUsualWidth;
     return info.srWindow.Right - info.srWindow.Left + 1;
+  }
+
+  std::optional<std::string> ReadSecret(const std::string& prompt) override {
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD echoing = 0;
+    if (!GetConsoleMode(input, &echoing)) return ReadLine<char>(input);
+    const EchoOff quiet(input, echoing);
+    Say(prompt);
+    const std::optional<std::wstring> line = ReadLine<wchar_t>(input);
+    if (!line) return std::nullopt;
+    return Utf8FromWide(line->c_str());
   }
 
   void WatchInterrupts(bool watch) override {

@@ -125,4 +125,20 @@ std::string FormatDuration(int64_t seconds) {
   return std::to_string(hours) + ":" + TwoDigits(minutes) + tail;
 }
 
+std::string FormatStamp(const std::string& stamp) {
+  constexpr size_t kDateDigits = 8;
+  constexpr size_t kTimeDigits = 6;
+  if (stamp == "-") return std::string();
+  const bool timed = stamp.size() == kDateDigits + 1 + kTimeDigits && stamp[kDateDigits] == 'T';
+  const auto digits = static_cast<size_t>(
+      std::count_if(stamp.begin(), stamp.end(), [](char c) { return c >= '0' && c <= '9'; }));
+  if (!timed && stamp.size() != kDateDigits) return stamp;
+  if (digits != kDateDigits + (timed ? kTimeDigits : 0)) return stamp;
+  const auto part = [&stamp](size_t first, size_t length = 2) {
+    return stamp.substr(first, length);
+  };
+  const std::string date = part(0, 4) + '-' + part(4) + '-' + part(6);
+  return timed ? date + ' ' + part(9) + ':' + part(11) + ':' + part(13) : date;
+}
+
 }  // namespace nuvctl

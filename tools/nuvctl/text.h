@@ -27,6 +27,10 @@ std::string FormatBytes(int64_t bytes);
 // "0:42", "12:03", "1:02:03"; negative counts as 0.
 std::string FormatDuration(int64_t seconds);
 
+// A printer's "20270131" as "2027-01-31" and "20261121T103000" as "2026-11-21 10:30:00"; anything
+// else as it is, "-" (not yet) as nothing.
+std::string FormatStamp(const std::string& stamp);
+
 }  // namespace nuvctl
 
 #endif  // NUVCTL_TEXT_H_
