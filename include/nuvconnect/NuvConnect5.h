@@ -148,8 +148,8 @@ NUV_API int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes);
 // ---- Resin --------------------------------------------------------------------------------------
 
 // Resin state (key S), resin left in ml (R), resin code (C), tank volume in ml (V), lot (Q) of
-// command 105. A refusal that names the resin's state returns 10 to 14 (ResultCodes.h), any
-// other 1.
+// command 105. A refusal that names the resin's state returns 10 to 14 (ResultCodes.h), or 1 for a
+// state that is none of those; one without a state, from a model that has no such query, 29.
 NUV_API int API_GetResinInfo2(int* state, int* remaining, char* resinCode, int* tankVolume,
                               char* lot);
 

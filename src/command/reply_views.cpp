@@ -5,7 +5,6 @@
 namespace Nuv::Command {
 namespace {
 
-
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 bool IsSeparator(char c) { return c == ':' || c == '='; }
