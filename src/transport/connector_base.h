@@ -1,0 +1,51 @@
+#ifndef NUV_TRANSPORT_CONNECTOR_BASE_H_
+#define NUV_TRANSPORT_CONNECTOR_BASE_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Results of Write and Read beside 0; any other is the system's error code.
+constexpr uint32_t kTransferTimeout = 258;
+constexpr uint32_t kNotOpen = 4054;
+
+// What Read asks for, and what its buffer must hold.
+constexpr uint32_t kReadBytes = 512;
+
+// Byte stream to one printer on a USB port.
+//
+// Thread-safety: none; the raw channel serialises the calls. One read and one write may be in
+// flight at the same time. Errors: returned as a status, never thrown; the connector stays usable
+// after kTransferTimeout.
+class ConnectorBase {
+ public:
+  // Lists the attached printers anew. False when the devices could not be walked; paths found until
+  // then stay in the list.
+  virtual bool SearchDevices() = 0;
+
+  // Opens the printer whose place in the list `indexText` names in decimal (0 when it names none).
+  virtual bool Open(const wchar_t* indexText) = 0;
+
+  // Does nothing when none is open.
+  virtual void Close() = 0;
+
+  // Sends `length` bytes (0 allowed) as one block, after throwing away replies that nobody has
+  // read. `timeoutMs`: milliseconds to wait for completion. Returns 0, kTransferTimeout, kNotOpen,
+  // or the system's error code.
+  virtual uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) = 0;
+
+  // Reads one block of at most kReadBytes bytes into `buffer`, which the caller has filled with
+  // zeros: the reply is the text up to the first of them. Returns 0, kTransferTimeout or kNotOpen.
+  virtual uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) = 0;
+
+  // Replaces `paths` by the stored names of the list, each a path of the system and "\1".
+  virtual std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) = 0;
+
+  virtual ~ConnectorBase() = default;
+};
+
+// The USB connector of this system.
+std::unique_ptr<ConnectorBase> MakeUsbConnector();
+
+#endif  // NUV_TRANSPORT_CONNECTOR_BASE_H_
