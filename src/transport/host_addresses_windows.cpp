@@ -4,23 +4,11 @@
 #include <algorithm>
 
 #include "transport/host_addresses.h"
-
-namespace {
-
-// Names can be asked for before Qt has made its first socket. Never undone: the host may use them.
-bool StartSockets() {
-  static const bool started = [] {
-    WSADATA data;
-    return WSAStartup(MAKEWORD(2, 2), &data) == 0;
-  }();
-  return started;
-}
-
-}  // namespace
+#include "transport/socket_system.h"
 
 std::string LocalHostName() {
   char name[256] = {};
-  if (!StartSockets()) return {};
+  if (!SocketSystem::Start()) return {};
   return gethostname(name, sizeof name - 1) == 0 ? name : std::string();
 }
 
@@ -30,7 +18,8 @@ std::vector<std::string> ResolveIPv4(const std::string& name) {
   wanted.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   std::vector<std::string> addresses;
-  if (name.empty() || !StartSockets() || getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0)
+  if (name.empty() || !SocketSystem::Start() ||
+      getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0)
     return addresses;
   for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
     const auto* address = reinterpret_cast<const sockaddr_in*>(entry->ai_addr);

@@ -8,6 +8,7 @@
 #include "platform/diagnostics.h"
 #include "transport/broadcast_address.h"
 #include "transport/host_addresses.h"
+#include "transport/search_networks.h"
 #include "transport/socket_thread.h"
 
 using Nuv::Platform::Diagnostic;
@@ -17,55 +18,21 @@ namespace {
 // A lab full of printers answers in one burst; the kernel keeps what is not yet read.
 constexpr int kReceiveBufferBytes = 1 << 20;
 
-struct Network {
-  std::string address;
-  std::string netmask;  // empty: unknown
-};
+constexpr char kLocalHost[] = "127.0.0.1";
 
-std::string NetmaskOf(const QString& address) {
-  for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
-    for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
-      if (entry.ip().toString() == address) return entry.netmask().toString().toStdString();
-    }
-  }
-  return {};
-}
-
-// The networks of the addresses that the host's own name resolves to.
-std::vector<Network> NetworksOfHostName(bool& onlyLoopback) {
-  constexpr char kLocalHost[] = "127.0.0.1";
-  std::vector<Network> networks;
-  onlyLoopback = true;
-  for (const std::string& address : ResolveIPv4(LocalHostName())) {
-    if (!IsLoopback(address)) onlyLoopback = false;
-    if (address == kLocalHost) continue;
-    networks.push_back({address, NetmaskOf(QString::fromStdString(address))});
-  }
-  return networks;
-}
-
-std::vector<Network> NetworksOfRunningInterfaces() {
-  std::vector<Network> networks;
-  for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
-    const QNetworkInterface::InterfaceFlags flags = interface.flags();
-    if (!flags.testFlag(QNetworkInterface::IsRunning) ||
-        flags.testFlag(QNetworkInterface::IsLoopBack)) {
-      continue;
-    }
-    for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
+std::vector<HostInterface> Interfaces() {
+  std::vector<HostInterface> interfaces;
+  for (const QNetworkInterface& each : QNetworkInterface::allInterfaces()) {
+    const QNetworkInterface::InterfaceFlags flags = each.flags();
+    for (const QNetworkAddressEntry& entry : each.addressEntries()) {
       if (entry.ip().protocol() != QAbstractSocket::IPv4Protocol) continue;
-      networks.push_back(
-          {entry.ip().toString().toStdString(), entry.netmask().toString().toStdString()});
+      interfaces.push_back({entry.ip().toString().toStdString(),
+                            entry.netmask().toString().toStdString(),
+                            flags.testFlag(QNetworkInterface::IsRunning),
+                            flags.testFlag(QNetworkInterface::IsLoopBack)});
     }
   }
-  return networks;
-}
-
-// Many Linux hosts resolve their own name to 127.0.0.1 or 127.0.1.1 only, where no printer is.
-std::vector<Network> NetworksToSearch() {
-  bool onlyLoopback = false;
-  std::vector<Network> networks = NetworksOfHostName(onlyLoopback);
-  return onlyLoopback ? NetworksOfRunningInterfaces() : networks;
+  return interfaces;
 }
 
 }  // namespace
@@ -91,7 +58,8 @@ NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message)
 std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeoutMs) {
   Replies replies;
   std::unordered_set<std::string> searched;
-  for (const Network& network : NetworksToSearch()) {
+  for (const HostNetwork& network : NetworksToSearch(ResolveIPv4(LocalHostName()), Interfaces())) {
+    if (network.address == kLocalHost) continue;
     const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
     // Two addresses on one network reach the same printers.
     if (searched.insert(broadcast).second) SearchNetwork(broadcast, port, timeoutMs, replies);

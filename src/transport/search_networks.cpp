@@ -1,0 +1,32 @@
+#include "transport/search_networks.h"
+
+#include <algorithm>
+
+#include "transport/broadcast_address.h"
+
+namespace {
+
+std::string NetmaskOf(const std::string& address, const std::vector<HostInterface>& interfaces) {
+  std::string netmask;
+  for (const HostInterface& each : interfaces) {
+    if (each.address == address) netmask = each.netmask;
+  }
+  return netmask;
+}
+
+}  // namespace
+
+std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
+                                          const std::vector<HostInterface>& interfaces) {
+  std::vector<HostNetwork> networks;
+  if (std::all_of(hostAddresses.begin(), hostAddresses.end(), IsLoopback)) {
+    for (const HostInterface& each : interfaces) {
+      if (each.running && !each.loopback) networks.push_back({each.address, each.netmask});
+    }
+  } else {
+    for (const std::string& address : hostAddresses) {
+      networks.push_back({address, NetmaskOf(address, interfaces)});
+    }
+  }
+  return networks;
+}

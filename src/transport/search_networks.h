@@ -1,0 +1,27 @@
+#ifndef NUV_TRANSPORT_SEARCH_NETWORKS_H_
+#define NUV_TRANSPORT_SEARCH_NETWORKS_H_
+
+#include <string>
+#include <vector>
+
+// An IPv4 address of one of this host's network interfaces, as texts.
+struct HostInterface {
+  std::string address;
+  std::string netmask;
+  bool running = false;
+  bool loopback = false;
+};
+
+// A network to search for printers.
+struct HostNetwork {
+  std::string address;  // this host's on it
+  std::string netmask;  // empty: unknown, which is searched as 255.255.255.255
+};
+
+// The networks of the addresses that this host's own name resolves to. When all of those are in
+// 127.0.0.0/8, where no printer is (many Linux hosts resolve their name so), the networks of all
+// running interfaces instead.
+std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
+                                            const std::vector<HostInterface>& interfaces);
+
+#endif  // NUV_TRANSPORT_SEARCH_NETWORKS_H_

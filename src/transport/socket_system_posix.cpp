@@ -1,0 +1,110 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+
+#include "transport/socket_system.h"
+
+namespace SocketSystem {
+namespace {
+
+int Descriptor(Handle socket) { return static_cast<int>(socket); }
+
+sockaddr_in Address(const std::string& address, uint16_t port) {
+  sockaddr_in target{};
+  target.sin_family = AF_INET;
+  target.sin_port = htons(port);
+  inet_pton(AF_INET, address.c_str(), &target.sin_addr);
+  return target;
+}
+
+std::string Text(const sockaddr* address) {
+  if (address == nullptr) return {};
+  char text[INET_ADDRSTRLEN] = {};
+  inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(address)->sin_addr, text, sizeof text);
+  return text;
+}
+
+}  // namespace
+
+bool Start() { return true; }
+
+Handle Create(Kind kind) {
+  const int type = kind == Kind::kTcp ? SOCK_STREAM : SOCK_DGRAM;
+  const int handle = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
+  if (handle >= 0 && kind == Kind::kTcp) {
+    const int on = 1;
+    setsockopt(handle, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  }
+  return handle;
+}
+
+bool Connect(Handle socket, const std::string& address, uint16_t port) {
+  const sockaddr_in target = Address(address, port);
+  return ::connect(Descriptor(socket), reinterpret_cast<const sockaddr*>(&target), sizeof target) ==
+         0;
+}
+
+bool EnableBroadcast(Handle socket) {
+  const int on = 1;
+  return setsockopt(Descriptor(socket), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0;
+}
+
+// A printer that has gone must fail the call, not end the host by a signal.
+ptrdiff_t Send(Handle socket, const char* data, size_t length) {
+  return ::send(Descriptor(socket), data, length, MSG_NOSIGNAL);
+}
+
+ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
+                 uint16_t port) {
+  const sockaddr_in target = Address(address, port);
+  return ::sendto(Descriptor(socket), data, length, MSG_NOSIGNAL,
+                  reinterpret_cast<const sockaddr*>(&target), sizeof target);
+}
+
+ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
+  return ::recv(Descriptor(socket), buffer, length, 0);
+}
+
+// poll and not select: a host with a thousand open files has descriptors that select cannot hold.
+bool WaitReadable(Handle socket, int64_t microseconds) {
+  constexpr int64_t kMicrosecondsPerMs = 1000;
+  pollfd entry{Descriptor(socket), POLLIN, 0};
+  const int64_t ms =
+      std::min<int64_t>(microseconds / kMicrosecondsPerMs, std::numeric_limits<int>::max());
+  int ready = 0;
+  do {
+    ready = ::poll(&entry, 1, static_cast<int>(ms));
+  } while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+void ShutDownSending(Handle socket) { ::shutdown(Descriptor(socket), SHUT_WR); }
+void ShutDown(Handle socket) { ::shutdown(Descriptor(socket), SHUT_RDWR); }
+void Close(Handle socket) { ::close(Descriptor(socket)); }
+int LastError() { return errno; }
+
+std::vector<HostInterface> Interfaces() {
+  std::vector<HostInterface> interfaces;
+  ifaddrs* list = nullptr;
+  if (getifaddrs(&list) != 0) return interfaces;
+  for (const ifaddrs* each = list; each != nullptr; each = each->ifa_next) {
+    if (each->ifa_addr == nullptr || each->ifa_addr->sa_family != AF_INET) continue;
+    interfaces.push_back({Text(each->ifa_addr), Text(each->ifa_netmask),
+                          (each->ifa_flags & IFF_RUNNING) != 0,
+                          (each->ifa_flags & IFF_LOOPBACK) != 0});
+  }
+  freeifaddrs(list);
+  return interfaces;
+}
+
+}  // namespace SocketSystem

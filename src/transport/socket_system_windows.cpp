@@ -1,0 +1,107 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+// winsock2.h must come before iphlpapi.h, which needs it.
+#include <iphlpapi.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "transport/socket_system.h"
+
+namespace SocketSystem {
+namespace {
+
+SOCKET Socket(Handle socket) { return static_cast<SOCKET>(socket); }
+
+int Length(size_t length) {
+  return static_cast<int>(std::min<size_t>(length, std::numeric_limits<int>::max()));
+}
+
+sockaddr_in Address(const std::string& address, uint16_t port) {
+  sockaddr_in target{};
+  target.sin_family = AF_INET;
+  target.sin_port = htons(port);
+  inet_pton(AF_INET, address.c_str(), &target.sin_addr);
+  return target;
+}
+
+}  // namespace
+
+bool Start() {
+  static const bool started = [] {
+    WSADATA data;
+    return WSAStartup(MAKEWORD(2, 2), &data) == 0;
+  }();
+  return started;
+}
+
+Handle Create(Kind kind) {
+  const bool isTcp = kind == Kind::kTcp;
+  const SOCKET handle =
+      ::socket(AF_INET, isTcp ? SOCK_STREAM : SOCK_DGRAM, isTcp ? IPPROTO_TCP : IPPROTO_UDP);
+  if (handle == INVALID_SOCKET) return kNone;
+  if (isTcp) {
+    const char on = 1;
+    setsockopt(handle, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  }
+  return static_cast<Handle>(handle);
+}
+
+bool Connect(Handle socket, const std::string& address, uint16_t port) {
+  const sockaddr_in target = Address(address, port);
+  return ::connect(Socket(socket), reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0;
+}
+
+bool EnableBroadcast(Handle socket) {
+  const char on = 1;
+  return setsockopt(Socket(socket), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0;
+}
+
+ptrdiff_t Send(Handle socket, const char* data, size_t length) {
+  return ::send(Socket(socket), data, Length(length), 0);
+}
+
+ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
+                 uint16_t port) {
+  const sockaddr_in target = Address(address, port);
+  return ::sendto(Socket(socket), data, Length(length), 0,
+                  reinterpret_cast<const sockaddr*>(&target), sizeof target);
+}
+
+ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
+  return ::recv(Socket(socket), buffer, Length(length), 0);
+}
+
+bool WaitReadable(Handle socket, int64_t microseconds) {
+  constexpr int64_t kMicrosecondsPerSecond = 1000000;
+  fd_set readable;
+  FD_ZERO(&readable);
+  FD_SET(Socket(socket), &readable);
+  timeval limit{};
+  limit.tv_sec = static_cast<long>(microseconds / kMicrosecondsPerSecond);
+  limit.tv_usec = static_cast<long>(microseconds % kMicrosecondsPerSecond);
+  return ::select(0, &readable, nullptr, nullptr, &limit) > 0;
+}
+
+void ShutDownSending(Handle socket) { ::shutdown(Socket(socket), SD_SEND); }
+void ShutDown(Handle socket) { ::shutdown(Socket(socket), SD_BOTH); }
+void Close(Handle socket) { ::closesocket(Socket(socket)); }
+int LastError() { return WSAGetLastError(); }
+
+std::vector<HostInterface> Interfaces() {
+  std::vector<HostInterface> interfaces;
+  ULONG size = 0;
+  if (GetAdaptersInfo(nullptr, &size) != ERROR_BUFFER_OVERFLOW) return interfaces;
+  std::vector<char> buffer(size);
+  auto* const first = reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data());
+  if (GetAdaptersInfo(first, &size) != ERROR_SUCCESS) return interfaces;
+  // The list has neither the loopback adapter nor those that are off.
+  for (const IP_ADAPTER_INFO* each = first; each != nullptr; each = each->Next) {
+    const IP_ADDR_STRING& address = each->IpAddressList;
+    interfaces.push_back({address.IpAddress.String, address.IpMask.String, true,
+                          each->Type == MIB_IF_TYPE_LOOPBACK});
+  }
+  return interfaces;
+}
+
+}  // namespace SocketSystem

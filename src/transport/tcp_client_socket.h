@@ -1,0 +1,40 @@
+#ifndef NUV_TRANSPORT_TCP_CLIENT_SOCKET_H_
+#define NUV_TRANSPORT_TCP_CLIENT_SOCKET_H_
+
+#include <cstdint>
+#include <string>
+
+#include "transport/socket_system.h"
+
+// Plain TCP connection of the local link to one printer.
+//
+// Thread-safety: none; the channel serialises the calls. All calls block.
+class TcpClientSocket {
+ public:
+  // What Receive reads at most, and what its buffer must hold.
+  static constexpr size_t kReadBytes = 512;
+
+  TcpClientSocket() = default;
+  ~TcpClientSocket() { Close(); }
+  TcpClientSocket(const TcpClientSocket&) = delete;
+  TcpClientSocket& operator=(const TcpClientSocket&) = delete;
+
+  // Connects to `host` (name or dotted address; empty or "localhost": 127.0.0.1), closing an
+  // earlier connection. On failure a line with the system's code goes to the error stream.
+  bool Connect(const std::string& host, uint16_t port);
+
+  // 0 when the system took all of `length` bytes; -1 otherwise, when closed, and for no bytes.
+  int Send(const char* data, int length);
+
+  // Waits `timeoutMs` / 1000 whole seconds for data and reads once. 0 with `received` bytes in
+  // `buffer` (0 of them: the printer has closed the connection); -1 when closed or nothing came.
+  int Receive(char* buffer, int timeoutMs, int& received);
+
+  void Close();
+  bool IsOpen() const { return socket_ != SocketSystem::kNone; }
+
+ private:
+  SocketSystem::Handle socket_ = SocketSystem::kNone;
+};
+
+#endif  // NUV_TRANSPORT_TCP_CLIENT_SOCKET_H_

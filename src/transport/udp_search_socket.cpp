@@ -1,0 +1,79 @@
+#include "transport/udp_search_socket.h"
+
+#include <chrono>
+
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
+#include "transport/host_addresses.h"
+#include "transport/search_networks.h"
+
+using Nuv::Platform::Diagnostic;
+
+namespace {
+
+constexpr int64_t kMicrosecondsPerMs = 1000;
+constexpr int64_t kDefaultWaitMs = 500;
+constexpr std::chrono::milliseconds kPauseAfterSearch(100);
+constexpr size_t kReplyBytes = 255;
+
+}  // namespace
+
+bool UdpSearchSocket::Open() {
+  Close();
+  if (SocketSystem::Start()) socket_ = SocketSystem::Create(SocketSystem::Kind::kUdp);
+  if (IsOpen()) return true;
+  Diagnostic("socket error! error code is %d/n", SocketSystem::LastError());
+  return false;
+}
+
+void UdpSearchSocket::Close() {
+  if (!IsOpen()) return;
+  SocketSystem::ShutDown(socket_);
+  SocketSystem::Close(socket_);
+  socket_ = SocketSystem::kNone;
+}
+
+void UdpSearchSocket::BroadcastAll(const char* message, int length, uint16_t port, int timeoutMs) {
+  if (!IsOpen()) return;
+  replies_.clear();
+  SocketSystem::EnableBroadcast(socket_);
+  const std::vector<HostNetwork> networks =
+      NetworksToSearch(ResolveIPv4(LocalHostName()), SocketSystem::Interfaces());
+  for (const HostNetwork& network : networks) {
+    const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
+    if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return;
+  }
+  clock_.SleepFor(kPauseAfterSearch);
+}
+
+int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::string& address,
+                                 const std::string& netmask, uint16_t port, int timeoutMs) {
+  if (!IsOpen()) return 0;
+  replies_.clear();
+  SocketSystem::EnableBroadcast(socket_);
+  if (!SearchNetwork(message, length, DirectedBroadcast(address, netmask), port, timeoutMs)) {
+    return 0;
+  }
+  clock_.SleepFor(kPauseAfterSearch);
+  return 1;
+}
+
+bool UdpSearchSocket::SearchNetwork(const char* message, int length, const std::string& broadcast,
+                                    uint16_t port, int timeoutMs) {
+  if (SocketSystem::SendTo(socket_, message, static_cast<size_t>(length), broadcast, port) < 0) {
+    Diagnostic("sendto error!, error code is %d\n", SocketSystem::LastError());
+    return false;
+  }
+  const int64_t waitMs = timeoutMs > 0 ? timeoutMs : kDefaultWaitMs;
+  char buffer[kReplyBytes];
+  while (SocketSystem::WaitReadable(socket_, waitMs * kMicrosecondsPerMs)) {
+    const ptrdiff_t size = SocketSystem::Receive(socket_, buffer, sizeof buffer);
+    if (size < 0) break;
+    std::wstring reply;
+    for (ptrdiff_t i = 0; i < size; ++i) {
+      reply += static_cast<wchar_t>(static_cast<unsigned char>(buffer[i]));
+    }
+    replies_.push_back(std::move(reply));
+  }
+  return true;
+}
