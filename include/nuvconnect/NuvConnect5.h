@@ -52,6 +52,9 @@
 // Size that holds any single string a printer reports, with its NUL.
 #define NUV_TEXT_BYTES 4096
 
+// Length of an image of the LCM panel.
+#define NUV_PANEL_IMAGE_BYTES 21504
+
 #ifdef __cplusplus
 namespace Nuv::Connect {
 class IConnectingFramework;

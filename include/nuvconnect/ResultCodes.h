@@ -9,7 +9,8 @@ enum NuvResult {
   NUV_NO_INSTANCE = -1,        // no framework: API_Initial was not called, or API_Close was
   NUV_OK = 0,                  // done; a cancelled print job reports NUV_OK too
   NUV_FAILED = 1,              // invalid device kind, or the printer did not answer the command
-  NUV_NOT_FOUND = 2,           // no device, index out of range, search failed; firmware: cancelled
+  NUV_NOT_FOUND = 2,           // no device, index out of range, search failed
+  NUV_CANCELLED = 2,           // a firmware transfer was cancelled
   NUV_CONNECTION_REFUSED = 3,  // the device could not be opened
   NUV_FILE_NOT_READABLE = 4,   // the file cannot be opened, or is damaged
 

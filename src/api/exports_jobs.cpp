@@ -1,5 +1,7 @@
 // Jobs, job history, firmware and callbacks.
 
+#include <algorithm>
+
 #include "api/marshalling.h"
 #include "nuvconnect/NuvConnect5.h"
 
@@ -118,8 +120,10 @@ int API_SendFWDataAndroid(const unsigned char* data, int length) {
 }
 
 int API_SendFWPanelData(const unsigned char* data, int length) {
+  // The host promises no more than the image of a panel, whatever length it gives.
+  const int image = std::min(length, NUV_PANEL_IMAGE_BYTES);
   return WithFramework(
-      [&](auto& framework) { return framework.SendFWPanelData(Bytes(data, length)); });
+      [&](auto& framework) { return framework.SendFWPanelData(Bytes(data, image)); });
 }
 
 int API_FinishFWUpdateFileInfo_LCM(char* out) {

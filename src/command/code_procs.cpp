@@ -31,18 +31,28 @@ std::string Hexadecimal(const std::vector<uint8_t>& bytes) {
 
 int32_t CodeProc::Process(std::vector<std::string>& output) {
   output.clear();
+  accepted_ = false;
   const std::unique_ptr<Command::CommandBase> command = MakeCommand();
   command->Bind(context_.channel, context_.clock);
   command->set_parameters(Parameters());
   command->set_result_callback(
-      [&output](int32_t /*code*/, int32_t /*replyCode*/, bool /*ok*/,
-                std::vector<std::string> values) { output = std::move(values); });
+      [&](int32_t /*code*/, int32_t /*replyCode*/, bool ok, std::vector<std::string> values) {
+        accepted_ = ok;
+        output = std::move(values);
+      });
+  code_ = command->GetCode();
   const Command::TransactionStatus status = command->Execute();
   if (status == Command::kReplied) return NUV_OK;
-  if (context_.errorCallback) {
-    context_.errorCallback(static_cast<ConnectError>(status), command->GetCode());
-  }
+  accepted_ = false;
+  if (context_.errorCallback) context_.errorCallback(static_cast<ConnectError>(status), code_);
   return NUV_FAILED;
+}
+
+int32_t CodeProc::ProcessAccepted(std::vector<std::string>& output) {
+  const int32_t result = Process(output);
+  if (result != NUV_OK || accepted_) return result;
+  if (context_.errorCallback) context_.errorCallback(kErrorRefused, code_);
+  return NUV_PRINTER_REFUSED;
 }
 
 F103proc::F103proc(ProcContext context, const JobOpening& job)

@@ -1,6 +1,7 @@
 // Processors of one command each: they prepare its parameters and run it. Process returns 1 when
 // the transaction failed, else 0: a refusal by the printer is no failure to them, it shows in what
-// the printer answers next.
+// the printer answers next. Where bytes follow that only a printer that accepted takes as such,
+// callers use ProcessAccepted.
 #ifndef NUV_COMMAND_CODE_PROCS_H_
 #define NUV_COMMAND_CODE_PROCS_H_
 
@@ -25,6 +26,12 @@ class CodeProc : public IFcmdProc {
  public:
   int32_t Process(std::vector<std::string>& output) override;
 
+  // As Process, but a refusal is a failure too: 29, also told to the error callback.
+  int32_t ProcessAccepted(std::vector<std::string>& output);
+
+  // Whether the printer accepted the last command.
+  bool accepted() const { return accepted_; }
+
  protected:
   explicit CodeProc(ProcContext context) : context_(std::move(context)) {}
 
@@ -34,6 +41,8 @@ class CodeProc : public IFcmdProc {
 
  private:
   ProcContext context_;
+  int32_t code_ = 0;
+  bool accepted_ = false;
 };
 
 // A processor that runs the command class `Class`.

@@ -1,6 +1,7 @@
 #include "command/commands.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace Nuv::Command {
@@ -10,11 +11,23 @@ namespace {
 constexpr char kStart[] = "START";
 constexpr char kFinish[] = "FINISH";
 
+constexpr std::string_view kStateField = "S:";
+
 bool Holds(const std::vector<std::string>& tokens, const char* marker) {
   return std::find(tokens.begin(), tokens.end(), marker) != tokens.end();
 }
 
 }  // namespace
+
+std::string F101Cmd::State() const {
+  std::string state;
+  for (const std::string& token : replyTokens_) {
+    if (token.compare(0, kStateField.size(), kStateField) == 0) {
+      state = token.substr(kStateField.size());
+    }
+  }
+  return state;
+}
 
 TransactionStatus F160Cmd::Execute() {
   // The result is delivered once, with both lines.

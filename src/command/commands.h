@@ -7,7 +7,14 @@
 
 namespace Nuv::Command {
 
-class F101Cmd final : public CatalogueCommand<101> {};  // identity
+// Identity.
+class F101Cmd final : public CatalogueCommand<101> {
+ public:
+  // State of the printer as text: the last field S, which follows the serial number's while a print
+  // runs. Empty without any.
+  std::string State() const;
+};
+
 class F102Cmd final : public CatalogueCommand<102> {};  // state
 class F103Cmd final : public CatalogueCommand<103> {};  // opens a job
 class F104Cmd final : public CatalogueCommand<104> {};  // controls the running job

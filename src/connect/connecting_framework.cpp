@@ -6,13 +6,16 @@
 namespace Nuv::Connect {
 
 ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeoutMs)
-    : clock_(clock), connect_(replyTimeoutMs) {}
+    : clock_(clock),
+      channel_(std::make_shared<NuvConnect>(replyTimeoutMs)),
+      jobState_(std::make_shared<JobState>()),
+      statusHandler_(channel_, jobState_, clock) {}
 
 ConnectingFramework::~ConnectingFramework() = default;
 
 IConnect* ConnectingFramework::GetConnect() { return &connect_; }
 
-void ConnectingFramework::Close() { closing_ = true; }
+void ConnectingFramework::Close() { jobs_.closing.Raise(); }
 
 int ConnectingFramework::SendPrintFile(std::wstring path, NuvJobProgressCallback progress) {
   return Connect::SendPrintFile(NewJobContext(), path, progress);
@@ -20,6 +23,11 @@ int ConnectingFramework::SendPrintFile(std::wstring path, NuvJobProgressCallback
 
 int ConnectingFramework::SendGCodeFile(const std::wstring& path, NuvJobProgressCallback progress) {
   return Connect::SendGCodeFile(NewJobContext(), path, progress);
+}
+
+int ConnectingFramework::RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
+                                                      uint32_t intervalMs) {
+  return statusHandler_.Start(callback, intervalMs) ? NUV_OK : NUV_FAILED;
 }
 
 int ConnectingFramework::RegisterErrorCodeCallback(NuvErrorCodeCallback callback) {

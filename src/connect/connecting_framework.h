@@ -1,8 +1,7 @@
 #ifndef NUV_CONNECT_CONNECTING_FRAMEWORK_H_
 #define NUV_CONNECT_CONNECTING_FRAMEWORK_H_
 
-#include <atomic>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include "connect/query.h"
 #include "job/job_context.h"
 #include "job/nuv_file_library.h"
+#include "job/print_status_handler.h"
 #include "nuvconnect/IConnectingFramework.h"
 #include "platform/clock.h"
 
@@ -22,8 +22,8 @@ namespace Nuv::Connect {
 // are not locked, so one thread at a time lists.
 class ConnectingFramework final : public IConnectingFramework {
  public:
-  // `clock` outlives the framework. `replyTimeoutMs`: how long a network printer may take to
-  // answer.
+  // `clock` outlives the framework and its status thread. `replyTimeoutMs`: how long a network
+  // printer may take to answer.
   explicit ConnectingFramework(Platform::Clock& clock = Platform::SystemClock(),
                                int replyTimeoutMs = NuvConnect::kReplyTimeoutMs);
   ~ConnectingFramework() override;
@@ -115,6 +115,9 @@ class ConnectingFramework final : public IConnectingFramework {
   Query NewQuery() { return {connect_, clock_, callbacks_}; }
   JobContext NewJobContext() { return {connect_, clock_, printFiles_, callbacks_, jobs_}; }
 
+  // For the processors of firmware commands.
+  ProcContext FirmwareProcs();
+
   // The table of `kind`, or null for a kind that has none.
   DeviceTable* TableOf(int kind);
 
@@ -125,13 +128,16 @@ class ConnectingFramework final : public IConnectingFramework {
   int QueryBegoSerial(std::string& serial);
 
   Platform::Clock& clock_;
-  NuvConnect connect_;
+  // Shared with the status thread, which ends by itself when the host closes inside its callback.
+  const std::shared_ptr<NuvConnect> channel_;
+  const std::shared_ptr<JobState> jobState_;
+  NuvConnect& connect_ = *channel_;
+  JobState& jobs_ = *jobState_;
   DeviceTable usbDevices_;
   DeviceTable networkDevices_;
   NuvFileLibrary printFiles_;
   HostCallbacks callbacks_;
-  JobState jobs_;
-  std::atomic<bool> closing_{false};
+  PrintStatusHandler statusHandler_;  // last: its thread ends before all else goes
 };
 
 }  // namespace Nuv::Connect

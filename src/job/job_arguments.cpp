@@ -47,4 +47,10 @@ JobOpening ReadJobArguments(const std::string& arguments) {
   return job;
 }
 
+JobOpening OpeningOf(IPrintFileLibrary& printFiles) {
+  JobOpening job = ReadJobArguments(printFiles.GetFileArguments());
+  job.dataBytes = printFiles.GetModelDataSize();
+  return job;
+}
+
 }  // namespace Nuv::Connect

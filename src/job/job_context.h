@@ -2,14 +2,17 @@
 #define NUV_JOB_JOB_CONTEXT_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
-#include "command/i_fcmd_proc.h"
+#include "command/code_procs.h"
 #include "job/print_file_library.h"
 #include "nuvconnect/Callbacks.h"
 #include "nuvconnect/IConnect.h"
 #include "platform/clock.h"
+#include "platform/interrupt.h"
 
 namespace Nuv::Connect {
 
@@ -26,12 +29,16 @@ struct HostCallbacks {
   bool IsCancelled() const;
 };
 
-// What the framework keeps of jobs.
+// What the framework keeps of jobs, and shares with its status thread.
 struct JobState {
   std::string machineId;             // of the last loaded print file; decides free-buffer queries
   uint64_t freeBuffer = 0;           // estimate of the printer's free receive buffer, in bytes
   std::atomic<bool> linkFree{true};  // false while job or firmware data is streamed
   std::atomic<bool> jobRunning{false};
+  std::atomic<std::chrono::nanoseconds> quietUntil{};  // the status thread sends nothing before
+  std::mutex link;              // held by the status thread while it talks to the printer
+  std::mutex statusThread;      // held by the status thread for its whole life
+  Platform::Interrupt closing;  // raised by Close
 };
 
 // All that a job works with; every part outlives it.
@@ -44,12 +51,20 @@ struct JobContext {
 
   // Reports to the error-code callback that is registered at the time of the error.
   ErrorCallback MakeErrorCallback() const;
+
+  // What processors are created with.
+  ProcContext Procs() const { return {channel, MakeErrorCallback(), clock}; }
 };
 
-// Keeps the status thread off the link while it lives.
+// Keeps the status thread off the link while it lives; whoever makes one holds the JobClaim. Waits
+// for the queries that the thread is in the middle of: one of them would go into the stream, and
+// its new connection would end what the printer is taking.
 class LinkClaim {
  public:
-  explicit LinkClaim(JobState& state) : state_(state) { state_.linkFree = false; }
+  explicit LinkClaim(JobState& state) : state_(state) {
+    state_.linkFree = false;
+    const std::lock_guard<std::mutex> queriesDone(state_.link);
+  }
   ~LinkClaim() { state_.linkFree = true; }
   LinkClaim(const LinkClaim&) = delete;
   LinkClaim& operator=(const LinkClaim&) = delete;

@@ -24,6 +24,7 @@ constexpr MachineRow kMachines[] = {
 }  // namespace
 
 const char kZafelSuperfineMachineId[] = "3DPSNKG33WTW00001";
+const char kBegoMachineId[] = "3DPSNKGB3WTW00001";
 
 PrinterFamily FamilyOf(const std::string& machineId) {
   for (const MachineRow& row : kMachines) {

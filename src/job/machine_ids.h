@@ -11,8 +11,9 @@ enum class PrinterFamily { kUnknown, kZafelSuperfine, kBego, kAndroid };
 // The family of a print file's machine ID, compared exactly.
 PrinterFamily FamilyOf(const std::string& machineId);
 
-// Whose free buffer the Zafel Superfine sender asks for, whatever the file's own ID.
+// Whose free buffer the senders ask for; the Zafel Superfine one whatever the file's own ID.
 extern const char kZafelSuperfineMachineId[];
+extern const char kBegoMachineId[];
 
 }  // namespace Nuv::Connect
 

@@ -48,9 +48,13 @@ bool NuvFileLibrary::LoadFrom(const QString& file) {
       reinterpret_cast<TextFunction>(library_.resolve("GetLastErrorText"));
   return Resolve("Load", functions_.Load) && Resolve("Close", functions_.Close) &&
          Resolve("GetMachineID", functions_.GetMachineID) &&
+         Resolve("GetProjectID", functions_.GetProjectID) &&
+         Resolve("GetMaterialID", functions_.GetMaterialID) &&
          Resolve("GetFileArguments", functions_.GetFileArguments) &&
          Resolve("GetModelDataSize", functions_.GetModelDataSize) &&
-         Resolve("ReadLayer", functions_.ReadLayer);
+         Resolve("ReadLayer", functions_.ReadLayer) && Resolve("GetAESkey", functions_.GetAESkey) &&
+         Resolve("ReadPreImg", functions_.ReadPreImg) && Resolve("ReadL101", functions_.ReadL101) &&
+         Resolve("ReadL102", functions_.ReadL102) && Resolve("ReadL103", functions_.ReadL103);
 }
 
 template <class Function>
@@ -72,6 +76,10 @@ void NuvFileLibrary::Close() { functions_.Close(); }
 
 std::string NuvFileLibrary::GetMachineID() { return Text(functions_.GetMachineID); }
 
+std::string NuvFileLibrary::GetProjectID() { return Text(functions_.GetProjectID); }
+
+std::string NuvFileLibrary::GetMaterialID() { return Text(functions_.GetMaterialID); }
+
 std::string NuvFileLibrary::GetFileArguments() { return Text(functions_.GetFileArguments); }
 
 int32_t NuvFileLibrary::GetModelDataSize() { return functions_.GetModelDataSize(); }
@@ -87,6 +95,40 @@ bool NuvFileLibrary::ReadLayer(int32_t index, std::vector<uint8_t>& line) {
     if (length <= capacity) return true;
   }
   Diagnostic("data line %d cannot be read: %s", index, LastError().c_str());
+  return false;
+}
+
+bool NuvFileLibrary::GetAESkey(std::vector<uint8_t>& bytes) {
+  return Bytes(functions_.GetAESkey, "key", bytes);
+}
+
+bool NuvFileLibrary::ReadPreImg(std::vector<uint8_t>& bytes) {
+  return Bytes(functions_.ReadPreImg, "preview", bytes);
+}
+
+bool NuvFileLibrary::ReadL101(std::vector<uint8_t>& bytes) {
+  return Bytes(functions_.ReadL101, "record L101", bytes);
+}
+
+bool NuvFileLibrary::ReadL102(std::vector<uint8_t>& bytes) {
+  return Bytes(functions_.ReadL102, "record L102", bytes);
+}
+
+bool NuvFileLibrary::ReadL103(std::vector<uint8_t>& bytes) {
+  return Bytes(functions_.ReadL103, "record L103", bytes);
+}
+
+bool NuvFileLibrary::Bytes(BytesFunction function, const char* part,
+                           std::vector<uint8_t>& bytes) const {
+  bytes.clear();
+  const int length = function(nullptr, 0);
+  if (length == 0) return true;
+  if (length > 0) {
+    bytes.resize(static_cast<size_t>(length));
+    if (function(bytes.data(), length) == length) return true;
+    bytes.clear();
+  }
+  Diagnostic("%s of the print file cannot be read: %s", part, LastError().c_str());
   return false;
 }
 

@@ -16,21 +16,36 @@ class NuvFileLibrary final : public IPrintFileLibrary {
   bool Load(const std::string& path) override;
   void Close() override;
   std::string GetMachineID() override;
+  std::string GetProjectID() override;
+  std::string GetMaterialID() override;
   std::string GetFileArguments() override;
   int32_t GetModelDataSize() override;
   bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override;
+  bool GetAESkey(std::vector<uint8_t>& bytes) override;
+  bool ReadPreImg(std::vector<uint8_t>& bytes) override;
+  bool ReadL101(std::vector<uint8_t>& bytes) override;
+  bool ReadL102(std::vector<uint8_t>& bytes) override;
+  bool ReadL103(std::vector<uint8_t>& bytes) override;
 
  private:
   using TextFunction = int (*)(char* out, int capacity);
+  using BytesFunction = int (*)(unsigned char* buffer, int capacity);
 
   // The library's functions, under its names.
   struct Functions {
     int (*Load)(const char* path) = nullptr;
     void (*Close)() = nullptr;
     TextFunction GetMachineID = nullptr;
+    TextFunction GetProjectID = nullptr;
+    TextFunction GetMaterialID = nullptr;
     TextFunction GetFileArguments = nullptr;
     int (*GetModelDataSize)() = nullptr;
     int (*ReadLayer)(int index, unsigned char* buffer, int capacity, float reserved) = nullptr;
+    BytesFunction GetAESkey = nullptr;
+    BytesFunction ReadPreImg = nullptr;
+    BytesFunction ReadL101 = nullptr;
+    BytesFunction ReadL102 = nullptr;
+    BytesFunction ReadL103 = nullptr;
     TextFunction GetLastErrorText = nullptr;  // may be missing
   };
 
@@ -38,6 +53,7 @@ class NuvFileLibrary final : public IPrintFileLibrary {
   template <class Function>
   bool Resolve(const char* name, Function& function);
   static std::string Text(TextFunction function);
+  bool Bytes(BytesFunction function, const char* part, std::vector<uint8_t>& bytes) const;
   std::string LastError() const;
 
   QLibrary library_;

@@ -24,12 +24,22 @@ class IPrintFileLibrary {
 
   // Of the open file. Empty or 0 when there is none.
   virtual std::string GetMachineID() = 0;
+  virtual std::string GetProjectID() = 0;
+  virtual std::string GetMaterialID() = 0;
   virtual std::string GetFileArguments() = 0;  // lines "name=value"
   virtual int32_t GetModelDataSize() = 0;      // bytes of all data lines, without line ends
 
   // Replaces `line` by data line `index`, without line end. False, with a diagnostic, when there is
   // no such line or it cannot be read.
   virtual bool ReadLayer(int32_t index, std::vector<uint8_t>& line) = 0;
+
+  // What some printers are sent before the data lines. Replace `bytes`, which is empty when the
+  // file has no such part. False, with a diagnostic, when it cannot be read.
+  virtual bool GetAESkey(std::vector<uint8_t>& bytes) = 0;
+  virtual bool ReadPreImg(std::vector<uint8_t>& bytes) = 0;  // a PNG
+  virtual bool ReadL101(std::vector<uint8_t>& bytes) = 0;
+  virtual bool ReadL102(std::vector<uint8_t>& bytes) = 0;
+  virtual bool ReadL103(std::vector<uint8_t>& bytes) = 0;
 };
 
 }  // namespace Nuv::Connect

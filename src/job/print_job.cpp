@@ -21,8 +21,8 @@ namespace {
 constexpr int32_t kJobControl = 104;
 constexpr char kAbandonJob[] = "2";
 
-// The narrow path of a file that can be opened for reading.
-std::optional<std::string> ReadablePath(const std::wstring& path) {
+// The file at `path`, when it can be opened for reading.
+std::optional<JobFile> ReadableFile(const std::wstring& path) {
   std::optional<std::string> narrow = Platform::NarrowPath(path);
   if (!narrow) {
     Diagnostic("print file: the path cannot be written in this system's narrow characters");
@@ -32,7 +32,8 @@ std::optional<std::string> ReadablePath(const std::wstring& path) {
     Diagnostic("print file %s cannot be opened", narrow->c_str());
     return std::nullopt;
   }
-  return narrow;
+  // A part of a path that has a narrow form has one too.
+  return JobFile{*narrow, Platform::NarrowPath(Platform::FileName(path)).value_or(std::string())};
 }
 
 // Orders the printer to abandon the job. Its answer changes nothing: the host has cancelled.
@@ -99,23 +100,25 @@ int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
                       NuvJobProgressCallback progress) {
   const JobClaim claim(context.state);
   if (!claim.held()) return NUV_FAILED;
-  const std::optional<std::string> file = ReadablePath(path);
+  const std::optional<JobFile> file = ReadableFile(path);
   if (!file) return NUV_FILE_NOT_READABLE;
   if (!context.printFiles.LoadLibrary()) return NUV_NUVFILE_MISSING;
-  if (!context.printFiles.Load(*file)) return NUV_FILE_NOT_READABLE;
+  if (!context.printFiles.Load(file->path)) return NUV_FILE_NOT_READABLE;
   OpenFile openFile(context.printFiles);
   context.state.machineId = context.printFiles.GetMachineID();
 
-  const std::unique_ptr<ISendJobProc> sender = CreateSendJobProc(context.state.machineId, context);
+  const std::unique_ptr<ISendJobProc> sender =
+      CreateSendJobProc(context.state.machineId, *file, context);
   if (sender == nullptr) {
-    Diagnostic("print file %s: no sender for machine ID \"%s\"", file->c_str(),
+    Diagnostic("print file %s: no sender for machine ID \"%s\"", file->path.c_str(),
                context.state.machineId.c_str());
     return NUV_NO_JOB_SENDER;
   }
   context.state.freeBuffer = 0;
   const int32_t prepared = sender->PrepareJob(context.state.freeBuffer);
   if (prepared != NUV_OK) {
-    Diagnostic("print file %s: the printer did not open the job (%d)", file->c_str(), prepared);
+    Diagnostic("print file %s: the printer did not open the job (%d)", file->path.c_str(),
+               prepared);
     // The host may try again; the next load closes the file.
     openFile.LeaveOpen();
     return prepared;

@@ -9,20 +9,25 @@
 namespace Nuv::Connect {
 
 int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
-  const ProcContext procs{context_.channel, context_.MakeErrorCallback(), context_.clock};
   std::vector<std::string> values;
-  if (F102proc(procs).Process(values) != NUV_OK) return NUV_FAILED;
-  JobOpening job = ReadJobArguments(context_.printFiles.GetFileArguments());
-  job.dataBytes = context_.printFiles.GetModelDataSize();
-  if (F103proc(procs, job).Process(values) != NUV_OK) return NUV_FAILED;
+  if (F102proc(context_.Procs()).Process(values) != NUV_OK) return NUV_FAILED;
+  F103proc opening(context_.Procs(), OpeningOf(context_.printFiles));
+  if (opening.Process(values) != NUV_OK) return NUV_FAILED;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
 }
 
-std::unique_ptr<ISendJobProc> CreateSendJobProc(const std::string& machineId,
+std::unique_ptr<ISendJobProc> CreateSendJobProc(const std::string& machineId, const JobFile& file,
                                                 const JobContext& context) {
-  if (FamilyOf(machineId) == PrinterFamily::kZafelSuperfine) {
-    return std::make_unique<SendJobProcZSF>(context);
+  switch (FamilyOf(machineId)) {
+    case PrinterFamily::kZafelSuperfine:
+      return std::make_unique<SendJobProcZSF>(context);
+    case PrinterFamily::kBego:
+      return std::make_unique<SendJobProcBEGO>(context, file);
+    case PrinterFamily::kAndroid:
+      return std::make_unique<SendJobProcAndroid>(context, file);
+    case PrinterFamily::kUnknown:
+      break;
   }
   return nullptr;
 }

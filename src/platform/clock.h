@@ -3,6 +3,8 @@
 
 #include <chrono>
 
+#include "platform/interrupt.h"
+
 namespace Nuv::Platform {
 
 // Time as product code takes it; tests replace it, so that a minute of pacing runs in no time.
@@ -17,6 +19,11 @@ class Clock {
 
   // Blocks the calling thread for at least `duration`.
   virtual void SleepFor(std::chrono::milliseconds duration) = 0;
+
+  // As SleepFor, but over at once when `interrupt` is raised. True when it is.
+  virtual bool WaitFor(std::chrono::milliseconds duration, Interrupt& interrupt) {
+    return interrupt.WaitFor(duration);
+  }
 };
 
 // The system's clock; lives as long as the process.

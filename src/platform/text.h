@@ -10,6 +10,9 @@ namespace Nuv::Platform {
 // the locale; the ANSI code page on Windows. Nothing when the path has no such form.
 std::optional<std::string> NarrowPath(const std::wstring& path);
 
+// The last part of a path, without its folders.
+std::wstring FileName(const std::wstring& path);
+
 }  // namespace Nuv::Platform
 
 #endif  // NUV_PLATFORM_TEXT_H_

@@ -19,4 +19,8 @@ std::optional<std::string> NarrowPath(const std::wstring& path) {
   return narrow;
 }
 
+std::wstring FileName(const std::wstring& path) {
+  return path.substr(path.find_last_of(L"/\\:") + 1);
+}
+
 }  // namespace Nuv::Platform

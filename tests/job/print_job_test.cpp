@@ -1,115 +1,16 @@
 // What a job puts on the wire, and how it ends, on a clock that costs no time.
 
-#include "job/print_job.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "job/free_buffer.h"
 #include "job/machine_ids.h"
-#include "nuvconnect/ResultCodes.h"
-#include "tests/support/manual_clock.h"
-#include "tests/support/scripted_channel.h"
+#include "tests/job/job_fixture.h"
 
 namespace Nuv::Connect {
 namespace {
 
 using ::testing::ElementsAre;
-using Strings = std::vector<std::string>;
-
-constexpr char kZafelId[] = "3DPSNKG23WTW00001";
-
-// A print file held in memory.
-class FakePrintFiles final : public IPrintFileLibrary {
- public:
-  bool LoadLibrary() override { return available; }
-  bool Load(const std::string&) override {
-    ++loads;
-    return accepts;
-  }
-  void Close() override { ++closes; }
-  std::string GetMachineID() override { return machineId; }
-  std::string GetFileArguments() override {
-    return "layers=12\nlayer_thickness_mm=0.05\nprint_minutes=90\nresin_ml=7.5\nexposure_s=1.5\n"
-           "bottom_exposure_s=8\nlift_mm=6\nlift_mm_s=2.5\nretract_mm_s=3\n"
-           "laser_power_percent=80\nother=x\nbroken\n";
-  }
-  int32_t GetModelDataSize() override {
-    size_t total = 0;
-    for (const std::string& line : lines) total += line.size();
-    return static_cast<int32_t>(total);
-  }
-  bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override {
-    if (static_cast<size_t>(index) >= lines.size() || index == unreadable) return false;
-    const std::string& text = lines[static_cast<size_t>(index)];
-    line.assign(text.begin(), text.end());
-    return true;
-  }
-
-  bool available = true;
-  bool accepts = true;
-  std::string machineId = kZafelId;
-  Strings lines;
-  int32_t unreadable = -1;
-  int loads = 0;
-  int closes = 0;
-};
-
-// What the host was told, and when it cancels. The callbacks are plain functions, hence static.
-struct Host {
-  int starts = 0;
-  std::vector<std::pair<int, int>> updates;
-  std::vector<float> percents;
-  std::vector<std::pair<int, int>> errors;
-  int asked = 0;
-  int cancelFrom = -1;  // the question from which on the answer is yes
-};
-Host g_host;
-
-class JobTest : public ::testing::Test {
- public:
-  void SetUp() override {
-    g_host = Host();
-    callbacks.errorCode = [](int result, int code) { g_host.errors.emplace_back(result, code); };
-    callbacks.sendStart = [] { ++g_host.starts; };
-    callbacks.sendUpdate = [](int total, int sent) { g_host.updates.emplace_back(total, sent); };
-    callbacks.sendCancel = [] {
-      return g_host.cancelFrom >= 0 && g_host.asked++ >= g_host.cancelFrom;
-    };
-    path = std::filesystem::path(::testing::TempDir()) / "job.txt";
-    WriteFile("");
-    printer.Always("F102", "F102 OK S:0");
-    printer.Always("F103", "F103 OK");
-    printer.Always("F104", "F104 OK");
-    HasFreeBuffer(1000000);
-  }
-  void TearDown() override {
-    EXPECT_TRUE(state.linkFree) << "the status thread would stay off the link for ever";
-    EXPECT_FALSE(state.jobRunning);
-  }
-
-  void HasFreeBuffer(int bytes) { printer.Always("F117", "F117 OK S:" + std::to_string(bytes)); }
-  void WriteFile(const std::string& text) const { std::ofstream(path, std::ios::binary) << text; }
-  int32_t Send() {
-    return SendPrintFile(Context(), path.wstring(),
-                         [](float percent) { g_host.percents.push_back(percent); });
-  }
-  int32_t SendCommands() {
-    return SendGCodeFile(Context(), path.wstring(),
-                         [](float percent) { g_host.percents.push_back(percent); });
-  }
-  JobContext Context() { return {printer, clock, files, callbacks, state}; }
-
-  ScriptedChannel printer;
-  ManualClock clock;
-  FakePrintFiles files;
-  HostCallbacks callbacks;
-  JobState state;
-  std::filesystem::path path;
-};
 
 TEST_F(JobTest, OpensAndStreamsLineByLine) {
   files.lines = {"abc", "", "defgh"};

@@ -40,8 +40,10 @@ void Receiving(Bench&, RawClient& client) {
 
 // Third of four layers.
 void Printing(Bench& bench, RawClient& client) {
-  client.Send(JobRequest(10) + "0123456789\r\n");
+  client.Send(JobRequest(10));
   ASSERT_EQ(client.ReadLine(), "F103 OK");
+  client.Ask("F117");  // of a dental job, the header ends here
+  client.Send("0123456789\r\n");
   ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Status().state == State::kPrinting; }));
   bench.Pass(milliseconds(2500));
 }
@@ -52,7 +54,7 @@ const ReplyRow kReplies[] = {
     {"Identity", nullptr, "F101",
      "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0"},
     {"IdentityPrinting", Printing, "F101",
-     "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0 L:3 T:5 R:Printing"},
+     "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0 S:1 L:3 T:5 R:Printing"},
     {"StateIdle", nullptr, "F102", "F102 OK S:0"},
     {"StateReceiving", Receiving, "F102", "F102 OK S:2"},
     {"StatePrinting", Printing, "F102", "F102 OK S:1 L:3 T:5 C:50% R:Job1"},

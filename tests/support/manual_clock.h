@@ -3,10 +3,14 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
 
 #include "platform/clock.h"
 
-// A clock on which every sleep is over at once and counted.
+// A clock on which every sleep is over at once and counted. A wait that can be interrupted lasts
+// until the test advances the clock far enough.
 class ManualClock final : public Nuv::Platform::Clock {
  public:
   std::chrono::nanoseconds Now() const override { return std::chrono::milliseconds(slept_); }
@@ -17,9 +21,43 @@ class ManualClock final : public Nuv::Platform::Clock {
   int64_t SleptMs() const { return slept_; }
   int Sleeps() const { return sleeps_; }
 
+  bool WaitFor(std::chrono::milliseconds duration, Nuv::Platform::Interrupt& interrupt) override {
+    const std::chrono::nanoseconds end = Now() + duration;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      interrupt_ = &interrupt;
+      waits_.push_back(duration.count());
+      began_.notify_all();
+    }
+    const bool raised = interrupt.WaitUntil([&] { return Now() >= end; });
+    const std::lock_guard<std::mutex> lock(mutex_);
+    interrupt_ = nullptr;
+    return raised;
+  }
+
+  // Blocks until the wait of this number, counted from 1, has begun. Its milliseconds.
+  int64_t AwaitWait(size_t number) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    began_.wait(lock, [&] { return waits_.size() >= number; });
+    return waits_[number - 1];
+  }
+  size_t Waits() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return waits_.size();
+  }
+  void Advance(std::chrono::milliseconds duration) {
+    slept_ += duration.count();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (interrupt_ != nullptr) interrupt_->Recheck();
+  }
+
  private:
   std::atomic<int64_t> slept_{0};
   std::atomic<int> sleeps_{0};
+  std::mutex mutex_;
+  std::condition_variable began_;
+  Nuv::Platform::Interrupt* interrupt_ = nullptr;
+  std::vector<int64_t> waits_;
 };
 
 #endif  // NUV_TESTS_MANUAL_CLOCK_H_

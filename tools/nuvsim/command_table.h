@@ -27,6 +27,7 @@ const CommandTable& NetworkCommands();
 const CommandTable& HistoryCommands();
 const CommandTable& LightEngineCommands();
 const CommandTable& JobCommands();
+const CommandTable& FirmwareCommands();
 
 // Fields that several topics answer with.
 std::string StateField(Machine& machine);

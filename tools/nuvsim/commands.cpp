@@ -10,7 +10,7 @@ namespace {
 const CommandRow* Find(int code) {
   for (const CommandTable* table :
        {&IdentityCommands(), &ResinCommands(), &SettingsCommands(), &NetworkCommands(),
-        &HistoryCommands(), &LightEngineCommands(), &JobCommands()}) {
+        &HistoryCommands(), &LightEngineCommands(), &JobCommands(), &FirmwareCommands()}) {
     const auto row = std::find_if(table->begin(), table->end(),
                                   [code](const CommandRow& each) { return each.code == code; });
     if (row != table->end()) return &*row;

@@ -86,6 +86,29 @@ json Status(const Call& call) {
 
 json Requests(const Call& call) { return {{"requests", call.simulator.Requests(call.printer)}}; }
 
+json Describe(const ReceivedItem& item) {
+  json blocks = json::array();
+  for (const BlockRun& run : item.blocks) blocks.push_back({run.bytes, run.count});
+  return {{"kind", item.kind},
+          {"name", item.name},
+          {"job", item.job},
+          {"announcedBytes", item.announcedBytes},
+          {"receivedBytes", item.receivedBytes},
+          {"blocks", blocks},
+          {"complete", item.complete},
+          {"started", item.started},
+          {"sha1", item.sha1},
+          {"file", item.file.string()}};
+}
+
+json Received(const Call& call) {
+  json items = json::array();
+  for (const ReceivedItem& item : call.simulator.Received(call.printer)) {
+    items.push_back(Describe(item));
+  }
+  return {{"received", items}};
+}
+
 json InjectFault(const Call& call) {
   const json* fault = call.request.Find("fault");
   if (fault == nullptr) throw ConfigError("request.fault: is missing");
@@ -151,9 +174,9 @@ struct VerbRow {
 };
 
 constexpr VerbRow kVerbs[] = {
-    {"status", Status, false},     {"requests", Requests, false}, {"fault", InjectFault, true},
-    {"clear", ClearFaults, false}, {"state", SetState, true},     {"unplug", Unplug, false},
-    {"replug", Replug, false},     {"quit", Quit, false},
+    {"status", Status, false},    {"requests", Requests, false}, {"received", Received, false},
+    {"fault", InjectFault, true}, {"clear", ClearFaults, false}, {"state", SetState, true},
+    {"unplug", Unplug, false},    {"replug", Replug, false},     {"quit", Quit, false},
 };
 
 json CarryOut(Simulator& simulator, const std::string& text, bool& quits) {

@@ -22,7 +22,8 @@ std::size_t LineEndLength(std::string_view line) {
 LineSplitter::LineSplitter(std::uint64_t longestData, LineSink& sink)
     : longestData_(longestData), sink_(sink) {}
 
-void LineSplitter::Feed(std::string_view bytes) {
+std::size_t LineSplitter::Feed(std::string_view bytes) {
+  const std::size_t fed = bytes.size();
   while (!bytes.empty()) {
     const std::size_t end = bytes.find('\n');
     const bool ends = end != std::string_view::npos;
@@ -39,8 +40,9 @@ void LineSplitter::Feed(std::string_view bytes) {
         discarded_ = 0;
       }
     }
-    if (!goesOn) return;
+    if (!goesOn) break;
   }
+  return fed - bytes.size();
 }
 
 void LineSplitter::Hold(std::string_view piece) {

@@ -17,8 +17,8 @@ class LineSink {
  public:
   virtual ~LineSink() = default;
 
-  // A line that begins with "F" and a digit, without its line end. False: stop, the rest of what
-  // was fed is void.
+  // A line that begins with "F" and a digit, without its line end. False: stop, what
+  // follows is not for this splitter.
   virtual bool OnCommand(std::string_view line) = 0;
 
   // Any other line as received, with its line end (none for what the sender left unfinished).
@@ -36,7 +36,8 @@ class LineSplitter {
   // `longestData`: longest data line kept, in bytes with its line end. `sink` must outlive this.
   LineSplitter(std::uint64_t longestData, LineSink& sink);
 
-  void Feed(std::string_view bytes);
+  // Returns how many of the bytes were taken: all, unless the receiver has said to stop.
+  std::size_t Feed(std::string_view bytes);
 
   // The sender is gone: what it left of a data line counts as a line, of a command is forgotten.
   void Finish();

@@ -17,7 +17,8 @@ Machine::Machine(PrinterConfig config, Clock clock, CalendarTime switchedOn,
       clockAtStart_(clock_()),
       switchedOn_(switchedOn),
       buffer_(config_.bufferBytes, config_.drainRate, clockAtStart_),
-      jobs_(std::move(folder), std::move(prefix)) {
+      jobs_(folder, prefix),
+      intake_(std::move(folder), std::move(prefix)) {
   settings_.nickname = config_.nickname;
 }
 
@@ -30,9 +31,10 @@ bool Machine::JobIs(JobStatus status) const {
   return job != nullptr && job->status == status;
 }
 
-bool Machine::OpenJob(const JobAnnouncement& announced) {
+bool Machine::OpenJob(const JobAnnouncement& announced, const std::string& name) {
   if (CurrentState() != State::kIdle) return false;
-  jobs_.Open(announced, CalendarAt(clock_()));
+  JobRecord& job = jobs_.Open(announced, CalendarAt(clock_()));
+  if (!name.empty()) job.name = name;
   ++counters_.jobsAccepted;
   CompleteIfReceived();
   return true;

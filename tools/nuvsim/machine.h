@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "nuvsim/intake.h"
 #include "nuvsim/job_store.h"
 #include "nuvsim/models.h"
 #include "nuvsim/receive_buffer.h"
@@ -48,8 +49,12 @@ class Machine {
   std::uint32_t WiredAddress() const { return wiredAddress_; }
   void SetWiredAddress(std::uint32_t address) { wiredAddress_ = address; }
 
-  // Job life. OpenJob is refused (false) unless the printer is idle.
-  bool OpenJob(const JobAnnouncement& announced);
+  Intake& GetIntake() { return intake_; }
+  std::chrono::steady_clock::time_point Now() const { return clock_(); }
+
+  // Job life. OpenJob is refused (false) unless the printer is idle. An empty `name` stands for
+  // one that is made from the job's index.
+  bool OpenJob(const JobAnnouncement& announced, const std::string& name = "");
   void AbandonJob();
   const JobRecord* LastJob();       // null before the first
   const JobRecord* Job(int index);  // null when there is no such job
@@ -58,7 +63,10 @@ class Machine {
   // text when no job is open. A line that does not fit is lost.
   void TakeLine(std::string_view line);
   void LoseLine(std::uint64_t bytes);
-  void FlushFiles() { jobs_.Flush(); }
+  void FlushFiles() {
+    jobs_.Flush();
+    intake_.Flush();
+  }
 
   // What the printer reports.
   State CurrentState();
@@ -98,6 +106,7 @@ class Machine {
   CalendarTime switchedOn_;
   ReceiveBuffer buffer_;
   JobStore jobs_;
+  Intake intake_;
   Counters counters_;
   std::uint32_t wiredAddress_ = 0;
   std::optional<int> errorNumber_;

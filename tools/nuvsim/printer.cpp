@@ -12,6 +12,16 @@ namespace {
 // A host that polls for days must not exhaust the memory.
 constexpr std::size_t kRequestsKept = 100000;
 
+// A sender of raw bytes that is silent for so long has given up.
+constexpr std::chrono::seconds kSilence{1};
+
+// Whether a host takes the command for accepted although this happens to the answer. If not, it
+// goes on with lines.
+bool LeavesAccepted(FaultKind kind) {
+  return kind == FaultKind::kLate || kind == FaultKind::kPieces || kind == FaultKind::kTwice ||
+         kind == FaultKind::kBadNumber || kind == FaultKind::kOversized;
+}
+
 // Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
 bool TellsBuffer(int code, const std::string& answer) {
   return (code == 117 || code == 503) && answer.find(" S:") != std::string::npos;
@@ -35,6 +45,7 @@ void Printer::ClientCame(std::uint32_t at) {
 }
 
 void Printer::ClientLeft() {
+  EndPhase();
   splitter_.Finish();
   machine_.FlushFiles();
   connected_ = false;
@@ -42,18 +53,43 @@ void Printer::ClientLeft() {
 
 Reaction Printer::Receive(std::string_view bytes) {
   reaction_ = Reaction();
+  EndSilentPhase();
   while (!bytes.empty() && reaction_.closing == Closing::kNone) {
     const std::uint64_t beforeCut = faults_.BytesBeforeCut();
     const std::string_view part =
         bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(beforeCut, bytes.size())));
     bytes.remove_prefix(part.size());
     counters_.bytesReceived += part.size();
-    splitter_.Feed(part);
+    Take(part);
     const Closing cut = faults_.CountBytes(part.size());
     if (reaction_.closing == Closing::kNone) reaction_.closing = cut;
   }
   machine_.FlushFiles();
   return std::move(reaction_);
+}
+
+void Printer::Take(std::string_view bytes) {
+  while (!bytes.empty() && reaction_.closing == Closing::kNone) {
+    if (!phase_) {
+      bytes.remove_prefix(splitter_.Feed(bytes));
+      continue;
+    }
+    bytes.remove_prefix(phase_->Take(bytes));
+    lastRaw_ = machine_.Now();
+    if (phase_->IsOver()) EndPhase();
+  }
+}
+
+void Printer::EndPhase() {
+  if (!phase_) return;
+  phase_->Stop();
+  const std::string held = phase_->Held();
+  phase_.reset();
+  Take(held);
+}
+
+void Printer::EndSilentPhase() {
+  if (phase_ && phase_->EndsInSilence() && machine_.Now() - lastRaw_ >= kSilence) EndPhase();
 }
 
 bool Printer::OnCommand(std::string_view line) {
@@ -63,6 +99,7 @@ bool Printer::OnCommand(std::string_view line) {
   if (log_) log_(false, line);
 
   const Request request = ParseRequest(line);
+  machine_.GetIntake().ForgetPhase();
   std::string answer = Answer(machine_, request);
   if (TellsBuffer(request.code, answer) && faults_.TakeBufferFull(request.code)) {
     answer = ReplaceField(answer, "S", "0");
@@ -70,11 +107,14 @@ bool Printer::OnCommand(std::string_view line) {
   if (const auto fault = faults_.TakeForAnswer(request.code)) {
     AnswerWithFault(*fault, answer, reaction_);
     LogAnswer(answer, std::string("(fault ") + FaultName(fault->kind) + ") ");
+    if (!LeavesAccepted(fault->kind)) machine_.GetIntake().ForgetPhase();
   } else {
     AnswerProperly(answer, reaction_);
     LogAnswer(answer, "");
   }
-  return reaction_.closing == Closing::kNone;
+  phase_ = machine_.GetIntake().TakePhase();
+  lastRaw_ = machine_.Now();
+  return reaction_.closing == Closing::kNone && !phase_;
 }
 
 // An entry for each line of the answer.
@@ -98,9 +138,15 @@ std::vector<Delivery> Printer::ReceiveSearch(std::string_view datagram, const st
   return AnswerSearch(machine_.Config(), address, port, faults_.TakeForSearch(), datagram);
 }
 
+std::vector<ReceivedItem> Printer::Received() {
+  EndSilentPhase();
+  return machine_.GetIntake().Items();
+}
+
 Counters Printer::Totals() {
   Counters totals = counters_;
-  totals.writeErrors = machine_.Jobs().WriteErrors();  // brings the printing up to date
+  // Asking for the jobs brings the printing up to date.
+  totals.writeErrors = machine_.Jobs().WriteErrors() + machine_.GetIntake().WriteErrors();
   const Counters& jobs = machine_.JobCounters();
   totals.jobsAccepted = jobs.jobsAccepted;
   totals.jobsFinished = jobs.jobsFinished;
@@ -120,6 +166,16 @@ PrinterStatus Printer::Status() {
   status.connected = connected_;
   status.armedFaults = faults_.Size();
   return status;
+}
+
+std::optional<std::chrono::nanoseconds> Printer::TimeToNextStep() {
+  EndSilentPhase();
+  std::optional<std::chrono::nanoseconds> next = machine_.TimeToNextStep();
+  if (phase_ && phase_->EndsInSilence()) {
+    const std::chrono::nanoseconds left = lastRaw_ + kSilence - machine_.Now();
+    next = std::min(next.value_or(left), left);
+  }
+  return next;
 }
 
 }  // namespace nuvsim

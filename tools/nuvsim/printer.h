@@ -5,10 +5,13 @@
 #ifndef NUVSIM_PRINTER_H_
 #define NUVSIM_PRINTER_H_
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +19,7 @@
 #include "nuvsim/fault_list.h"
 #include "nuvsim/line_splitter.h"
 #include "nuvsim/machine.h"
+#include "nuvsim/raw_phase.h"
 #include "nuvsim/reply_faults.h"
 #include "nuvsim/types.h"
 
@@ -45,18 +49,28 @@ class Printer final : private LineSink {
 
   // The newest command lines in order of arrival, without line ends.
   std::vector<std::string> Requests() const { return {requests_.begin(), requests_.end()}; }
+  std::vector<ReceivedItem> Received();
   Counters Totals();
   PrinterStatus Status();
+
+  // Time until something happens by itself: the printing takes a step, or silence ends a stretch
+  // of raw bytes. Empty when nothing is due.
+  std::optional<std::chrono::nanoseconds> TimeToNextStep();
 
  private:
   bool OnCommand(std::string_view line) override;
   void OnData(std::string_view line) override;
   void OnLostData(std::uint64_t bytes) override;
+  void Take(std::string_view bytes);
+  void EndPhase();
+  void EndSilentPhase();
   void LogAnswer(const std::string& answer, const std::string& remark);
 
   Machine machine_;
   FaultList faults_;
   LineSplitter splitter_;
+  std::unique_ptr<RawPhase> phase_;  // null while lines come
+  std::chrono::steady_clock::time_point lastRaw_;
   Log log_;
   std::deque<std::string> requests_;
   Counters counters_;  // of the wire; jobs are counted by the machine

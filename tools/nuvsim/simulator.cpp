@@ -73,6 +73,18 @@ std::string Simulator::JobBytes(std::size_t printer, int index) const {
   return ReadFile(JobFile(printer, index));
 }
 
+std::vector<ReceivedItem> Simulator::Received(std::size_t printer) const {
+  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
+  return impl_->devices.at(printer)->printer.Received();
+}
+
+std::string Simulator::ReceivedBytes(const std::string& kind, std::size_t printer) const {
+  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
+  const ReceivedItem* item =
+      impl_->devices.at(printer)->printer.GetMachine().GetIntake().Last(kind);
+  return item == nullptr ? std::string() : ReadFile(item->file);
+}
+
 std::filesystem::path Simulator::CommandFile(std::size_t printer) const {
   const std::lock_guard<std::mutex> lock(impl_->stateMutex);
   return impl_->devices.at(printer)->printer.GetMachine().Jobs().CommandFile();

@@ -51,6 +51,10 @@ class Simulator {
   // when there is no such job.
   std::filesystem::path JobFile(std::size_t printer = 0, int index = 0) const;
   std::string JobBytes(std::size_t printer = 0, int index = 0) const;
+  // What came besides lines, in order of arrival (the newest 10000), and the payload of the newest
+  // item of a kind, empty before the first.
+  std::vector<ReceivedItem> Received(std::size_t printer = 0) const;
+  std::string ReceivedBytes(const std::string& kind, std::size_t printer = 0) const;
   // Data lines received while no job was open.
   std::string CommandText(std::size_t printer = 0) const;
   std::filesystem::path CommandFile(std::size_t printer = 0) const;

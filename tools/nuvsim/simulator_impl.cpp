@@ -78,7 +78,7 @@ void Simulator::Impl::Device::ArmStepTimer() {
   std::optional<std::chrono::nanoseconds> next;
   {
     const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    next = printer.GetMachine().TimeToNextStep();
+    next = printer.TimeToNextStep();
   }
   if (!next) return;
   stepTimer.expires_after(std::max(*next, kShortestStep));

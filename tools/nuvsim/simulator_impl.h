@@ -49,7 +49,7 @@ class Simulator::Impl {
 
     void Listen(std::uint16_t wantedPort);
     void Unplug();
-    // Wakes the waiters when the printing takes its next step.
+    // Wakes the waiters when something happens that only time brings about.
     void ArmStepTimer();
 
     Impl& owner;

@@ -140,6 +140,29 @@ struct JobRecord {
   std::filesystem::path file;  // the data lines as received
 };
 
+// So many frames of equal payload, one after the other.
+struct BlockRun {
+  std::uint32_t bytes = 0;
+  std::uint64_t count = 0;
+};
+
+// Something that came besides lines, or that a host has announced without sending it.
+struct ReceivedItem {
+  // "key", "L101", "L102", "L103": of a job's header; "thumbnail"; "engine", "panel", "android":
+  // firmware images; "announcement": a print file, of which nothing but its size, name and digest
+  // came.
+  std::string kind;
+  std::string name;  // the host's file name; none for what belongs to a job's header
+  int job = 0;       // index of the job that it is the header of, else 0
+  std::uint64_t announcedBytes = 0;
+  std::uint64_t receivedBytes = 0;  // payload so far
+  std::vector<BlockRun> blocks;     // frames in order; none for what comes without frames
+  bool complete = false;            // all announced bytes came
+  bool started = false;             // the printer has taken the image as its firmware
+  std::string sha1;  // of the payload once no more is taken; of an announcement the host's
+  std::filesystem::path file;  // the payload; the next item of this kind replaces it
+};
+
 // Totals since the start; they only grow.
 struct Counters {
   std::uint64_t connections = 0;    // accepted

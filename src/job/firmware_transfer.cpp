@@ -1,0 +1,49 @@
+#include "job/firmware_transfer.h"
+
+#include <chrono>
+
+#include "job/job_claim.h"
+#include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+
+namespace Nuv::Connect {
+namespace {
+
+constexpr std::chrono::milliseconds kBlockPause(15);
+// How long a printer waits for an announced image before it takes lines for commands again.
+constexpr std::chrono::seconds kPrinterWaits(1);
+
+}  // namespace
+
+int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>& announce) {
+  const JobClaim claim(context.state);
+  if (!claim.held()) return NUV_FAILED;
+  const LinkClaim link(context.state);
+  const int32_t result = announce();
+  if (result == NUV_OK) context.state.quietUntil = context.clock.Now() + kPrinterWaits;
+  return result;
+}
+
+int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& image,
+                     BlockHeader header) {
+  const JobClaim claim(context.state);
+  if (!claim.held()) return NUV_FAILED;
+  const LinkClaim link(context.state);
+  context.callbacks.ReportStart();
+  bool written = true;
+  for (BlockStream blocks(image, header); !blocks.AtEnd();) {
+    context.clock.SleepFor(kBlockPause);
+    if (context.callbacks.IsCancelled()) return NUV_CANCELLED;
+    const bool block = context.channel.SendBytes(blocks.Next());
+    if (written && !block) {
+      Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu was not written",
+                           blocks.sent(), image.size());
+    }
+    written = written && block;
+    context.callbacks.ReportSent(static_cast<int32_t>(image.size()),
+                                 static_cast<int32_t>(blocks.sent()));
+  }
+  return NUV_OK;
+}
+
+}  // namespace Nuv::Connect

@@ -1,0 +1,86 @@
+#include "command/code_procs.h"
+#include "job/file_digest.h"
+#include "job/job_arguments.h"
+#include "job/send_job_proc.h"
+#include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+
+using Nuv::Platform::Diagnostic;
+
+namespace Nuv::Connect {
+namespace {
+
+constexpr char kThumbnailName[] = "Thumbnail.png";
+
+// Appends what `read` reads to `joined`.
+template <class Read>
+bool Append(Read read, std::vector<uint8_t>& joined) {
+  std::vector<uint8_t> record;
+  if (!read(record)) return false;
+  joined.insert(joined.end(), record.begin(), record.end());
+  return true;
+}
+
+}  // namespace
+
+bool SendJobProcAndroid::ReadParts(Parts& parts) const {
+  IPrintFileLibrary& file = context_.printFiles;
+  return file.ReadPreImg(parts.thumbnail) &&
+         Append([&](auto& record) { return file.ReadL101(record); }, parts.records) &&
+         Append([&](auto& record) { return file.ReadL102(record); }, parts.records) &&
+         Append([&](auto& record) { return file.ReadL103(record); }, parts.records);
+}
+
+int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
+  // The name stands in angle brackets on a line.
+  if (file_.name.find_first_of("\r\n>") != std::string::npos) {
+    Diagnostic("print file %s: a name with a line end or > cannot be sent", file_.path.c_str());
+    return NUV_FILE_NOT_READABLE;
+  }
+  // Before the first exchange: a damaged file then costs the printer nothing.
+  Parts parts;
+  const std::optional<FileDigest> digest = DigestOf(file_.path);
+  if (!digest || !ReadParts(parts)) return NUV_FILE_NOT_READABLE;
+
+  const LinkClaim link(context_.state);
+  std::vector<std::string> values;
+  if (F102proc(context_.Procs()).Process(values) != NUV_OK ||
+      F508proc(context_.Procs(), digest->bytes, digest->sha1, file_.name).Process(values) !=
+          NUV_OK ||
+      SendThumbnail(parts.thumbnail) != NUV_OK) {
+    return NUV_FAILED;
+  }
+  // A printer that has not opened the job would take the bytes that follow for commands.
+  F500proc opening(context_.Procs(), OpeningOf(context_.printFiles), file_.name);
+  const int32_t opened = opening.ProcessAccepted(values);
+  if (opened != NUV_OK) return opened;
+  SendBlocks(parts.records, BlockHeader::kNone);
+  return NUV_OK;
+}
+
+int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) const {
+  if (thumbnail.empty()) return NUV_OK;
+  std::vector<std::string> values;
+  F501proc announcement(context_.Procs(), static_cast<uint32_t>(thumbnail.size()), kThumbnailName);
+  const int32_t result = announcement.Process(values);
+  if (result != NUV_OK) return result;
+  // A printer that does not want a thumbnail prints all the same.
+  if (announcement.accepted()) {
+    SendBlocks(thumbnail, BlockHeader::kL105);
+  } else {
+    Diagnostic("job: the printer refused the thumbnail");
+  }
+  return NUV_OK;
+}
+
+// Unchecked: a lost connection shows in the query behind.
+void SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const {
+  bool written = true;
+  for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {
+    const bool block = context_.channel.SendBytes(blocks.Next());
+    if (written && !block) Diagnostic("job: a block before the data lines was not written");
+    written = written && block;
+  }
+}
+
+}  // namespace Nuv::Connect

@@ -1,0 +1,35 @@
+#ifndef NUV_PLATFORM_INTERRUPT_H_
+#define NUV_PLATFORM_INTERRUPT_H_
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace Nuv::Platform {
+
+// Ends waiting for good: what waits on it returns at once when it is raised, and from then on.
+//
+// Thread-safety: safe.
+class Interrupt {
+ public:
+  void Raise();
+  bool raised() const;
+
+  // Blocks for `duration` or until raised. True when raised.
+  bool WaitFor(std::chrono::milliseconds duration);
+
+  // Blocks until raised or `over` is true, which is looked at again after each Recheck: for clocks
+  // that do not run by themselves. True when raised.
+  bool WaitUntil(const std::function<bool()>& over);
+  void Recheck();
+
+ private:
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  bool raised_ = false;
+};
+
+}  // namespace Nuv::Platform
+
+#endif  // NUV_PLATFORM_INTERRUPT_H_

@@ -1,0 +1,131 @@
+// A job between a scripted printer and a print file in memory, on a clock that costs no time.
+#ifndef NUV_TESTS_JOB_FIXTURE_H_
+#define NUV_TESTS_JOB_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "job/print_job.h"
+#include "nuvconnect/ResultCodes.h"
+#include "tests/support/manual_clock.h"
+#include "tests/support/scripted_channel.h"
+
+namespace Nuv::Connect {
+
+using Strings = std::vector<std::string>;
+
+inline constexpr char kZafelId[] = "3DPSNKG23WTW00001";
+
+// A print file held in memory.
+class FakePrintFiles final : public IPrintFileLibrary {
+ public:
+  bool LoadLibrary() override { return available; }
+  bool Load(const std::string&) override {
+    ++loads;
+    return accepts;
+  }
+  void Close() override { ++closes; }
+  std::string GetMachineID() override { return machineId; }
+  std::string GetProjectID() override { return "P7"; }
+  std::string GetMaterialID() override { return "Resin A"; }
+  std::string GetFileArguments() override {
+    return "layers=12\nlayer_thickness_mm=0.05\nprint_minutes=90\nresin_ml=7.5\nexposure_s=1.5\n"
+           "bottom_exposure_s=8\nlift_mm=6\nlift_mm_s=2.5\nretract_mm_s=3\n"
+           "laser_power_percent=80\nother=x\nbroken\n";
+  }
+  int32_t GetModelDataSize() override {
+    size_t total = 0;
+    for (const std::string& line : lines) total += line.size();
+    return static_cast<int32_t>(total);
+  }
+  bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override {
+    if (static_cast<size_t>(index) >= lines.size() || index == unreadable) return false;
+    const std::string& text = lines[static_cast<size_t>(index)];
+    line.assign(text.begin(), text.end());
+    return true;
+  }
+
+  bool GetAESkey(std::vector<uint8_t>& bytes) override { return Part(key, bytes); }
+  bool ReadPreImg(std::vector<uint8_t>& bytes) override { return Part(preview, bytes); }
+  bool ReadL101(std::vector<uint8_t>& bytes) override { return Part(l101, bytes); }
+  bool ReadL102(std::vector<uint8_t>& bytes) override { return Part(l102, bytes); }
+  bool ReadL103(std::vector<uint8_t>& bytes) override { return Part(l103, bytes); }
+
+  bool available = true;
+  bool accepts = true;
+  std::string machineId = kZafelId;
+  Strings lines;
+  int32_t unreadable = -1;
+  std::string key, preview, l101, l102, l103;
+  const std::string* damaged = nullptr;  // the part of these that cannot be read
+  int loads = 0;
+  int closes = 0;
+
+ private:
+  bool Part(const std::string& part, std::vector<uint8_t>& bytes) const {
+    bytes.assign(part.begin(), part.end());
+    return &part != damaged;
+  }
+};
+
+// What the host was told, and when it cancels. The callbacks are plain functions, hence static.
+struct Host {
+  int starts = 0;
+  std::vector<std::pair<int, int>> updates;
+  std::vector<float> percents;
+  std::vector<std::pair<int, int>> errors;
+  int asked = 0;
+  int cancelFrom = -1;  // the question from which on the answer is yes
+};
+inline Host g_host;
+
+class JobTest : public ::testing::Test {
+ public:
+  void SetUp() override {
+    g_host = Host();
+    callbacks.errorCode = [](int result, int code) { g_host.errors.emplace_back(result, code); };
+    callbacks.sendStart = [] { ++g_host.starts; };
+    callbacks.sendUpdate = [](int total, int sent) { g_host.updates.emplace_back(total, sent); };
+    callbacks.sendCancel = [] {
+      return g_host.cancelFrom >= 0 && g_host.asked++ >= g_host.cancelFrom;
+    };
+    path = std::filesystem::path(::testing::TempDir()) / "job.txt";
+    WriteFile("");
+    printer.Always("F102", "F102 OK S:0");
+    printer.Always("F103", "F103 OK");
+    printer.Always("F104", "F104 OK");
+    HasFreeBuffer(1000000);
+  }
+  void TearDown() override {
+    EXPECT_TRUE(state.linkFree) << "the status thread would stay off the link for ever";
+    EXPECT_FALSE(state.jobRunning);
+  }
+
+  void HasFreeBuffer(int bytes) { printer.Always("F117", "F117 OK S:" + std::to_string(bytes)); }
+  void WriteFile(const std::string& text) const { std::ofstream(path, std::ios::binary) << text; }
+  int32_t Send() {
+    return SendPrintFile(Context(), path.wstring(),
+                         [](float percent) { g_host.percents.push_back(percent); });
+  }
+  int32_t SendCommands() {
+    return SendGCodeFile(Context(), path.wstring(),
+                         [](float percent) { g_host.percents.push_back(percent); });
+  }
+  JobContext Context() { return {printer, clock, files, callbacks, state}; }
+
+  ScriptedChannel printer;
+  ManualClock clock;
+  FakePrintFiles files;
+  HostCallbacks callbacks;
+  JobState state;
+  std::filesystem::path path;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_TESTS_JOB_FIXTURE_H_
