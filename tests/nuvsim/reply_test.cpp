@@ -54,7 +54,7 @@ const ReplyRow kReplies[] = {
     {"Identity", nullptr, "F101",
      "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0"},
     {"IdentityPrinting", Printing, "F101",
-     "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0 L:3 T:5 R:Printing"},
+     "F101 OK V:1.0.0 N:nuvsim M:Zafel Superfine S:SIM0000000001 C:1.0 S:1 L:3 T:5 R:Printing"},
     {"StateIdle", nullptr, "F102", "F102 OK S:0"},
     {"StateReceiving", Receiving, "F102", "F102 OK S:2"},
     {"StatePrinting", Printing, "F102", "F102 OK S:1 L:3 T:5 C:50% R:Job1"},

@@ -22,8 +22,10 @@ std::string IdentityFields(const Machine& machine, const std::string& serial) {
          " C:" + config.controllerVersion;
 }
 
+// While a print runs a second S follows: the state.
 std::string Identity(Machine& machine, const Request&) {
-  return "OK " + IdentityFields(machine, IdentitySerial(machine)) + ProgressFields(machine);
+  return "OK " + IdentityFields(machine, IdentitySerial(machine)) +
+         (machine.Printing() ? " S:1" : "") + ProgressFields(machine);
 }
 
 std::string DentalIdentity(Machine& machine, const Request&) {
