@@ -1,28 +1,31 @@
 #include "connect/local_link.h"
 
+#include "connect/search_settings.h"
+#include "platform/diagnostics.h"
+
 namespace Nuv::Connect {
+namespace {
 
-LocalLink::LocalLink(std::string identification, int searchPort, int replyPort)
-    : identification_(std::move(identification)), searchPort_(searchPort), replyPort_(replyPort) {}
+constexpr int kUsb = 0;
+constexpr int kSockets = 1;
 
-bool LocalLink::SearchDevices(std::vector<std::string>& /*found*/, const std::string& /*address*/,
-                              const std::string& /*netmask*/, int /*timeoutMs*/) {
-  return false;
+}  // namespace
+
+bool LocalLink::SearchDevices(std::vector<std::string>& found, const std::string& address,
+                              const std::string& netmask, int timeoutMs) {
+  const SearchSettings& settings = SearchSettings::Instance();
+  return sockets_.SearchDevices(settings.message(), settings.port(), address, netmask,
+                                EffectiveTimeoutMs(timeoutMs), found);
 }
 
-bool LocalLink::EnumerateDevices(std::vector<std::string>& found) {
-  found.clear();
-  return true;
+void LocalLink::set_mode(int mode) {
+  if (mode != kUsb && mode != kSockets) {
+    Platform::Diagnostic("local link: no mode %d", mode);
+    return;
+  }
+  if (usesSockets_ == (mode == kSockets)) return;
+  Close();
+  usesSockets_ = mode == kSockets;
 }
-
-bool LocalLink::Open(int /*index*/) { return false; }
-
-void LocalLink::Close() {}
-
-bool LocalLink::Write(const uint8_t* /*data*/, size_t /*length*/) { return false; }
-
-std::string LocalLink::ReadReply() { return {}; }
-
-bool LocalLink::LastRead(std::vector<uint8_t>& /*data*/) const { return false; }
 
 }  // namespace Nuv::Connect

@@ -2,46 +2,50 @@
 #define NUV_CONNECT_LOCAL_LINK_H_
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "connect/socket_mode.h"
+#include "connect/usb_mode.h"
+
 namespace Nuv::Connect {
 
-// Printers on USB, and the channel's own UDP search. No USB connector is attached to it yet, so it
-// finds and opens nothing; it keeps its settings.
+// Printers on USB, and the channel's own UDP search with plain TCP connections: the mode decides
+// which of the two opens, writes and reads.
 //
 // Thread-safety: none; the channel serialises the calls.
 class LocalLink {
  public:
-  // `identification` is sent by the search on the first port; answers come to the second.
-  LocalLink(std::string identification, int searchPort, int replyPort);
+  explicit LocalLink(std::unique_ptr<ConnectorBase> usb) : usb_(std::move(usb)) {}
 
-  // The search by UDP, then the answers. False: not made.
+  // The search by UDP, in either mode, with the process-wide message and port; see SocketMode. 0 or
+  // below as `timeoutMs` stands for the default. False: not made.
   bool SearchDevices(std::vector<std::string>& found, const std::string& address,
                      const std::string& netmask, int timeoutMs);
 
-  // The attached printers. False: they could not be listed.
-  bool EnumerateDevices(std::vector<std::string>& found);
+  // The printers on USB, in either mode. False: they could not be listed.
+  bool EnumerateDevices(std::vector<std::string>& found) { return usb_.EnumerateDevices(found); }
 
-  bool Open(int index);
-  void Close();
-  bool IsOpen() const { return false; }
+  bool Open(int index) { return Current().Open(index); }
+  void Close() { Current().Close(); }
+  bool IsOpen() const { return Current().IsOpen(); }
+  bool Write(const uint8_t* data, size_t length) { return Current().Write(data, length); }
+  std::string ReadReply() { return Current().ReadReply(); }
+  bool LastRead(std::vector<uint8_t>& data) const { return Current().LastRead(data); }
 
-  bool Write(const uint8_t* data, size_t length);
-  std::string ReadReply();
-  bool LastRead(std::vector<uint8_t>& data) const;
-
-  void set_mode(int mode) { mode_ = mode; }
-  void set_search_timeout(int timeoutMs) { searchTimeoutMs_ = timeoutMs; }
-  void set_search_port(int port) { searchPort_ = port; }
-  void set_identification(std::string text) { identification_ = std::move(text); }
+  // 0 USB, 1 sockets; others change nothing. What the other mode has open is closed.
+  void set_mode(int mode);
 
  private:
-  std::string identification_;
-  int searchPort_;
-  int replyPort_;
-  int searchTimeoutMs_ = 0;
-  int mode_ = 0;  // 0 USB, 1 sockets
+  LocalMode& Current() { return usesSockets_ ? static_cast<LocalMode&>(sockets_) : usb_; }
+  const LocalMode& Current() const {
+    return usesSockets_ ? static_cast<const LocalMode&>(sockets_) : usb_;
+  }
+
+  bool usesSockets_ = false;
+  UsbMode usb_;
+  SocketMode sockets_;
 };
 
 }  // namespace Nuv::Connect

@@ -5,8 +5,6 @@
 namespace Nuv::Connect {
 namespace {
 
-constexpr int kLocalReplyPort = 6012;
-
 using Lock = std::lock_guard<std::mutex>;
 
 // A reply line is handed on without its final line feed; a carriage return before it stays.
@@ -17,9 +15,8 @@ std::string WithoutLineFeed(std::string reply) {
 
 }  // namespace
 
-NuvConnect::NuvConnect(int replyTimeoutMs)
-    : local_(kDefaultSearchMessage, kDefaultSearchPort, kLocalReplyPort),
-      network_(replyTimeoutMs) {}
+NuvConnect::NuvConnect(int replyTimeoutMs, std::unique_ptr<ConnectorBase> usb)
+    : local_(std::move(usb)), network_(replyTimeoutMs) {}
 
 NuvConnect::~NuvConnect() {
   local_.Close();
@@ -100,19 +97,16 @@ void NuvConnect::SetLocalOption(int option) {
 void NuvConnect::SetSearchTimeout(int timeoutMs) {
   const Lock lock(mutex_);
   SearchSettings::Instance().set_timeout_ms(timeoutMs);
-  local_.set_search_timeout(timeoutMs);
 }
 
 void NuvConnect::SetSearchPort(int port) {
   const Lock lock(mutex_);
   SearchSettings::Instance().set_port(port);
-  local_.set_search_port(port);
 }
 
 void NuvConnect::SetSearchMessage(std::string message) {
   const Lock lock(mutex_);
   SearchSettings::Instance().set_message(message);
-  local_.set_identification(std::move(message));
 }
 
 bool NuvConnect::ConnectAddress(const std::string& address) {

@@ -1,16 +1,10 @@
 #include "connect/socket_mode.h"
 
-#include <algorithm>
 #include <array>
 #include <limits>
 
 namespace Nuv::Connect {
 namespace {
-
-// How long a reply may take, as for every transfer of the local link.
-constexpr int kTransferTimeoutMs = 3000;
-// A printer that never ends its line must not hold the caller.
-constexpr size_t kMostReplyBytes = size_t{1} << 20;
 
 // The search widens each byte of an answer to a character.
 std::string Narrow(const std::wstring& wide) {
@@ -53,35 +47,19 @@ bool SocketMode::Open(int index) {
 }
 
 bool SocketMode::Write(const uint8_t* data, size_t length) {
-  while (!ReadPiece(0).empty()) {
+  while (!ReadBlock(0).empty()) {
   }
   if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
   return socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0;
 }
 
-std::string SocketMode::ReadReply() {
-  lastRead_.clear();
-  do {
-    const std::string piece = ReadPiece(kTransferTimeoutMs);
-    if (piece.empty()) break;
-    lastRead_ += piece;
-  } while (lastRead_.back() != '\n' && lastRead_.size() < kMostReplyBytes);
-  return lastRead_;
-}
-
-std::string SocketMode::ReadPiece(int timeoutMs) {
-  // One byte more than is read: a reply that fills the buffer is still ended by a zero.
-  std::array<char, TcpClientSocket::kReadBytes + 1> buffer{};
+std::string SocketMode::ReadBlock(int timeoutMs) {
+  std::array<char, TcpClientSocket::kReadBytes> buffer{};
   int received = 0;
   if (socket_.Receive(buffer.data(), timeoutMs, received) != 0) return {};
   // Ready without a byte: the printer has closed the connection.
   if (received == 0) socket_.Close();
   return {buffer.data(), static_cast<size_t>(received)};
-}
-
-bool SocketMode::LastRead(std::vector<uint8_t>& data) const {
-  data.assign(lastRead_.begin(), lastRead_.end());
-  return !data.empty();
 }
 
 }  // namespace Nuv::Connect

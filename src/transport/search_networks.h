@@ -22,6 +22,6 @@ struct HostNetwork {
 // 127.0.0.0/8, where no printer is (many Linux hosts resolve their name so), the networks of all
 // running interfaces instead.
 std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
-                                            const std::vector<HostInterface>& interfaces);
+                                          const std::vector<HostInterface>& interfaces);
 
 #endif  // NUV_TRANSPORT_SEARCH_NETWORKS_H_
