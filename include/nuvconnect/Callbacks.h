@@ -13,12 +13,17 @@
 //   cancel          transfer no (3)
 //   job progress    yes                             no: returns 1       no
 //   printing info   yes                             yes (4)             yes (5)
-// (1) A query that fails calls the error-code callback again, from within itself: the host ends
-// that. (2) The call that failed may be a part of a job. (3) The command would become a part of the
-// image. (4) No further printing info comes until it has returned. (5) The status thread then ends
-// by itself a moment after the callback has returned; the library
-//     must not be unloaded before its line "PrintStatusCallBackHandler exit ..." on standard
-//     output.
+//
+// (1) A query that fails calls the error-code callback again, inside itself: the host ends that.
+//
+// (2) The call that failed may be a part of a job.
+//
+// (3) The command would become a part of the image.
+//
+// (4) No further printing info comes until the callback has returned.
+//
+// (5) The status thread then ends by itself, a moment after the callback has returned. The library
+// must not be unloaded before its line "PrintStatusCallBackHandler exit ..." on standard output.
 #ifndef NUVCONNECT_CALLBACKS_H_
 #define NUVCONNECT_CALLBACKS_H_
 
