@@ -32,6 +32,19 @@ int Transfer(const wchar_t* path) {
   return fake.send_result;
 }
 
+// In two blocks.
+int TransferImage(const unsigned char* data, int length) {
+  fake.calls.emplace_back("image");
+  fake.on_start();
+  for (const int sent : {length / 2, length}) {
+    fake.before_step(static_cast<size_t>(sent));
+    if (fake.on_cancel()) return 2;
+    fake.image.assign(data, data + sent);
+    fake.on_update(length, sent);
+  }
+  return 0;
+}
+
 }  // namespace
 
 int ResultOf(int command) {
@@ -80,7 +93,7 @@ int API_GetPrinterInfo(char* version, char* name, char* model, char* serial, cha
   std::strcpy(model, fake.devices[0][NUV_DEVICE_MODEL].c_str());
   std::strcpy(serial, "SN1");
   std::strcpy(controller, "C7");
-  return 0;
+  return ResultOf(101);
 }
 
 int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial, char* controller,
@@ -100,9 +113,10 @@ int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode) {
 }
 
 int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutesLeft) {
-  *layer = 12;
-  *progressPercent = 34;
-  *minutesLeft = 56;
+  const ProgressAnswer answer = fake.progress.Take();
+  *layer = answer.layer;
+  *progressPercent = answer.percent;
+  *minutesLeft = answer.minutes_left;
   return Fail(fake.progress_result, 102);
 }
 
@@ -121,6 +135,35 @@ int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize) {
 
 int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
 int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
+
+int API_SetFWUpdateFileInfo_Engine(unsigned int size, const char* path) {
+  fake.calls.push_back("engine " + std::to_string(size) + " " + path);
+  return ResultOf(141);
+}
+int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const char* path) {
+  fake.calls.push_back("android " + std::to_string(kind) + " " + std::to_string(size) + " " + path);
+  return ResultOf(506);
+}
+int API_StartFWUpdateFileInfo_LCM(const char* path) {
+  fake.calls.push_back(std::string("panel ") + path);
+  return ResultOf(188);
+}
+int API_SendFWData(const unsigned char* data, int length) { return TransferImage(data, length); }
+int API_SendFWDataAndroid(const unsigned char* data, int length) {
+  return TransferImage(data, length);
+}
+int API_SendFWPanelData(const unsigned char* data, int length) {
+  return TransferImage(data, length);
+}
+int API_FinishFWUpdateFileInfo_LCM(char* out) {
+  fake.calls.emplace_back("finish");
+  std::strcpy(out, fake.panel_answer.c_str());
+  return ResultOf(189);
+}
+int API_StartFWUpgradeProcess() {
+  fake.calls.emplace_back("start");
+  return ResultOf(507);
+}
 
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
   fake.calls.push_back(std::string("raw ") + command);

@@ -25,6 +25,9 @@ struct Sequence {
 struct StateAnswer {
   int result, state, error_number;
 };
+struct ProgressAnswer {
+  int layer, percent, minutes_left;
+};
 struct MarkAnswer {
   int result, index, bytes;
 };
@@ -37,6 +40,7 @@ struct FakeLibrary {
   bool malformed = false;  // the state's reply holds no number
   Sequence<StateAnswer> states{{{0, 0, 0}}};
   int progress_result = 0;
+  Sequence<ProgressAnswer> progress{{{12, 34, 56}}};
   int bego_result = 0;
   std::string reply;
   Sequence<MarkAnswer> marks{{{0, 6, 10}, {0, 7, 1000}}};
@@ -54,10 +58,12 @@ struct FakeLibrary {
   std::vector<std::string> access_points = {"Lab net", "Office"};
   std::string out_of_reach;   // an access point
   Sequence<int> joined{{0}};  // to an access point
+  std::string panel_answer = "Done";
 
   // Record.
   std::vector<std::string> calls;  // what was opened, sent and closed, in order
   std::wstring path;
+  std::string image;  // the firmware that came through
   bool running = false;
   NuvErrorCodeCallback on_error = nullptr;
   NuvSendDataStartCallback on_start = nullptr;
@@ -73,7 +79,13 @@ struct FakeSystem final : nuvctl::System {
   int64_t NowMs() override { return now; }
   void SleepMs(int64_t milliseconds) override { now += milliseconds; }
   bool ErrorIsTerminal() override { return terminal; }
+  bool OutputIsTerminal() override { return terminal; }
+  bool InputIsTerminal() override { return terminal; }
   int ErrorWidth() override { return width; }
+  std::optional<std::string> Ask(const std::string& question) override {
+    prompt = question;
+    return answer;
+  }
   std::optional<std::string> ReadSecret(const std::string& text) override {
     prompt = text;
     return secret;
@@ -86,7 +98,7 @@ struct FakeSystem final : nuvctl::System {
   bool terminal = false, watched = false, interrupted = false;
   int width = 80;
   std::string environment, prompt;
-  std::optional<std::string> secret;
+  std::optional<std::string> secret, answer;
 };
 
 // One run of nuvctl against the fake.

@@ -15,7 +15,8 @@ std::string HintAfterCancel() {
 Report RunGcode(Context& context, const std::string& name) {
   const JobFile file = OpenJobFile(name);
   OpenReadyPrinter(context, file);
-  const Transfer transfer = RunTransfer(context, file.path, API_SendGCodeFile);
+  const Transfer transfer =
+      RunTransfer(context, [&file] { return API_SendGCodeFile(file.path.c_str(), nullptr); });
   RequireSent(context, file, transfer, HintAfterCancel);
   Report report;
   // Printers confirm command text in no way, so there is nothing to check and nothing to promise.

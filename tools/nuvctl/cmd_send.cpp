@@ -5,9 +5,12 @@
 #include "file_job.h"
 #include "job_check.h"
 #include "library.h"
+#include "print_watch.h"
 #include "printer_state.h"
+#include "stream.h"
 #include "subcommands.h"
 #include "text.h"
+#include "watch_option.h"
 
 namespace nuvctl {
 namespace {
@@ -28,7 +31,8 @@ Report RunSend(Context& context, const std::string& name) {
   const JobFile file = OpenJobFile(name);
   OpenReadyPrinter(context, file);
   const JobMark before = ReadJobMark();
-  const Transfer transfer = RunTransfer(context, file.path, API_SendPrintFile);
+  const Transfer transfer =
+      RunTransfer(context, [&file] { return API_SendPrintFile(file.path.c_str(), nullptr); });
   RequireSent(context, file, transfer, HintAfterCancel);
   std::optional<int> job;
   try {
@@ -49,8 +53,17 @@ Report RunSend(Context& context, const std::string& name) {
 
 Action DeclareSend(CLI::App& app) {
   const auto name = std::make_shared<std::string>();
+  const auto watch = std::make_shared<bool>(false);
+  app.add_flag("--watch", *watch, "Then follow the print until it ends");
+  const auto interval_ms = DeclareInterval(app);
   app.add_option("FILE", *name, "The print file")->required()->type_name("");
-  return [name](Context& context) { return RunSend(context, *name); };
+  return [=](Context& context) {
+    const Report sent = RunSend(context, *name);
+    if (!*watch) return sent;
+    Stream(context, sent);
+    WatchPrint(context, *interval_ms);
+    return Report();
+  };
 }
 
 }  // namespace nuvctl

@@ -7,6 +7,7 @@
 
 #include "error.h"
 #include "library.h"
+#include "stream.h"
 #include "subcommands.h"
 #include "text.h"
 
@@ -26,6 +27,9 @@ constexpr Subcommand kSubcommands[] = {
     {"status", "Show what a printer does", "nuvctl status --json", DeclareStatus},
     {"send", "Send a print file and make sure that the printer took it",
      "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
+    {"watch", "Follow a print until it ends", "nuvctl watch --interval 5000", DeclareWatch},
+    {"firmware", "Update the firmware of the engine, the Android board or the LCM panel",
+     "nuvctl firmware panel panel.bin", DeclareFirmware},
     {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode},
     {"raw", "Send one command and show the reply", "nuvctl raw \"F101\"", DeclareRaw},
     {"resin", "Show the resin in the printer", "nuvctl resin", DeclareResin},
@@ -108,14 +112,26 @@ void DeclareSubcommands(CLI::App& app, Action& chosen) {
   app.footer(examples + '\n' + kFooter);
 }
 
+// The forms that an answer can have.
+enum class Form { kText, kJson, kJsonLines };
+
+Form FormOf(bool json, bool streams) {
+  if (!json) return Form::kText;
+  return streams ? Form::kJsonLines : Form::kJson;
+}
+
+void WriteDocument(const nlohmann::ordered_json& document, int indent, std::ostream& out) {
+  // ASCII only, so that a printer's control characters never reach a terminal this way either.
+  out << document.dump(indent, ' ', true, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
 // Writes the answer in the form asked for and makes sure that it arrived.
-int WriteReport(const Report& report, bool json, ExitCode exit, std::ostream& out,
+int WriteReport(const Report& report, Form form, ExitCode exit, std::ostream& out,
                 std::ostream& err) {
-  using Json = nlohmann::ordered_json;
-  if (json) {
-    // ASCII only, so that a printer's control characters never reach a terminal this way either.
-    const Json document = report.json.is_null() ? Json::object() : report.json;
-    out << document.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
+  if (form == Form::kJson) {
+    WriteDocument(report.json.is_null() ? nlohmann::ordered_json::object() : report.json, 2, out);
+  } else if (form == Form::kJsonLines) {
+    if (!report.json.is_null()) WriteDocument(report.json, -1, out);
   } else {
     out << report.text;
   }
@@ -137,14 +153,15 @@ CommandError UsageError(const CLI::ParseError& error, const std::vector<std::str
                       "standard input, never given as an argument; the shell remembers those.");
 }
 
-int WriteError(const CommandError& error, bool json, std::ostream& out, std::ostream& err) {
+int WriteError(const CommandError& error, Form form, std::ostream& out, std::ostream& err) {
+  const bool json = form != Form::kText;
   Report report = error.shown;
   if (!json && !error.shown_is_result) report.text.clear();
   nlohmann::ordered_json told = {
       {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
   if (error.result) told["result"] = *error.result;
   report.json["error"] = told;
-  const int exit = WriteReport(report, json, error.exit, out, err);
+  const int exit = WriteReport(report, form, error.exit, out, err);
   if (!json) {
     err << "nuvctl: " << Printable(error.message) << ".\n";
     if (!error.shown_is_result) err << error.shown.text;
@@ -174,6 +191,7 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
                    System& system) {
   // Guessed before parsing, because errors of parsing are told in the same form.
   bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+  bool streams = false;
   try {
     CLI::App app("Finds resin 3D printers, shows what they are and do, and sends them jobs.",
                  "nuvctl");
@@ -191,15 +209,24 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
       throw UsageError(error, arguments);
     }
     json = options.json;
-    Context context{options, system, err};
-    return WriteReport(RunAction(action, context), json, kDone, out, err);
+    Context context{options, system, err, out, streams};
+    const Report report = RunAction(action, context);
+    return WriteReport(report, FormOf(json, streams), kDone, out, err);
   } catch (const CommandError& error) {
-    return WriteError(error, json, out, err);
+    return WriteError(error, FormOf(json, streams), out, err);
   } catch (const std::exception& error) {
     return WriteError(
         CommandError("internal", kLocalProblem, std::string("Unexpected fault: ") + error.what(),
                      "Please report it, with what --debug shows."),
-        json, out, err);
+        FormOf(json, streams), out, err);
+  }
+}
+
+void Stream(Context& context, const Report& piece) {
+  context.streams = true;
+  const Form form = FormOf(context.options.json, true);
+  if (WriteReport(piece, form, kDone, context.out, context.err) != kDone) {
+    throw CommandError("output", kLocalProblem, "What was found out cannot be shown", "");
   }
 }
 

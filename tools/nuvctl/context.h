@@ -26,6 +26,9 @@ struct Context {
   const Options& options;
   System& system;
   std::ostream& err;  // progress and remarks; results are returned as a Report
+  std::ostream& out;  // for Stream in stream.h only
+  // The answer comes piece by piece, with --json as one document per line.
+  bool& streams;
 };
 
 }  // namespace nuvctl

@@ -8,7 +8,7 @@
 namespace nuvctl {
 
 // Subcommands return this instead of writing to the standard output, which is how --json can
-// promise exactly one document there.
+// promise exactly one document there; those that go on and on use stream.h.
 struct Report {
   std::string text;             // whole lines, safe for a terminal
   nlohmann::ordered_json json;  // an object, or null when there is nothing to say

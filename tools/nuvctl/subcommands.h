@@ -22,6 +22,8 @@ Action DeclareList(CLI::App& app);
 Action DeclareInfo(CLI::App& app);
 Action DeclareStatus(CLI::App& app);
 Action DeclareSend(CLI::App& app);
+Action DeclareWatch(CLI::App& app);
+Action DeclareFirmware(CLI::App& app);
 Action DeclareGcode(CLI::App& app);
 Action DeclareRaw(CLI::App& app);
 Action DeclareResin(CLI::App& app);

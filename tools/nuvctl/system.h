@@ -23,6 +23,13 @@ class System {
   virtual bool ErrorIsTerminal() = 0;
   virtual int ErrorWidth() = 0;
 
+  virtual bool OutputIsTerminal() = 0;  // the standard output
+  virtual bool InputIsTerminal() = 0;   // the standard input
+
+  // Writes `question` to standard error and reads a line of the standard input as below, shown
+  // while it is typed.
+  virtual std::optional<std::string> Ask(const std::string& question) = 0;
+
   // The next line of the standard input, perhaps with its line end; nothing when there is none or
   // it is far too long for a key. When that is a terminal, writes `prompt` to standard error and
   // does not show what is typed.

@@ -119,6 +119,14 @@ class PosixSystem final : public System {
 
   bool ErrorIsTerminal() override { return isatty(STDERR_FILENO) == 1; }
 
+  bool OutputIsTerminal() override { return isatty(STDOUT_FILENO) == 1; }
+  bool InputIsTerminal() override { return isatty(STDIN_FILENO) == 1; }
+
+  std::optional<std::string> Ask(const std::string& question) override {
+    Say(question);
+    return ReadLine();
+  }
+
   int ErrorWidth() override {
     struct winsize size = {};
     if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;

@@ -104,6 +104,11 @@ std::optional<std::basic_string<Character>> ReadLine(HANDLE input) {
   return line;
 }
 
+bool IsConsole(DWORD which) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(which), &mode) != 0;
+}
+
 class WindowsSystem final : public System {
  public:
   WindowsSystem() : earlier_code_page_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
@@ -121,9 +126,17 @@ class WindowsSystem final : public System {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
   }
 
-  bool ErrorIsTerminal() override {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  bool ErrorIsTerminal() override { return IsConsole(STD_ERROR_HANDLE); }
+  bool OutputIsTerminal() override { return IsConsole(STD_OUTPUT_HANDLE); }
+  bool InputIsTerminal() override { return IsConsole(STD_INPUT_HANDLE); }
+
+  std::optional<std::string> Ask(const std::string& question) override {
+    Say(question);
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    if (!IsConsole(STD_INPUT_HANDLE)) return ReadLine<char>(input);
+    const std::optional<std::wstring> line = ReadLine<wchar_t>(input);
+    if (!line) return std::nullopt;
+    return Utf8FromWide(line->c_str());
   }
 
   int ErrorWidth() override {

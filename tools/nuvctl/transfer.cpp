@@ -35,8 +35,8 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  Transfer Run(const std::wstring& path, SendFunction send) {
-    transfer_.result = send(path.c_str(), nullptr);
+  Transfer Run(const SendFunction& send) {
+    transfer_.result = send();
     transfer_.elapsed_ms = view_.ElapsedMs();
     transfer_.too_late = system_.Interrupted() && !transfer_.cancelled;
     return transfer_;
@@ -66,9 +66,9 @@ Session* Session::active_ = nullptr;
 
 }  // namespace
 
-Transfer RunTransfer(const Context& context, const std::wstring& path, SendFunction send) {
+Transfer RunTransfer(const Context& context, const SendFunction& send) {
   Session session(context);
-  return session.Run(path, send);
+  return session.Run(send);
 }
 
 }  // namespace nuvctl

@@ -2,15 +2,16 @@
 #ifndef NUVCTL_TRANSFER_H_
 #define NUVCTL_TRANSFER_H_
 
-#include <string>
+#include <cstdint>
+#include <functional>
 
 #include "context.h"
 #include "nuvconnect/NuvConnect5.h"
 
 namespace nuvctl {
 
-// API_SendPrintFile or API_SendGCodeFile.
-using SendFunction = int (*)(const wchar_t* path, NuvJobProgressCallback progress);
+// Sends through the library and returns its result.
+using SendFunction = std::function<int()>;
 
 struct Transfer {
   int result = 0;          // what the library returned
@@ -22,8 +23,8 @@ struct Transfer {
   int64_t elapsed_ms = 0;
 };
 
-// Runs `send` on `path` to its end. One at a time.
-Transfer RunTransfer(const Context& context, const std::wstring& path, SendFunction send);
+// Runs `send` to its end. One at a time.
+Transfer RunTransfer(const Context& context, const SendFunction& send);
 
 }  // namespace nuvctl
 

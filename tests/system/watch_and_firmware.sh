@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Following a print that fails, a printer that goes away, Ctrl-C in a watch and in a firmware transfer:
+# exit codes, what is shown, and what the printer has received.
+# Usage: watch_and_firmware.sh BIN_FOLDER
+set -euo pipefail
+
+bin=$(cd "$1" && pwd)
+work=$(mktemp -d)
+simulator=
+trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
+cd "$work"
+
+"$bin/nuvsim" --address 10.77.1.2 --model "Fabrix120 xP" --layer-ms 60000 --control 0 > log &
+simulator=$!
+for _ in $(seq 100); do grep -q '^ready' log && break; sleep 0.1; done
+control_port=$(sed -n 's/^control: 127.0.0.1://p' log)
+
+control() {
+  exec 3<> "/dev/tcp/127.0.0.1/$control_port"
+  printf '%s\n' "$1" >&3
+  IFS= read -r answer <&3
+  exec 3>&-
+  jq -e .ok <<< "$answer" > /dev/null
+}
+failed=0
+wrong() { printf 'WRONG: %s\n' "$*"; tail -n 5 out err; failed=1; }
+# Waits until a file holds a line with the pattern.
+await() {
+  for _ in $(seq 200); do grep -q "$2" "$1" && return; sleep 0.1; done
+  wrong "$1 never held: $2"
+}
+# start NUVCTL_ARGUMENTS...: in the background, where Ctrl-C would otherwise be ignored.
+start() {
+  : > out
+  : > err
+  env --default-signal=INT "$bin/nuvctl" --timeout 200 "$@" > out 2> err &
+  host=$!
+}
+# ends EXIT WHAT
+ends() {
+  local exit=0
+  wait "$host" || exit=$?
+  [ "$exit" = "$1" ] || wrong "exit $exit in place of $1: $2"
+}
+
+printf 'G1 X1\nG1 X2\nG1 X3\n' > lines.txt
+"$bin/nuvfile" create --machine-id 3DPSNKG43WTW00001 lines.txt job.nuv
+start --json send --watch job.nuv
+await out '"layer":1,'
+control '{"do": "state", "to": "error", "number": 17}'
+ends 1 "a print that fails"
+jq -es 'length == 4 and .[0].result == "accepted" and .[1].layers == 3 and .[2].error_number == 17
+        and .[3].error.code == "printer_error"' out > /dev/null || wrong "the lines of a failed print"
+
+control '{"do": "state", "to": "no-error"}'
+start watch
+await out '^printing, layer 1 of 3'
+kill -INT "$host"
+ends 130 "Ctrl-C in a watch"
+start --json watch
+await out '"layer":1,'
+control '{"do": "unplug"}'
+ends 5 "a printer that goes away"
+tail -n 1 out | jq -e '.error.code' > /dev/null || wrong "the last line of a lost printer"
+control '{"do": "replug"}'
+control '{"do": "state", "to": "idle"}'
+
+head -c 2000000 /dev/zero > board.img
+start --json firmware --yes android board.img
+for _ in $(seq 200); do
+  control '{"do": "received"}'
+  jq -e '.received[-1].receivedBytes // 0 > 100000' <<< "$answer" > /dev/null && break
+  sleep 0.1
+done
+kill -INT "$host"
+ends 130 "Ctrl-C in a firmware transfer"
+jq -e '.error.code == "cancelled" and .bytes < 2000000' out > /dev/null || wrong "a cancelled transfer"
+start --json firmware --yes android board.img
+ends 0 "another try"
+control '{"do": "received"}'
+jq -e '.received | map([.complete, .started]) | .[-2:] == [[false, false], [true, true]]' \
+  <<< "$answer" > /dev/null || wrong "what the printer received: $answer"
+
+[ "$failed" = 0 ] || exit 1
+echo "watching and updating end as they should"

@@ -1,0 +1,174 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
+#include "error.h"
+#include "file_job.h"
+#include "firmware_image.h"
+#include "identity.h"
+#include "library.h"
+#include "printers.h"
+#include "subcommands.h"
+#include "text.h"
+#include "transfer.h"
+#include "wait.h"
+
+namespace nuvctl {
+namespace {
+
+constexpr int kTransferCancelled = 2;
+constexpr unsigned kBoardImage = 1;  // the kind of image that the Android board is told
+
+int AnnounceEngine(unsigned bytes, const char* name) {
+  return API_SetFWUpdateFileInfo_Engine(bytes, name);
+}
+int AnnounceAndroid(unsigned bytes, const char* name) {
+  return API_SetFWUpdateFileInfo_Android(kBoardImage, bytes, name);
+}
+int AnnouncePanel(unsigned, const char* name) { return API_StartFWUpdateFileInfo_LCM(name); }
+
+// An engine confirms an update in no way. Whether it still answers can be seen at least.
+void FinishEngine(Context& context, Report& report) {
+  constexpr int kAttempts = 20;
+  std::optional<Identity> identity;
+  const auto answers = [&identity] {
+    try {
+      identity = ReadIdentity();
+      return true;
+    } catch (const CommandError&) {
+      return false;
+    }
+  };
+  if (!WaitFor(context.system, kAttempts, answers)) {
+    throw CommandError("update_unconfirmed", kConnectionProblem,
+                       "Everything was sent, but the printer does not answer since",
+                       "It may be restarting: run 'nuvctl info' in a minute, and look at its "
+                       "panel before switching it off.");
+  }
+  report.json["firmware"] = identity->firmware;
+  report.text +=
+      "The printer confirms engine images in no way. It answers, with firmware version " +
+      Printable(identity->firmware) + ".\n";
+}
+
+CommandError NotTaken(const CommandError& cause) {
+  CommandError error("update_failed", cause.exit,
+                     "The printer did not take the update: " + cause.message,
+                     "It keeps its old firmware; try again.");
+  error.result = cause.result;
+  return error;
+}
+
+void FinishAndroid(Context&, Report& report) {
+  Check(API_StartFWUpgradeProcess(), "Starting the upgrade");
+  report.text += "The printer has it whole and upgrades; leave it on until it is done.\n";
+}
+
+void FinishPanel(Context&, Report& report) {
+  TextBuffer answer;
+  Check(API_FinishFWUpdateFileInfo_LCM(answer.Data()), "Ending the update");
+  report.json["answer"] = answer.Text();
+  report.text += "The printer answers: " + Printable(answer.Text()) + ".\n";
+}
+
+struct KindRow {
+  const char* name;
+  FirmwareKind kind;
+  const char* part;
+  int (*announce)(unsigned bytes, const char* name);
+  int (*send)(const unsigned char* data, int length);
+  void (*finish)(Context& context, Report& report);
+  const char* result;  // when all went well
+};
+
+constexpr KindRow kKinds[] = {
+    {"engine", FirmwareKind::kEngine, "engine", AnnounceEngine, API_SendFWData, FinishEngine,
+     "sent"},
+    {"android", FirmwareKind::kAndroid, "Android board", AnnounceAndroid, API_SendFWDataAndroid,
+     FinishAndroid, "accepted"},
+    {"panel", FirmwareKind::kPanel, "LCM panel", AnnouncePanel, API_SendFWPanelData, FinishPanel,
+     "accepted"},
+};
+
+struct FirmwareOptions {
+  std::string kind;
+  std::string file;
+  bool yes = false;
+};
+
+void RequireSomebodyToAsk(const Context& context, bool yes) {
+  if (yes || context.system.InputIsTerminal()) return;
+  throw CommandError("usage", kUsage, "A firmware update is confirmed at a terminal",
+                     "Give --yes to update without being asked.");
+}
+
+void AskForConsent(const Context& context, const KindRow& row, const FirmwareImage& image,
+                   const Printer& printer) {
+  const std::string which = printer.serial.empty() ? printer.address : printer.serial;
+  const std::optional<std::string> answer =
+      context.system.Ask("Update the " + std::string(row.part) + " of " + Printable(which) + " (" +
+                         Printable(printer.model) + ") with " + Printable(image.file) + ", " +
+                         FormatBytes(static_cast<int64_t>(image.bytes.size())) +
+                         "?\nThe printer must stay on until it is done. [y/N] ");
+  if (answer && !answer->empty() && (answer->front() == 'y' || answer->front() == 'Y')) return;
+  throw CommandError("cancelled", kCancelled, "Not updated", "Answer y to update.");
+}
+
+Transfer SendImage(const Context& context, const KindRow& row, const FirmwareImage& image) {
+  const int length = static_cast<int>(image.bytes.size());
+  CheckOrder(row.announce(static_cast<unsigned>(length), image.name.c_str()),
+             "Announcing the image",
+             "Not every model has this part, and none takes an image while it works; 'nuvctl info' "
+             "and 'nuvctl status' show which one this is and what it does.");
+  Transfer transfer = RunTransfer(context, [&] { return row.send(image.bytes.data(), length); });
+  if (transfer.result == kTransferCancelled) {
+    transfer.cancelled = true;
+    transfer.result = NUV_OK;
+  }
+  RequireSent(context, {image.file, std::wstring()}, transfer, [] {
+    return std::string("The printer keeps its old firmware; run the command again for a new try.");
+  });
+  return transfer;
+}
+
+Report RunFirmware(Context& context, const FirmwareOptions& options) {
+  const KindRow& row =
+      *std::find_if(std::begin(kKinds), std::end(kKinds),
+                    [&](const KindRow& each) { return options.kind == each.name; });
+  const FirmwareImage image = ReadFirmwareImage(row.kind, options.file);
+  RequireSomebodyToAsk(context, options.yes);
+  const Printer printer = OpenPrinter(context);
+  RequireReady();
+  if (!options.yes) AskForConsent(context, row, image, printer);
+  const Transfer transfer = SendImage(context, row, image);
+  Report report;
+  report.json = TransferJson({image.file, std::wstring()}, transfer, row.result);
+  report.json["kind"] = row.name;
+  report.text = "Sent " + Printable(image.file) + ": " + TransferText(transfer) + ".\n";
+  try {
+    row.finish(context, report);
+  } catch (const CommandError& error) {
+    CommandError told = error.code == "update_unconfirmed" ? error : NotTaken(error);
+    told.shown.json = TransferJson({image.file, std::wstring()}, transfer, "not_confirmed");
+    throw told;
+  }
+  return report;
+}
+
+}  // namespace
+
+Action DeclareFirmware(CLI::App& app) {
+  const auto options = std::make_shared<FirmwareOptions>();
+  std::vector<std::string> names;
+  for (const KindRow& row : kKinds) names.emplace_back(row.name);
+  app.add_option("KIND", options->kind, "engine, android or panel")
+      ->required()
+      ->type_name("")
+      ->check(CLI::IsMember(names).description(""));
+  app.add_option("FILE", options->file, "The image")->required()->type_name("");
+  app.add_flag("--yes", options->yes, "Do not ask before starting");
+  return [options](Context& context) { return RunFirmware(context, *options); };
+}
+
+}  // namespace nuvctl
