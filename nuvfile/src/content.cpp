@@ -6,6 +6,8 @@
 #include <cstring>
 #include <unordered_set>
 
+#include "header.h"
+
 namespace nuvfile {
 namespace {
 
@@ -151,6 +153,14 @@ Status CheckDataLine(uint64_t number, std::string_view line) {
                                  name + " at byte " + std::to_string(position)};
   }
   return {};
+}
+
+std::vector<uint8_t> FrameRecord(std::string_view name, const std::vector<uint8_t>& payload) {
+  std::vector<uint8_t> record(kRecordFrameLength);
+  std::copy(name.begin(), name.end(), record.begin());
+  StoreU32(&record[name.size()], static_cast<uint32_t>(payload.size()));
+  record.insert(record.end(), payload.begin(), payload.end());
+  return record;
 }
 
 std::string FormatArguments(const std::vector<Argument>& arguments) {

@@ -43,9 +43,9 @@ int ReadRecords(const CreateOptions& options, PrintFileContents* contents) {
     std::vector<uint8_t>* bytes;
   } kRows[] = {
       {"--key-file", options.key_path, kMaxKeyLength, &contents->aes_key},
-      {"--l101", options.l101_path, kMaxRecordLength, &contents->l101},
-      {"--l102", options.l102_path, kMaxRecordLength, &contents->l102},
-      {"--l103", options.l103_path, kMaxRecordLength, &contents->l103},
+      {"--l101", options.l101_path, kMaxRecordLength - kRecordFrameLength, &contents->l101},
+      {"--l102", options.l102_path, kMaxRecordLength - kRecordFrameLength, &contents->l102},
+      {"--l103", options.l103_path, kMaxRecordLength - kRecordFrameLength, &contents->l103},
       {"--preview", options.preview_path, kMaxPreviewLength, &contents->preview},
   };
   for (const auto& row : kRows) {
@@ -55,6 +55,9 @@ int ReadRecords(const CreateOptions& options, PrintFileContents* contents) {
     PrintFault(row.option, status.message(), "Check the file named by this option.");
     return ExitCodeFor(status.fault());
   }
+  if (!options.l101_path.empty()) contents->l101 = FrameRecord("L101", contents->l101);
+  if (!options.l102_path.empty()) contents->l102 = FrameRecord("L102", contents->l102);
+  if (!options.l103_path.empty()) contents->l103 = FrameRecord("L103", contents->l103);
   if (!options.preview_path.empty() && !IsPng(contents->preview)) {
     PrintFault("--preview", "'" + options.preview_path + "' is not a PNG picture",
                "Save the preview as PNG and try again.");

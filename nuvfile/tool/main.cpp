@@ -33,9 +33,9 @@ void AddCreate(CLI::App& app, CreateOptions& options, int& result) {
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   create->add_option("--key-file", options.key_path, "File with the key bytes");
-  create->add_option("--l101", options.l101_path, "File with header record L101");
-  create->add_option("--l102", options.l102_path, "File with header record L102");
-  create->add_option("--l103", options.l103_path, "File with header record L103");
+  create->add_option("--l101", options.l101_path, "File with the payload of header record L101");
+  create->add_option("--l102", options.l102_path, "File with the payload of header record L102");
+  create->add_option("--l103", options.l103_path, "File with the payload of header record L103");
   create->add_option("--preview", options.preview_path, "Preview picture (PNG)");
   create->footer(std::string(kCreateExamples) + "\n" + kExitCodes);
   create->callback([&] { result = RunCreate(options); });

@@ -67,7 +67,11 @@ void TcpDeviceConnector::Disconnect() {
 TcpResult TcpDeviceConnector::Send(const char* data, int64_t length) {
   if (!IsConnected()) return TcpResult::kNotConnected;
   try {
-    if (socket_->write(data, length) != length) return TcpResult::kNotSent;
+    if (socket_->write(data, length) != length) {
+      // The system has closed it, which the socket's state would tell only after the next read.
+      socket_->abort();
+      return TcpResult::kNotSent;
+    }
     // The system's buffer takes a request at once; of a long line the rest has to wait.
     while (socket_->bytesToWrite() > 0) {
       if (!socket_->waitForBytesWritten(kWriteTimeoutMs)) return TcpResult::kNotSent;

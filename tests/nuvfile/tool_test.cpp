@@ -47,6 +47,22 @@ TEST_F(ToolTest, CreatedFileIsShownAndVerified) {
   EXPECT_NE(Output().find("argument        layers=3"), std::string::npos) << Output();
 }
 
+// Printers tell the records apart by what stands in front of their payload.
+TEST_F(ToolTest, RecordsAreFramedByTheirNameAndLength) {
+  WriteText("lines.txt", "one\n");
+  WriteText("r1", "first");
+  WriteText("r3", std::string(300, 'x'));
+  ASSERT_EQ(Run("create --machine-id 3DPSNKG43WTW00001 --l101 r1 --l103 r3 lines.txt out.nuv"), 0)
+      << Output();
+  const std::vector<uint8_t> file = ReadBytes(Path("out.nuv"));
+  const std::string bytes(file.begin(), file.end());
+  EXPECT_NE(bytes.find(std::string("L101\5\0\0\0first", 13) + std::string("L103\x2c\1\0\0", 8) +
+                       std::string(300, 'x')),
+            std::string::npos);
+  ASSERT_EQ(Run("info --json out.nuv"), 0);
+  EXPECT_NE(Output().find("\"l102_bytes\": 0"), std::string::npos) << Output();
+}
+
 TEST_F(ToolTest, ExitCodesTellUsageFromDamageFromTheDisk) {
   WriteText("lines.txt", "one\ntwo\n");
   WriteText("command.txt", "one\ntwo\nF104 S2\n");

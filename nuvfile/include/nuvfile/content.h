@@ -19,6 +19,7 @@ inline constexpr uint64_t kMaxIdLength = 255;
 inline constexpr uint64_t kMaxArgumentsLength = uint64_t{1024} * 1024;
 inline constexpr uint64_t kMaxKeyLength = 4096;
 inline constexpr uint64_t kMaxRecordLength = uint64_t{16} * 1024 * 1024;
+inline constexpr uint64_t kRecordFrameLength = 8;  // name and length in front of the payload
 inline constexpr uint64_t kMaxPreviewLength = uint64_t{64} * 1024 * 1024;
 inline constexpr uint64_t kMaxLineLength = uint64_t{16} * 1024 * 1024;
 // Callers count model bytes and lines in signed 32-bit integers.
@@ -44,6 +45,10 @@ Status CheckArguments(const std::vector<Argument>& arguments);
 // No CR, no LF, at most 16 MiB, and not 'F' followed by a digit: the printer would
 // execute such a line. `number` counts from 1 and is used in the message only.
 Status CheckDataLine(uint64_t number, std::string_view line);
+
+// A header record as printers tell it from other bytes: its name ("L101"), the payload's length as
+// 4 bytes little-endian, the payload.
+std::vector<uint8_t> FrameRecord(std::string_view name, const std::vector<uint8_t>& payload);
 
 // `name=value` LF for each argument, and back. Parsing also checks the arguments.
 std::string FormatArguments(const std::vector<Argument>& arguments);
