@@ -71,7 +71,8 @@ class IConnectingFramework {
   // The raw channel; owned by the framework and not to be destroyed by the caller.
   virtual IConnect* GetConnect() = 0;
 
-  // Raises the closing flag, which ends the status thread; destruction frees everything.
+  // Raises the closing flag, which ends the status thread; destruction waits for that thread (but
+  // not on the thread itself, inside the printing-info callback) and frees everything.
   virtual void Close() = 0;
 
   // Progress, versions and features.
@@ -117,7 +118,7 @@ class IConnectingFramework {
   virtual int ExecuteCommand(int code, const std::vector<std::string>& parameters,
                              std::map<std::string, std::string>& reply) = 0;
 
-  // Firmware.
+  // Firmware; images are below 2 GiB.
   virtual int SetFWUpdateFileInfo_Android(uint32_t kind, uint32_t size, std::string path) = 0;
   virtual int StartFWUpdateFileInfo_LCM(std::string path) = 0;
   virtual int FinishFWUpdateFileInfo_LCM(std::string& answer) = 0;

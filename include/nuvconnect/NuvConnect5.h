@@ -69,8 +69,10 @@ extern "C" {
 // Creates the framework; a second call does nothing. Returns 0.
 NUV_API int API_Initial(void);
 
-// Ends the status thread and destroys the framework with its connection and callbacks. Harmless
-// without one. Not while another thread is inside an export.
+// Ends the status thread and destroys the framework with its connection and callbacks. Waits for
+// the query that the status thread is in the middle of, and for the printing-info callback; its
+// sleep ends at once. Inside that callback it waits for neither (Callbacks.h). Harmless without a
+// framework. Not while another thread is inside an export.
 NUV_API void API_Close(void);
 
 #ifdef __cplusplus
@@ -172,7 +174,9 @@ NUV_API int API_GetResinInfo_BEGO(char* name, char* lot, char* expiry, char* vol
 // job on the printer); 4 the file cannot be opened, is damaged, or cannot be read on; 16 no free
 // buffer (command 117, or 503 for Android-board machines), or the printer was lost while waiting
 // for some; 20 a line could not be written; 21 no sender for the file's machine ID; 23 the NuvFile
-// library cannot be loaded; 1 the opening exchange failed. Diagnostics name the cause.
+// library cannot be loaded; 29 a BEGO or Android printer refused to open the job; 1 the opening
+// exchange failed. Diagnostics name the cause. A file name with a line end, or for an Android
+// printer with ">", cannot be sent (4).
 NUV_API int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback progress);
 
 // Sends a plain text file of printer commands, line by line, each ended CR LF. As above, but with
@@ -182,8 +186,10 @@ NUV_API int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback progre
 // ---- Callbacks: Callbacks.h says what each is told and on which thread. Return 0. ---------------
 
 #ifdef __cplusplus
-// The first call starts the status thread, which reports a running print every `intervalMs`
-// milliseconds (at least 1000); later calls change nothing.
+// The first call with a callback starts the status thread, which every `intervalMs` milliseconds
+// (at least 1000) reopens the connection, asks the printer (commands 101 and 107) and reports a
+// running print; later calls change nothing. It sends nothing while a job or an image is sent. What
+// goes wrong there is told by diagnostics only. 1: the system gave no thread.
 NUV_API int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
                                              unsigned int intervalMs);
 #endif
@@ -328,22 +334,39 @@ NUV_API int API_GetRepositionProcessing(int* processing);
 
 // ---- Firmware -----------------------------------------------------------------------------------
 
-// Announces an image: engine (size in bytes, file name); Android board (kind, size in bytes, file
-// name; command 506); LCM panel (file name). Names not null.
+// An update is an announcement, the image, and for panel and Android board a command that ends it:
+//   engine         API_SetFWUpdateFileInfo_Engine   API_SendFWData
+//   LCM panel      API_StartFWUpdateFileInfo_LCM    API_SendFWPanelData
+//   API_FinishFWUpdateFileInfo_LCM Android board  API_SetFWUpdateFileInfo_Android
+//   API_SendFWDataAndroid  API_StartFWUpgradeProcess
+// Between announcement and the end of the image no other call may send to the printer, from any
+// thread: it would become a part of the image. The printer waits 1 s for the image's next byte.
+
+// Announces an image: engine (`size` in bytes, file name; command 141); Android board (`kind`,
+// `size` in bytes, file name; command 506, for boards only); LCM panel (file name; command 188, for
+// boards only). Names are not null and hold no line end (1). 29 when the printer refuses: it
+// prints, the size is 0, it has no such part. 1 also while a job or a transfer is running.
 NUV_API int API_SetFWUpdateFileInfo_Engine(unsigned int size, const char* path);
 NUV_API int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const char* path);
 NUV_API int API_StartFWUpdateFileInfo_LCM(const char* path);
 
-// Sends an announced image of `length` bytes in blocks, about 15 ms each; the panel image is the
-// first 21504 bytes of `data`. Return 0, or 2 when the cancel callback stopped it.
+// Sends an announced image of `length` bytes (below 1: an empty one) in blocks of at most 10240
+// bytes, about 15 ms each, on this thread, with the send callbacks. The image is copied first.
+// Return 0, or 2 when the cancel callback stopped it (before the next command then reopen the
+// connection or wait 1 s), or 1 while a job or another transfer is running. A lost connection is no
+// failure here: what the printer answers to the next command tells.
 NUV_API int API_SendFWData(const unsigned char* data, int length);
 NUV_API int API_SendFWDataAndroid(const unsigned char* data, int length);
+
+// The same for the panel: the first NUV_PANEL_IMAGE_BYTES of `data`, of which nothing further is
+// read; 1, and nothing is sent, when `length` is less.
 NUV_API int API_SendFWPanelData(const unsigned char* data, int length);
 
-// Ends a panel update; `out`: the printer's answer.
+// Ends a panel update: command 189; `out`: the printer's answer, its first value. 29 when the image
+// did not arrive whole.
 NUV_API int API_FinishFWUpdateFileInfo_LCM(char* out);
 
-// Starts the upgrade of the Android board: command 507.
+// Starts the upgrade of the Android board: command 507. 29 when the image did not arrive whole.
 NUV_API int API_StartFWUpgradeProcess(void);
 
 #ifdef __cplusplus

@@ -117,7 +117,7 @@ TEST_F(FirmwareTest, IsASuccessOnlyWhenThePrinterSaysSo) {
       {"panel", {{188, 1}}, {0, 0, 0}, kConnectionProblem, "no_answer", false},
       {"panel", {}, {0, 1, 0}, kPrinterFailed, "busy", false},
       {"android", {{507, kRefused}}, {0, 0, 0}, kPrinterFailed, "update_failed", true},
-      {"panel", {{189, 1}}, {0, 0, 0}, kConnectionProblem, "update_failed", true},
+      {"panel", {{189, 1}}, {0, 0, 0}, kConnectionProblem, "update_unconfirmed", true},
       {"engine", {{101, 1}}, {0, 0, 0}, kConnectionProblem, "update_unconfirmed", true},
   };
   for (const auto& row : kRows) {

@@ -75,10 +75,15 @@ done
 kill -INT "$host"
 ends 130 "Ctrl-C in a firmware transfer"
 jq -e '.error.code == "cancelled" and .bytes < 2000000' out > /dev/null || wrong "a cancelled transfer"
+control '{"do": "fault", "fault": {"kind": "drop-after", "bytes": 100000}}'
+start --json firmware --yes android board.img
+ends 5 "a connection that is cut in the middle of an image"
+jq -e '.error.code == "update_unconfirmed" and .result == "not_confirmed"' out > /dev/null ||
+  wrong "a cut connection"
 start --json firmware --yes android board.img
 ends 0 "another try"
 control '{"do": "received"}'
-jq -e '.received | map([.complete, .started]) | .[-2:] == [[false, false], [true, true]]' \
+jq -e '.received | map([.complete, .started]) | .[-3:] == [[false, false], [false, false], [true, true]]' \
   <<< "$answer" > /dev/null || wrong "what the printer received: $answer"
 
 [ "$failed" = 0 ] || exit 1

@@ -33,7 +33,7 @@ control() {
 say "Three printers: one of each family"
 printers=("Zafel Superfine" "BEGO VARSEO XS" "Fabrix120 xP")
 for i in 0 1 2; do
-  printf '{"model": "%s", "serial": "DEMO%d", "address": "10.77.1.2", "port": 900%d, "layerMs": 20,
+  printf '{"model": "%s", "serial": "DEMO%d", "address": "10.77.1.2", "port": 900%d, "layerMs": 100,
            "drainRate": 200000}\n' "${printers[$i]}" "$i" "$i"
 done | jq -s '{printers: .}' > printers.json
 "$bin/nuvsim" --config printers.json --control 0 --job-dir jobs > nuvsim.log &

@@ -17,7 +17,6 @@
 namespace nuvctl {
 namespace {
 
-constexpr int kTransferCancelled = 2;
 constexpr unsigned kBoardImage = 1;  // the kind of image that the Android board is told
 
 int AnnounceEngine(unsigned bytes, const char* name) {
@@ -52,10 +51,15 @@ void FinishEngine(Context& context, Report& report) {
       Printable(identity->firmware) + ".\n";
 }
 
-CommandError NotTaken(const CommandError& cause) {
-  CommandError error("update_failed", cause.exit,
-                     "The printer did not take the update: " + cause.message,
-                     "It keeps its old firmware; try again.");
+// An order that the printer did not answer may have been carried out all the same.
+CommandError NotEnded(const CommandError& cause) {
+  const bool refused = cause.result == NUV_PRINTER_REFUSED;
+  CommandError error(refused ? "update_failed" : "update_unconfirmed", cause.exit,
+                     (refused ? "The printer did not take the update: "
+                              : "Whether the printer took the update is not known: ") +
+                         cause.message,
+                     refused ? "It keeps its old firmware; try again."
+                             : "Look at its panel before switching it off, then try again.");
   error.result = cause.result;
   return error;
 }
@@ -122,7 +126,7 @@ Transfer SendImage(const Context& context, const KindRow& row, const FirmwareIma
              "Not every model has this part, and none takes an image while it works; 'nuvctl info' "
              "and 'nuvctl status' show which one this is and what it does.");
   Transfer transfer = RunTransfer(context, [&] { return row.send(image.bytes.data(), length); });
-  if (transfer.result == kTransferCancelled) {
+  if (transfer.result == NUV_CANCELLED) {
     transfer.cancelled = true;
     transfer.result = NUV_OK;
   }
@@ -149,7 +153,7 @@ Report RunFirmware(Context& context, const FirmwareOptions& options) {
   try {
     row.finish(context, report);
   } catch (const CommandError& error) {
-    CommandError told = error.code == "update_unconfirmed" ? error : NotTaken(error);
+    CommandError told = error.code == "update_unconfirmed" ? error : NotEnded(error);
     told.shown.json = TransferJson({image.file, std::wstring()}, transfer, "not_confirmed");
     throw told;
   }

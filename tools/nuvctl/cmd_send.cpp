@@ -58,7 +58,7 @@ Action DeclareSend(CLI::App& app) {
   const auto interval_ms = DeclareInterval(app);
   app.add_option("FILE", *name, "The print file")->required()->type_name("");
   return [=](Context& context) {
-    const Report sent = RunSend(context, *name);
+    Report sent = RunSend(context, *name);
     if (!*watch) return sent;
     Stream(context, sent);
     WatchPrint(context, *interval_ms);

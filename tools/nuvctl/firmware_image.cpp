@@ -7,12 +7,12 @@
 
 #include "error.h"
 #include "file_job.h"
+#include "nuvconnect/NuvConnect5.h"
 #include "text.h"
 
 namespace nuvctl {
 namespace {
 
-constexpr std::uint64_t kPanelBytes = 21504;
 // The library counts bytes in an int.
 constexpr std::uint64_t kLargestBytes = std::numeric_limits<int>::max();
 
@@ -23,8 +23,8 @@ CommandError Unfit(const std::string& message) {
 
 void RequireSize(FirmwareKind kind, const std::string& file, std::uint64_t bytes) {
   if (bytes == 0) throw Unfit("The file " + file + " is empty");
-  if (kind == FirmwareKind::kPanel && bytes != kPanelBytes) {
-    throw Unfit("An image of the LCM panel has exactly " + std::to_string(kPanelBytes) +
+  if (kind == FirmwareKind::kPanel && bytes != NUV_PANEL_IMAGE_BYTES) {
+    throw Unfit("An image of the LCM panel has exactly " + std::to_string(NUV_PANEL_IMAGE_BYTES) +
                 " bytes, but " + file + " has " + std::to_string(bytes));
   }
   if (bytes > kLargestBytes) {

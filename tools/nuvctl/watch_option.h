@@ -12,7 +12,7 @@ namespace nuvctl {
 // Adds --interval to `app`; the value is there after parsing.
 inline std::shared_ptr<int> DeclareInterval(CLI::App& app) {
   constexpr int kLongestMs = 3600000;
-  const auto interval_ms = std::make_shared<int>(kShortestIntervalMs);
+  auto interval_ms = std::make_shared<int>(kShortestIntervalMs);
   app.add_option("--interval", *interval_ms, "Milliseconds from look to look")
       ->type_name("MS")
       ->check(CLI::Range(kShortestIntervalMs, kLongestMs).description(""))
