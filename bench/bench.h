@@ -49,6 +49,8 @@ void ResetPeak();
 // The benchmarks; each prints its own floor in the same run.
 void RunStatus();
 void RunJob(const std::string& nuvsim, const std::string& folder);
+void RunFirmware(const std::string& nuvsim, const std::string& folder);
+void RunHandlers(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
 void RunParser();
 

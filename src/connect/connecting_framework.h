@@ -22,8 +22,8 @@ namespace Nuv::Connect {
 // are not locked, so one thread at a time lists.
 class ConnectingFramework final : public IConnectingFramework {
  public:
-  // `clock` outlives the framework and its status thread. `replyTimeoutMs`: how long a network
-  // printer may take to answer. `usb`: the connector to printers on USB.
+  // `clock` outlives the framework. `replyTimeoutMs`: how long a network printer may take to
+  // answer. `usb`: the connector to printers on USB.
   explicit ConnectingFramework(Platform::Clock& clock = Platform::SystemClock(),
                                int replyTimeoutMs = NuvConnect::kReplyTimeoutMs,
                                std::unique_ptr<ConnectorBase> usb = MakeUsbConnector());

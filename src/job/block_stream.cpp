@@ -10,10 +10,10 @@ constexpr uint8_t kName[] = {'L', '1', '0', '5'};
 constexpr size_t kHeaderBytes = 8;
 constexpr int kBitsPerByte = 8;
 
-void AppendHeader(size_t payload, std::vector<uint8_t>& block) {
-  block.insert(block.end(), std::begin(kName), std::end(kName));
+void WriteHeader(size_t payload, uint8_t* header) {
+  header = std::copy(std::begin(kName), std::end(kName), header);
   for (size_t i = 0; i < kHeaderBytes - sizeof kName; ++i) {
-    block.push_back(static_cast<uint8_t>(payload >> (i * kBitsPerByte)));
+    header[i] = static_cast<uint8_t>(payload >> (i * kBitsPerByte));
   }
 }
 
@@ -25,11 +25,9 @@ BlockStream::BlockStream(const std::vector<uint8_t>& bytes, BlockHeader header)
 std::vector<uint8_t> BlockStream::Next() {
   const size_t headerBytes = header_ == BlockHeader::kL105 ? kHeaderBytes : 0;
   const size_t payload = std::min(bytes_.size() - sent_, kWireBlockBytes - headerBytes);
-  std::vector<uint8_t> block;
-  block.reserve(headerBytes + payload);
-  if (headerBytes != 0) AppendHeader(payload, block);
-  const auto begin = bytes_.begin() + static_cast<std::ptrdiff_t>(sent_);
-  block.insert(block.end(), begin, begin + static_cast<std::ptrdiff_t>(payload));
+  std::vector<uint8_t> block(headerBytes + payload);
+  if (headerBytes != 0) WriteHeader(payload, block.data());
+  std::copy_n(bytes_.data() + sent_, payload, block.data() + headerBytes);
   sent_ += payload;
   return block;
 }

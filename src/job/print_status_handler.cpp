@@ -49,7 +49,9 @@ class StatusLoop {
 
   void Run() {
     const std::lock_guard<std::mutex> lock(state_->statusThread);
-    while (!clock_.WaitFor(interval_, state_->closing)) Pass();
+    // Once closed, the clock is not touched: it need not outlive a framework that the host destroys
+    // inside its callback.
+    while (!state_->closing.raised() && !clock_.WaitFor(interval_, state_->closing)) Pass();
     std::fputs("PrintStatusCallBackHandler exit ...\n", stdout);
     std::fflush(stdout);
   }

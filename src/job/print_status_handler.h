@@ -20,7 +20,7 @@ namespace Nuv::Connect {
 class PrintStatusHandler {
  public:
   // `channel` and `state` are shared with the thread, which may outlive this object; `clock`
-  // outlives the thread.
+  // outlives this object.
   PrintStatusHandler(std::shared_ptr<IConnect> channel, std::shared_ptr<JobState> state,
                      Platform::Clock& clock);
 

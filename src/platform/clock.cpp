@@ -18,8 +18,9 @@ class SteadyClock final : public Clock {
 }  // namespace
 
 Clock& SystemClock() {
-  static SteadyClock clock;
-  return clock;
+  // Never destroyed: a status thread may still sleep on it when the process ends.
+  static SteadyClock* const clock = new SteadyClock;
+  return *clock;
 }
 
 }  // namespace Nuv::Platform

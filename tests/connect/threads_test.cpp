@@ -29,7 +29,6 @@ class HurriedClock final : public Platform::Clock {
   }
 };
 
-// Outlives the status thread of a test that closes inside a callback.
 HurriedClock g_clock;
 
 std::unique_ptr<ConnectingFramework> g_host;

@@ -1,0 +1,132 @@
+// Status threads against printing printers in a process of their own: processor time, memory, and
+// whether every poll comes in time, for one framework and for two hundred.
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/bench.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+
+namespace bench {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using Nuv::Connect::ConnectingFramework;
+
+constexpr int kPrinters = 200;
+constexpr int kFirstPort = 20000;
+constexpr unsigned int kIntervalMs = 1000;
+constexpr std::chrono::seconds kMeasured(10);
+
+std::atomic<int> g_polls{0};
+std::atomic<int64_t> g_longestGapUs{0};
+std::atomic<bool> g_measuring{false};
+
+void OnPrintingInfo(int, int, int, std::string, int, std::string, std::string) {
+  thread_local SteadyClock::time_point last;
+  const SteadyClock::time_point now = SteadyClock::now();
+  const auto gap = std::chrono::duration_cast<std::chrono::microseconds>(now - last).count();
+  const bool first = last == SteadyClock::time_point();
+  last = now;
+  if (!g_measuring || first) return;
+  ++g_polls;
+  int64_t longest = g_longestGapUs;
+  while (gap > longest && !g_longestGapUs.compare_exchange_weak(longest, gap)) {
+  }
+}
+
+void Check(bool ok, const char* what) {
+  if (ok) return;
+  std::fprintf(stderr, "%s failed\n", what);
+  std::exit(1);
+}
+
+std::string WriteConfiguration(const std::string& folder) {
+  const std::string path = folder + "/printers.json";
+  std::ofstream file(path);
+  file << R"({"jobDir": ")" << folder << R"(", "printers": [)";
+  for (int i = 0; i < kPrinters; ++i) {
+    file << (i == 0 ? "" : ",") << R"({"address": "10.77.1.2", "port": )" << kFirstPort + i
+         << R"(, "serial": "H)" << i << R"(", "name": "h)" << i << R"(", "layerMs": 3600000})";
+  }
+  file << "]}";
+  return path;
+}
+
+// Connects to printer `index` of the search and has it print.
+void StartPrint(ConnectingFramework& framework, int index) {
+  constexpr int kSearchMs = 200;
+  Nuv::Connect::IConnect& channel = *framework.GetConnect();
+  channel.SetSearchTimeout(kSearchMs);
+  std::vector<std::string> found;
+  // Answers may be lost: two hundred come at once.
+  for (int attempt = 0; attempt < 20 && found.size() <= static_cast<size_t>(index); ++attempt) {
+    Check(channel.EnumerateDevices(NUV_KIND_NETWORK, found), "searching");
+  }
+  Check(framework.ChooseDevice(NUV_KIND_NETWORK, index) == NUV_OK, "choosing");
+  const std::string opened = channel.ExecuteCommand(
+      "F103 S1 L100 T0.050000 R45 V1.000000 C1.000000 E1.000000 H1.000000 Y1.000000 U1.000000 "
+      "P80.000000\r\n");
+  Check(opened.find("OK") != std::string::npos || opened.find("S:1") != std::string::npos,
+        "opening a job");
+  channel.SendBytes({'x', '\r', '\n'});
+}
+
+struct Cost {
+  double percent;  // of one core
+  double mib;
+};
+
+// Runs `count` frameworks with status threads.
+Cost Measure(int count) {
+  std::vector<std::unique_ptr<ConnectingFramework>> frameworks;
+  for (int i = 0; i < count; ++i) {
+    frameworks.push_back(std::make_unique<ConnectingFramework>());
+    StartPrint(*frameworks.back(), i);
+    frameworks.back()->RegisterPrintingInfoCallback(OnPrintingInfo, kIntervalMs);
+  }
+  std::this_thread::sleep_for(std::chrono::seconds(2));
+  g_polls = 0;
+  g_longestGapUs = 0;
+  const std::clock_t before = std::clock();
+  g_measuring = true;
+  std::this_thread::sleep_for(kMeasured);
+  g_measuring = false;
+  const double seconds = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+  const double percent = seconds / static_cast<double>(kMeasured.count()) * 100;
+  const std::string who = std::to_string(count) + (count == 1 ? " framework" : " frameworks");
+  Report(who + ": processor time of one core", percent, "%", count == 1 ? 0.1 : 2);
+  const double mib = static_cast<double>(ResidentKib()) / 1024;
+  Report(who + ": resident memory", mib, "MiB", 150);
+  Report(who + ": longest time between two polls of a printer",
+         static_cast<double>(g_longestGapUs) / 1000, "ms", kIntervalMs + 100);
+  Report(who + ": polls left out",
+         std::max(0, (static_cast<int>(kMeasured.count()) - 1) * count - g_polls), "polls", 0.5);
+  return {percent, mib};
+}
+
+}  // namespace
+
+void RunHandlers(const std::string& nuvsim, const std::string& folder) {
+  std::printf("Status threads, each asking a printing printer every second\n");
+  std::filesystem::create_directories(folder);
+  const Child printers({nuvsim, WriteConfiguration(folder)}, nullptr);
+  const Cost one = Measure(1);
+  const Cost many = Measure(kPrinters);
+  Report("200 frameworks over one: processor time", many.percent / one.percent, "times");
+  Report("200 frameworks over one: memory", many.mib - one.mib, "MiB more");
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace bench
