@@ -25,10 +25,9 @@ bool UsbMode::EnumerateDevices(std::vector<std::string>& found) {
 }
 
 bool UsbMode::Open(int index) {
-  index_ = index;
-  if (index_ < 0) return false;
+  if (index < 0) return false;
   Close();
-  isOpen_ = connector_->Open(std::to_wstring(index_).c_str());
+  isOpen_ = connector_->Open(std::to_wstring(index).c_str());
   return isOpen_;
 }
 

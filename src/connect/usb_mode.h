@@ -22,7 +22,7 @@ class UsbMode {
   bool EnumerateDevices(std::vector<std::string>& found);
 
   // Opens printer `index` of the last enumeration; an open one is closed first. A negative index is
-  // refused and changes nothing but the stored index.
+  // refused and changes nothing.
   bool Open(int index);
   void Close();
   bool IsOpen() const { return isOpen_; }
@@ -41,7 +41,6 @@ class UsbMode {
   std::string ReadBlock();
 
   std::unique_ptr<ConnectorBase> connector_;
-  int index_ = -1;
   std::vector<uint8_t> lastRead_;
   bool isOpen_ = false;
 };
