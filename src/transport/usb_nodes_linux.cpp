@@ -1,6 +1,7 @@
 #include <libudev.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -60,6 +61,7 @@ std::optional<std::vector<std::string>> FindPrinterNodes() {
   std::vector<NumberedNode> numbered = NodesOf(context.get(), list.get());
   std::sort(numbered.begin(), numbered.end());
   std::vector<std::string> nodes;
+  nodes.reserve(numbered.size());
   for (NumberedNode& node : numbered) nodes.push_back(std::move(node.second));
   return nodes;
 }
