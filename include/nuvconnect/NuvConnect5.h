@@ -334,11 +334,13 @@ NUV_API int API_GetRepositionProcessing(int* processing);
 
 // ---- Firmware -----------------------------------------------------------------------------------
 
-// An update is an announcement, the image, and for panel and Android board a command that ends it:
-//   engine         API_SetFWUpdateFileInfo_Engine   API_SendFWData
-//   LCM panel      API_StartFWUpdateFileInfo_LCM    API_SendFWPanelData
-//   API_FinishFWUpdateFileInfo_LCM Android board  API_SetFWUpdateFileInfo_Android
-//   API_SendFWDataAndroid  API_StartFWUpgradeProcess
+// An update is an announcement, the image, and for panel and Android board a command that ends it.
+//   Engine: API_SetFWUpdateFileInfo_Engine, API_SendFWData.
+//
+//   LCM panel: API_StartFWUpdateFileInfo_LCM, API_SendFWPanelData, API_FinishFWUpdateFileInfo_LCM.
+//
+//   Android: API_SetFWUpdateFileInfo_Android, API_SendFWDataAndroid, API_StartFWUpgradeProcess.
+//
 // Between announcement and the end of the image no other call may send to the printer, from any
 // thread: it would become a part of the image. The printer waits 1 s for the image's next byte.
 

@@ -4,17 +4,17 @@ namespace Nuv::Connect {
 namespace {
 
 // A printer that never ends its line must not hold the caller.
-constexpr size_t kMostReplyBytes = size_t{1} << 20;
+constexpr size_t kMostReplyBytes = 65536;
 
 }  // namespace
 
 std::string LocalMode::ReadReply() {
   lastRead_.clear();
-  do {
+  while (lastRead_.size() < kMostReplyBytes) {
     const std::string block = ReadBlock();
-    if (block.empty()) break;
     lastRead_ += block;
-  } while (lastRead_.back() != '\n' && lastRead_.size() < kMostReplyBytes);
+    if (block.empty() || block.find('\n') != std::string::npos) break;
+  }
   return lastRead_;
 }
 
