@@ -39,31 +39,45 @@ void Connect(ConnectingFramework& framework) {
   Check(framework.ChooseDevice(NUV_KIND_NETWORK, 0), "choosing");
 }
 
-// What a transfer of `blocks` blocks takes over the pauses of its blocks.
-void Pacing(const char* what, int blocks, const std::function<int()>& send) {
+// What a transfer of `blocks` blocks takes over the pauses of its blocks: the best of several,
+// since what disturbs a round is not the code's.
+void Pacing(const char* what, int blocks, const std::function<int()>& announce,
+            const std::function<int()>& send) {
   constexpr double kPauseMs = 15;
-  const SteadyClock::time_point start = SteadyClock::now();
-  Check(send(), what);
-  const double ms = std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count();
-  Report(std::string(what) + ": duration over blocks times 15 ms", ms / (kPauseMs * blocks),
+  constexpr int kRounds = 5;
+  double best = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    Check(announce(), "announcing");
+    const SteadyClock::time_point start = SteadyClock::now();
+    Check(send(), what);
+    const double ms = std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count();
+    if (round == 0 || ms < best) best = ms;
+  }
+  Report(std::string(what) + ": duration over blocks times 15 ms", best / (kPauseMs * blocks),
          "times", 1.02);
 }
 
 void PacingOfBothKinds() {
-  constexpr int kBlocks = 200;
+  constexpr int kBlocks = 100;
   constexpr size_t kEngineBlock = 10240;
   constexpr size_t kAndroidBlock = 10232;
   ConnectingFramework framework;
   Connect(framework);
   const std::vector<uint8_t> engine(kBlocks * kEngineBlock);
-  Check(framework.SetFWUpdateFileInfo_Engine(static_cast<uint32_t>(engine.size()), "e.bin"),
-        "announcing");
-  Pacing("engine image of 200 blocks", kBlocks, [&] { return framework.SendFWData(engine); });
+  Pacing(
+      "engine image of 100 blocks", kBlocks,
+      [&] {
+        return framework.SetFWUpdateFileInfo_Engine(static_cast<uint32_t>(engine.size()), "e.bin");
+      },
+      [&] { return framework.SendFWData(engine); });
   const std::vector<uint8_t> android(kBlocks * kAndroidBlock);
-  Check(framework.SetFWUpdateFileInfo_Android(1, static_cast<uint32_t>(android.size()), "a.img"),
-        "announcing");
-  Pacing("Android image of 200 blocks", kBlocks,
-         [&] { return framework.SendFWDataAndroid(android); });
+  Pacing(
+      "Android image of 100 blocks", kBlocks,
+      [&] {
+        return framework.SetFWUpdateFileInfo_Android(1, static_cast<uint32_t>(android.size()),
+                                                     "a.img");
+      },
+      [&] { return framework.SendFWDataAndroid(android); });
   Check(framework.StartFWUpgradeProcess(), "starting");
 }
 

@@ -121,7 +121,7 @@ Cost Measure(int count) {
 void RunHandlers(const std::string& nuvsim, const std::string& folder) {
   std::printf("Status threads, each asking a printing printer every second\n");
   std::filesystem::create_directories(folder);
-  const Child printers({nuvsim, WriteConfiguration(folder)}, nullptr);
+  const Child printers({nuvsim, "--config", WriteConfiguration(folder)}, nullptr);
   const Cost one = Measure(1);
   const Cost many = Measure(kPrinters);
   Report("200 frameworks over one: processor time", many.percent / one.percent, "times");
