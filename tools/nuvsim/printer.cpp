@@ -12,6 +12,8 @@ namespace {
 // A host that polls for days must not exhaust the memory.
 constexpr std::size_t kRequestsKept = 100000;
 
+constexpr std::size_t Index(Channel channel) { return static_cast<std::size_t>(channel); }
+
 // Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
 bool TellsBuffer(int code, const std::string& answer) {
   return (code == 117 || code == 503) && answer.find(" S:") != std::string::npos;
@@ -23,24 +25,25 @@ Printer::Printer(PrinterConfig config, Clock clock, CalendarTime switchedOn,
                  std::filesystem::path folder, std::string prefix, Log log)
     : machine_(std::move(config), std::move(clock), switchedOn, std::move(folder),
                std::move(prefix)),
-      splitter_(machine_.Config().bufferBytes, *this),
+      splitters_{LineSplitter(machine_.Config().bufferBytes, *this),
+                 LineSplitter(machine_.Config().bufferBytes, *this)},
       log_(std::move(log)) {
   for (const Fault& fault : machine_.Config().faults) faults_.Add(fault);
 }
 
-void Printer::ClientCame(std::uint32_t at) {
-  machine_.SetWiredAddress(at);
+void Printer::ClientCame(Channel channel, std::uint32_t at) {
+  if (channel == Channel::kNetwork) machine_.SetWiredAddress(at);
   ++counters_.connections;
-  connected_ = true;
+  connected_[Index(channel)] = true;
 }
 
-void Printer::ClientLeft() {
-  splitter_.Finish();
+void Printer::ClientLeft(Channel channel) {
+  splitters_[Index(channel)].Finish();
   machine_.FlushFiles();
-  connected_ = false;
+  connected_[Index(channel)] = false;
 }
 
-Reaction Printer::Receive(std::string_view bytes) {
+Reaction Printer::Receive(Channel channel, std::string_view bytes) {
   reaction_ = Reaction();
   while (!bytes.empty() && reaction_.closing == Closing::kNone) {
     const std::uint64_t beforeCut = faults_.BytesBeforeCut();
@@ -48,7 +51,7 @@ Reaction Printer::Receive(std::string_view bytes) {
         bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(beforeCut, bytes.size())));
     bytes.remove_prefix(part.size());
     counters_.bytesReceived += part.size();
-    splitter_.Feed(part);
+    splitters_[Index(channel)].Feed(part);
     const Closing cut = faults_.CountBytes(part.size());
     if (reaction_.closing == Closing::kNone) reaction_.closing = cut;
   }
@@ -117,7 +120,8 @@ PrinterStatus Printer::Status() {
   status.errorNumber = machine_.ErrorNumber();
   if (const auto progress = machine_.Printing()) status.layer = progress->layer;
   status.freeBytes = machine_.FreeBytes();
-  status.connected = connected_;
+  status.connected = connected_[Index(Channel::kNetwork)];
+  status.attached = connected_[Index(Channel::kUsb)];
   status.armedFaults = faults_.Size();
   return status;
 }
