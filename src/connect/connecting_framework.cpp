@@ -5,8 +5,9 @@
 
 namespace Nuv::Connect {
 
-ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeoutMs)
-    : clock_(clock), connect_(replyTimeoutMs) {}
+ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeoutMs,
+                                         std::unique_ptr<ConnectorBase> usb)
+    : clock_(clock), connect_(replyTimeoutMs, std::move(usb)) {}
 
 ConnectingFramework::~ConnectingFramework() = default;
 

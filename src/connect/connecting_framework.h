@@ -23,9 +23,10 @@ namespace Nuv::Connect {
 class ConnectingFramework final : public IConnectingFramework {
  public:
   // `clock` outlives the framework. `replyTimeoutMs`: how long a network printer may take to
-  // answer.
+  // answer. `usb`: the connector to printers on USB.
   explicit ConnectingFramework(Platform::Clock& clock = Platform::SystemClock(),
-                               int replyTimeoutMs = NuvConnect::kReplyTimeoutMs);
+                               int replyTimeoutMs = NuvConnect::kReplyTimeoutMs,
+                               std::unique_ptr<ConnectorBase> usb = MakeUsbConnector());
   ~ConnectingFramework() override;
 
   int SetUpdPort(int port) override;

@@ -2,8 +2,12 @@
 
 namespace Nuv::Connect {
 
-LocalLink::LocalLink(std::string identification, int searchPort, int replyPort)
-    : identification_(std::move(identification)), searchPort_(searchPort), replyPort_(replyPort) {}
+LocalLink::LocalLink(std::string identification, int searchPort, int replyPort,
+                     std::unique_ptr<ConnectorBase> usb)
+    : usb_(std::move(usb)),
+      identification_(std::move(identification)),
+      searchPort_(searchPort),
+      replyPort_(replyPort) {}
 
 bool LocalLink::SearchDevices(std::vector<std::string>& /*found*/, const std::string& /*address*/,
                               const std::string& /*netmask*/, int /*timeoutMs*/) {
@@ -11,18 +15,19 @@ bool LocalLink::SearchDevices(std::vector<std::string>& /*found*/, const std::st
 }
 
 bool LocalLink::EnumerateDevices(std::vector<std::string>& found) {
-  found.clear();
-  return true;
+  return usb_.EnumerateDevices(found);
 }
 
-bool LocalLink::Open(int /*index*/) { return false; }
+bool LocalLink::Open(int index) { return mode_ == kUsb && usb_.Open(index); }
 
-void LocalLink::Close() {}
+void LocalLink::Close() { usb_.Close(); }
 
-bool LocalLink::Write(const uint8_t* /*data*/, size_t /*length*/) { return false; }
+bool LocalLink::Write(const uint8_t* data, size_t length) {
+  return mode_ == kUsb && usb_.Write(data, length);
+}
 
-std::string LocalLink::ReadReply() { return {}; }
+std::string LocalLink::ReadReply() { return mode_ == kUsb ? usb_.ReadReply() : std::string(); }
 
-bool LocalLink::LastRead(std::vector<uint8_t>& /*data*/) const { return false; }
+bool LocalLink::LastRead(std::vector<uint8_t>& data) const { return usb_.LastRead(data); }
 
 }  // namespace Nuv::Connect

@@ -5,16 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "connect/usb_mode.h"
+
 namespace Nuv::Connect {
 
-// Printers on USB, and the channel's own UDP search. No USB connector is attached to it yet, so it
-// finds and opens nothing; it keeps its settings.
+// Printers on USB, and the channel's own UDP search, which is not built yet.
 //
 // Thread-safety: none; the channel serialises the calls.
 class LocalLink {
  public:
   // `identification` is sent by the search on the first port; answers come to the second.
-  LocalLink(std::string identification, int searchPort, int replyPort);
+  LocalLink(std::string identification, int searchPort, int replyPort,
+            std::unique_ptr<ConnectorBase> usb = MakeUsbConnector());
 
   // The search by UDP, then the answers. False: not made.
   bool SearchDevices(std::vector<std::string>& found, const std::string& address,
@@ -25,7 +27,7 @@ class LocalLink {
 
   bool Open(int index);
   void Close();
-  bool IsOpen() const { return false; }
+  bool IsOpen() const { return mode_ == kUsb && usb_.IsOpen(); }
 
   bool Write(const uint8_t* data, size_t length);
   std::string ReadReply();
@@ -37,11 +39,14 @@ class LocalLink {
   void set_identification(std::string text) { identification_ = std::move(text); }
 
  private:
+  static constexpr int kUsb = 0;
+
+  UsbMode usb_;
   std::string identification_;
   int searchPort_;
   int replyPort_;
   int searchTimeoutMs_ = 0;
-  int mode_ = 0;  // 0 USB, 1 sockets
+  int mode_ = kUsb;  // 1 sockets
 };
 
 }  // namespace Nuv::Connect

@@ -17,8 +17,8 @@ std::string WithoutLineFeed(std::string reply) {
 
 }  // namespace
 
-NuvConnect::NuvConnect(int replyTimeoutMs)
-    : local_(kDefaultSearchMessage, kDefaultSearchPort, kLocalReplyPort),
+NuvConnect::NuvConnect(int replyTimeoutMs, std::unique_ptr<ConnectorBase> usb)
+    : local_(kDefaultSearchMessage, kDefaultSearchPort, kLocalReplyPort, std::move(usb)),
       network_(replyTimeoutMs) {}
 
 NuvConnect::~NuvConnect() {

@@ -19,7 +19,9 @@ class NuvConnect final : public IConnect {
   // How long a network printer may take to answer. A printer that heats or homes answers late.
   static constexpr int kReplyTimeoutMs = 36000;
 
-  explicit NuvConnect(int replyTimeoutMs = kReplyTimeoutMs);
+  // `usb`: the connector of the local link.
+  explicit NuvConnect(int replyTimeoutMs = kReplyTimeoutMs,
+                      std::unique_ptr<ConnectorBase> usb = MakeUsbConnector());
   ~NuvConnect() override;
 
   bool SearchDevices(std::vector<std::string>& found, std::string a, std::string b, int c) override;

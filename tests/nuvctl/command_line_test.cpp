@@ -19,6 +19,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutTouchingAnyPrinter) {
       {"list", "--index", "-1"},
       {"info", "--serial", "A", "--index", "0"},
       {"info", "--address", "printer"},
+      {"info", "--usb", "--address", "10.0.0.1"},
       {"send"},
       {"raw", ""},
       {"raw", "\r\n"},
@@ -79,6 +80,37 @@ TEST_F(CommandLineTest, OpensThePrinterThatIsMeant) {
               row.opened.empty() ? "" : "open " + row.opened);
     EXPECT_EQ(row.exit == kDone ? "" : ErrorCode(), row.code);
     EXPECT_FALSE(fake.running);
+  }
+}
+
+TEST_F(CommandLineTest, UsbStandsInForTheNetwork) {
+  const struct {
+    std::vector<std::string> arguments;
+    int list_result, open_result, exit;
+    std::string opened, told;
+  } kRows[] = {
+      {{"--usb", "list"}, 0, 0, kDone, "", "0      /dev/usb/lp0  SN0"},
+      {{"list", "--usb"}, 0, 0, kDone, "", "1      /dev/usb/lp1  SN1"},
+      {{"status", "--usb", "--serial", "SN1"}, 0, 0, kDone, "open usb 1", "idle"},
+      {{"status", "--usb", "--index", "0"}, 0, 0, kDone, "open usb 0", "idle"},
+      {{"status", "--usb"}, 0, 0, kNoPrinter, "", "--serial or --index"},
+      {{"status", "--usb", "--index", "0"}, 0, 3, kConnectionProblem, "open usb 0", "udev rule"},
+      {{"list", "--usb"}, 2, 0, kNoPrinter, "", "No printer was found on USB"},
+      {{"list", "--usb"}, 3, 0, kConnectionProblem, "", "udev rule"},
+  };
+  for (const auto& row : kRows) {
+    fake = FakeLibrary();
+    fake.kind = NUV_KIND_USB;
+    fake.devices = {{"/dev/usb/lp0\\1", "SN0", "Model", ""},
+                    {"/dev/usb/lp1\\1", "SN1", "Model", ""}};
+    fake.list_result = row.list_result;
+    fake.open_result = row.open_result;
+    SCOPED_TRACE(testing::PrintToString(row.arguments) + std::to_string(row.list_result));
+    const CommandRun run = Both(row.arguments);
+    EXPECT_EQ(run.exit, row.exit);
+    EXPECT_NE((run.out + run.err).find(row.told), std::string::npos) << run.out << run.err;
+    EXPECT_EQ(fake.calls.at(0), "usb list 3000");
+    EXPECT_EQ(fake.calls.size() > 1 ? fake.calls[1] : "", row.opened);
   }
 }
 

@@ -13,6 +13,8 @@ int Fail(int result, int command) {
   return result;
 }
 
+std::string OnUsb(int kind) { return kind == NUV_KIND_USB ? "usb " : ""; }
+
 int Open(const std::string& what) {
   fake.calls.push_back("open " + what);
   return fake.open_result;
@@ -51,8 +53,8 @@ int API_SetBroadCastPort(int port) {
   return 0;
 }
 
-int API_GetDeviceList(int, char** list, int* count, int entrySize, int timeoutMs) {
-  fake.calls.push_back("list " + std::to_string(timeoutMs));
+int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs) {
+  fake.calls.push_back(OnUsb(kind) + "list " + std::to_string(timeoutMs));
   const int found = static_cast<int>(fake.devices.size());
   for (int i = 0; i < std::min(*count, found); ++i) {
     // Writes all that the contract allows, so that a buffer too small shows under a sanitizer.
@@ -63,15 +65,16 @@ int API_GetDeviceList(int, char** list, int* count, int entrySize, int timeoutMs
   return fake.list_result;
 }
 
-int API_GetDeviceInfo(char* out, int, int index, int field) {
-  const bool listed = fake.list_result == 0 && static_cast<size_t>(index) < fake.devices.size();
+int API_GetDeviceInfo(char* out, int kind, int index, int field) {
+  const bool listed = fake.list_result == 0 && kind == fake.kind &&
+                      static_cast<size_t>(index) < fake.devices.size();
   *out = '\0';
   if (!listed) return NUV_NOT_FOUND;
   std::strcpy(out, fake.devices[static_cast<size_t>(index)][static_cast<size_t>(field)].c_str());
   return 0;
 }
 
-int API_ChooseDevice(int, int index) { return Open(std::to_string(index)); }
+int API_ChooseDevice(int kind, int index) { return Open(OnUsb(kind) + std::to_string(index)); }
 int API_ConnectNetWorkDevice(const char* address) { return Open(address); }
 
 int API_GetPrinterInfo(char* version, char* name, char* model, char* serial, char* controller) {

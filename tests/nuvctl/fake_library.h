@@ -32,7 +32,8 @@ struct MarkAnswer {
 struct FakeLibrary {
   // Script. Devices are address, serial number, model, nickname.
   std::vector<std::array<std::string, 4>> devices = {{"10.0.0.1", "SN1", "Fabrix100 xP", ""}};
-  int list_result = 0;  // 3: devices is what was reached
+  int kind = NUV_KIND_NETWORK;  // where the devices are
+  int list_result = 0;          // 3: devices is what was reached
   int open_result = 0;
   bool malformed = false;  // the state's reply holds no number
   Sequence<StateAnswer> states{{{0, 0, 0}}};

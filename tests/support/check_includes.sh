@@ -22,6 +22,6 @@ refuse "connect does not know the exports" 'api/' src/connect
 refuse "the simulator shares no code with the library" '(api|connect|job|command|transport|platform|nuvconnect|nuvfile)/' tools/nuvsim
 refuse "nuvctl uses the public headers only" '(api|connect|job|command|transport|platform)/' tools/nuvctl
 refuse "an operating system's header outside the files of that system" \
-  '(sys|arpa|netinet|net|linux)/|(windows|winsock2|ws2tcpip|unistd|dlfcn|poll|netdb|syslog|fcntl|termios|signal|pthread)\.h' \
+  '(sys|arpa|netinet|net|linux)/|(windows|winsock2|ws2tcpip|unistd|dlfcn|poll|netdb|syslog|fcntl|libudev|setupapi|termios|signal|pthread)\.h' \
   include src nuvfile tools
 exit "$failed"

@@ -21,7 +21,7 @@ struct Subcommand {
 };
 
 constexpr Subcommand kSubcommands[] = {
-    {"list", "List the printers on the network", "nuvctl list", DeclareList},
+    {"list", "List the printers on the network or, with --usb, on USB", "nuvctl list", DeclareList},
     {"info", "Show what a printer is", "nuvctl info --serial SN0042", DeclareInfo},
     {"status", "Show what a printer does", "nuvctl status --json", DeclareStatus},
     {"send", "Send a print file and make sure that the printer took it",
@@ -71,6 +71,8 @@ CLI::Validator Between(int least, int most) { return CLI::Range(least, most).des
 void DeclareGlobals(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "Write one JSON document to the standard output");
   app.add_flag("--debug", options.debug, "Write diagnostics of the connection to standard error");
+  CLI::Option* const usb =
+      app.add_flag("--usb", options.usb, "Use the printers on USB instead of those on the network");
   app.add_option("--timeout", options.timeout_ms, "Milliseconds that the search for printers waits")
       ->type_name("MS")
       ->check(Between(1, kMaxTimeoutMs))
@@ -90,7 +92,7 @@ void DeclareGlobals(CLI::App& app, Options& options) {
           ->type_name("N")
           ->check(Between(0, std::numeric_limits<int>::max()));
   serial->excludes(address)->excludes(index);
-  address->excludes(index);
+  address->excludes(index)->excludes(usb);
 }
 
 // Declares all subcommands; the one that is parsed stores its action in `chosen`.

@@ -14,6 +14,7 @@ namespace nuvctl {
 struct Options {
   bool json = false;
   bool debug = false;
+  bool usb = false;         // printers on USB instead of those on the network
   int timeout_ms = 3000;    // wait of the network search
   std::optional<int> port;  // UDP port of the search; the library's own when not given
   // Which printer; at most one of these.

@@ -11,16 +11,38 @@ namespace {
 
 constexpr int kSerialBuffers = 256;
 
-std::string DeviceText(int index, NuvDeviceField field) {
+constexpr char kUsbOpenHint[] =
+    "Another program may have it open. On Linux its users need the right to use it, which the udev "
+    "rule of NuvConnect5 gives (see the README); 'nuvctl --debug' shows the reason.";
+
+NuvDeviceKind KindOf(const Options& options) {
+  return options.usb ? NUV_KIND_USB : NUV_KIND_NETWORK;
+}
+
+std::string DeviceText(NuvDeviceKind kind, int index, NuvDeviceField field) {
   TextBuffer text;
-  API_GetDeviceInfo(text.Data(), NUV_KIND_NETWORK, index, field);
+  API_GetDeviceInfo(text.Data(), kind, index, field);
   return text.Text();
+}
+
+// A device node without the mark that the library puts behind it.
+std::string NodeOf(std::string identifier) {
+  constexpr char kMark[] = "\\1";
+  const size_t mark = identifier.rfind(kMark);
+  if (mark != std::string::npos && mark + 2 == identifier.size()) identifier.erase(mark);
+  return identifier;
 }
 
 CommandError NothingFound(const Options& options) {
   const std::string port = options.port ? std::to_string(*options.port) : "6013";
   Report report;
   report.json["printers"] = nlohmann::ordered_json::array();
+  if (options.usb) {
+    return CommandError("no_printer", kNoPrinter, "No printer was found on USB",
+                        "Check the cable and that the printer is on. On Linux the kernel's driver "
+                        "usblp must be loaded ('modprobe usblp').",
+                        report);
+  }
   return CommandError("no_printer", kNoPrinter, "No printer was found on the network",
                       "Check that the printer is on and in the same network as this computer, "
                       "and that no firewall blocks UDP port " +
@@ -28,7 +50,7 @@ CommandError NothingFound(const Options& options) {
                       report);
 }
 
-CommandError Incomplete(const Listing& listing) {
+CommandError Incomplete(const Listing& listing, const Options& options) {
   if (listing.result != NUV_CONNECTION_REFUSED) {
     CommandError error = FailureOf(listing.result, "Asking the printers what they are");
     error.shown = ListingReport(listing);
@@ -36,10 +58,11 @@ CommandError Incomplete(const Listing& listing) {
   }
   CommandError error(
       "listing_incomplete", kConnectionProblem,
-      "A printer answered the search but could not be opened, so the list ends after " +
-          std::to_string(listing.printers.size()),
-      "Another program may be connected to it. A printer whose address is known can still be "
-      "used: give --address.",
+      std::string(options.usb ? "A printer on USB" : "A printer answered the search but") +
+          " could not be opened, so the list ends after " + std::to_string(listing.printers.size()),
+      options.usb ? kUsbOpenHint
+                  : "Another program may be connected to it. A printer whose address is known can "
+                    "still be used: give --address.",
       ListingReport(listing));
   error.result = listing.result;
   return error;
@@ -47,6 +70,14 @@ CommandError Incomplete(const Listing& listing) {
 
 CommandError Unclear(const Listing& listing, const std::string& message, const std::string& hint) {
   return CommandError("which_printer", kNoPrinter, message, hint, ListingReport(listing));
+}
+
+std::string WhichHint(const Options& options) {
+  if (options.usb)
+    return options.serial ? "Say which one with --index."
+                          : "Say which one with --serial or --index.";
+  return options.serial ? "Say which one with --address or --index."
+                        : "Say which one with --serial, --address or --index.";
 }
 
 // What is known of the printer that was opened by `index` or `address`.
@@ -71,13 +102,18 @@ Printer OpenByAddress(const Listing& listing, const std::string& address) {
   return printer;
 }
 
-Printer OpenByIndex(const Listing& listing, int index) {
+Printer OpenByIndex(const Listing& listing, int index, const Options& options) {
   // An incomplete listing does not tell how many there are; the library then judges the index.
   if (listing.result == NUV_OK && static_cast<size_t>(index) >= listing.printers.size()) {
     throw Unclear(listing, "There is no printer " + std::to_string(index) + " in the list",
                   "Indexes start at 0 and may change from search to search; --serial does not.");
   }
-  Check(API_ChooseDevice(NUV_KIND_NETWORK, index), "Opening printer " + std::to_string(index));
+  const int result = API_ChooseDevice(KindOf(options), index);
+  if (result != NUV_OK) {
+    CommandError error = FailureOf(result, "Opening printer " + std::to_string(index));
+    if (options.usb) error.hint = kUsbOpenHint;
+    throw error;
+  }
   return KnownPrinter(listing, index, std::string());
 }
 
@@ -89,7 +125,7 @@ int FindIndex(const Listing& listing, const Options& options) {
     matches.erase(std::remove_if(matches.begin(), matches.end(), other), matches.end());
   }
   const bool missing = options.serial && matches.empty();
-  if (listing.result != NUV_OK && (missing || !options.serial)) throw Incomplete(listing);
+  if (listing.result != NUV_OK && (missing || !options.serial)) throw Incomplete(listing, options);
   if (missing) {
     throw Unclear(listing, "No printer has the serial number " + *options.serial,
                   "These were found; upper and lower case count.");
@@ -98,8 +134,7 @@ int FindIndex(const Listing& listing, const Options& options) {
     throw Unclear(
         listing,
         options.serial ? "Several printers have this serial number" : "Several printers were found",
-        options.serial ? "Say which one with --address or --index."
-                       : "Say which one with --serial, --address or --index.");
+        WhichHint(options));
   }
   return matches.front().index;
 }
@@ -111,19 +146,21 @@ Listing ListPrinters(const Options& options) {
   TextList serials(kSerialBuffers);
   int count = kSerialBuffers;
   Listing listing;
-  listing.result = API_GetDeviceList(NUV_KIND_NETWORK, serials.Data(), &count, TextList::kLength,
-                                     options.timeout_ms);
+  const NuvDeviceKind kind = KindOf(options);
+  listing.result =
+      API_GetDeviceList(kind, serials.Data(), &count, TextList::kLength, options.timeout_ms);
   // After a failure the library's table is an older one, and only the serial numbers are copied.
   const bool complete = listing.result == NUV_OK;
   const int known = complete ? count : std::min(count, kSerialBuffers);
   for (int i = 0; i < known; ++i) {
     Printer printer;
     printer.index = i;
-    printer.serial = complete ? DeviceText(i, NUV_DEVICE_SERIAL) : serials.Text(i);
+    printer.serial = complete ? DeviceText(kind, i, NUV_DEVICE_SERIAL) : serials.Text(i);
     if (complete) {
-      printer.address = DeviceText(i, NUV_DEVICE_IDENTIFIER);
-      printer.model = DeviceText(i, NUV_DEVICE_MODEL);
-      printer.nickname = DeviceText(i, NUV_DEVICE_SUPPLEMENTARY);
+      printer.address = DeviceText(kind, i, NUV_DEVICE_IDENTIFIER);
+      if (options.usb) printer.address = NodeOf(printer.address);
+      printer.model = DeviceText(kind, i, NUV_DEVICE_MODEL);
+      printer.nickname = DeviceText(kind, i, NUV_DEVICE_SUPPLEMENTARY);
     }
     listing.printers.push_back(printer);
   }
@@ -154,7 +191,7 @@ Report ListingReport(const Listing& listing) {
 
 void RequireListed(const Listing& listing, const Options& options) {
   if (listing.result == NUV_NOT_FOUND) throw NothingFound(options);
-  if (listing.result != NUV_OK) throw Incomplete(listing);
+  if (listing.result != NUV_OK) throw Incomplete(listing, options);
   if (listing.printers.empty()) throw NothingFound(options);
 }
 
@@ -164,8 +201,8 @@ Printer OpenPrinter(const Context& context) {
   const bool empty = listing.result == NUV_OK && listing.printers.empty();
   if (listing.result == NUV_NOT_FOUND || empty) throw NothingFound(options);
   if (options.address) return OpenByAddress(listing, *options.address);
-  if (options.index) return OpenByIndex(listing, *options.index);
-  return OpenByIndex(listing, FindIndex(listing, options));
+  if (options.index) return OpenByIndex(listing, *options.index, options);
+  return OpenByIndex(listing, FindIndex(listing, options), options);
 }
 
 }  // namespace nuvctl

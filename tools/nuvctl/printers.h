@@ -11,8 +11,8 @@
 namespace nuvctl {
 
 struct Printer {
-  int index = 0;  // place in the listing, as API_ChooseDevice counts
-  std::string address;
+  int index = 0;        // place in the listing, as API_ChooseDevice counts
+  std::string address;  // IPv4 address, or device node of a printer on USB
   std::string serial;
   std::string model;
   std::string nickname;
@@ -25,7 +25,7 @@ struct Listing {
   std::vector<Printer> printers;
 };
 
-// Searches the network and asks every printer found what it is.
+// Searches the network, or USB, and asks every printer found what it is.
 Listing ListPrinters(const Options& options);
 
 // The table of what was listed. For an incomplete listing only what is known of the reached.
