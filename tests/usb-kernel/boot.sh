@@ -40,27 +40,30 @@ add_module() {
   echo "$name" >> "$root/modules/order"
 }
 
-# add_program FILE: with the shared libraries that it needs.
+# add_program FILE: with the shared libraries that it needs, all in one folder but for the loader,
+# whose place is fixed.
 add_program() {
-  local library
+  local library place
   cp "$1" "$root/bin/"
   for library in $(ldd "$1" | grep -o '/[^ ]*'); do
-    [ -e "$root$library" ] || { mkdir -p "$root$(dirname "$library")"; cp -L "$library" "$root$library"; }
+    place=$root/lib/${library##*/}
+    [[ "$library" == */ld-linux* ]] && place=$root$library
+    [ -e "$place" ] || { mkdir -p "${place%/*}"; cp -L "$library" "$place"; }
   done
 }
 
 kernel=$(fetch_kernel)
 root=$(mktemp -d)
 trap 'rm -rf "$root" "$root.cpio" "$root.log"' EXIT
-mkdir -p "$root"/{bin,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
+mkdir -p "$root"/{bin,lib,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
 touch "$root/usr/share/hwdata/usb.ids"
 for module in usblp vhci-hcd; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
 for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile}; do
   [ ! -e "$program" ] || add_program "$program"
 done
-[ ! -e "$bin/libNuvFile.so" ] || cp -L "$bin"/libNuvFile.so* "$root/bin/"
-find "$root/bin" "$root$bin" -type f -size +1M -exec strip --strip-debug {} + 2>/dev/null || true
+cp -L "$bin"/../lib/libNuvFile.so "$root/lib/"
+find "$root"/{bin,lib} -type f -size +1M -exec strip --strip-debug {} + 2>/dev/null || true
 install "$here/guest_init.sh" "$root/init"
 cp "$here/guest_lib.sh" "$root/lib.sh"
 cp "$script" "$root/script.sh"

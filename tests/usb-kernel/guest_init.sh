@@ -1,7 +1,7 @@
 #!/bin/busybox sh
 # The first process of the virtual machine.
 /bin/busybox --install -s /bin
-export PATH=/bin LD_LIBRARY_PATH=/bin HOME=/tmp
+export PATH=/bin LD_LIBRARY_PATH=/lib HOME=/tmp
 mount -t proc none /proc
 mount -t sysfs none /sys
 mount -t devtmpfs none /dev

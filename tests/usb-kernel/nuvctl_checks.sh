@@ -16,7 +16,7 @@ tells() { exits 0 "${@:2}" && grep -qE -- "$1" /tmp/out; }
 requests() { control '{"do": "requests"}' | grep -o "$1" | wc -l; }
 
 lists_both() {
-  tells '/dev/usb/lp0 +USB0001' nuvctl list --usb || return 1
+  tells '/dev/usb/lp0 +USB0001' nuvctl list --usb --debug || return 1
   grep -qE '/dev/usb/lp1 +USB0002' /tmp/out && [ "$(grep -c /dev/usb /tmp/out)" = 2 ]
 }
 # The third printer's ID is in no table, so it is left alone.
@@ -56,7 +56,7 @@ pulls_out_in_a_job() {
 }
 replugged() {
   replug 0 1-1 /dev/usb/lp0 && control '{"do": "state", "to": "idle"}' > /dev/null &&
-    control '{"do": "clear"}' > /dev/null && tells USB0001 nuvctl --usb status --serial USB0001
+    control '{"do": "clear"}' > /dev/null && tells idle nuvctl --usb status --serial USB0001
 }
 
 cat > /tmp/printers.json <<'JSON'
