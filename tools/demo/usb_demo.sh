@@ -28,7 +28,7 @@ run nuvfile create --machine-id 3DPSNKG53WTW00001 --argument layers=80 \
   --argument layer_thickness_mm=0.05 --argument print_minutes=2 /tmp/lines.txt /tmp/job.nuv
 
 say "Sent, 100 ms a line"
-run nuvctl --usb send /tmp/job.nuv
+run nuvctl --usb send /tmp/job.nuv 2>&1 | cat  # plain lines, no bar
 run nuvctl --usb status
 
 say "Received, byte for byte?"

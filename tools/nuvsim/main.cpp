@@ -1,4 +1,4 @@
-// nuvsim: simulated printers on the network, from the command line.
+// nuvsim: simulated printers on the network and on USB, from the command line.
 
 #include <CLI/CLI.hpp>
 #include <asio/io_context.hpp>
@@ -164,7 +164,7 @@ void Serve(nuvsim::Simulator& simulator, std::optional<std::uint16_t> controlPor
 
 int main(int argc, char** argv) {
   Options options;
-  CLI::App app("Simulates resin 3D printers on the network.", "nuvsim");
+  CLI::App app("Simulates resin 3D printers on the network and on USB.", "nuvsim");
   AddOptions(app, options);
   try {
     app.parse(argc, argv);
