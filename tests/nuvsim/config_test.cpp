@@ -16,11 +16,12 @@ using testing::HasSubstr;
 
 TEST(ConfigTest, EveryKeyReachesItsPlace) {
   const SimulatorConfig config = ParseConfig(R"({
-    "discovery": false, "discoveryPort": 6100, "jobDir": "jobs",
+    "discovery": false, "discoveryPort": 6100, "usbipPort": 3240, "usbipAddress": "127.0.0.2", "jobDir": "jobs",
     "printers": [
       {"model": "BEGO VARSEO XS", "serial": "S1", "name": "N1", "nickname": "K 1", "mac": "M1",
        "firmware": "9.1", "controller": "9.2", "android": "9.3", "loader": "9.4", "panel": "9.5",
        "manufactured": "20250102", "wirelessMac": "M2", "address": "127.0.0.1", "port": 65535,
+       "usbId": "0999:bEaF",
        "buffer": 1, "drainRate": 0, "layerMs": 250,
        "resin": {"state": 4, "remainingMl": 5, "code": "C", "tankMl": 6, "lot": "Q",
                  "useBy": "20280304", "type": "T", "name": "R 1", "tagRegistered": false,
@@ -33,6 +34,8 @@ TEST(ConfigTest, EveryKeyReachesItsPlace) {
       {}]})");
   EXPECT_FALSE(config.discovery);
   EXPECT_EQ(config.discoveryPort, 6100);
+  EXPECT_EQ(config.usbipPort, 3240);
+  EXPECT_EQ(config.usbipAddress, "127.0.0.2");
   EXPECT_EQ(config.jobFolder, "jobs");
   ASSERT_EQ(config.printers.size(), 2u);
   const PrinterConfig& printer = config.printers[0];
@@ -41,6 +44,7 @@ TEST(ConfigTest, EveryKeyReachesItsPlace) {
                 printer.address,
             "BEGO VARSEO XS,S1,N1,K 1,M1,9.1,9.2,127.0.0.1");
   EXPECT_EQ(printer.port, 65535);
+  EXPECT_EQ(printer.usbId, "0999:bEaF");
   EXPECT_EQ(printer.bufferBytes, 1u);
   EXPECT_EQ(printer.drainRate, 0u);
   EXPECT_EQ(printer.layerTime.count(), 250);
@@ -111,6 +115,11 @@ const BadRow kBad[] = {
     {R"({"printers": [{"address": "127.0.0"}]})", "printers[0].address: must be an IPv4"},
     {R"({"printers": [{"address": "127.0.0.1.2"}]})", "printers[0].address"},
     {R"({"printers": [{"address": "127.0.0.256"}]})", "printers[0].address"},
+    {R"({"printers": [{"usbId": "11F12601"}]})", "printers[0].usbId: must be vendor and product"},
+    {R"({"printers": [{"usbId": "11F1:26G1"}]})", "printers[0].usbId"},
+    {R"({"printers": [{"usbId": "11F1:-601"}]})", "printers[0].usbId"},
+    {R"({"printers": [{}], "usbipPort": 65536})", "configuration.usbipPort"},
+    {R"({"printers": [{}], "usbipAddress": "localhost"})", "usbipAddress: must be an IPv4"},
     {R"({"printers": [{"resin": {"lot": null}}]})", "printers[0].resin.lot: must be a text"},
     {R"({"printers": [{"resin": {"name": "a\nb"}}]})", "printers[0].resin.name: must not hold"},
     {R"({"printers": [{"resin": {"useBy": "2027-1-1"}}]})", "printers[0].resin.useBy: must be a"},

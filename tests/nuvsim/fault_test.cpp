@@ -66,6 +66,7 @@ const FaultRow kFaults[] = {
      "F999 OK START|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
     {"NoNumberInTwoLines", "bad-number,field=START,text=x", "F160 S1 C2",
      "F160 OK STARTx|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
+    {"ZeroPacketShowsOverUsbOnly", "zero-packet", "F102", "F102 OK S:0|F102 OK S:0|"},
     {"Twice", "twice", "F102", "F102 OK S:0|F102 OK S:0|F102 OK S:0|"},
     {"BufferFull", "buffer-full", "F117", "F117 OK S:0|F117 OK S:5000|"},
     {"BufferFullOfBoard", "buffer-full,code=503", "F503", "F503 OK S:0|F503 OK S:5000|"},
@@ -175,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(Each, BadFaultTest,
                                          "late,bytes=3", "pieces,bytes=0", "silent,count=-2",
                                          "silent,code=99999999999", "bad-number", "late,ms=1,ms=2",
                                          "late,kind=silent", "burst,n=100001",
-                                         "drop-after,bytes=1.5"));
+                                         "drop-after,bytes=1.5", "nak,bytes=1"));
 
 }  // namespace
 }  // namespace nuvsim

@@ -6,6 +6,7 @@
 #include "nuvsim/config_file.h"
 #include "nuvsim/ipv4.h"
 #include "nuvsim/sensors.h"
+#include "nuvsim/usb_id.h"
 
 namespace nuvsim {
 namespace {
@@ -81,6 +82,8 @@ void ValidatePrinter(const PrinterConfig& printer, const std::string& path) {
                "must not be negative");
   RefuseUnless(printer.address.empty() || ParseIpv4(printer.address), path + ".address",
                "must be an IPv4 address such as 127.0.0.1");
+  RefuseUnless(ParseUsbId(printer.usbId).has_value(), path + ".usbId",
+               "must be vendor and product such as 11F1:2601");
   RefuseUnless(printer.bufferBytes > 0, path + ".buffer", "must be at least 1");
   RefuseUnless(printer.layerTime.count() >= 0, path + ".layerMs", "must not be negative");
 }
@@ -90,6 +93,8 @@ void ValidatePrinter(const PrinterConfig& printer, const std::string& path) {
 void ValidateConfig(const SimulatorConfig& config) {
   RefuseUnless(!config.printers.empty(), "printers", "at least one printer is needed");
   RefuseUnless(!config.discovery || config.discoveryPort != 0, "discoveryPort", "must not be 0");
+  RefuseUnless(ParseIpv4(config.usbipAddress).has_value(), "usbipAddress",
+               "must be an IPv4 address such as 127.0.0.1");
   for (std::size_t i = 0; i < config.printers.size(); ++i) {
     ValidatePrinter(config.printers[i], "printers[" + std::to_string(i) + "]");
   }

@@ -105,6 +105,7 @@ PrinterConfig ParsePrinter(const json& value, const std::string& path) {
   ParseIdentity(object, printer);
   object.Read("address", printer.address);
   object.ReadInteger("port", 0, kMaxPort, printer.port);
+  object.Read("usbId", printer.usbId);
   object.ReadInteger("buffer", 1, kMaxBytes, printer.bufferBytes);
   object.ReadInteger("drainRate", 0, kMaxBytes, printer.drainRate);
   std::int64_t layerMs = 0;
@@ -140,6 +141,10 @@ SimulatorConfig ParseConfig(const std::string& text) {
   config.discovery = true;
   object.Read("discovery", config.discovery);
   object.ReadInteger("discoveryPort", 1, kMaxPort, config.discoveryPort);
+  if (object.Has("usbipPort")) {
+    object.ReadInteger("usbipPort", 0, kMaxPort, config.usbipPort.emplace());
+  }
+  object.Read("usbipAddress", config.usbipAddress);
   std::string folder;
   object.Read("jobDir", folder);
   config.jobFolder = folder;

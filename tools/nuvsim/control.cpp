@@ -69,6 +69,8 @@ json DescribePrinter(const Simulator& simulator, std::size_t printer) {
           {"layer", status.layer},
           {"freeBytes", status.freeBytes},
           {"connected", status.connected},
+          {"usbBusId", simulator.UsbBusId(printer)},
+          {"attached", status.attached},
           {"plugged", status.plugged},
           {"armedFaults", status.armedFaults},
           {"commandFile", simulator.CommandFile(printer).string()},

@@ -11,21 +11,24 @@ namespace nuvsim {
 
 enum class FaultKind {
   // On the answer to a command. The command itself is carried out.
-  kSilent,     // no answer
-  kLate,       // answer after `delay`
-  kPieces,     // answer in pieces of `size` bytes, `delay` apart
-  kOtherCode,  // the head of the answer is `text`
-  kAnswer,     // the answer is `text`
-  kRefuse,     // "NG" in place of "OK", fields unchanged
-  kGarbage,    // `size` bytes that are no text, then a line end
-  kBadNumber,  // the value of the field `field` is `text`
-  kTwice,      // the answer comes twice
-  kOversized,  // the answer is padded to `size` KiB
-  kDrop,       // the connection is ended (FIN) in place of the answer
-  kReset,      // the connection is reset (RST) in place of the answer
+  kSilent,      // no answer
+  kLate,        // answer after `delay`
+  kPieces,      // answer in pieces of `size` bytes, `delay` apart
+  kOtherCode,   // the head of the answer is `text`
+  kAnswer,      // the answer is `text`
+  kRefuse,      // "NG" in place of "OK", fields unchanged
+  kGarbage,     // `size` bytes that are no text, then a line end
+  kBadNumber,   // the value of the field `field` is `text`
+  kTwice,       // the answer comes twice
+  kOversized,   // the answer is padded to `size` KiB
+  kZeroPacket,  // over USB an empty packet comes ahead of the answer
+  kDrop,        // the connection is ended (FIN) in place of the answer
+  kReset,       // the connection is reset (RST) in place of the answer
   // On the connection, whatever is received.
   kDropAfter,   // ended after `size` further received bytes
   kResetAfter,  // reset after `size` further received bytes
+  // On what the host sends over USB.
+  kNak,  // nothing is taken for `delay`; 0: until the faults are cleared
   // On the reported buffer.
   kBufferFull,  // free buffer reported as 0
   // On a search; all but kBadPort come in addition to, and before, the right answer.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace nuvsim {
 namespace {
@@ -58,6 +59,20 @@ bool FaultList::TakeBufferFull(int code) {
     return true;
   }
   return false;
+}
+
+std::optional<std::chrono::milliseconds> FaultList::TakeRefusal() {
+  const auto armed = std::find_if(faults_.begin(), faults_.end(), [](const Armed& each) {
+    return each.fault.kind == FaultKind::kNak;
+  });
+  if (armed == faults_.end() || Skips(armed->fault)) return std::nullopt;
+  const std::chrono::milliseconds time = armed->fault.delay;
+  if (time.count() > 0) {
+    Apply(armed);
+  } else if (!std::exchange(armed->isShown, true)) {
+    ++applied_;
+  }
+  return time;
 }
 
 std::vector<Fault> FaultList::TakeForSearch() {

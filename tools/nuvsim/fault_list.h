@@ -4,6 +4,7 @@
 #ifndef NUVSIM_FAULT_LIST_H_
 #define NUVSIM_FAULT_LIST_H_
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -30,6 +31,9 @@ class FaultList {
   // Takes a report of a full buffer for this command.
   bool TakeBufferFull(int code);
 
+  // Takes a refusal of what comes over USB: for how long, or zero for one that stays until Clear().
+  std::optional<std::chrono::milliseconds> TakeRefusal();
+
   // Takes every fault that applies to a search.
   std::vector<Fault> TakeForSearch();
 
@@ -44,6 +48,7 @@ class FaultList {
   struct Armed {
     Fault fault;
     std::uint64_t bytesLeft;
+    bool isShown = false;  // a lasting one has taken effect
   };
   using Iterator = std::list<Armed>::iterator;
 

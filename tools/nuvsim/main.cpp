@@ -1,4 +1,4 @@
-// nuvsim: simulated printers on the network, from the command line.
+// nuvsim: simulated printers on the network and on USB, from the command line.
 
 #include <CLI/CLI.hpp>
 #include <asio/io_context.hpp>
@@ -26,6 +26,7 @@ constexpr const char* kExamples = R"(Examples:
   nuvsim --address 127.0.0.1 --port 9000 --no-discovery --log
   nuvsim --model "BEGO VARSEO XS" --serial 3DPSNKGB3WTW00001 --layer-ms 100
   nuvsim --fault late,code=102,count=3,ms=2500 --fault silent,code=117,count=-1
+  nuvsim --address 127.0.0.1 --no-discovery --usbip 3240 --usb-id 11F1:2620
   nuvsim --config printers.json --control 7000
 
 Exit status: 0 ended by SIGINT, SIGTERM or the control connection; 1 an address or port
@@ -39,6 +40,8 @@ struct Options {
   std::string jobFolder;
   std::uint16_t discoveryPort = 6013;
   bool noDiscovery = false;
+  std::optional<std::uint16_t> usbipPort;
+  std::string usbipAddress = "127.0.0.1";
   std::optional<std::uint16_t> controlPort;
   bool log = false;
 };
@@ -56,6 +59,8 @@ void AddPrinterOptions(CLI::App& app, Options& options) {
            app.add_option("--address", printer.address,
                           "IPv4 address to listen on and announce; default: every interface"),
            app.add_option("--port", printer.port, "TCP port; 0: any free one")
+               ->capture_default_str(),
+           app.add_option("--usb-id", printer.usbId, "USB vendor and product, hexadecimal")
                ->capture_default_str(),
            app.add_option("--buffer", printer.bufferBytes, "Receive buffer, bytes")
                ->capture_default_str(),
@@ -83,6 +88,10 @@ void AddOptions(CLI::App& app, Options& options) {
       ->check(CLI::Range(1, 65535))
       ->capture_default_str();
   app.add_flag("--no-discovery", options.noDiscovery, "Do not answer searches");
+  app.add_option("--usbip", options.usbipPort,
+                 "TCP port on which the printers are USB printers over USB/IP; 0: any free one");
+  app.add_option("--usbip-address", options.usbipAddress, "IPv4 address for USB/IP")
+      ->capture_default_str();
   app.add_option("--control", options.controlPort,
                  "TCP port on 127.0.0.1 for JSON control; 0: any free one");
   app.add_flag("--log", options.log, "Print each request and reply");
@@ -112,6 +121,8 @@ nuvsim::SimulatorConfig MakeConfig(const CLI::App& app, const Options& options) 
   }
   // The command line goes before the file.
   if (app.count("--discovery-port") > 0) config.discoveryPort = options.discoveryPort;
+  if (options.usbipPort) config.usbipPort = options.usbipPort;
+  if (app.count("--usbip-address") > 0) config.usbipAddress = options.usbipAddress;
   if (options.noDiscovery) config.discovery = false;
   if (!options.jobFolder.empty()) config.jobFolder = options.jobFolder;
   if (options.log) {
@@ -129,6 +140,7 @@ void Announce(const nuvsim::Simulator& simulator, const nuvsim::ControlServer* c
               << (printer.address.empty() ? "0.0.0.0" : printer.address) << ":"
               << simulator.TcpPort(i) << "\n";
   }
+  if (simulator.UsbipPort() != 0) std::cout << "usbip: port " << simulator.UsbipPort() << "\n";
   if (control != nullptr) std::cout << "control: 127.0.0.1:" << control->Port() << "\n";
   std::cout << "ready" << std::endl;
 }
@@ -152,7 +164,7 @@ void Serve(nuvsim::Simulator& simulator, std::optional<std::uint16_t> controlPor
 
 int main(int argc, char** argv) {
   Options options;
-  CLI::App app("Simulates resin 3D printers on the network.", "nuvsim");
+  CLI::App app("Simulates resin 3D printers on the network and on USB.", "nuvsim");
   AddOptions(app, options);
   try {
     app.parse(argc, argv);

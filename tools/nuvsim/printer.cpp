@@ -21,6 +21,7 @@ bool LeavesAccepted(FaultKind kind) {
   return kind == FaultKind::kLate || kind == FaultKind::kPieces || kind == FaultKind::kTwice ||
          kind == FaultKind::kBadNumber || kind == FaultKind::kOversized;
 }
+constexpr std::size_t Index(Channel channel) { return static_cast<std::size_t>(channel); }
 
 // Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
 bool TellsBuffer(int code, const std::string& answer) {
@@ -33,25 +34,26 @@ Printer::Printer(PrinterConfig config, Clock clock, CalendarTime switchedOn,
                  std::filesystem::path folder, std::string prefix, Log log)
     : machine_(std::move(config), std::move(clock), switchedOn, std::move(folder),
                std::move(prefix)),
-      splitter_(machine_.Config().bufferBytes, *this),
+      splitters_{LineSplitter(machine_.Config().bufferBytes, *this),
+                 LineSplitter(machine_.Config().bufferBytes, *this)},
       log_(std::move(log)) {
   for (const Fault& fault : machine_.Config().faults) faults_.Add(fault);
 }
 
-void Printer::ClientCame(std::uint32_t at) {
-  machine_.SetWiredAddress(at);
+void Printer::ClientCame(Channel channel, std::uint32_t at) {
+  if (channel == Channel::kNetwork) machine_.SetWiredAddress(at);
   ++counters_.connections;
-  connected_ = true;
+  connected_[Index(channel)] = true;
 }
 
-void Printer::ClientLeft() {
-  EndPhase();
-  splitter_.Finish();
+void Printer::ClientLeft(Channel channel) {
+  if (phaseChannel_ == channel) EndPhase();
+  splitters_[Index(channel)].Finish();
   machine_.FlushFiles();
-  connected_ = false;
+  connected_[Index(channel)] = false;
 }
 
-Reaction Printer::Receive(std::string_view bytes) {
+Reaction Printer::Receive(Channel channel, std::string_view bytes) {
   reaction_ = Reaction();
   EndSilentPhase();
   while (!bytes.empty() && reaction_.closing == Closing::kNone) {
@@ -60,7 +62,7 @@ Reaction Printer::Receive(std::string_view bytes) {
         bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(beforeCut, bytes.size())));
     bytes.remove_prefix(part.size());
     counters_.bytesReceived += part.size();
-    Take(part);
+    Take(channel, part);
     const Closing cut = faults_.CountBytes(part.size());
     if (reaction_.closing == Closing::kNone) reaction_.closing = cut;
   }
@@ -68,10 +70,11 @@ Reaction Printer::Receive(std::string_view bytes) {
   return std::move(reaction_);
 }
 
-void Printer::Take(std::string_view bytes) {
+void Printer::Take(Channel channel, std::string_view bytes) {
   while (!bytes.empty() && reaction_.closing == Closing::kNone) {
-    if (!phase_) {
-      bytes.remove_prefix(splitter_.Feed(bytes));
+    if (!phase_ || phaseChannel_ != channel) {
+      commandChannel_ = channel;
+      bytes.remove_prefix(splitters_[Index(channel)].Feed(bytes));
       continue;
     }
     bytes.remove_prefix(phase_->Take(bytes));
@@ -85,7 +88,7 @@ void Printer::EndPhase() {
   phase_->Stop();
   const std::string held = phase_->Held();
   phase_.reset();
-  Take(held);
+  Take(phaseChannel_, held);
 }
 
 void Printer::EndSilentPhase() {
@@ -112,7 +115,10 @@ bool Printer::OnCommand(std::string_view line) {
     AnswerProperly(answer, reaction_);
     LogAnswer(answer, "");
   }
-  phase_ = machine_.GetIntake().TakePhase();
+  if (auto phase = machine_.GetIntake().TakePhase()) {
+    phase_ = std::move(phase);
+    phaseChannel_ = commandChannel_;
+  }
   lastRaw_ = machine_.Now();
   return reaction_.closing == Closing::kNone && !phase_;
 }
@@ -163,7 +169,8 @@ PrinterStatus Printer::Status() {
   status.errorNumber = machine_.ErrorNumber();
   if (const auto progress = machine_.Printing()) status.layer = progress->layer;
   status.freeBytes = machine_.FreeBytes();
-  status.connected = connected_;
+  status.connected = connected_[Index(Channel::kNetwork)];
+  status.attached = connected_[Index(Channel::kUsb)];
   status.armedFaults = faults_.Size();
   return status;
 }

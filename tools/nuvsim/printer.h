@@ -5,7 +5,9 @@
 #ifndef NUVSIM_PRINTER_H_
 #define NUVSIM_PRINTER_H_
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
@@ -22,6 +24,7 @@
 #include "nuvsim/raw_phase.h"
 #include "nuvsim/reply_faults.h"
 #include "nuvsim/types.h"
+#include "nuvsim/wire.h"
 
 namespace nuvsim {
 
@@ -33,12 +36,16 @@ class Printer final : private LineSink {
   Printer(PrinterConfig config, Clock clock, CalendarTime switchedOn, std::filesystem::path folder,
           std::string prefix, Log log);
 
-  // A client came to the printer's address `at`, sent bytes, went. Once a reaction ends the
-  // connection, what followed in the same bytes is void and the client counts as gone.
-  void ClientCame(std::uint32_t at);
-  Reaction Receive(std::string_view bytes);
+  // A client came (to the printer's address `at` when over the network), sent bytes, went; there
+  // may be one on each channel. Once a reaction ends the connection, what followed in the same
+  // bytes is void and the client counts as gone.
+  void ClientCame(Channel channel, std::uint32_t at);
+  Reaction Receive(Channel channel, std::string_view bytes);
   void AnswerSent() { ++counters_.answersSent; }
-  void ClientLeft();
+  void ClientLeft(Channel channel);
+
+  // See Wire.
+  std::optional<std::chrono::milliseconds> TakeRefusal() { return faults_.TakeRefusal(); }
 
   // Answers a search datagram; empty when it is none. `address` and `port` are announced.
   std::vector<Delivery> ReceiveSearch(std::string_view datagram, const std::string& address,
@@ -61,20 +68,22 @@ class Printer final : private LineSink {
   bool OnCommand(std::string_view line) override;
   void OnData(std::string_view line) override;
   void OnLostData(std::uint64_t bytes) override;
-  void Take(std::string_view bytes);
+  void Take(Channel channel, std::string_view bytes);
   void EndPhase();
   void EndSilentPhase();
   void LogAnswer(const std::string& answer, const std::string& remark);
 
   Machine machine_;
   FaultList faults_;
-  LineSplitter splitter_;
-  std::unique_ptr<RawPhase> phase_;  // null while lines come
+  std::array<LineSplitter, kChannels> splitters_;  // a line stays whole, whatever comes beside it
+  std::unique_ptr<RawPhase> phase_;                // null while lines come
+  Channel phaseChannel_ = Channel::kNetwork;       // where the raw bytes come from
+  Channel commandChannel_ = Channel::kNetwork;     // of the bytes being taken
   std::chrono::steady_clock::time_point lastRaw_;
   Log log_;
   std::deque<std::string> requests_;
   Counters counters_;  // of the wire; jobs are counted by the machine
-  bool connected_ = false;
+  std::array<bool, kChannels> connected_{};
   Reaction reaction_;  // being built
 };
 

@@ -102,6 +102,10 @@ void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& re
     case FaultKind::kOversized:
       AnswerProperly(Padded(first, fault.size) + others, reaction);
       break;
+    case FaultKind::kZeroPacket:
+      reaction.deliveries.push_back({"", std::chrono::milliseconds(0)});
+      AnswerProperly(answer, reaction);
+      break;
     case FaultKind::kDrop:
       reaction.closing = Closing::kDrop;
       break;

@@ -12,7 +12,8 @@
 
 namespace nuvsim {
 
-// Bytes to send in one go, `delay` after the delivery before them has been sent.
+// Bytes to send in one go, `delay` after the delivery before them has been sent. None at all are
+// an empty packet over USB, and nothing over the network.
 struct Delivery {
   std::string bytes;
   std::chrono::milliseconds delay{0};

@@ -40,6 +40,15 @@ std::uint16_t Simulator::TcpPort(std::size_t printer) const {
   return impl_->devices.at(printer)->port;
 }
 
+std::uint16_t Simulator::UsbipPort() const {
+  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
+  return impl_->usbipPort;
+}
+
+std::string Simulator::UsbBusId(std::size_t printer) const {
+  return impl_->devices.at(printer)->usbDevice.Announced().busId;
+}
+
 PrinterStatus Simulator::Status(std::size_t printer) const {
   const std::lock_guard<std::mutex> lock(impl_->stateMutex);
   Impl::Device& device = *impl_->devices.at(printer);
@@ -103,9 +112,7 @@ void Simulator::InjectFault(std::size_t printer, const Fault& fault) {
   impl_->Change(printer, [&fault](Printer& each) { each.Faults().Add(fault); });
 }
 
-void Simulator::ClearFaults(std::size_t printer) {
-  impl_->Change(printer, [](Printer& each) { each.Faults().Clear(); });
-}
+void Simulator::ClearFaults(std::size_t printer) { impl_->ClearFaults(printer); }
 
 void Simulator::SetError(std::size_t printer, int number) {
   impl_->Change(printer, [number](Printer& each) { each.GetMachine().SetError(number); });

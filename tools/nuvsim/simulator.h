@@ -42,6 +42,8 @@ class Simulator {
   std::size_t PrinterCount() const;
   const PrinterConfig& Config(std::size_t printer) const;
   std::uint16_t TcpPort(std::size_t printer = 0) const;  // 0 before Start()
+  std::uint16_t UsbipPort() const;                       // 0 unless the printers are served so
+  std::string UsbBusId(std::size_t printer = 0) const;   // by which a USB/IP host imports it
   PrinterStatus Status(std::size_t printer = 0) const;
   Counters Totals(std::size_t printer = 0) const;
   // The command lines received, in order, without line ends (the newest 100000).
@@ -72,8 +74,9 @@ class Simulator {
   void SetResinRefusal(std::size_t printer, std::optional<int> state);
   void SetTagRegistered(std::size_t printer, bool isRegistered);     // of the resin in place
   void SetRepositioning(std::size_t printer, bool isRepositioning);  // to the reference position
-  // Unplugged, a printer has no connection, accepts none and answers no search. Replugging
-  // listens on the same port; throws std::runtime_error when that is taken.
+  // Unplugged, a printer has no connection, accepts none, answers no search, and is off the USB.
+  // Replugging listens on the same port; throws std::runtime_error when that is taken. A host must
+  // import the USB printer again.
   void Unplug(std::size_t printer);
   void Replug(std::size_t printer);
   // To be called after an injected clock has been put forward.

@@ -35,43 +35,57 @@ Simulator::Impl::Device::Device(Impl& simulator, std::size_t index, PrinterConfi
                     })
                   : Printer::Log()),
       address(ParseIpv4(printerConfig.address).value_or(0)),
-      endpoint(simulator.io, *this),
+      network(*this, Channel::kNetwork),
+      usb(*this, Channel::kUsb),
+      endpoint(simulator.io, network),
+      usbDevice(simulator.io, usb, index, *ParseUsbId(printerConfig.usbId), printerConfig.model,
+                printerConfig.serial),
       stepTimer(simulator.io) {}
 
-void Simulator::Impl::Device::ClientCame(std::uint32_t at) {
+void Simulator::Impl::Way::ClientCame(std::uint32_t at) {
   {
-    const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    printer.ClientCame(at);
+    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
+    device.printer.ClientCame(channel, at);
   }
-  owner.events.Notify();
+  device.owner.events.Notify();
 }
 
-Reaction Simulator::Impl::Device::Receive(std::string_view bytes) {
+Reaction Simulator::Impl::Way::Receive(std::string_view bytes) {
   Reaction reaction;
   {
-    const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    reaction = printer.Receive(bytes);
+    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
+    reaction = device.printer.Receive(channel, bytes);
   }
-  ArmStepTimer();
-  owner.events.Notify();
+  device.ArmStepTimer();
+  device.owner.events.Notify();
   return reaction;
 }
 
-void Simulator::Impl::Device::AnswerSent() {
+void Simulator::Impl::Way::AnswerSent() {
   {
-    const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    printer.AnswerSent();
+    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
+    device.printer.AnswerSent();
   }
-  owner.events.Notify();
+  device.owner.events.Notify();
 }
 
-void Simulator::Impl::Device::ClientLeft() {
+void Simulator::Impl::Way::ClientLeft() {
   {
-    const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    printer.ClientLeft();
+    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
+    device.printer.ClientLeft(channel);
   }
-  ArmStepTimer();
-  owner.events.Notify();
+  device.ArmStepTimer();
+  device.owner.events.Notify();
+}
+
+std::optional<std::chrono::milliseconds> Simulator::Impl::Way::TakeRefusal() {
+  std::optional<std::chrono::milliseconds> refusal;
+  {
+    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
+    refusal = device.printer.TakeRefusal();
+  }
+  device.owner.events.Notify();
+  return refusal;
 }
 
 void Simulator::Impl::Device::ArmStepTimer() {
@@ -96,6 +110,7 @@ void Simulator::Impl::Device::Listen(std::uint16_t wantedPort) {
     throw std::runtime_error("cannot listen on " + Place(address, wantedPort) + ": " +
                              error.code().message());
   }
+  usbDevice.Plug();
   const std::lock_guard<std::mutex> lock(owner.stateMutex);
   port = endpoint.Port();
   plugged = true;
@@ -103,6 +118,7 @@ void Simulator::Impl::Device::Listen(std::uint16_t wantedPort) {
 
 void Simulator::Impl::Device::Unplug() {
   endpoint.Close();
+  usbDevice.Unplug();
   const std::lock_guard<std::mutex> lock(owner.stateMutex);
   plugged = false;
 }
@@ -124,6 +140,7 @@ void Simulator::Impl::Start() {
   try {
     for (const auto& device : devices) device->Listen(device->printer.GetMachine().Config().port);
     if (config.discovery) ListenForSearches();
+    if (config.usbipPort) ServeUsb();
   } catch (...) {
     CloseAll();
     throw;
@@ -143,6 +160,7 @@ void Simulator::Impl::Stop() {
 
 void Simulator::Impl::CloseAll() {
   if (search_) search_->Close();
+  if (usbip_) usbip_->Close();
   for (const auto& device : devices) device->Unplug();
 }
 
@@ -171,6 +189,11 @@ void Simulator::Impl::ClockChanged() {
   Run([this] {
     for (const auto& device : devices) device->ArmStepTimer();
   });
+}
+
+void Simulator::Impl::ClearFaults(std::size_t index) {
+  Change(index, [](Printer& each) { each.Faults().Clear(); });
+  Run([this, index] { devices[index]->usbDevice.pipe.FaultsCleared(); });
 }
 
 void Simulator::Impl::Change(std::size_t index, const std::function<void(Printer&)>& action) {
@@ -203,6 +226,20 @@ void Simulator::Impl::ListenForSearches() {
     throw std::runtime_error("cannot listen for searches on port " +
                              std::to_string(config.discoveryPort) + ": " + error.code().message());
   }
+}
+
+void Simulator::Impl::ServeUsb() {
+  std::vector<UsbDevice*> bus;
+  for (const auto& device : devices) bus.push_back(&device->usbDevice);
+  const std::uint32_t address = *ParseIpv4(config.usbipAddress);
+  try {
+    usbip_.emplace(io, address, *config.usbipPort, std::move(bus));
+  } catch (const std::system_error& error) {
+    throw std::runtime_error("cannot serve USB/IP on " + Place(address, *config.usbipPort) + ": " +
+                             error.code().message());
+  }
+  const std::lock_guard<std::mutex> lock(stateMutex);
+  usbipPort = usbip_->Port();
 }
 
 std::vector<std::vector<Delivery>> Simulator::Impl::AnswerSearch(std::size_t network,

@@ -19,6 +19,7 @@
 #include "nuvsim/search_endpoint.h"
 #include "nuvsim/simulator.h"
 #include "nuvsim/tcp_endpoint.h"
+#include "nuvsim/usbip_server.h"
 
 namespace nuvsim {
 
@@ -33,19 +34,33 @@ class Simulator::Impl {
   void Unplug(std::size_t index);
   void Replug(std::size_t index);
   void ClockChanged();
+  void ClearFaults(std::size_t index);
 
   // Runs `action` on a printer with the state locked, then wakes the waiters.
   void Change(std::size_t index, const std::function<void(Printer&)>& action);
 
-  // One printer with its endpoint, as the wire sees it.
-  class Device : public Wire {
+  class Device;
+
+  // One of the two ways to a printer, as the wire sees it.
+  class Way : public Wire {
    public:
-    Device(Impl& owner, std::size_t index, PrinterConfig config);
+    Way(Device& owner, Channel way) : device(owner), channel(way) {}
 
     void ClientCame(std::uint32_t at) override;
     Reaction Receive(std::string_view bytes) override;
     void AnswerSent() override;
     void ClientLeft() override;
+    std::optional<std::chrono::milliseconds> TakeRefusal() override;
+
+   private:
+    Device& device;
+    Channel channel;
+  };
+
+  // One printer with its endpoints.
+  class Device {
+   public:
+    Device(Impl& owner, std::size_t index, PrinterConfig config);
 
     void Listen(std::uint16_t wantedPort);
     void Unplug();
@@ -53,11 +68,14 @@ class Simulator::Impl {
     void ArmStepTimer();
 
     Impl& owner;
-    Printer printer;               // guarded by stateMutex
-    std::uint32_t address;         // 0: all interfaces
-    std::uint16_t port = 0;        // guarded by stateMutex
-    bool plugged = false;          // guarded by stateMutex
+    Printer printer;         // guarded by stateMutex
+    std::uint32_t address;   // 0: all interfaces
+    std::uint16_t port = 0;  // guarded by stateMutex
+    bool plugged = false;    // guarded by stateMutex
+    Way network;
+    Way usb;
     TcpEndpoint endpoint;          // I/O thread only
+    UsbDevice usbDevice;           // I/O thread only
     asio::steady_timer stepTimer;  // I/O thread only
   };
 
@@ -67,17 +85,20 @@ class Simulator::Impl {
   EventGate events;
   asio::io_context io;  // outlives what runs on it
   std::vector<std::unique_ptr<Device>> devices;
+  std::uint16_t usbipPort = 0;  // guarded by stateMutex
 
  private:
   using WorkGuard = asio::executor_work_guard<asio::io_context::executor_type>;
 
   void Run(const std::function<void()>& action);
   void ListenForSearches();
+  void ServeUsb();
   std::vector<std::vector<Delivery>> AnswerSearch(std::size_t network, std::string_view datagram);
   void CloseAll();
 
   std::vector<Ipv4Interface> networks_;
   std::optional<SearchEndpoint> search_;
+  std::optional<UsbipServer> usbip_;
   std::optional<WorkGuard> work_;
   std::mutex lifeMutex_;
   std::thread thread_;

@@ -9,21 +9,10 @@
 #include <asio/steady_timer.hpp>
 #include <cstdint>
 #include <memory>
-#include <string_view>
 
-#include "nuvsim/reply_faults.h"
+#include "nuvsim/wire.h"
 
 namespace nuvsim {
-
-// What is behind the connection.
-class Wire {
- public:
-  virtual ~Wire() = default;
-  virtual void ClientCame(std::uint32_t at) = 0;  // the own address that the client has reached
-  virtual Reaction Receive(std::string_view bytes) = 0;
-  virtual void AnswerSent() = 0;  // one delivery, whole
-  virtual void ClientLeft() = 0;
-};
 
 class TcpEndpoint {
  public:

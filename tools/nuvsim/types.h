@@ -75,6 +75,7 @@ struct PrinterConfig {
   std::string wirelessMac = "02:00:00:00:01:01";
   std::string address;     // IPv4 to listen on and to announce; empty: every running interface
   std::uint16_t port = 0;  // TCP; 0: any free port
+  std::string usbId = "11F1:2601";         // vendor and product, hexadecimal
   std::uint64_t bufferBytes = 65536;       // receive buffer, at least 1
   std::uint64_t drainRate = 1000000000;    // bytes per second; 0: never drains
   std::chrono::milliseconds layerTime{0};  // printing time of one layer, 0 or more
@@ -102,8 +103,10 @@ struct SimulatorConfig {
   std::vector<PrinterConfig> printers;
   bool discovery = false;  // answer searches by UDP broadcast
   std::uint16_t discoveryPort = 6013;
-  std::filesystem::path jobFolder;  // empty: a private temporary folder, removed at the end
-  Clock clock;                      // empty: std::chrono::steady_clock
+  std::optional<std::uint16_t> usbipPort;  // serve the printers over USB/IP; 0: any free port
+  std::string usbipAddress = "127.0.0.1";  // IPv4 to serve them on
+  std::filesystem::path jobFolder;         // empty: a private temporary folder, removed at the end
+  Clock clock;                             // empty: std::chrono::steady_clock
   // Calendar time at which the simulator is made; it goes on with `clock`. Empty: the system's.
   std::optional<CalendarTime> calendarStart;
   // Called on the simulator's thread with its lock held: must not call the simulator.
@@ -165,7 +168,7 @@ struct ReceivedItem {
 
 // Totals since the start; they only grow.
 struct Counters {
-  std::uint64_t connections = 0;    // accepted
+  std::uint64_t connections = 0;    // accepted; those to the USB printer too
   std::uint64_t bytesReceived = 0;  // on all connections, line ends included
   std::uint64_t requests = 0;       // command lines
   std::uint64_t answersSent = 0;    // answers, or pieces of one, that the network has taken
@@ -185,7 +188,8 @@ struct PrinterStatus {
   int errorNumber = 0;          // with kError
   std::uint32_t layer = 0;      // current layer from 1 while printing, else 0
   std::uint64_t freeBytes = 0;  // of the receive buffer
-  bool connected = false;       // a client is being served
+  bool connected = false;       // a client is being served over the network
+  bool attached = false;        // a host has the printer on its USB
   bool plugged = true;          // listening
   std::size_t armedFaults = 0;
 };

@@ -1,0 +1,342 @@
+// The simulated printers as USB printers, as a USB/IP host has them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench.h"
+#include "usbip_client.h"
+
+namespace nuvsim {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::int32_t kStalled = -32;
+constexpr std::int32_t kUnlinked = -104;
+
+// One simulated printer on its bus, and a host that has it.
+class UsbTest : public testing::Test {
+ public:
+  explicit UsbTest(const char* id = "11F1:2605") {
+    SimulatorConfig config;
+    config.printers = {LoopbackPrinter(), LoopbackPrinter()};
+    config.printers[0].usbId = id;
+    config.printers[0].model = "BEGO VARSEO XS";
+    config.printers[1].serial = "S2";
+    config.usbipPort = 0;
+    sim = std::make_unique<Simulator>(config);
+    sim->Start();
+    host = Host();
+    EXPECT_EQ(host->Import("1-1"), 0u);
+  }
+
+  std::unique_ptr<UsbipClient> Host() { return std::make_unique<UsbipClient>(sim->UsbipPort()); }
+
+  // The data of so many reads, posted one after the other.
+  std::vector<std::string> ReadAll(std::size_t count, std::uint32_t length) {
+    std::vector<std::string> data;
+    for (std::size_t i = 0; i < count; ++i) host->Read(length);
+    for (std::size_t i = 0; i < count; ++i) data.push_back(host->Next().data);
+    return data;
+  }
+
+  std::unique_ptr<Simulator> sim;
+  std::unique_ptr<UsbipClient> host;
+};
+
+TEST_F(UsbTest, ListTellsEveryPluggedPrinter) {
+  const auto other = Host();
+  const std::string request = Big16(0x0111) + Big16(0x8005) + Big32(0);
+  other->SendBytes(request);
+  EXPECT_EQ(ToHex(other->ReadBytes(12)), "011100050000000000000002");
+  const std::string printers = other->ReadBytes(2 * 316);
+  EXPECT_EQ(printers.substr(256, 4), std::string("1-1\0", 4));
+  // Bus, device, speed, IDs, release, class, configuration, counts; the interface's class.
+  EXPECT_EQ(ToHex(printers.substr(288)).substr(0, 56),
+            "000000010000000200000003"
+            "11f12605"
+            "0100"
+            "000000"
+            "000101"
+            "07010200");
+  EXPECT_EQ(printers.substr(316 + 256, 4), std::string("1-2\0", 4));
+  EXPECT_EQ(ToHex(printers.substr(316 + 292, 12)), "000000030000000311f12601");
+  sim->Unplug(0);
+  other->SendBytes(request);
+  EXPECT_EQ(ToHex(other->ReadBytes(12)), "011100050000000000000001");
+  EXPECT_EQ(other->ReadBytes(316).substr(256, 3), "1-2");
+}
+
+struct ControlRow {
+  const char* what;
+  const char* setup;
+  const char* data;  // null: stalled
+};
+
+class ControlTransferTest : public UsbTest, public testing::WithParamInterface<ControlRow> {};
+
+TEST_P(ControlTransferTest, IsAnswered) {
+  const std::uint32_t sequence = host->Control(GetParam().setup);
+  const UsbipReply reply = host->Next();
+  EXPECT_EQ(reply.sequence, sequence);
+  EXPECT_EQ(reply.status, GetParam().data == nullptr ? kStalled : 0);
+  const char* const data = GetParam().data == nullptr ? "" : GetParam().data;
+  EXPECT_EQ(ToHex(reply.data), ToHex(FromHex(data)));
+}
+
+const ControlRow kControls[] = {
+    {"Device", "8006 0001 0000 1200", "1201 0002 000000 40 f111 0526 0001 010203 01"},
+    {"DeviceCutToEight", "8006 0001 0000 0800", "1201 0002 000000 40"},
+    {"Configuration", "8006 0002 0000 ff00",
+     "0902 2000 01 01 00 c0 01  0904 00 00 02 07 01 02 00  0705 01 02 0002 00  0705 82 02 0002 00"},
+    {"SecondConfiguration", "8006 0102 0000 ff00", nullptr},
+    {"Languages", "8006 0003 0000 ff00", "0403 0904"},
+    {"Serial", "8006 0303 0904 ff00",
+     "1c03 5300 4900 4d00 3000 3000 3000 3000 3000 3000 3000 3000 3000 3100"},
+    {"UnknownText", "8006 0403 0904 ff00", nullptr},
+    {"Qualifier", "8006 0006 0000 0a00", "0a06 0002 000000 40 01 00"},
+    {"OtherDescriptor", "8006 000f 0000 0500", nullptr},
+    {"DeviceStatus", "8000 0000 0000 0200", "0100"},
+    {"EndpointStatus", "8200 0000 8200 0200", "0000"},
+    {"GetConfiguration", "8008 0000 0000 0100", "00"},
+    {"SetConfiguration", "0009 0100 0000 0000", ""},
+    {"SetUnknownConfiguration", "0009 0200 0000 0000", nullptr},
+    {"SetInterface", "010b 0000 0000 0000", ""},
+    {"SetUnknownInterface", "010b 0100 0000 0000", nullptr},
+    {"ClearHalt", "0201 0000 8200 0000", ""},
+    {"DeviceId", "a100 0000 0000 0e00",
+     "003d"
+     "4d46473a6e757673696d3b43"},  // MFG:nuvsim;C
+    {"PortStatus", "a101 0000 0000 0100", "18"},
+    {"SoftReset", "2102 0000 0000 0000", ""},
+    {"UnknownClassRequest", "a107 0000 0000 0100", nullptr},
+    {"VendorRequest", "c001 0000 0000 0100", nullptr},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, ControlTransferTest, testing::ValuesIn(kControls),
+                         [](const auto& row) { return row.param.what; });
+
+struct AnswerRow {
+  const char* what;
+  const char* fault;
+  std::uint32_t length;  // of each read
+  std::vector<std::string> data;
+};
+
+class AnswerTest : public UsbTest, public testing::WithParamInterface<AnswerRow> {};
+
+TEST_P(AnswerTest, EndsReadAfterRead) {
+  if (*GetParam().fault != '\0') sim->InjectFault(0, ParseFault(GetParam().fault));
+  host->Write("F102\r\n");
+  EXPECT_EQ(host->Next().length, 6u);
+  EXPECT_EQ(ReadAll(GetParam().data.size(), GetParam().length), GetParam().data);
+  EXPECT_EQ(host->Ask("F197"), "F197 OK N:Simulated printer");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, AnswerTest,
+    testing::Values(AnswerRow{"Whole", "", 1024, {"F102 OK S:0\r\n"}},
+                    AnswerRow{"LongerThanARead", "", 8, {"F102 OK ", "S:0\r\n"}},
+                    AnswerRow{"AsLongAsARead", "", 13, {"F102 OK S:0\r\n"}},
+                    AnswerRow{"ZeroPacket", "zero-packet", 1024, {"", "F102 OK S:0\r\n"}},
+                    AnswerRow{"Pieces", "pieces,bytes=6,ms=1", 1024, {"F102 O", "K S:0\r", "\n"}},
+                    AnswerRow{"Late", "late,ms=5", 1024, {"F102 OK S:0\r\n"}},
+                    AnswerRow{
+                        "OfManyPackets",
+                        "oversized,kib=1",
+                        512,
+                        {"F102 OK S:0 X:" + std::string(498, 'x'), std::string(512, 'x'), "\r\n"}}),
+    [](const auto& row) { return row.param.what; });
+
+TEST_F(UsbTest, ReadsWaitForAnswersInTheirOrder) {
+  const std::uint32_t first = host->Read();
+  const std::uint32_t second = host->Read();
+  host->Write("F102\r\nF157\r\n");
+  EXPECT_EQ(host->Next().length, 12u);
+  const UsbipReply status = host->Next();
+  EXPECT_EQ(status.sequence, first);
+  EXPECT_EQ(status.data, "F102 OK S:0\r\n");
+  const UsbipReply job = host->Next();
+  EXPECT_EQ(job.sequence, second);
+  EXPECT_EQ(job.data, "F157 OK I0 S0\r\n");
+}
+
+TEST_F(UsbTest, UnlinkedReadTakesNoAnswer) {
+  const std::uint32_t read = host->Read();
+  const std::uint32_t unlink = host->Unlink(read);
+  const UsbipReply unlinked = host->Next();
+  EXPECT_EQ(unlinked.command, 4u);
+  EXPECT_EQ(unlinked.sequence, unlink);
+  EXPECT_EQ(unlinked.status, kUnlinked);
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  host->Unlink(read);  // long over
+  EXPECT_EQ(host->Next().status, 0);
+}
+
+TEST_F(UsbTest, NakHoldsWhatIsSentUntilCleared) {
+  sim->InjectFault(0, ParseFault("nak,skip=1"));
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  const std::uint32_t given = host->Write("F105\r\n");
+  const std::uint32_t first = host->Write("F1");
+  host->Write("57\r\n");
+  host->Unlink(given);
+  EXPECT_EQ(host->Next().status, kUnlinked);
+  EXPECT_EQ(sim->Totals().faultsApplied, 1u);
+  sim->ClearFaults(0);
+  EXPECT_EQ(host->Next().sequence, first);
+  EXPECT_EQ(host->Next().length, 4u);
+  EXPECT_EQ(ReadAll(1, 1024).front(), "F157 OK I0 S0\r\n");
+  EXPECT_THAT(sim->Requests(), ElementsAre("F102", "F157"));
+}
+
+TEST_F(UsbTest, NakForATimeEndsByItself) {
+  sim->InjectFault(0, ParseFault("nak,ms=5"));
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  EXPECT_EQ(sim->Totals().faultsApplied, 1u);
+  EXPECT_EQ(sim->Status().armedFaults, 0u);
+}
+
+TEST_F(UsbTest, SoftResetForgetsUnreadAnswers) {
+  host->Write("F102\r\n");
+  EXPECT_EQ(host->Next().length, 6u);
+  host->Control("2102 0000 0000 0000");
+  EXPECT_EQ(host->Next().status, 0);
+  EXPECT_EQ(host->Ask("F157"), "F157 OK I0 S0");
+}
+
+TEST_F(UsbTest, UnpluggedEndsTheImportUntilReplugged) {
+  host->Read();
+  sim->Unplug(0);
+  EXPECT_TRUE(host->HasEnded());
+  EXPECT_FALSE(sim->Status().attached);
+  const auto refused = Host();
+  EXPECT_EQ(refused->Import("1-1"), 4u);
+  EXPECT_TRUE(refused->HasEnded());
+  sim->Replug(0);
+  host = Host();
+  EXPECT_EQ(host->Import("1-1"), 0u);
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+}
+
+TEST_F(UsbTest, OneHostHasAPrinterAndTheNextGetsItAfterwards) {
+  EXPECT_TRUE(sim->Status().attached);
+  EXPECT_EQ(Host()->Import("1-1"), 2u);
+  const auto other = Host();
+  EXPECT_EQ(other->Import("1-2"), 0u);
+  host->Write("G1 unfinished");
+  EXPECT_EQ(host->Next().length, 13u);
+  host.reset();
+  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
+  host = Host();
+  EXPECT_EQ(host->Import("1-1"), 0u);
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  EXPECT_EQ(sim->CommandText(), "G1 unfinished");
+}
+
+TEST_F(UsbTest, DropTakesThePrinterFromTheBusOnceTheAnswersBeforeAreRead) {
+  sim->InjectFault(0, ParseFault("drop,code=157"));
+  host->Write("F102\r\nF157\r\n");
+  EXPECT_EQ(host->Next().length, 12u);
+  EXPECT_EQ(ReadAll(1, 1024).front(), "F102 OK S:0\r\n");
+  EXPECT_TRUE(host->HasEnded());
+  host = Host();
+  EXPECT_EQ(host->Import("1-1"), 0u);
+}
+
+TEST_F(UsbTest, JobComesOverUsbWhileTheNetworkAsks) {
+  RawClient network(sim->TcpPort());
+  std::string lines;
+  for (int i = 0; i < 300; ++i) lines += "G1 X" + std::to_string(i) + "\r\n";
+  std::string request = JobRequest(lines.size() - 600, 1);
+  request.resize(request.size() - 2);
+  EXPECT_EQ(host->Ask(request), "F103 OK");
+  for (std::size_t at = 0; at < lines.size(); at += 512) {
+    host->Write(lines.substr(at, 512));  // lines are cut, and go on after the other's commands
+    host->Next();
+    EXPECT_EQ(network.Ask("F197"), "F197 OK N:Simulated printer");
+  }
+  EXPECT_EQ(sim->JobBytes(), lines);
+}
+
+TEST_F(UsbTest, AHostThatDoesNotReadIsNotReceivedFromForEver) {
+  sim->InjectFault(0, MakeFault(FaultKind::kOversized, 102, -1));  // of 1 MiB each
+  for (int i = 0; i < 20; ++i) host->Write("F102\r\n");
+  host->Control("a101 0000 0000 0100");  // is answered after all that has been taken
+  UsbipReply reply = host->Next();
+  int taken = 0;
+  for (; reply.data.empty(); reply = host->Next()) ++taken;
+  EXPECT_EQ(taken, 4);
+  EXPECT_EQ(sim->Requests().size(), 4u);
+}
+
+struct HostileRow {
+  const char* what;
+  bool isImported;  // before it begins
+  std::string bytes;
+};
+
+class HostileTest : public UsbTest, public testing::WithParamInterface<HostileRow> {};
+
+TEST_P(HostileTest, IsEndedAndTheNextServed) {
+  if (!GetParam().isImported) host = Host();
+  host->SendBytes(GetParam().bytes);
+  EXPECT_TRUE(host->HasEnded());
+  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
+  const auto next = Host();
+  EXPECT_EQ(next->Import("1-2"), 0u);
+  EXPECT_EQ(next->Ask("F102"), "F102 OK S:0");
+}
+
+std::string Reads(std::uint32_t count) {
+  std::string bytes;
+  for (std::uint32_t i = 1; i <= count; ++i) bytes += Submit(i, 1, 2, 1024);
+  return bytes;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, HostileTest,
+    testing::Values(HostileRow{"WrongVersion", false, FromHex("0100 8005 00000000")},
+                    HostileRow{"UnknownOperation", false, FromHex("0111 8004 00000000")},
+                    HostileRow{"Text", false, "GET / HTTP/1.1\r\n\r\n"},
+                    HostileRow{"UnknownCommand", true, Big32(7) + std::string(44, '\0')},
+                    HostileRow{"ReplyAsCommand", true, Big32(3) + std::string(44, '\0')},
+                    HostileRow{"HugeWrite", true, Submit(1, 0, 1, 0xffffffff)},
+                    HostileRow{"HugeRead", true, Submit(1, 1, 2, 0x80000000)},
+                    HostileRow{"JustTooLong", true, Submit(1, 0, 1, (1u << 20) + 1)},
+                    HostileRow{"Isochronous", true,
+                               Submit(1, 1, 2, 16, std::string(8, '\0'), 1000000)},
+                    HostileRow{"TooManyPending", true, Reads(257)}),
+    [](const auto& row) { return row.param.what; });
+
+// What ends in the middle is no fault of the simulator's, and a host may try again.
+class TruncatedTest : public UsbTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(TruncatedTest, LeavesThePrinterFree) {
+  host->SendBytes(GetParam());
+  host.reset();
+  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
+  EXPECT_EQ(Host()->Import(std::string(40, '1')), 4u);
+  host = Host();
+  EXPECT_EQ(host->Import("1-1"), 0u);
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, TruncatedTest,
+                         testing::Values("", std::string(1, '\0'), Submit(1, 0, 1, 8).substr(0, 47),
+                                         Submit(1, 0, 1, 8), Submit(1, 0, 1, 8) + "F102"));
+
+TEST_F(UsbTest, TransfersToOtherEndpointsStall) {
+  for (const std::string& each :
+       {Submit(1, 0, 3, 2) + "F1", Submit(2, 0, 2, 2) + "F1", Submit(3, 0, 15, 0)}) {
+    host->SendBytes(each);
+    EXPECT_EQ(host->Next().status, kStalled);
+  }
+  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+}
+
+}  // namespace
+}  // namespace nuvsim

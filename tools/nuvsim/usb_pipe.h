@@ -1,0 +1,86 @@
+// The two bulk endpoints of a USB printer: what the host sends goes to the printer in order, what
+// the printer delivers goes to the host's reads in order.
+//
+// Thread-safety: none; every call on the thread that runs the I/O context, or before it runs.
+#ifndef NUVSIM_USB_PIPE_H_
+#define NUVSIM_USB_PIPE_H_
+
+#include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+
+#include "nuvsim/wire.h"
+
+namespace nuvsim {
+
+// The host's end. Must not call the pipe back at once, except that Ended() may call Detach().
+class UsbHost {
+ public:
+  virtual ~UsbHost() = default;
+  // A transfer has ended; `length`: bytes transferred; `data`: those for the host.
+  virtual void Completed(std::uint32_t sequence, std::size_t length, std::string_view data) = 0;
+  // The printer is gone from the bus.
+  virtual void Ended() = 0;
+};
+
+class UsbPipe {
+ public:
+  // `wire` must outlive this object and the run of `io`.
+  UsbPipe(asio::io_context& io, Wire& wire);
+
+  // The host comes and goes. What it leaves pending is forgotten, unread deliveries are lost.
+  void Attach(UsbHost& host);
+  void Detach();
+  bool IsAttached() const { return host_ != nullptr; }
+
+  // Transfers of the host, with numbers of its own.
+  void Send(std::uint32_t sequence, std::string bytes);
+  void Read(std::uint32_t sequence, std::size_t length);
+  // Gives a transfer up; false when it is not pending (any more).
+  bool Cancel(std::uint32_t sequence);
+  std::size_t Pending() const { return sends_.size() + reads_.size(); }
+
+  // Forgets deliveries that have not been read.
+  void Reset();
+  // A refusal to take data may be over.
+  void FaultsCleared();
+
+ private:
+  struct PendingSend {
+    std::uint32_t sequence;
+    std::string bytes;
+    bool isAdmitted;  // the printer has been asked whether it takes data
+  };
+  struct PendingRead {
+    std::uint32_t sequence;
+    std::size_t length;
+  };
+
+  void Advance();
+  bool Admits(PendingSend& send);
+  bool TakeFrontSend();
+  bool DeliverFront();
+  bool IsFrontDue();
+
+  Wire& wire_;
+  UsbHost* host_ = nullptr;
+  std::deque<PendingSend> sends_;
+  std::deque<PendingRead> reads_;
+  std::deque<Delivery> deliveries_;
+  std::size_t queuedBytes_ = 0;     // of the deliveries
+  std::size_t deliveredBytes_ = 0;  // of the front delivery
+  Closing closing_ = Closing::kNone;
+  bool isRefusing_ = false;
+  asio::steady_timer refusalTimer_;
+  bool isDelaying_ = false;  // the front delivery is not due yet
+  bool isFrontDue_ = false;
+  asio::steady_timer deliveryTimer_;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_USB_PIPE_H_
