@@ -59,7 +59,7 @@ mkdir -p "$root"/{bin,lib,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
 touch "$root/usr/share/hwdata/usb.ids"
 for module in usblp vhci-hcd; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
-for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile}; do
+for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench}; do
   [ ! -e "$program" ] || add_program "$program"
 done
 cp -L "$bin"/../lib/libNuvFile.so "$root/lib/"

@@ -1,0 +1,132 @@
+// The library over the kernel's USB printer driver, beside a bare loop on the same device. Runs in
+// the virtual machine of `./dev bench --usb`, with the simulated printers attached there.
+// Usage: nuv_usb_bench PRINT_FILE LINES
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "bench/bench.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+
+namespace {
+
+using Nuv::Connect::ConnectingFramework;
+
+constexpr char kDevice[] = "/dev/usb/lp0";
+constexpr char kRequest[] = "F102\r\n";
+constexpr char kReply[] = "F102 OK S:0\r\n";
+constexpr int kWarmUp = 30;
+constexpr int kCalls = 300;
+constexpr int kRounds = 3;
+
+void Check(bool ok, const char* what) {
+  if (ok) return;
+  std::perror(what);
+  std::exit(1);
+}
+
+size_t OpenHandles() {
+  size_t count = 0;
+  for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+    (void)each;
+    ++count;
+  }
+  return count;
+}
+
+std::vector<double> BareLoop() {
+  const int device = open(kDevice, O_RDWR | O_CLOEXEC);
+  Check(device >= 0, "opening the device");
+  char buffer[512];
+  const auto call = [&] {
+    Check(write(device, kRequest, sizeof kRequest - 1) == sizeof kRequest - 1, "write");
+    Check(read(device, buffer, sizeof buffer) == sizeof kReply - 1, "read");
+  };
+  bench::Sample(kWarmUp, call);
+  std::vector<double> samples = bench::Sample(kCalls, call);
+  close(device);
+  return samples;
+}
+
+std::vector<double> LibraryLoop(ConnectingFramework& framework) {
+  Check(framework.ChooseDevice(NUV_KIND_USB, 0) == NUV_OK, "choosing");
+  int state = -1;
+  const auto call = [&] {
+    Check(framework.GetPrinterStatus(&state) == NUV_OK && state == 0, "state query");
+  };
+  bench::Sample(kWarmUp, call);
+  std::vector<double> samples = bench::Sample(kCalls, call);
+  framework.GetConnect()->CloseDevice();
+  return samples;
+}
+
+void RoundTrip(ConnectingFramework& framework) {
+  double bareMedian = 1e18, bareLate = 1e18, median = 1e18, late = 1e18;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::vector<double> bare = BareLoop();
+    const std::vector<double> library = LibraryLoop(framework);
+    bareMedian = std::min(bareMedian, bench::Quantile(bare, 0.5) / 1000);
+    bareLate = std::min(bareLate, bench::Quantile(bare, 0.99) / 1000);
+    median = std::min(median, bench::Quantile(library, 0.5) / 1000);
+    late = std::min(late, bench::Quantile(library, 0.99) / 1000);
+  }
+  bench::Report("floor: bare write and read, median", bareMedian, "us");
+  bench::Report("floor: bare write and read, 99th percentile", bareLate, "us");
+  bench::Report("state query, median", median, "us");
+  bench::Report("state query, 99th percentile", late, "us");
+  bench::Report("median over floor", median / bareMedian, "times", 1.3);
+  bench::Report("99th percentile over floor", late / bareLate, "times", 1.3);
+}
+
+void Listing(ConnectingFramework& framework) {
+  std::vector<std::string> found;
+  const std::vector<double> enumerations = bench::Sample(
+      11, [&] { Check(framework.GetConnect()->EnumerateDevices(NUV_KIND_USB, found), "listing"); });
+  bench::Report("printers attached", static_cast<double>(found.size()), "");
+  bench::Report("finding them, without the questions to each",
+                bench::Quantile(enumerations, 0.5) / 1e6, "ms", 100);
+  std::vector<std::string> serials;
+  const std::vector<double> listing = bench::Sample(
+      1, [&] { Check(framework.GetDeviceList(NUV_KIND_USB, serials, 0) == NUV_OK, "listing"); });
+  bench::Report("the whole list", listing[0] / 1e6, "ms");
+}
+
+void Job(ConnectingFramework& framework, const std::string& path, int lines) {
+  Check(framework.ChooseDevice(NUV_KIND_USB, 0) == NUV_OK, "choosing");
+  const std::vector<double> job = bench::Sample(1, [&] {
+    Check(framework.SendPrintFile({path.begin(), path.end()}, nullptr) == NUV_OK, "job");
+  });
+  bench::Report("job: duration over passes times 100 ms", job[0] / 1e6 / (100.0 * lines), "times",
+                1.01);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: nuv_usb_bench PRINT_FILE LINES\n");
+    return 2;
+  }
+  ConnectingFramework framework;
+  Listing(framework);
+  RoundTrip(framework);
+  const size_t before = OpenHandles();
+  for (int i = 0; i < 100; ++i) {
+    Check(framework.ChooseDevice(NUV_KIND_USB, i % 2) == NUV_OK, "choosing");
+    if (i % 3 == 0) framework.GetConnect()->CloseDevice();
+  }
+  framework.GetConnect()->CloseDevice();
+  bench::Report("handles left open by 100 openings", static_cast<double>(OpenHandles() - before),
+                "", 0.5);
+  Job(framework, argv[1], std::atoi(argv[2]));
+  if (bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
+  return bench::AnyOverLimit() ? 1 : 0;
+}
