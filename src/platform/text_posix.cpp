@@ -42,6 +42,6 @@ std::optional<std::string> NarrowPath(const std::wstring& path) {
   return narrow;
 }
 
-std::wstring FileName(const std::wstring& path) { return path.substr(path.find_last_of(L"/") + 1); }
+std::wstring FileName(const std::wstring& path) { return path.substr(path.find_last_of(L'/') + 1); }
 
 }  // namespace Nuv::Platform
