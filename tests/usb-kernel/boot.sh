@@ -8,7 +8,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 bin=$(cd "$1/bin" && pwd)
 cpus=$2 script=$3
 work=$(cd "$1/.." && pwd)/usb-kernel
-limit=${NUV_USB_KERNEL_SECONDS:-180}
+limit=${NUV_USB_KERNEL_SECONDS:-300}
 
 # The kernel that linux-image-amd64 stands for, unpacked and not installed; kept for the next run.
 # The cloud kernels, which a virtual machine would otherwise have, lack the modules.
@@ -55,11 +55,11 @@ add_program() {
 kernel=$(fetch_kernel)
 root=$(mktemp -d)
 trap 'rm -rf "$root" "$root.cpio" "$root.log"' EXIT
-mkdir -p "$root"/{bin,lib,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
+mkdir -p "$root"/{bin,lib,checks,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
 touch "$root/usr/share/hwdata/usb.ids"
 for module in usblp vhci-hcd; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
-for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench}; do
+for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench,nuv_scripted_host}; do
   [ ! -e "$program" ] || add_program "$program"
 done
 cp -L "$bin"/../lib/libNuvFile.so "$root/lib/"
@@ -67,6 +67,7 @@ find "$root"/{bin,lib} -type f -size +1M -exec strip --strip-debug {} + 2>/dev/n
 install "$here/guest_init.sh" "$root/init"
 cp "$here/guest_lib.sh" "$root/lib.sh"
 cp "$script" "$root/script.sh"
+cp "$here"/*_checks.sh "$root/checks/"
 (cd "$root" && find . | cpio -o -H newc --quiet) > "$root.cpio"
 
 # The result is a line of its own, since a kernel that panics or hangs has no exit status.

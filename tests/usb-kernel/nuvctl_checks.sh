@@ -91,4 +91,6 @@ exec 3<> /dev/usb/lp0
 check "one that another program has open ends the list" exits 5 nuvctl list --usb
 exec 3>&-
 check "the list is whole afterwards" lists_both
+kill "$nuvsim_pid"
+wait_until test ! -e /dev/usb/lp0
 [ "$failures" = 0 ]

@@ -1,0 +1,70 @@
+# One process of a host that keeps the library loaded while printers come and go: what it still
+# holds afterwards, and two printers that call themselves the same.
+. /lib.sh
+
+# tell LINE: to the host; its answer goes to $answer.
+tell() {
+  printf '%s\n' "$1" >&"${HOST[1]}"
+  read -r -t 60 answer <&"${HOST[0]}"
+  echo "$1: $answer"
+}
+told() { tell "$1" && [ "$answer" = "$2" ]; }
+
+all_eight() {
+  tell list && [ "$answer" = "0 USB0001 USB0002 TWIN TWIN USB0005 USB0006 USB0007 USB0008" ]
+}
+# The list tells them apart by their places only, so both must answer there.
+twins() {
+  for place in 2 3; do
+    told "choose $place" 0 && told state "0 0" || return 1
+  done
+  # One falls silent: it is the one at the second place.
+  fault 3 '"kind": "silent", "code": 102, "count": 3'
+  tell state && [ "${answer%% *}" = 1 ] && told "choose 2" 0 && told state "0 0" || return 1
+  control '{"do": "clear", "printer": 3}' > /dev/null
+}
+back_again() {
+  replug 0 1-1 /dev/usb/lp0 && control '{"do": "state", "to": "idle"}' > /dev/null &&
+    control '{"do": "clear"}' > /dev/null && all_eight && told "choose 0" 0 && told state "0 0"
+}
+# out_while LINE PATTERN: the printer goes when a request of the pattern shows that LINE is under way.
+out_while() {
+  local before
+  before=$(control '{"do": "requests"}' | grep -o "$2" | wc -l)
+  printf '%s\n' "$1" >&"${HOST[1]}"
+  wait_until eval "[ \$(control '{\"do\": \"requests\"}' | grep -o $2 | wc -l) -gt $before ]" || return 1
+  unplug 0 /dev/usb/lp0
+  read -r -t 60 answer <&"${HOST[0]}"
+  echo "$1: $answer"
+}
+out_while_idle() { unplug 0 /dev/usb/lp0 && tell state && [ "${answer%% *}" = 1 ] && back_again; }
+out_in_a_query() {
+  fault 0 '"kind": "silent", "code": 102'
+  out_while state F102 && [ "${answer%% *}" = 1 ] && back_again
+}
+out_in_a_job() { out_while "send /tmp/job.nuv" F103 && [ "$answer" = 20 ] && back_again; }
+comes_and_goes() {
+  tell held
+  local held=$answer
+  for _ in 1 2 3; do out_while_idle && out_in_a_query && out_in_a_job || return 1; done
+  told held "$held"
+}
+# Waiting busily for one reply alone would take more.
+uses_little_processor_time() { tell processor && [ "$answer" -lt 5000 ]; }
+
+for serial in USB0001 USB0002 TWIN TWIN USB0005 USB0006 USB0007 USB0008; do
+  printf '{"address": "127.0.0.1", "serial": "%s", "usbId": "11F1:2601"}\n' "$serial"
+done | paste -sd, | sed 's/.*/{"printers": [&]}/' > /tmp/printers.json
+start_nuvsim --config /tmp/printers.json
+for i in 0 1 2 3 4 5 6 7; do attach "1-$((i + 1))" "/dev/usb/lp$i"; done
+seq 1 200 | sed 's/.*/G1 X& Y0.125 E3.5/' > /tmp/lines
+nuvfile create --machine-id 3DPSNKG53WTW00001 --argument layers=20 /tmp/lines /tmp/job.nuv > /dev/null
+coproc HOST { nuv_scripted_host 2> /tmp/host.err; }
+check "a host finds all eight printers" all_eight
+check "two with one serial number are two printers" twins
+tell "choose 0" > /dev/null
+check "pulled out while idle, in a query, in a job, three times: nothing is left held" comes_and_goes
+check "nor was there a busy wait" uses_little_processor_time
+kill "$nuvsim_pid"
+wait_until test ! -e /dev/usb/lp0
+[ "$failures" = 0 ]

@@ -1,0 +1,67 @@
+// A host program that does what it is told, line by line, so that what a process holds can be
+// counted while printers come and go. Each line is answered by one:
+//   list            RESULT and the names found         choose INDEX    RESULT
+//   state           RESULT and the printer's state     send FILE       RESULT
+//   held            open handles and threads           processor       milliseconds used so far
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include "nuvconnect/NuvConnect5.h"
+
+namespace {
+
+constexpr int kEntryBytes = 63;
+constexpr int kMostPrinters = 16;
+
+std::string List() {
+  char names[kMostPrinters][kEntryBytes + 1] = {};
+  char* list[kMostPrinters];
+  for (int i = 0; i < kMostPrinters; ++i) list[i] = names[i];
+  int count = kMostPrinters;
+  std::string answer =
+      std::to_string(API_GetDeviceList(NUV_KIND_USB, list, &count, kEntryBytes, 0));
+  for (int i = 0; i < count && i < kMostPrinters; ++i) answer += std::string(" ") + names[i];
+  return answer;
+}
+
+std::string State() {
+  int state = -1;
+  const int result = API_GetPrinterStatus(&state);
+  return std::to_string(result) + " " + std::to_string(state);
+}
+
+size_t Entries(const char* folder) {
+  return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder),
+                                           std::filesystem::directory_iterator()));
+}
+
+std::string Answer(const std::string& line) {
+  std::istringstream words(line);
+  std::string what, argument;
+  words >> what >> argument;
+  if (what == "list") return List();
+  if (what == "choose") return std::to_string(API_ChooseDevice(NUV_KIND_USB, std::stoi(argument)));
+  if (what == "state") return State();
+  if (what == "send") {
+    const std::wstring path(argument.begin(), argument.end());
+    return std::to_string(API_SendPrintFile(path.c_str(), nullptr));
+  }
+  if (what == "held") {
+    return std::to_string(Entries("/proc/self/fd")) + " " +
+           std::to_string(Entries("/proc/self/task"));
+  }
+  if (what == "processor") return std::to_string(std::clock() * 1000 / CLOCKS_PER_SEC);
+  return "no such command";
+}
+
+}  // namespace
+
+int main() {
+  API_Initial();
+  for (std::string line; std::getline(std::cin, line);) std::cout << Answer(line) << std::endl;
+  API_Close();
+}
