@@ -15,16 +15,24 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN")
 
 # No path of the machine that builds in what it builds.
-add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+if(NOT MSVC)
+  add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+endif()
 
 find_program(NUV_CCACHE ccache)
 if(NUV_CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER "${NUV_CCACHE}")
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${NUV_CCACHE}")
+  # What the cache needs to be told where headers are precompiled.
+  set(launcher "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${NUV_CCACHE}")
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 add_library(nuv_warnings INTERFACE)
-target_compile_options(nuv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(MSVC)
+  target_compile_options(nuv_warnings INTERFACE /W4)
+else()
+  target_compile_options(nuv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+endif()
 
 set(NUV_SANITIZE "" CACHE STRING "Sanitizers, such as address,undefined or thread")
 if(NUV_SANITIZE)
@@ -37,6 +45,34 @@ if(WIN32)
 else()
   set(NUV_SYSTEM posix)
 endif()
+
+# nuv_version_resource(TARGET DESCRIPTION): what Windows shows as the file's properties.
+function(nuv_version_resource target description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(NUV_DESCRIPTION "${description}")
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL EXECUTABLE)
+    set(NUV_FILE_NAME "${target}.exe")
+    set(NUV_FILE_TYPE VFT_APP)
+  else()
+    set(NUV_FILE_NAME "${target}.dll")
+    set(NUV_FILE_TYPE VFT_DLL)
+  endif()
+  set(resource "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/windows/version.rc.in" "${resource}" @ONLY)
+  target_sources(${target} PRIVATE "${resource}")
+endfunction()
+
+# nuv_precompile(TARGET headers...): headers that take longer to read than what includes them takes to
+# compile. The sources include them all the same.
+function(nuv_precompile target)
+  target_precompile_headers(${target} PRIVATE ${ARGN})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+  endif()
+endfunction()
 
 # nuv_add_layer(NAME sources... [NEEDS layers or libraries...]): one layer of the library as a static
 # library, so that the shared library and the tests are built from the same objects.
@@ -55,7 +91,7 @@ function(nuv_add_test target)
     set(TEST_TIMEOUT 300)
   endif()
   add_test(NAME ${target}
-           COMMAND "${PROJECT_SOURCE_DIR}/tests/support/in_private_network.sh" "$<TARGET_FILE:${target}>"
-                   ${TEST_ARGS})
+           COMMAND "${PROJECT_SOURCE_DIR}/tests/support/in_private_network.sh"
+                   ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:${target}>" ${TEST_ARGS})
   set_tests_properties(${target} PROPERTIES TIMEOUT ${TEST_TIMEOUT} SKIP_RETURN_CODE 77)
 endfunction()

@@ -39,12 +39,11 @@
 #include "nuvconnect/Callbacks.h"
 #include "nuvconnect/ResultCodes.h"
 
-#if defined(_WIN32)
-#if defined(NUVCONNECT_BUILDING)
+// Functions need no dllimport: the import library resolves their plain names.
+#if defined(_WIN32) && defined(NUVCONNECT_BUILDING)
 #define NUV_API __declspec(dllexport)
-#else
-#define NUV_API __declspec(dllimport)
-#endif
+#elif defined(_WIN32)
+#define NUV_API
 #else
 #define NUV_API __attribute__((visibility("default")))
 #endif

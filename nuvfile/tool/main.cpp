@@ -60,6 +60,7 @@ void AddFileCommand(CLI::App& app, const std::string& name, const std::string& d
 
 int Main(int argc, char** argv) {
   CLI::App app("Makes, shows and verifies print files.", "nuvfile");
+  app.allow_windows_style_options(false);  // a path may begin with a slash there too
   app.require_subcommand(1);
   app.footer(std::string(kCreateExamples) +
              "  nuvfile info part.nuv\n  nuvfile verify --json part.nuv\n\n" + kExitCodes);

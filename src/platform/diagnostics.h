@@ -11,7 +11,9 @@ namespace Nuv::Platform {
 // lines.
 //
 // Thread-safety: safe; lines are not mixed. Never fails.
-#if defined(__GNUC__)
+#if defined(__MINGW32__)
+__attribute__((format(gnu_printf, 1, 2)))
+#elif defined(__GNUC__)
 __attribute__((format(printf, 1, 2)))
 #endif
 void Diagnostic(const char* format, ...);

@@ -71,7 +71,10 @@ void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t
                                           int timeoutMs, Replies& replies) {
   QUdpSocket socket;
   DetachFromThreads(socket, socket);
-  if (!socket.bind(port, QUdpSocket::ShareAddress)) {
+  // Of IPv4 only: a socket of both kinds comes after those of other hosts on this machine when an
+  // answer is handed out. Windows shares the port only with the hint.
+  if (!socket.bind(QHostAddress::AnyIPv4, port,
+                   QUdpSocket::ShareAddress | QUdpSocket::ReuseAddressHint)) {
     Diagnostic("search on %s: port %u cannot be bound: %s", broadcast.c_str(), unsigned{port},
                qPrintable(socket.errorString()));
     return;

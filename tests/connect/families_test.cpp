@@ -12,6 +12,7 @@
 #include "nuvconnect/NuvConnect5.h"
 #include "nuvfile/print_file_writer.h"
 #include "tests/connect/lab.h"
+#include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -38,12 +39,14 @@ class FamiliesTest : public Lab {
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
-    setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
+    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
     g_cancelAt = -1;
     g_asked = 0;
     framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
     const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    path = std::filesystem::path(::testing::TempDir()) / (test + ".nuv");
+    folder = std::filesystem::path(::testing::TempDir()) / test;
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
     contents.project_id = "P7";
     contents.material_id = "Resin A";
     contents.aes_key = Bytes(32, 200);
@@ -55,6 +58,8 @@ class FamiliesTest : public Lab {
 
   int Send(const std::string& machineId) {
     contents.machine_id = machineId;
+    // A job that did not open leaves its file open, and Windows lets nobody replace an open file.
+    path = folder / (std::to_string(sent++) + ".nuv");
     const nuvfile::Status written =
         nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines));
     EXPECT_TRUE(written.ok()) << written.message();
@@ -95,7 +100,9 @@ class FamiliesTest : public Lab {
     return text;
   }
 
-  std::filesystem::path path;
+  std::filesystem::path folder;
+  std::filesystem::path path;  // of the last print file
+  int sent = 0;
   nuvfile::PrintFileContents contents;
   Strings lines{"G1 X1", "", "G1 X2 Y3"};
 };

@@ -8,6 +8,7 @@
 
 #include "nuvfile/print_file_writer.h"
 #include "tests/connect/lab.h"
+#include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -23,7 +24,7 @@ class JobsTest : public Lab {
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
-    setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
+    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
     g_cancelAt = -1;
     g_asked = 0;
     framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
@@ -150,7 +151,7 @@ TEST_F(JobsTest, FilesThatAreNoJob) {
   EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "damaged";
   std::filesystem::resize_file(path, 20);
   EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "cut short";
-  setenv("NUVFILE_LIBRARY", "/nowhere/libNuvFile.so", 1);
+  SetEnvironment("NUVFILE_LIBRARY", "/nowhere/libNuvFile.so");
   ConnectingFramework other(clock, kReplyTimeoutMs);
   EXPECT_EQ(other.SendPrintFile(path.wstring(), nullptr), NUV_NUVFILE_MISSING);
   EXPECT_EQ(simulator->Totals().requests, 2U) << "only the listing's";
@@ -166,8 +167,10 @@ TEST_F(JobsTest, CommandTextArrivesLineByLine) {
 }
 
 TEST_F(JobsTest, NonAsciiPathIsFound) {
-  path = std::filesystem::u8path(::testing::TempDir() + "Zahnkr\xc3\xb6ne.nuv");
   WritePrintFile();
+  const auto renamed = std::filesystem::u8path(::testing::TempDir() + "Zahnkr\xc3\xb6ne.nuv");
+  std::filesystem::rename(path, renamed);
+  path = renamed;
   StartConnected(Printer("A1"));
   const std::string folder = ::testing::TempDir();
   const std::wstring wide = std::wstring(folder.begin(), folder.end()) + L"Zahnkr\u00f6ne.nuv";

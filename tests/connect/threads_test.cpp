@@ -13,6 +13,7 @@
 
 #include "nuvfile/print_file_writer.h"
 #include "tests/connect/lab.h"
+#include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -47,7 +48,7 @@ class ThreadsTest : public Lab {
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
-    setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
+    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
     g_told = 0;
     g_updates = 0;
     g_statusInCallback = -1;

@@ -11,6 +11,7 @@
 #include "job/print_status_handler.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/job/job_fixture.h"
+#include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -159,7 +160,7 @@ TEST_F(StatusHandlerTest, PassesThatTellNothing) {
 }
 
 TEST_F(StatusHandlerTest, MalformedNumberIsADiagnosticWithTheStandardText) {
-  setenv("NUVCONNECT_DEBUG", "1", 1);
+  SetEnvironment("NUVCONNECT_DEBUG", "1");
   ::testing::internal::CaptureStderr();
   Start();
   Answers("F101 OK S:1 L:x T:4", "F107 OK");
@@ -167,7 +168,7 @@ TEST_F(StatusHandlerTest, MalformedNumberIsADiagnosticWithTheStandardText) {
   Answers("F101 OK S:1 L:3 T:99999999999", "F107 OK");
   Pass();
   const std::string text = ::testing::internal::GetCapturedStderr();
-  unsetenv("NUVCONNECT_DEBUG");
+  SetEnvironment("NUVCONNECT_DEBUG", "");
   EXPECT_NE(text.find("invalid stoi argument"), std::string::npos) << text;
   EXPECT_NE(text.find("stoi argument out of range"), std::string::npos) << text;
 }

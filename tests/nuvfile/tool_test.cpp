@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 
 #include "test_files.h"
@@ -10,14 +11,17 @@ class ToolTest : public FolderTest {
  protected:
   // Runs the tool in the test's folder and returns its exit code.
   int Run(const std::string& arguments, const std::string& before = "") {
-    const std::string command = "cd \"" + Path("") + "\" && " + before + "\"" NUVFILE_TOOL "\" " +
-                                arguments + " > \"" + Path("output") + "\" 2>&1";
-    const int status = std::system(command.c_str());
+    const std::filesystem::path folder = std::filesystem::current_path();
+    std::filesystem::current_path(Path(""));
+    const std::string command = before + "\"" NUVFILE_TOOL "\" " + arguments + " > output 2>&1";
 #if defined(_WIN32)
-    return status;
+    // Its shell takes the outermost quotes away.
+    const int result = std::system(("\"" + command + "\"").c_str());
 #else
-    return status / 256;
+    const int result = std::system(command.c_str()) / 256;
 #endif
+    std::filesystem::current_path(folder);
+    return result;
   }
 
   std::string Output() const {

@@ -165,6 +165,7 @@ void Serve(nuvsim::Simulator& simulator, std::optional<std::uint16_t> controlPor
 int main(int argc, char** argv) {
   Options options;
   CLI::App app("Simulates resin 3D printers on the network and on USB.", "nuvsim");
+  app.allow_windows_style_options(false);  // a path may begin with a slash there too
   AddOptions(app, options);
   try {
     app.parse(argc, argv);

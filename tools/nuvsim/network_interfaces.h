@@ -20,8 +20,8 @@ struct Ipv4Interface {
 // not tell.
 std::vector<Ipv4Interface> RunningInterfaces();
 
-// True where a socket must be bound to the broadcast address to hear broadcasts and nothing else;
-// false where the system allows binding to own addresses only.
+// True where a socket bound to a broadcast address hears its broadcasts and nothing else; false
+// where it cannot be bound to one, or is then bound to all addresses.
 bool CanBindToBroadcast();
 
 // True where a listener needs address reuse to take its port again soon after closing; false

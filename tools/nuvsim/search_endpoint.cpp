@@ -15,9 +15,12 @@ namespace {
 using asio::ip::udp;
 
 constexpr std::size_t kMaxDatagram = 65536;
+constexpr std::uint32_t kAnyAddress = 0;
 constexpr std::uint32_t kLimitedBroadcast = 0xffffffffu;
 // In place of a network: the one that the sender belongs to.
 constexpr std::size_t kSendersNetwork = std::numeric_limits<std::size_t>::max();
+
+constexpr std::size_t kNoNetwork = kSendersNetwork - 1;
 
 }  // namespace
 
@@ -49,14 +52,16 @@ struct SearchEndpoint::Sending {
 SearchEndpoint::SearchEndpoint(asio::io_context& io, std::uint16_t port,
                                std::vector<Ipv4Interface> networks, Answerer answerer)
     : io_(io), port_(port), networks_(std::move(networks)), answerer_(std::move(answerer)) {
+  if (!CanBindToBroadcast()) {
+    Listen(kAnyAddress, kSendersNetwork);
+    return;
+  }
   bool reachesOthers = false;
   for (std::size_t i = 0; i < networks_.size(); ++i) {
-    const Ipv4Interface& network = networks_[i];
-    Listen(CanBindToBroadcast() ? network.Broadcast() : network.address, i);
-    reachesOthers = reachesOthers || !IsLoopback(network.address);
+    Listen(networks_[i].Broadcast(), i);
+    reachesOthers = reachesOthers || !IsLoopback(networks_[i].address);
   }
-  // A socket bound to an interface's own address hears the limited broadcast anyway.
-  if (reachesOthers && CanBindToBroadcast()) Listen(kLimitedBroadcast, kSendersNetwork);
+  if (reachesOthers) Listen(kLimitedBroadcast, kSendersNetwork);
 }
 
 SearchEndpoint::~SearchEndpoint() = default;
@@ -84,14 +89,17 @@ std::size_t SearchEndpoint::NetworkOf(std::uint32_t sender) const {
       std::find_if(networks_.begin(), networks_.end(), [sender](const Ipv4Interface& network) {
         return ((sender ^ network.address) & network.netmask) == 0;
       });
-  // A sender from elsewhere cannot tell the networks apart either.
-  return found == networks_.end() ? 0 : static_cast<std::size_t>(found - networks_.begin());
+  if (found != networks_.end()) return static_cast<std::size_t>(found - networks_.begin());
+  // A limited broadcast's sender from elsewhere cannot tell the networks apart either; a socket for
+  // all addresses hears searches of networks that have no printer.
+  return CanBindToBroadcast() ? 0 : kNoNetwork;
 }
 
 void SearchEndpoint::Answer(Listener& listener, std::size_t length) {
   const std::size_t network = listener.network == kSendersNetwork
                                   ? NetworkOf(listener.sender.address().to_v4().to_uint())
                                   : listener.network;
+  if (network == kNoNetwork) return;
   const std::string_view datagram(listener.buffer.data(), length);
   for (std::vector<Delivery>& deliveries : answerer_(network, datagram)) {
     Send(std::make_shared<Sending>(listener, std::move(deliveries)));

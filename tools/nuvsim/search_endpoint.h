@@ -2,7 +2,9 @@
 //
 // A host on this machine may hold the same port for all addresses and expects unicast answers
 // there. So where the system allows, the sockets here are bound to broadcast addresses: they hear
-// searches only and can never take an answer away from the host.
+// searches only and can never take an answer away from the host. Elsewhere (Windows) one socket
+// hears all, and a search belongs to the network that its sender is on; which of two such sockets
+// an answer to this same machine reaches is up to the system.
 //
 // Thread-safety: none; every call on the thread that runs the I/O context, or before it runs.
 #ifndef NUVSIM_SEARCH_ENDPOINT_H_

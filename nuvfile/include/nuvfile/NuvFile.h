@@ -21,12 +21,11 @@
 #ifndef NUVFILE_NUVFILE_H_
 #define NUVFILE_NUVFILE_H_
 
-#if defined(_WIN32)
-#if defined(NUVFILE_BUILDING)
+// Functions need no dllimport: the import library resolves their plain names.
+#if defined(_WIN32) && defined(NUVFILE_BUILDING)
 #define NUVFILE_API __declspec(dllexport)
-#else
-#define NUVFILE_API __declspec(dllimport)
-#endif
+#elif defined(_WIN32)
+#define NUVFILE_API
 #else
 #define NUVFILE_API __attribute__((visibility("default")))
 #endif

@@ -1,0 +1,25 @@
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+#include "platform/text.h"
+
+namespace Nuv::Platform {
+namespace {
+
+TEST(NarrowPathTest, IsUtf8WhateverTheLocale) {
+  std::setlocale(LC_ALL, "C");
+  EXPECT_EQ(NarrowPath(L""), "");
+  EXPECT_EQ(NarrowPath(L"/a/b.nuv"), "/a/b.nuv");
+  EXPECT_EQ(NarrowPath(L"Kr\u00f6ne"), "Kr\xc3\xb6ne");
+  EXPECT_EQ(NarrowPath(L"\u6a21\u578b"), "\xe6\xa8\xa1\xe5\x9e\x8b");
+  EXPECT_EQ(NarrowPath(std::wstring(1, static_cast<wchar_t>(0x1F5A8))), "\xf0\x9f\x96\xa8");
+}
+
+TEST(NarrowPathTest, RefusesWhatIsNoCharacter) {
+  EXPECT_FALSE(NarrowPath(std::wstring(1, static_cast<wchar_t>(0xD800))));
+  EXPECT_FALSE(NarrowPath(std::wstring(1, static_cast<wchar_t>(0x110000))));
+}
+
+}  // namespace
+}  // namespace Nuv::Platform

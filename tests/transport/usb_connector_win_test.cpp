@@ -1,0 +1,209 @@
+#include "transport/usb_connector_win.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include "tests/wine/usb_device.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr uint32_t kWaitMs = 3000;
+constexpr uint32_t kShortMs = 100;
+
+// A printer on the pipe that answers what the test lets it answer.
+class PipePrinter {
+ public:
+  using Answer = std::function<std::string(const std::string& request)>;
+
+  explicit PipePrinter(Answer answer) : thread_([this, answer] { Serve(answer); }) {
+    while (!ready_) std::this_thread::yield();
+  }
+  ~PipePrinter() {
+    ended_ = true;
+    thread_.join();
+  }
+  PipePrinter(const PipePrinter&) = delete;
+  PipePrinter& operator=(const PipePrinter&) = delete;
+
+ private:
+  void Serve(const Answer& answer) {
+    wine::DevicePipe pipe;
+    ready_ = true;
+    std::string request;
+    while (!ended_) {
+      if (pipe.Receive(request) && !request.empty()) pipe.Send(answer(request));
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+
+  std::atomic<bool> ready_{false};
+  std::atomic<bool> ended_{false};
+  std::thread thread_;
+};
+
+std::string Echo(const std::string& request) { return request; }
+
+class UsbConnectorTest : public ::testing::Test {
+ protected:
+  void Attach(const std::wstring& id, const std::wstring& serial = L"S1") {
+    devices.push_back(std::make_unique<wine::RegisteredDevice>(id, serial, L"USB\\" + id));
+  }
+  std::vector<std::wstring> Found() {
+    EXPECT_TRUE(connector.SearchDevices());
+    std::vector<std::wstring> paths{L"left over"};
+    return connector.GetDevicePaths(paths);
+  }
+  std::wstring PathOf(size_t device) const { return devices[device]->interfacePath() + L"\\1"; }
+  uint32_t Write(const std::string& text, uint32_t timeoutMs = kWaitMs) {
+    return connector.Write(reinterpret_cast<const uint8_t*>(text.data()),
+                           static_cast<uint32_t>(text.size()), timeoutMs);
+  }
+  uint32_t Read(uint32_t timeoutMs = kWaitMs) {
+    uint8_t buffer[kReadBytes + 1] = {};
+    const uint32_t status = connector.Read(buffer, timeoutMs);
+    block = reinterpret_cast<const char*>(buffer);
+    return status;
+  }
+  void Open() {
+    Attach(L"VID_11F1&PID_2601");
+    ASSERT_TRUE(connector.SearchDevices());
+    ASSERT_TRUE(connector.Open(L"0"));
+  }
+
+  std::vector<std::unique_ptr<wine::RegisteredDevice>> devices;
+  UsbConnectorWin connector;
+  std::string block;  // of the last read
+};
+
+TEST_F(UsbConnectorTest, ListsPrintersOfTheTable) {
+  EXPECT_THAT(Found(), ElementsAre());
+  EXPECT_FALSE(connector.Open(L"0"));
+  Attach(L"VID_11F1&PID_260A");
+  Attach(L"vid_0999&pid_beaf");
+  EXPECT_EQ(Found().size(), 2U);
+  EXPECT_THAT(Found(), ::testing::UnorderedElementsAre(PathOf(0), PathOf(1))) << "anew, not added";
+  devices.pop_back();
+  EXPECT_THAT(Found(), ElementsAre(PathOf(0)));
+}
+
+TEST_F(UsbConnectorTest, LeavesOtherDevicesOut) {
+  Attach(L"VID_04F9&PID_0042");  // an office printer
+  Attach(L"VID_11F1&PID_2605");  // not in the table
+  Attach(L"VID_11F1&PID_2601");
+  devices.push_back(
+      std::make_unique<wine::RegisteredDevice>(L"VID_11F1&PID_2602", L"S1", L""));  // without an ID
+  EXPECT_THAT(Found(), ElementsAre(PathOf(2)));
+}
+
+TEST_F(UsbConnectorTest, OpensByDecimalText) {
+  const PipePrinter printer(Echo);
+  Attach(L"VID_11F1&PID_2601", L"S1");
+  Attach(L"VID_11F1&PID_2601", L"S2");
+  ASSERT_TRUE(connector.SearchDevices());
+  for (const wchar_t* text : {L"0", L"1", L" +1x", L"abc"}) {
+    ASSERT_TRUE(connector.Open(text)) << text;
+    EXPECT_EQ(Write("F102\r\n"), 0U) << text;
+    EXPECT_EQ(Read(), 0U);
+    EXPECT_EQ(block, "F102\r\n");
+    connector.Close();
+    connector.Close();
+  }
+  EXPECT_FALSE(connector.Open(L"2"));
+  EXPECT_FALSE(connector.Open(L"-1"));
+  EXPECT_EQ(Write("x"), kNotOpen);
+  EXPECT_EQ(Read(), kNotOpen);
+}
+
+TEST_F(UsbConnectorTest, RefusesADeviceThatHasGone) {
+  Attach(L"VID_11F1&PID_2601");
+  ASSERT_TRUE(connector.SearchDevices());
+  EXPECT_FALSE(connector.Open(L"0")) << "nothing serves the pipe";
+  devices.clear();
+  EXPECT_FALSE(connector.Open(L"0"));
+  EXPECT_EQ(Read(), kNotOpen);
+}
+
+TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
+  const std::string megabyte(1 << 20, 'x');
+  size_t taken = 0;
+  {
+    const PipePrinter printer([&](const std::string& request) {
+      taken += request.size();
+      return taken == megabyte.size() ? std::string("all") : std::string();
+    });
+    Open();
+    EXPECT_EQ(Write(megabyte), 0U);
+    EXPECT_EQ(Read(), 0U);
+    EXPECT_EQ(block, "all");
+    connector.Close();
+  }
+  // One that takes nothing: its end of the pipe exists and is never read.
+  wine::DevicePipe stuck;
+  ASSERT_TRUE(connector.Open(L"0"));
+  EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout);
+  EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout) << "the first left nothing pending";
+}
+
+TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
+  const PipePrinter printer([](const std::string& request) {
+    if (request == "none") return std::string();
+    return std::string(static_cast<size_t>(std::stoi(request)), 'y');
+  });
+  Open();
+  EXPECT_EQ(Read(kShortMs), kTransferTimeout);
+  EXPECT_EQ(Write("none"), 0U);
+  EXPECT_EQ(Read(kShortMs), kTransferTimeout);
+  EXPECT_EQ(block, "");
+  EXPECT_EQ(Write("700"), 0U);
+  EXPECT_EQ(Read(), 0U);
+  EXPECT_EQ(block, std::string(kReadBytes, 'y')) << "as after a time-out nothing is pending";
+  EXPECT_EQ(Read(), 0U);
+  EXPECT_EQ(block, std::string(700 - kReadBytes, 'y'));
+}
+
+TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
+  auto printer = std::make_unique<PipePrinter>(Echo);
+  Open();
+  std::thread unplugging([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    printer.reset();
+    devices.clear();
+  });
+  Read();
+  unplugging.join();
+  EXPECT_EQ(block, "");
+  EXPECT_NE(Write("F102\r\n", kShortMs), 0U);
+  connector.Close();
+  EXPECT_THAT(Found(), ElementsAre());
+  printer = std::make_unique<PipePrinter>(Echo);
+  Open();
+  EXPECT_EQ(Write("F102\r\n"), 0U);
+  EXPECT_EQ(Read(), 0U);
+  EXPECT_EQ(block, "F102\r\n");
+}
+
+TEST_F(UsbConnectorTest, HoldsNoHandleOfADeviceThatWasClosed) {
+  const PipePrinter printer(Echo);
+  Open();
+  connector.Close();
+  DWORD before = 0, after = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &before);
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_TRUE(connector.SearchDevices());
+    EXPECT_TRUE(connector.Open(L"0"));
+    EXPECT_EQ(Read(1), kTransferTimeout);
+    connector.Close();
+  }
+  GetProcessHandleCount(GetCurrentProcess(), &after);
+  EXPECT_EQ(after, before);
+}
+
+}  // namespace
