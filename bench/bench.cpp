@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
+#include <thread>
 
 namespace bench {
 namespace {
@@ -37,6 +39,13 @@ void Report(const std::string& what, double value, const std::string& unit, doub
   }
   std::printf("\n");
   std::fflush(stdout);
+}
+
+void ReportBarePauses(std::chrono::milliseconds length, int count) {
+  const std::vector<double> pauses = Sample(count, [&] { std::this_thread::sleep_for(length); });
+  const double ms = std::accumulate(pauses.begin(), pauses.end(), 0.0) / 1e6;
+  Report("floor: pauses of " + std::to_string(length.count()) + " ms by themselves",
+         ms / static_cast<double>(length.count() * count), "times");
 }
 
 bool AnyOverLimit() { return g_overLimit; }

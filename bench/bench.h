@@ -19,32 +19,11 @@ double Quantile(const std::vector<double>& sorted, double share);
 // One line of the report: what was measured and, above 0, the most it may be.
 void Report(const std::string& what, double value, const std::string& unit, double limit = 0);
 
+// Reports the floor of pacing: how much longer than `length` the system makes `count` pauses.
+void ReportBarePauses(std::chrono::milliseconds length, int count);
+
 // True once a reported value was above its limit.
 bool AnyOverLimit();
-
-// A child process; ended when the object goes.
-class Child {
- public:
-  // Runs `body` in a copy of this process.
-  explicit Child(const std::function<void()>& body);
-  // Runs a program and waits until it prints a line "ready"; `output` gets all lines before it.
-  Child(const std::vector<std::string>& program, std::vector<std::string>* output);
-  ~Child();
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
- private:
-  int pid_;
-};
-
-// Keeps this process, and children started from now on, on one core.
-void PinToOneCore();
-void Unpin();
-
-// Memory of this process in KiB: now, and the most since ResetPeak.
-long ResidentKib();
-long PeakKib();
-void ResetPeak();
 
 // The benchmarks; each prints its own floor in the same run.
 void RunStatus();

@@ -9,6 +9,7 @@
 
 #include "api/global_instance.h"
 #include "bench/bench.h"
+#include "bench/process.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/NuvConnect5.h"
 
@@ -19,6 +20,7 @@ using SteadyClock = std::chrono::steady_clock;
 using Nuv::Connect::ConnectingFramework;
 
 constexpr size_t kMiB = size_t{1} << 20;
+constexpr int kPauseMs = 15;  // between two blocks
 
 class SleeplessClock final : public Nuv::Platform::Clock {
  public:
@@ -43,7 +45,6 @@ void Connect(ConnectingFramework& framework) {
 // since what disturbs a round is not the code's.
 void Pacing(const char* what, int blocks, const std::function<int()>& announce,
             const std::function<int()>& send) {
-  constexpr double kPauseMs = 15;
   constexpr int kRounds = 5;
   double best = 0;
   for (int round = 0; round < kRounds; ++round) {
@@ -63,6 +64,7 @@ void PacingOfBothKinds() {
   constexpr size_t kAndroidBlock = 10232;
   ConnectingFramework framework;
   Connect(framework);
+  ReportBarePauses(std::chrono::milliseconds(kPauseMs), kBlocks);
   const std::vector<uint8_t> engine(kBlocks * kEngineBlock);
   Pacing(
       "engine image of 100 blocks", kBlocks,
@@ -103,7 +105,7 @@ void Memory() {
 void RunFirmware(const std::string& nuvsim, const std::string& folder) {
   std::printf("Firmware\n");
   const Child printer(
-      {nuvsim, "--address", "10.77.1.2", "--job-dir", folder, "--model", "Fabrix150 xP"}, nullptr);
+      {nuvsim, "--address", "10.77.1.2", "--job-dir", folder, "--model", "Fabrix150 xP"});
   Memory();
   PacingOfBothKinds();
 }

@@ -1,51 +1,22 @@
 // A print job against a simulator in a process of its own: pacing, time per line, memory.
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "bench/bench.h"
+#include "bench/pass_clock.h"
+#include "bench/process.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 #include "nuvfile/print_file_writer.h"
+#include "tests/support/environment.h"
 
 namespace bench {
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
 using Nuv::Connect::ConnectingFramework;
-
-// Notes how long the library works between one pause and the next, and sleeps or does not.
-class PassClock final : public Nuv::Platform::Clock {
- public:
-  explicit PassClock(bool sleeps) : sleeps_(sleeps) {}
-  std::chrono::nanoseconds Now() const override { return SteadyClock::now().time_since_epoch(); }
-  void SleepFor(std::chrono::milliseconds duration) override {
-    if (passes_++ > 0) work_.push_back((Now() - lastEnd_).count());
-    sleptMs_ += duration.count();
-    if (sleeps_) Nuv::Platform::SystemClock().SleepFor(duration);
-    lastEnd_ = Now();
-  }
-  int64_t SleptMs() const { return sleptMs_; }
-  // Median microseconds of the passes from `first` on.
-  double MedianUs(size_t first, size_t count) const {
-    std::vector<double> window(work_.begin() + static_cast<std::ptrdiff_t>(first),
-                               work_.begin() + static_cast<std::ptrdiff_t>(first + count));
-    std::sort(window.begin(), window.end());
-    return Quantile(window, 0.5) / 1000;
-  }
-  size_t Passes() const { return work_.size(); }
-  void Reserve(size_t passes) { work_.reserve(passes); }
-
- private:
-  const bool sleeps_;
-  int64_t passes_ = 0;
-  int64_t sleptMs_ = 0;
-  std::chrono::nanoseconds lastEnd_{0};
-  std::vector<int64_t> work_;
-};
 
 // Writes a print file of `count` lines of `length` bytes.
 std::string MakePrintFile(const std::string& folder, int64_t count, size_t length) {
@@ -95,11 +66,9 @@ void Pacing(const std::string& folder) {
   ConnectingFramework framework(clock);
   Connect(framework);
   const std::string path = MakePrintFile(folder, 60, 1000);
-  const SteadyClock::time_point start = SteadyClock::now();
-  Send(framework, path);
-  const double ms = std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count();
-  Report("job of 60 lines: duration over passes times 100 ms",
-         ms / static_cast<double>(clock.SleptMs()), "times", 1.01);
+  ReportBarePauses(std::chrono::milliseconds(100), 20);
+  Report("job of 60 lines: duration over its pauses",
+         bench::Pacing(clock, [&] { Send(framework, path); }), "times", 1.01);
 }
 
 void TimePerLine(const std::string& folder) {
@@ -137,14 +106,15 @@ void Memory(const std::string& folder) {
 void RunJob(const std::string& nuvsim, const std::string& folder) {
   std::printf("Print job\n");
   std::filesystem::create_directories(folder);
-  setenv("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE, 1);
-  const Child printer({nuvsim, "--address", "10.77.1.2", "--buffer", "2147483647", "--job-dir",
-                       folder, "--model", "Bench"},
-                      nullptr);
-  // Memory first: what the others leave to the allocator would hide its growth.
-  Memory(folder);
-  Pacing(folder);
-  TimePerLine(folder);
+  SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
+  {
+    const Child printer({nuvsim, "--address", "10.77.1.2", "--buffer", "2147483647", "--job-dir",
+                         folder, "--model", "Bench"});
+    // Memory first: what the others leave to the allocator would hide its growth.
+    Memory(folder);
+    Pacing(folder);
+    TimePerLine(folder);
+  }
   std::filesystem::remove_all(folder);
 }
 

@@ -3,20 +3,29 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "bench/bench.h"
+#include "bench/servers.h"
 
 // With arguments only those are run: status, parser, job, firmware, handlers, discovery.
 int main(int argc, char** argv) {
   const std::vector<std::string> wanted(argv + 1, argv + argc);
+  if (wanted.size() == 3 && wanted[0] == bench::kServeOption) {
+    bench::Serve(wanted[1], static_cast<uint16_t>(std::atoi(wanted[2].c_str())));
+  }
+  if (!bench::InPrivateNetwork()) {
+    std::fprintf(stderr, "not in the private network (run through ./dev bench)\n");
+    return 2;
+  }
   const auto runs = [&](const char* name) {
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), name) != wanted.end();
   };
-  const std::string folder = (std::filesystem::temp_directory_path() / "nuvbench").string();
-  // First, while this process has one thread: it makes copies of itself.
+  // Generic, since it also goes into a JSON file.
+  const std::string folder = (std::filesystem::temp_directory_path() / "nuvbench").generic_string();
   if (runs("status")) bench::RunStatus();
   if (runs("parser")) bench::RunParser();
   if (runs("job")) bench::RunJob(NUVSIM_FILE, folder);

@@ -8,14 +8,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <filesystem>
 
-#include "bench/bench.h"
+#include "bench/process.h"
 
 namespace bench {
 namespace {
-
-// Children must not outlive a benchmark that is interrupted.
-void DieWithParent() { prctl(PR_SET_PDEATHSIG, SIGKILL); }
 
 long StatusField(const char* name) {
   std::FILE* const file = std::fopen("/proc/self/status", "r");
@@ -31,46 +30,37 @@ long StatusField(const char* name) {
   return kib;
 }
 
-}  // namespace
-
-Child::Child(const std::function<void()>& body) : pid_(fork()) {
-  if (pid_ != 0) return;
-  DieWithParent();
-  body();
-  _exit(0);
+[[noreturn]] void Become(const std::vector<std::string>& program, int output) {
+  // Children must not outlive a benchmark that is interrupted.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  dup2(output, STDOUT_FILENO);
+  std::vector<char*> arguments;
+  for (const std::string& word : program) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  execv(arguments[0], arguments.data());
+  _exit(127);
 }
 
-Child::Child(const std::vector<std::string>& program, std::vector<std::string>* output) : pid_(-1) {
-  int ends[2];
-  if (pipe(ends) != 0) return;
-  pid_ = fork();
-  if (pid_ == 0) {
-    DieWithParent();
-    dup2(ends[1], STDOUT_FILENO);
-    close(ends[0]);
-    close(ends[1]);
-    std::vector<char*> arguments;
-    for (const std::string& word : program) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    execv(arguments[0], arguments.data());
-    _exit(127);
-  }
+}  // namespace
+
+Child::Child(const std::vector<std::string>& program) {
+  int ends[2] = {-1, -1};
+  if (pipe2(ends, O_CLOEXEC) != 0) std::perror("pipe");
+  const pid_t pid = fork();
+  if (pid == 0) Become(program, ends[1]);
+  process_ = pid;
   close(ends[1]);
-  std::FILE* const lines = fdopen(ends[0], "r");
-  char line[1024];
-  while (std::fgets(line, sizeof line, lines) != nullptr) {
-    line[std::strcspn(line, "\n")] = '\0';
-    if (std::strcmp(line, "ready") == 0) break;
-    if (output != nullptr) output->emplace_back(line);
-  }
   // Left open: the program may go on writing.
+  WaitUntilReady(fdopen(ends[0], "r"), program[0]);
 }
 
 Child::~Child() {
-  if (pid_ <= 0) return;
-  kill(pid_, SIGTERM);
-  waitpid(pid_, nullptr, 0);
+  const auto pid = static_cast<pid_t>(process_);
+  kill(pid, SIGTERM);
+  waitpid(pid, nullptr, 0);
 }
+
+std::string OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
 
 void PinToOneCore() {
   cpu_set_t one;
@@ -86,11 +76,13 @@ void Unpin() {
   sched_setaffinity(0, sizeof all, &all);
 }
 
+double ProcessorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
 long ResidentKib() { return StatusField("VmRSS:"); }
 long PeakKib() { return StatusField("VmHWM:"); }
 
 void ResetPeak() {
-  const int file = open("/proc/self/clear_refs", O_WRONLY);
+  const int file = open("/proc/self/clear_refs", O_WRONLY | O_CLOEXEC);
   if (file < 0) return;
   if (write(file, "5", 1) != 1) std::perror("clear_refs");
   close(file);
