@@ -175,6 +175,8 @@ TEST_F(JobsTest, NonAsciiPathIsFound) {
   const std::string folder = ::testing::TempDir();
   const std::wstring wide = std::wstring(folder.begin(), folder.end()) + L"Zahnkr\u00f6ne.nuv";
   EXPECT_EQ(framework.SendPrintFile(wide, nullptr), NUV_OK);
+  const std::wstring noCharacter(1, static_cast<wchar_t>(0xD800));
+  EXPECT_EQ(framework.SendPrintFile(noCharacter, nullptr), NUV_FILE_NOT_READABLE);
 }
 
 }  // namespace

@@ -17,9 +17,8 @@ using asio::ip::udp;
 constexpr std::size_t kMaxDatagram = 65536;
 constexpr std::uint32_t kAnyAddress = 0;
 constexpr std::uint32_t kLimitedBroadcast = 0xffffffffu;
-// In place of a network: the one that the sender belongs to.
+// In place of a network: the one that the sender belongs to, and none that is served.
 constexpr std::size_t kSendersNetwork = std::numeric_limits<std::size_t>::max();
-
 constexpr std::size_t kNoNetwork = kSendersNetwork - 1;
 
 }  // namespace
