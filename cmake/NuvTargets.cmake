@@ -74,6 +74,15 @@ function(nuv_precompile target)
   endif()
 endfunction()
 
+# nuv_join(TARGET SIZE [SINGLE sources...]): compiles the target's sources SIZE at a time, where what
+# they include takes far longer than they do; SINGLE: those whose own names others have too.
+option(NUV_JOIN_SOURCES "Compile sources of some targets together" ON)
+function(nuv_join target size)
+  cmake_parse_arguments(PARSE_ARGV 2 JOIN "" "" "SINGLE")
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${NUV_JOIN_SOURCES} UNITY_BUILD_BATCH_SIZE ${size})
+  set_source_files_properties(${JOIN_SINGLE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # nuv_add_layer(NAME sources... [NEEDS layers or libraries...]): one layer of the library as a static
 # library, so that the shared library and the tests are built from the same objects.
 function(nuv_add_layer name)

@@ -96,8 +96,9 @@ NUV_API int API_SearchNetworkDevice(char** list, int* count, int entrySize, cons
 // Lists the printers of `kind` (0 USB, 1 network) by opening each in turn and asking its identity
 // (command 101). `list`: their serial numbers. `timeoutMs`: how long the network search waits after
 // the last answer on each network, 0 or below for 3000; it stays set for later searches.
-// Returns 0; 1 negative kind; 2 nothing found; 3 a printer could not be opened (the list then holds
-// those before it). On 1, 2 and 3 the table of an earlier listing stays. Closes what it opened.
+// Returns 0; 1 negative kind, or a BEGO printer does not tell its serial number; 2 nothing found; 3
+// a printer could not be opened (the list then holds those before it). On 1, 2 and 3 the table of
+// an earlier listing stays. Closes what it opened.
 NUV_API int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs);
 
 // Lists USB printers; *count: how many. Result as for API_GetDeviceList.

@@ -5,6 +5,22 @@
 #include "nuvconnect/ResultCodes.h"
 
 namespace Nuv::Connect {
+namespace {
+
+// Closes what is open when it goes, also when a reply throws: a USB printer is open to one program
+// at a time.
+class Closing {
+ public:
+  explicit Closing(IConnect& channel) : channel_(channel) {}
+  ~Closing() { channel_.CloseDevice(); }
+  Closing(const Closing&) = delete;
+  Closing& operator=(const Closing&) = delete;
+
+ private:
+  IConnect& channel_;
+};
+
+}  // namespace
 
 int ConnectingFramework::SetUpdPort(int port) {
   connect_.SetSearchPort(port);
@@ -51,11 +67,13 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
     if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
     DeviceEntry entry;
     entry[NUV_DEVICE_IDENTIFIER] = ids[i];
-    const int result = IdentifyDevice(entry);
-    if (result != NUV_OK) return result;
+    {
+      const Closing closing(connect_);
+      const int result = IdentifyDevice(entry);
+      if (result != NUV_OK) return result;
+    }
     serials.push_back(entry[NUV_DEVICE_SERIAL]);
     table.push_back(std::move(entry));
-    connect_.CloseDevice();
   }
   if (DeviceTable* const kept = TableOf(kind)) *kept = std::move(table);
   return NUV_OK;

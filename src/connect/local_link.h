@@ -28,6 +28,7 @@ class LocalLink {
   bool EnumerateDevices(std::vector<std::string>& found) { return usb_.EnumerateDevices(found); }
 
   bool Open(int index) { return Current().Open(index); }
+  bool Reopen(int index) { return Current().Reopen(index); }
   void Close() { Current().Close(); }
   bool IsOpen() const { return Current().IsOpen(); }
   bool Write(const uint8_t* data, size_t length) { return Current().Write(data, length); }

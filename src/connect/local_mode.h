@@ -17,6 +17,8 @@ class LocalMode {
 
   // Opens printer `index` of the mode's last search.
   virtual bool Open(int index) = 0;
+  // Opens the printer again that is at `index` of the search in which it was chosen.
+  virtual bool Reopen(int index) { return Open(index); }
   virtual void Close() = 0;
   virtual bool IsOpen() const = 0;
 

@@ -52,11 +52,11 @@ bool NuvConnect::Choose(int kind, int index) {
   return true;
 }
 
-// The network link remembers the printer itself: after a new search its old index may stand for
-// another printer, on which a job must not go on.
+// The links remember the printer itself: after a new search its old index may stand for another
+// printer, on which a job must not go on.
 bool NuvConnect::OpenDevice() {
   const Lock lock(mutex_);
-  return isNetwork_ ? network_.Reopen() : Choose(0, index_);
+  return isNetwork_ ? network_.Reopen() : local_.Reopen(index_);
 }
 
 bool NuvConnect::CloseDevice() {

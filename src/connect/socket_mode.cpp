@@ -43,7 +43,13 @@ bool SocketMode::SearchDevices(const std::string& message, int port, const std::
 bool SocketMode::Open(int index) {
   if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return false;
   const NetworkDevice& device = devices_[static_cast<size_t>(index)];
-  return socket_.Connect(device.address, device.port);
+  if (!socket_.Connect(device.address, device.port)) return false;
+  current_ = device;
+  return true;
+}
+
+bool SocketMode::Reopen(int /*index*/) {
+  return current_.valid && socket_.Connect(current_.address, current_.port);
 }
 
 bool SocketMode::Write(const uint8_t* data, size_t length) {

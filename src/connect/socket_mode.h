@@ -23,6 +23,8 @@ class SocketMode final : public LocalMode {
 
   // Counts the answers that named a printer.
   bool Open(int index) override;
+  // The address, since the printers of a later search may come in another order.
+  bool Reopen(int index) override;
   void Close() override { socket_.Close(); }
   bool IsOpen() const override { return socket_.IsOpen(); }
   bool Write(const uint8_t* data, size_t length) override;
@@ -34,6 +36,7 @@ class SocketMode final : public LocalMode {
   UdpSearchSocket search_;
   TcpClientSocket socket_;
   std::vector<NetworkDevice> devices_;
+  NetworkDevice current_;  // the last that was opened
 };
 
 }  // namespace Nuv::Connect

@@ -1,7 +1,6 @@
 #include <fstream>
 #include <limits>
 #include <optional>
-#include <queue>
 #include <string>
 #include <vector>
 
@@ -17,34 +16,42 @@ using Nuv::Platform::Diagnostic;
 namespace Nuv::Connect {
 namespace {
 
-struct CommandText {
-  std::queue<std::string> lines;  // none empty, without line ends
-  int32_t total = 0;              // bytes of all lines
-};
+// Reads the lines of a command file that are not empty, one at a time.
+class CommandFile {
+ public:
+  explicit CommandFile(const std::string& path) : file_(path) {}
 
-// Reads the whole file, so that the total is known before the first line goes out. A carriage
-// return before a line feed is part of the line end, whichever system wrote the file.
-std::optional<CommandText> ReadCommandText(const std::string& path) {
-  std::ifstream file(path);
-  if (!file.is_open()) {
-    Diagnostic("command file %s cannot be opened", path.c_str());
-    return std::nullopt;
+  // False at the end of the file. A carriage return before the line feed is part of the line end,
+  // whichever system wrote the file.
+  bool NextLine(std::string& line) {
+    while (std::getline(file_, line)) {
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      if (!line.empty()) return true;
+    }
+    return false;
   }
-  CommandText text;
-  int64_t total = 0;
-  for (std::string line; std::getline(file, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.empty()) continue;
-    total += static_cast<int64_t>(line.size());
-    text.lines.push(std::move(line));
+
+  // The bytes of all lines, known before the first goes out; nothing when the file cannot be read
+  // or they are more than progress can count.
+  std::optional<int32_t> TotalBytes() {
+    int64_t total = 0;
+    bool tooLong = false;
+    for (std::string line; !tooLong && NextLine(line);) {
+      total += static_cast<int64_t>(line.size());
+      tooLong = total > std::numeric_limits<int32_t>::max();
+    }
+    if (!file_.eof() || file_.bad()) return std::nullopt;
+    file_.clear();
+    file_.seekg(0);
+    return static_cast<int32_t>(total);
   }
-  if (file.bad() || total > std::numeric_limits<int32_t>::max()) {
-    Diagnostic("command file %s cannot be read, or is longer than 2 GiB", path.c_str());
-    return std::nullopt;
-  }
-  text.total = static_cast<int32_t>(total);
-  return text;
-}
+
+  bool IsOpen() const { return file_.is_open(); }
+  bool Failed() const { return file_.bad(); }
+
+ private:
+  std::ifstream file_;
+};
 
 std::vector<uint8_t> WithLineEnd(const std::string& line) {
   std::vector<uint8_t> bytes(line.begin(), line.end());
@@ -60,21 +67,27 @@ int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
   if (!claim.held()) return NUV_FAILED;
   const LinkClaim link(context.state);
   const std::optional<std::string> narrow = Platform::NarrowPath(path);
-  std::optional<CommandText> text;
-  if (narrow) text = ReadCommandText(*narrow);
-  if (!text) return NUV_FILE_NOT_READABLE;
-
-  LineTransfer transfer(context, text->total, progress);
-  transfer.Start();
-  while (!text->lines.empty() && !transfer.IsComplete()) {
-    if (context.callbacks.IsCancelled()) return NUV_OK;
-    const std::string& line = text->lines.front();
-    bool sent = false;
-    const int32_t result = transfer.Pass(WithLineEnd(line), line.size(), sent);
-    if (result != NUV_OK) return result;
-    if (sent) text->lines.pop();
+  CommandFile file(narrow.value_or(std::string()));
+  const std::optional<int32_t> total = file.IsOpen() ? file.TotalBytes() : std::nullopt;
+  if (!total) {
+    Diagnostic("command file %s cannot be read, or is longer than 2 GiB",
+               narrow ? narrow->c_str() : "with a path that has no narrow form");
+    return NUV_FILE_NOT_READABLE;
   }
-  return NUV_OK;
+
+  LineTransfer transfer(context, *total, progress);
+  transfer.Start();
+  std::string line;
+  while (!transfer.IsComplete() && file.NextLine(line)) {
+    for (bool sent = false; !sent;) {
+      if (context.callbacks.IsCancelled()) return NUV_OK;
+      const int32_t result = transfer.Pass(WithLineEnd(line), line.size(), sent);
+      if (result != NUV_OK) return result;
+    }
+  }
+  if (!file.Failed()) return NUV_OK;
+  Diagnostic("command file %s cannot be read on", narrow->c_str());
+  return NUV_FILE_NOT_READABLE;
 }
 
 }  // namespace Nuv::Connect

@@ -35,6 +35,24 @@ struct PrintingInfo {
   std::string controller;
 };
 
+// Closing has ended the pauses of a query.
+struct Closed {};
+
+// The clock of the thread's queries: their pauses before another try end when the host closes.
+class QueryClock final : public Platform::Clock {
+ public:
+  QueryClock(Platform::Clock& clock, Platform::Interrupt& closing)
+      : clock_(clock), closing_(closing) {}
+  std::chrono::nanoseconds Now() const override { return clock_.Now(); }
+  void SleepFor(std::chrono::milliseconds duration) override {
+    if (clock_.WaitFor(duration, closing_)) throw Closed();
+  }
+
+ private:
+  Platform::Clock& clock_;
+  Platform::Interrupt& closing_;
+};
+
 // Runs on the thread; everything in it is the thread's own or shared.
 class StatusLoop {
  public:
@@ -44,6 +62,7 @@ class StatusLoop {
       : channel_(std::move(channel)),
         state_(std::move(state)),
         clock_(clock),
+        queryClock_(clock, state_->closing),
         callback_(callback),
         interval_(interval) {}
 
@@ -64,6 +83,8 @@ class StatusLoop {
       if (!info || state_->closing.raised()) return;
       callback_(info->totalLayers, info->layer, info->totalMinutes, info->jobText,
                 info->minutesLeft, info->stateText, info->controller);
+    } catch (const Closed&) {
+      // The loop ends by itself.
     } catch (const std::exception& error) {
       Diagnostic("status thread: %s", error.what());
     } catch (...) {
@@ -76,7 +97,7 @@ class StatusLoop {
   std::optional<PrintingInfo> Ask() {
     const std::lock_guard<std::mutex> link(state_->link);
     if (!state_->linkFree || clock_.Now() < state_->quietUntil.load()) return std::nullopt;
-    if (!channel_->OpenDevice()) return std::nullopt;
+    if (!channel_->OpenDevice() || state_->closing.raised()) return std::nullopt;
 
     auto command = Command::MakeCommand<Command::F101Cmd>(*channel_, Arguments());
     const Command::F101Cmd& identityReply = *command;
@@ -100,15 +121,16 @@ class StatusLoop {
     return info;
   }
 
-  Command::CommandArguments Arguments() const {
+  Command::CommandArguments Arguments() {
     Command::CommandArguments arguments;
-    arguments.clock = &clock_;
+    arguments.clock = &queryClock_;
     return arguments;
   }
 
   const std::shared_ptr<IConnect> channel_;
   const std::shared_ptr<JobState> state_;
   Platform::Clock& clock_;
+  QueryClock queryClock_;
   const NuvPrintingInfoCallback callback_;
   const std::chrono::milliseconds interval_;
   std::vector<std::string> values_;

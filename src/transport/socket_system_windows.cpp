@@ -4,6 +4,7 @@
 #include <iphlpapi.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "transport/socket_system.h"
@@ -98,9 +99,10 @@ std::vector<HostInterface> Interfaces() {
   std::vector<char> buffer(size);
   auto* const first = reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data());
   if (GetAdaptersInfo(first, &size) != ERROR_SUCCESS) return interfaces;
-  // The list has neither the loopback adapter nor those that are off.
+  // The list has no loopback adapter, and those without a network at the address 0.0.0.0.
   for (const IP_ADAPTER_INFO* each = first; each != nullptr; each = each->Next) {
     const IP_ADDR_STRING& address = each->IpAddressList;
+    if (std::strcmp(address.IpAddress.String, "0.0.0.0") == 0) continue;
     interfaces.push_back({address.IpAddress.String, address.IpMask.String, true,
                           each->Type == MIB_IF_TYPE_LOOPBACK});
   }

@@ -11,6 +11,10 @@ namespace {
 constexpr GUID kUsbPrinterClass = {
     0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
 
+// The rest of a late reply follows its first packet at once.
+constexpr uint32_t kQuietMs = 20;
+constexpr int kMostLateBlocks = 128;
+
 HANDLE OpenOverlapped(const std::wstring& path, DWORD access) {
   return CreateFileW(
       path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
@@ -142,12 +146,12 @@ bool UsbConnectorWin::Open(const wchar_t* indexText) {
   if (index < 0 || static_cast<unsigned long>(index) >= deviceCount_) return false;
   CloseHandles();
   const std::wstring& path = devicePaths_[static_cast<size_t>(index)];
-  writeHandle_ = OpenOverlapped(path, GENERIC_WRITE);
+  // First, since making them changes the error that a failed opening leaves.
   PrepareEvent(writeOverlapped_);
-  if (writeHandle_ != INVALID_HANDLE_VALUE) {
-    readHandle_ = OpenOverlapped(path, GENERIC_READ);
-    PrepareEvent(readOverlapped_);
-  }
+  PrepareEvent(readOverlapped_);
+  mayComeLate_ = false;
+  writeHandle_ = OpenOverlapped(path, GENERIC_WRITE);
+  if (writeHandle_ != INVALID_HANDLE_VALUE) readHandle_ = OpenOverlapped(path, GENERIC_READ);
   isOpen_ = readHandle_ != INVALID_HANDLE_VALUE;
   if (!isOpen_) {
     Nuv::Platform::Diagnostic("USB printer %ld cannot be opened: error %lu", index, GetLastError());
@@ -167,9 +171,11 @@ void UsbConnectorWin::CloseHandles() {
 
 uint32_t UsbConnectorWin::Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) {
   if (!isOpen_) return kNotOpen;
-  // So that no stale reply is left to be read; whether the driver takes part is its own affair.
+  // So that no stale reply is left to be read. Whether the driver takes part is its own affair, so
+  // what may have come after a time-out is read away as well.
   PurgeComm(writeHandle_, PURGE_TXCLEAR | PURGE_RXCLEAR);
   PurgeComm(readHandle_, PURGE_TXCLEAR | PURGE_RXCLEAR);
+  if (mayComeLate_) ReadLateReply();
   PrepareTransfer(writeOverlapped_);
   PurgeComm(writeHandle_, PURGE_RXCLEAR);
   DWORD written = 0;
@@ -184,8 +190,25 @@ uint32_t UsbConnectorWin::Read(uint8_t* buffer, uint32_t timeoutMs) {
   PrepareTransfer(readOverlapped_);
   DWORD received = 0;
   const BOOL started = ReadFile(readHandle_, buffer, kReadBytes, &received, &readOverlapped_);
-  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs)) return kTransferTimeout;
+  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs)) {
+    mayComeLate_ = true;
+    return kTransferTimeout;
+  }
   // A transfer that failed has put nothing into the buffer, which says the same.
   GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
   return 0;
+}
+
+void UsbConnectorWin::ReadLateReply() {
+  mayComeLate_ = false;
+  uint8_t stale[kReadBytes];
+  // A printer that never stops sending must not hold the caller.
+  for (int block = 0; block < kMostLateBlocks; ++block) {
+    PrepareTransfer(readOverlapped_);
+    DWORD received = 0;
+    const BOOL started = ReadFile(readHandle_, stale, kReadBytes, &received, &readOverlapped_);
+    if (!Finish(started, readHandle_, readOverlapped_, kQuietMs)) return;
+    const BOOL done = GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
+    if (!done || received == 0) return;
+  }
 }

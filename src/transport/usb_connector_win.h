@@ -36,11 +36,14 @@ class UsbConnectorWin final : public ConnectorBase {
   // Adds the path of interface `member`. False when it cannot be read.
   bool AddPath(HDEVINFO set, DWORD member);
   void CloseHandles();
+  // Throws away a reply that came after a read had given it up.
+  void ReadLateReply();
 
   std::vector<std::wstring> devicePaths_;
   GUID interfaceClass_;
   uint32_t deviceCount_ = 0;
   bool isOpen_ = false;
+  bool mayComeLate_ = false;  // a read has timed out since the last write
   SP_DEVINFO_DATA devInfo_{};
   SP_DEVICE_INTERFACE_DATA interfaceData_{};
   std::vector<uint8_t> detailBuffer_;

@@ -30,6 +30,17 @@ TEST_F(LocalSocketsTest, SearchesEveryNetworkOrOne) {
   EXPECT_TRUE(found.empty());
 }
 
+TEST_F(LocalSocketsTest, ReopensThePrinterWhateverALaterSearchFinds) {
+  Start({Printer("A1"), Printer("B1", "Zafel Superfine", kSecondNetwork)});
+  Channel().SetLocalOption(1);
+  EXPECT_FALSE(Channel().OpenDevice()) << "none was chosen";
+  ASSERT_TRUE(Channel().SearchDevices(found, "10.77.1.1", "255.255.255.0", kSearchMs));
+  ASSERT_TRUE(Channel().ChooseDevice(0, 0));
+  ASSERT_TRUE(Channel().SearchDevices(found, "10.77.2.1", "255.255.255.0", kSearchMs));
+  EXPECT_TRUE(Channel().OpenDevice());
+  EXPECT_EQ(NameOfCurrent(), "printer-A1");
+}
+
 TEST_F(LocalSocketsTest, ExchangesCommandsWithAPrinterOfTheSearch) {
   Start({Printer("A1")});
   Channel().SetLocalOption(1);

@@ -61,10 +61,12 @@ class StatusHandlerTest : public ::testing::Test {
       answer.get_future().wait();
     };
   }
-  // Lets the thread make one pass.
-  void Pass() {
-    clock.Advance(milliseconds(clock.AwaitWait(waits)));
-    clock.AwaitWait(++waits);
+  // Lets the thread make one pass, with so many pauses before another try.
+  void Pass(int pauses = 0) {
+    for (int i = 0; i <= pauses; ++i) {
+      clock.Advance(milliseconds(clock.AwaitWait(waits)));
+      clock.AwaitWait(++waits);
+    }
   }
   // Ends the thread; what it wrote to standard output.
   std::string Close() {
@@ -129,6 +131,7 @@ TEST_F(StatusHandlerTest, PassesThatTellNothing) {
     const char* identity;
     const char* totals;
     size_t requests;
+    int pauses = 0;
   };
   const char* const totals = "F107 OK L:300 T:50";
   const Row rows[] = {
@@ -140,9 +143,9 @@ TEST_F(StatusHandlerTest, PassesThatTellNothing) {
       {"F101 OK S:1 L:3 T:99999999999", totals, 1},
       {"F101 OK S:1 T:4", totals, 1},
       {"Fxyz OK", totals, 1},
-      {"", totals, 3},
+      {"", totals, 3, 2},
       {"F101 OK S:1 L:3 T:4", "F107 NG", 2},
-      {"F101 OK S:1 L:3 T:4", "", 4},
+      {"F101 OK S:1 L:3 T:4", "", 4, 2},
       {"F101 OK S:1 L:3 T:4", "F107 OK L:x", 2},
   };
   Start();
@@ -150,7 +153,7 @@ TEST_F(StatusHandlerTest, PassesThatTellNothing) {
     SCOPED_TRACE(std::string(row.identity) + " / " + row.totals);
     Answers(row.identity, row.totals);
     const size_t before = channel->Wire().size();
-    Pass();
+    Pass(row.pauses);
     EXPECT_EQ(channel->Wire().size() - before, row.requests + 1) << "and the opening";
   }
   EXPECT_THAT(g_told, IsEmpty());
@@ -223,6 +226,15 @@ TEST_F(StatusHandlerTest, ClosingEndsTheSleepAtOnce) {
   Start(3600000);
   EXPECT_EQ(Close(), kExitLine) << "without any advance of the clock";
   EXPECT_THAT(channel->Wire(), IsEmpty());
+}
+
+TEST_F(StatusHandlerTest, ClosingEndsThePauseBeforeAnotherTry) {
+  Answers("", "");
+  Start();
+  clock.Advance(milliseconds(1000));
+  clock.AwaitWait(2);
+  EXPECT_EQ(Close(), kExitLine);
+  EXPECT_THAT(channel->Wire(), ElementsAre("<open>", "F101\r\n")) << "not asked again";
 }
 
 TEST_F(StatusHandlerTest, ClosingInATransactionWaitsForItAndTellsNothing) {

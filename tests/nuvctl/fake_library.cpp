@@ -168,6 +168,11 @@ int API_StartFWUpgradeProcess() {
   return ResultOf(507);
 }
 
+bool API_NUVCONNECT_OpenDevice() {
+  if (++fake.reopened == fake.answers_when_reopened) fake.results.erase(101);
+  return true;
+}
+
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
   fake.calls.push_back(std::string("raw ") + command);
   std::strcpy(reply, fake.reply.c_str());

@@ -51,7 +51,9 @@ struct FakeLibrary {
   std::function<void(size_t)> before_step = [](size_t) {};
   std::function<void()> at_end = [] {};
   std::map<int, int> results;  // of the queries and orders of fake_queries.cpp, by command number
-  bool forgetful = false;      // settings are accepted, but not kept
+  int reopened = 0;            // how often the connection was made anew
+  int answers_when_reopened = -1;  // so many times until command 101 is answered
+  bool forgetful = false;          // settings are accepted, but not kept
   std::string nickname = "Lab one";
   int laser_power = 80, z_compensation = 5, last_updated = 3;
   std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};

@@ -132,6 +132,13 @@ TEST_F(FirmwareTest, IsASuccessOnlyWhenThePrinterSaysSo) {
   }
 }
 
+TEST_F(FirmwareTest, EngineThatRestartsIsAskedOnANewConnection) {
+  fake.results = {{101, 1}};
+  fake.answers_when_reopened = 3;
+  EXPECT_EQ(Update("engine", kPanelBytes, {"--yes"}).exit, 0);
+  EXPECT_EQ(document["result"], "sent");
+}
+
 TEST_F(FirmwareTest, CtrlCCancelsAndStartsNothing) {
   for (const char* kind : {"engine", "android", "panel"}) {
     fake = FakeLibrary();

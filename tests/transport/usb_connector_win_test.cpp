@@ -169,6 +169,23 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
   EXPECT_EQ(block, std::string(700 - kReadBytes, 'y'));
 }
 
+TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
+  std::atomic<bool> answered{false};
+  const PipePrinter printer([&](const std::string& request) {
+    if (request != "late") return request;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2 * kShortMs));
+    answered = true;
+    return std::string(kReadBytes + 100, 'z');
+  });
+  Open();
+  EXPECT_EQ(Write("late"), 0U);
+  EXPECT_EQ(Read(kShortMs), kTransferTimeout);
+  while (!answered) std::this_thread::yield();
+  EXPECT_EQ(Write("F102\r\n"), 0U);
+  EXPECT_EQ(Read(), 0U);
+  EXPECT_EQ(block, "F102\r\n");
+}
+
 TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
   auto printer = std::make_unique<PipePrinter>(Echo);
   Open();

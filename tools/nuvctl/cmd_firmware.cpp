@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 
 #include "error.h"
 #include "file_job.h"
@@ -30,16 +31,21 @@ int AnnouncePanel(unsigned, const char* name) { return API_StartFWUpdateFileInfo
 // An engine confirms an update in no way. Whether it still answers can be seen at least.
 void FinishEngine(Context& context, Report& report) {
   constexpr int kAttempts = 20;
+  constexpr int64_t kPatienceMs = 30000;
+  const int64_t until = context.system.NowMs() + kPatienceMs;
   std::optional<Identity> identity;
-  const auto answers = [&identity] {
+  // One question to a printer that stays silent can take longer than all the attempts together.
+  const auto answersOrTimeIsUp = [&] {
     try {
       identity = ReadIdentity();
-      return true;
     } catch (const CommandError&) {
-      return false;
+      // A printer that restarts has closed the connection.
+      API_NUVCONNECT_OpenDevice();
     }
+    return identity.has_value() || context.system.NowMs() >= until;
   };
-  if (!WaitFor(context.system, kAttempts, answers)) {
+  WaitFor(context.system, kAttempts, answersOrTimeIsUp);
+  if (!identity) {
     throw CommandError("update_unconfirmed", kConnectionProblem,
                        "Everything was sent, but the printer does not answer since",
                        "It may be restarting: run 'nuvctl info' in a minute, and look at its "
@@ -154,6 +160,12 @@ Report RunFirmware(Context& context, const FirmwareOptions& options) {
     row.finish(context, report);
   } catch (const CommandError& error) {
     CommandError told = error.code == "update_unconfirmed" ? error : NotEnded(error);
+    told.shown.json = TransferJson({image.file, std::wstring()}, transfer, "not_confirmed");
+    throw told;
+  } catch (const std::logic_error& error) {
+    CommandError told = NotEnded(
+        CommandError("bad_reply", kPrinterFailed,
+                     std::string("its reply cannot be understood (") + error.what() + ")", ""));
     told.shown.json = TransferJson({image.file, std::wstring()}, transfer, "not_confirmed");
     throw told;
   }

@@ -16,7 +16,7 @@ namespace nuvctl {
 namespace {
 
 // The library orders the printer to drop a cancelled job; whether it did is asked here.
-std::string HintAfterCancel() {
+std::string HintAfterCancelledJob() {
   try {
     const int state = ReadState().number;
     if (state == NUV_PRINTER_IDLE) return "The printer dropped the job and is idle.";
@@ -33,7 +33,7 @@ Report RunSend(Context& context, const std::string& name) {
   const JobMark before = ReadJobMark();
   const Transfer transfer =
       RunTransfer(context, [&file] { return API_SendPrintFile(file.path.c_str(), nullptr); });
-  RequireSent(context, file, transfer, HintAfterCancel);
+  RequireSent(context, file, transfer, HintAfterCancelledJob);
   std::optional<int> job;
   try {
     job = ConfirmJob(context, before, transfer.total);

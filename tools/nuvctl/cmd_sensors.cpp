@@ -12,7 +12,7 @@
 namespace nuvctl {
 namespace {
 
-struct Wanted {
+struct WantedSensors {
   std::optional<int> laser;
   bool flash = false;
 };
@@ -55,7 +55,7 @@ void AddSensor(const SensorRow& row, int value, FieldReport& report) {
   }
 }
 
-void AddSensors(const Wanted& wanted, FieldReport& report) {
+void AddSensors(const WantedSensors& wanted, FieldReport& report) {
   int v[std::size(kSensors)] = {};
   const int result = API_GetSensorStatusFX120(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
                                               &v[7], &v[8], &v[9], &v[10], &v[11], &v[12]);
@@ -136,7 +136,7 @@ void AddFlash(FieldReport& report) {
 }  // namespace
 
 Action DeclareSensors(CLI::App& app) {
-  const auto wanted = std::make_shared<Wanted>();
+  const auto wanted = std::make_shared<WantedSensors>();
   app.add_option("--laser", wanted->laser, "Also the readings of this laser, from 1")
       ->type_name("N")
       ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""));

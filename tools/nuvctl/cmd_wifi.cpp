@@ -25,7 +25,7 @@ std::string SecurityName(int security) {
   return security == 1 ? "secured" : "unknown (" + std::to_string(security) + ")";
 }
 
-Report RunList(Context& context) {
+Report RunWifiList(Context& context) {
   OpenPrinter(context);
   Report report;
   report.json["access_points"] = nlohmann::ordered_json::array();
@@ -56,7 +56,7 @@ bool ReadJoined() {
   return connected != 0;
 }
 
-Report RunStatus(Context& context) {
+Report RunWifiStatus(Context& context) {
   OpenPrinter(context);
   FieldReport report;
   report.AddFlag("Joined to an access point", "connected", ReadJoined());
@@ -141,8 +141,8 @@ Action DeclareWifi(CLI::App& app) {
     sub->callback([chosen, action] { *chosen = action; });
     return sub;
   };
-  declare("list", "List the access points in reach of the printer", RunList);
-  declare("status", "Show whether the printer is joined to one", RunStatus);
+  declare("list", "List the access points in reach of the printer", RunWifiList);
+  declare("status", "Show whether the printer is joined to one", RunWifiStatus);
   CLI::App* const connect =
       declare("connect", "Join one; its key is asked for, or read from the standard input",
               [point](Context& context) { return RunConnect(context, *point); });

@@ -41,7 +41,13 @@ void UsbipServer::Session::ReadThen(std::size_t length, Step next) {
                    });
 }
 
-void UsbipServer::Session::ReadOperation() { ReadThen(kOperationBytes, &Session::OnOperation); }
+void UsbipServer::Session::ReadOperation() {
+  if (queuedBytes_ > kMaxQueuedBytes) {
+    waiting_ = &Session::ReadOperation;
+    return;
+  }
+  ReadThen(kOperationBytes, &Session::OnOperation);
+}
 
 void UsbipServer::Session::OnOperation() {
   const OperationHeader header = ReadOperationHeader(Received());
