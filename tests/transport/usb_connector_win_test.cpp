@@ -30,6 +30,10 @@ class PipePrinter {
     ended_ = true;
     thread_.join();
   }
+  // Returns once so many hosts have closed the device and the next may open it.
+  void AwaitClosed(int hosts) const {
+    while (closed_ < hosts) std::this_thread::yield();
+  }
   PipePrinter(const PipePrinter&) = delete;
   PipePrinter& operator=(const PipePrinter&) = delete;
 
@@ -39,13 +43,15 @@ class PipePrinter {
     ready_ = true;
     std::string request;
     while (!ended_) {
-      if (pipe.Receive(request) && !request.empty()) pipe.Send(answer(request));
+      if (!pipe.Receive(request)) ++closed_;
+      if (!request.empty()) pipe.Send(answer(request));
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   }
 
   std::atomic<bool> ready_{false};
   std::atomic<bool> ended_{false};
+  std::atomic<int> closed_{0};
   std::thread thread_;
 };
 
@@ -108,6 +114,7 @@ TEST_F(UsbConnectorTest, OpensByDecimalText) {
   Attach(L"VID_11F1&PID_2601", L"S1");
   Attach(L"VID_11F1&PID_2601", L"S2");
   ASSERT_TRUE(connector.SearchDevices());
+  int opened = 0;
   for (const wchar_t* text : {L"0", L"1", L" +1x", L"abc"}) {
     ASSERT_TRUE(connector.Open(text)) << text;
     EXPECT_EQ(Write("F102\r\n"), 0U) << text;
@@ -115,6 +122,7 @@ TEST_F(UsbConnectorTest, OpensByDecimalText) {
     EXPECT_EQ(block, "F102\r\n");
     connector.Close();
     connector.Close();
+    printer.AwaitClosed(++opened);
   }
   EXPECT_FALSE(connector.Open(L"2"));
   EXPECT_FALSE(connector.Open(L"-1"));
@@ -213,7 +221,8 @@ TEST_F(UsbConnectorTest, HoldsNoHandleOfADeviceThatWasClosed) {
   connector.Close();
   DWORD before = 0, after = 0;
   GetProcessHandleCount(GetCurrentProcess(), &before);
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 1; i <= 20; ++i) {
+    printer.AwaitClosed(i);
     EXPECT_TRUE(connector.SearchDevices());
     EXPECT_TRUE(connector.Open(L"0"));
     EXPECT_EQ(Read(1), kTransferTimeout);
