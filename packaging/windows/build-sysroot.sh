@@ -84,12 +84,14 @@ run make -C src sub-corelib-install_subtargets sub-network-install_subtargets \
   sub-rcc-install_subtargets sub-moc-install_subtargets sub-winmain-install_subtargets
 mkdir -p "$out/mkspecs/modules"
 cp -r mkspecs/win32-g++ "$out/mkspecs/"
+# Qt's package files ask for it, though nothing runs it.
+cp bin/qmake "$out/bin/"
 
 step "packing"
 "$target-strip" --strip-unneeded "$out"/bin/*.dll
-strip "$out"/bin/{moc,rcc}
+strip "$out"/bin/{moc,rcc,qmake}
 cd "$work"
 mkdir -p "$(dirname "$archive")"
-tar --owner=0 --group=0 --sort=name -cJf "$archive" windows-sysroot/bin/{moc,rcc} windows-sysroot/bin/*.dll \
+tar --owner=0 --group=0 --sort=name -cJf "$archive" windows-sysroot/bin/{moc,rcc,qmake} windows-sysroot/bin/*.dll \
   windows-sysroot/{lib,include,mkspecs}
 step "done: $archive"
