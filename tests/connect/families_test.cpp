@@ -11,8 +11,7 @@
 #include "job/file_digest.h"
 #include "nuvconnect/NuvConnect5.h"
 #include "nuvfile/print_file_writer.h"
-#include "tests/connect/lab.h"
-#include "tests/support/environment.h"
+#include "tests/connect/job_lab.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -30,21 +29,14 @@ std::vector<uint8_t> Bytes(size_t size, uint8_t seed) {
 
 std::string Text(const std::vector<uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-int g_cancelAt = -1;
-int g_asked = 0;
 nuvsim::Simulator* g_simulator = nullptr;
 
-class FamiliesTest : public Lab {
+class FamiliesTest : public JobLab {
  protected:
   void SetUp() override {
-    Lab::SetUp();
+    JobLab::SetUp();
     if (IsSkipped()) return;
-    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
-    g_cancelAt = -1;
-    g_asked = 0;
-    framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
-    const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    folder = std::filesystem::path(::testing::TempDir()) / test;
+    folder = std::filesystem::path(::testing::TempDir()) / TestName();
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     contents.project_id = "P7";

@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "nuvfile/print_file_writer.h"
-#include "tests/connect/lab.h"
+#include "tests/connect/job_lab.h"
 #include "tests/support/environment.h"
 
 namespace Nuv::Connect {
@@ -15,21 +15,12 @@ namespace {
 
 using std::chrono::seconds;
 
-// When the host cancels: at the question of this number, counted from 0; -1 never.
-int g_cancelAt = -1;
-int g_asked = 0;
-
-class JobsTest : public Lab {
+class JobsTest : public JobLab {
  protected:
   void SetUp() override {
-    Lab::SetUp();
+    JobLab::SetUp();
     if (IsSkipped()) return;
-    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
-    g_cancelAt = -1;
-    g_asked = 0;
-    framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
-    const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    path = std::filesystem::path(::testing::TempDir()) / (test + ".nuv");
+    path = std::filesystem::path(::testing::TempDir()) / (TestName() + ".nuv");
     for (int i = 0; i < 40; ++i) {
       lines.push_back("L" + std::to_string(i) + std::string(static_cast<size_t>(i % 7), 'x'));
     }

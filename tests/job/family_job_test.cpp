@@ -61,16 +61,17 @@ struct FaultRow {
   std::vector<std::pair<int, int>> errors;
 };
 
+std::function<void(JobTest&)> Silent(const char* code) {
+  return [code](JobTest& t) { t.printer.Always(code, ""); };
+}
+
 TEST_F(BegoJobTest, FailuresEndTheJobBeforeItsData) {
-  const auto silent = [](const char* code) {
-    return [code](JobTest& t) { t.printer.Always(code, ""); };
-  };
   const FaultRow rows[] = {
-      {"102", silent("F102"), NUV_FAILED, "F102\r\n", {{-1, 102}}},
-      {"354", silent("F354"), NUV_FAILED, "F354\r\n", {{-1, 354}}},
-      {"353", silent("F353"), NUV_FAILED, "F353\r\n", {{-1, 353}}},
-      {"367", silent("F367"), NUV_FAILED, "F367 =job.txt\r\n", {{-1, 367}}},
-      {"355", silent("F355"), NUV_FAILED, "F355 MResin A=P7\r\n", {{-1, 355}}},
+      {"102", Silent("F102"), NUV_FAILED, "F102\r\n", {{-1, 102}}},
+      {"354", Silent("F354"), NUV_FAILED, "F354\r\n", {{-1, 354}}},
+      {"353", Silent("F353"), NUV_FAILED, "F353\r\n", {{-1, 353}}},
+      {"367", Silent("F367"), NUV_FAILED, "F367 =job.txt\r\n", {{-1, 367}}},
+      {"355", Silent("F355"), NUV_FAILED, "F355 MResin A=P7\r\n", {{-1, 355}}},
       {"no free buffer",
        [](JobTest& t) { t.HasFreeBuffer(0); },
        NUV_NO_BUFFER_SPACE,
@@ -194,14 +195,11 @@ TEST_F(AndroidJobTest, RefusedAnnouncementIsNotFollowedByItsBytes) {
 }
 
 TEST_F(AndroidJobTest, FailuresEndTheJobBeforeItsData) {
-  const auto silent = [](const char* code) {
-    return [code](JobTest& t) { t.printer.Always(code, ""); };
-  };
   const FaultRow rows[] = {
-      {"102", silent("F102"), NUV_FAILED, "F102", {{-1, 102}}},
-      {"508", silent("F508"), NUV_FAILED, "F508", {{-1, 508}}},
-      {"501", silent("F501"), NUV_FAILED, "F501", {{-1, 501}}},
-      {"500", silent("F500"), NUV_FAILED, "F500", {{-1, 500}}},
+      {"102", Silent("F102"), NUV_FAILED, "F102", {{-1, 102}}},
+      {"508", Silent("F508"), NUV_FAILED, "F508", {{-1, 508}}},
+      {"501", Silent("F501"), NUV_FAILED, "F501", {{-1, 501}}},
+      {"500", Silent("F500"), NUV_FAILED, "F500", {{-1, 500}}},
       {"damaged preview",
        [](JobTest& t) { t.files.damaged = &t.files.preview; },
        NUV_FILE_NOT_READABLE,
