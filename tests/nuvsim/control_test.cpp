@@ -108,7 +108,11 @@ TEST(ControlServerTest, AnswersLineByLineUntilToldToQuit) {
   std::thread thread([&io] { io.run(); });
   RawClient client(server.Port());
   client.Send("nonsense\n{\"do\": \"unplug\"}\r\n{\"do\": \"replug\"}\n{\"do\": \"quit\"}\n");
+  const std::string answers = client.ReadToEnd();
   thread.join();
+  EXPECT_THAT(answers, testing::StartsWith("{\"error\""));
+  EXPECT_THAT(answers, testing::EndsWith("}\n{\"ok\":true}\n{\"ok\":true}\n"
+                                         "{\"ok\":true,\"quit\":true}\n (closed)"));
   EXPECT_TRUE(hasQuit);
   EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
 }

@@ -1,7 +1,10 @@
 #include "nuvsim/tcp_endpoint.h"
 
+#include <asio/error.hpp>
 #include <asio/ip/address_v4.hpp>
 #include <chrono>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "nuvsim/network_interfaces.h"
@@ -15,6 +18,11 @@ using asio::ip::tcp;
 // Accepting fails for want of descriptors, which may come back.
 constexpr std::chrono::milliseconds kAcceptRetry{100};
 
+// A listener closed while it was accepting may hold its port until the system has ended the
+// acceptance.
+constexpr std::chrono::milliseconds kBindRetry{5};
+constexpr int kBindTries = 200;
+
 }  // namespace
 
 TcpEndpoint::TcpEndpoint(asio::io_context& io, Wire& wire)
@@ -25,7 +33,16 @@ TcpEndpoint::~TcpEndpoint() = default;
 void TcpEndpoint::Listen(std::uint32_t address, std::uint16_t port) {
   tcp::acceptor acceptor(io_, tcp::v4());
   if (ListenerReusesAddress()) acceptor.set_option(tcp::acceptor::reuse_address(true));
-  acceptor.bind(tcp::endpoint(asio::ip::address_v4(address), port));
+  const tcp::endpoint local(asio::ip::address_v4(address), port);
+  asio::error_code error;
+  acceptor.bind(local, error);
+  const bool hadPort = port != 0 && port == port_;
+  for (int tries = 1; hadPort && error == asio::error::address_in_use && tries < kBindTries;
+       ++tries) {
+    std::this_thread::sleep_for(kBindRetry);
+    acceptor.bind(local, error);
+  }
+  if (error) throw std::system_error(error, "bind");
   acceptor.listen();
   port_ = acceptor.local_endpoint().port();
   acceptor_ = std::move(acceptor);
