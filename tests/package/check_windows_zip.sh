@@ -35,9 +35,7 @@ start_nuvsim() {  # FOLDER OPTIONS...
   mkdir "$1"
   "$wine" "$root/bin/nuvsim.exe" --job-dir "$1" "${@:2}" > "$1.log" &
   processes+=("$!")
-  for _ in $(seq 100); do grep -q '^ready' "$1.log" && return; sleep 0.1; done
-  cat "$1.log"
-  exit 1
+  "$tests/support/wait_for_line.sh" '^ready' "$1.log"
 }
 seq 1 30 | sed 's/.*/G1 X& Y0.125 E3.5/' > lines
 "$wine" "$root/bin/nuvfile.exe" create --machine-id 3DPSNKG53WTW00001 lines job.nuv
@@ -55,6 +53,6 @@ start_nuvsim usb --address 127.0.0.1 --port 9000 --no-discovery --serial USB0001
 mkfifo bridge.in
 "$wine" "$bridge" 9000 'VID_11F1&PID_2601' USB0001 < bridge.in > bridge.log &
 exec 4> bridge.in
-for _ in $(seq 100); do grep -q attached bridge.log && break; sleep 0.1; done
+"$tests/support/wait_for_line.sh" attached bridge.log
 prints print_file usb usb
 echo "listed, connected and sent a job over TCP and over USB, byte for byte"

@@ -32,6 +32,7 @@ for net in "${networks[@]}"; do
   ip address add "10.77.$net.2/24" broadcast + dev "$far"
   ip link set "$near" up
   ip link set "$far" up
+  until ip link show "$near" | grep -q 'state UP'; do sleep 0.01; done
   pair=$((pair + 2))
 done
 exec "$@"

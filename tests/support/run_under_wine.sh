@@ -26,6 +26,8 @@ fi
 prefix=$(mktemp -d)
 export WINEPREFIX=$prefix/wine NUV_IN_WINE_PREFIX=1
 cp -a --link "$template" "$WINEPREFIX"
+# Wine writes into a registry file that has several names, which would then be every prefix's.
+cp --remove-destination "$template"/*.reg "$WINEPREFIX"
 end() {
   "$wineserver" --kill 2> /dev/null || true
   "$wineserver" --wait 2> /dev/null || true

@@ -6,6 +6,7 @@
 set -euo pipefail
 
 bin=$(cd "$1" && pwd)
+support=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)
 work=$(mktemp -d)
 processes=()
 trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$work"' EXIT
@@ -29,7 +30,7 @@ for net in 1 2; do
   processes+=("$!")
 done
 for net in 1 2; do
-  for _ in $(seq 100); do grep -q '^ready' "$work/log$net" && break; sleep 0.1; done
+  "$support/wait_for_line.sh" '^ready' "$work/log$net"
 done
 
 nuvctl() { "$bin/nuvctl" --timeout 400 "$@"; }

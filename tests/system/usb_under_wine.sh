@@ -5,6 +5,7 @@
 set -euo pipefail
 
 bin=$(cd "$1" && pwd)
+support=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)
 work=$(mktemp -d)
 simulator= bridge=
 trap 'exec 4>&-; [ -z "$simulator" ] || kill "$simulator" 2> /dev/null || true; rm -rf "$work"' EXIT
@@ -25,8 +26,7 @@ plug_in() {
   "$bin/usb_bridge" 9000 'VID_11F1&PID_2605' ODD 'vid_11f1&pid_2601' USB0001 < bridge.in > bridge.out &
   bridge=$!
   exec 4> bridge.in
-  for _ in $(seq 100); do grep -q attached bridge.out && return; sleep 0.1; done
-  wrong "the bridge did not start"
+  "$support/wait_for_line.sh" attached bridge.out
 }
 plug_out() {
   exec 4>&-
@@ -36,7 +36,7 @@ plug_out() {
 
 "$bin/nuvsim" --address 127.0.0.1 --port 9000 --no-discovery --serial USB0001 --job-dir jobs > log &
 simulator=$!
-for _ in $(seq 100); do grep -q '^ready' log && break; sleep 0.1; done
+"$support/wait_for_line.sh" '^ready' log
 
 expect 3 'No printer' "$bin/nuvctl" list --usb
 plug_in

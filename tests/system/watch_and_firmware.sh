@@ -6,6 +6,7 @@
 set -euo pipefail
 
 bin=$(cd "$1" && pwd)
+support=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)
 work=$(mktemp -d)
 simulator=
 trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
@@ -13,7 +14,7 @@ cd "$work"
 
 "$bin/nuvsim" --address 10.77.1.2 --model "Fabrix120 xP" --layer-ms 60000 --control 0 > log &
 simulator=$!
-for _ in $(seq 100); do grep -q '^ready' log && break; sleep 0.1; done
+"$support/wait_for_line.sh" '^ready' log
 control_port=$(tr -d '\r' < log | sed -n 's/^control: 127.0.0.1://p')
 
 control() {
