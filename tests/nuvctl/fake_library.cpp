@@ -20,31 +20,27 @@ int Open(const std::string& what) {
   return fake.open_result;
 }
 
-int Transfer(const wchar_t* path) {
-  fake.path = path;
-  fake.calls.emplace_back("send");
-  if (fake.send_result == 1) return Fail(1, 103);
+// Returns whether it was not cancelled.
+bool Transfer(const char* what, int total, const std::vector<int>& steps) {
+  fake.calls.emplace_back(what);
   fake.on_start();
-  for (size_t i = 0; i < fake.sent.size(); ++i) {
+  for (size_t i = 0; i < steps.size(); ++i) {
     fake.before_step(i);
-    if (fake.on_cancel()) return 0;
-    fake.on_update(fake.total, fake.sent[i]);
+    if (fake.on_cancel()) return false;
+    fake.on_update(total, steps[i]);
   }
-  fake.at_end();
-  return fake.send_result;
+  return true;
 }
 
-// In two blocks.
+int TransferFile(const wchar_t* path) {
+  fake.path = path;
+  if (Transfer("send", 1000, fake.sent)) fake.at_end();
+  return Fail(fake.send_result, 103);
+}
+
 int TransferImage(const unsigned char* data, int length) {
-  fake.calls.emplace_back("image");
-  fake.on_start();
-  for (const int sent : {length / 2, length}) {
-    fake.before_step(static_cast<size_t>(sent));
-    if (fake.on_cancel()) return 2;
-    fake.image.assign(data, data + sent);
-    fake.on_update(length, sent);
-  }
-  return 0;
+  fake.image.assign(data, data + length);
+  return Transfer("image", length, {length / 2, length}) ? NUV_OK : NUV_CANCELLED;
 }
 
 }  // namespace
@@ -54,6 +50,20 @@ int ResultOf(int command) {
   return Fail(row == fake.results.end() ? 0 : row->second, command);
 }
 
+int Order(int command, const std::string& call) {
+  fake.calls.push_back(call);
+  return ResultOf(command);
+}
+
+void FillList(const std::vector<std::string>& texts, char** list, int* count, int entrySize) {
+  const int found = static_cast<int>(texts.size());
+  for (int i = 0; i < std::min(*count, found); ++i) {
+    std::memset(list[i], 0, static_cast<size_t>(entrySize) + 1);
+    std::strcpy(list[i], texts[static_cast<size_t>(i)].c_str());
+  }
+  *count = found;
+}
+
 extern "C" {
 
 int API_Initial() {
@@ -61,20 +71,13 @@ int API_Initial() {
   return 0;
 }
 void API_Close() { fake.running = false; }
-int API_SetBroadCastPort(int port) {
-  fake.calls.push_back("port " + std::to_string(port));
-  return 0;
-}
+int API_SetBroadCastPort(int port) { return Order(0, "port " + std::to_string(port)); }
 
 int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs) {
   fake.calls.push_back(OnUsb(kind) + "list " + std::to_string(timeoutMs));
-  const int found = static_cast<int>(fake.devices.size());
-  for (int i = 0; i < std::min(*count, found); ++i) {
-    // Writes all that the contract allows, so that a buffer too small shows under a sanitizer.
-    std::memset(list[i], 0, static_cast<size_t>(entrySize) + 1);
-    std::strcpy(list[i], fake.devices[static_cast<size_t>(i)][NUV_DEVICE_SERIAL].c_str());
-  }
-  *count = found;
+  std::vector<std::string> serials;
+  for (const auto& device : fake.devices) serials.push_back(device[NUV_DEVICE_SERIAL]);
+  FillList(serials, list, count, entrySize);
   return fake.list_result;
 }
 
@@ -102,9 +105,10 @@ int API_GetPrinterInfo(char* version, char* name, char* model, char* serial, cha
 int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial, char* controller,
                             char* date) {
   API_GetPrinterInfo(version, name, model, serial, controller);
-  std::strcpy(serial, fake.bego_result == 0 ? "BEGO-9" : "");
+  const int result = ResultOf(354);
+  std::strcpy(serial, result == 0 ? "BEGO-9" : "");
   std::strcpy(date, "2024-05-06");
-  return Fail(fake.bego_result, 354);
+  return result;
 }
 
 int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode) {
@@ -136,20 +140,17 @@ int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize) {
   return Fail(answer.result, 157);
 }
 
-int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
-int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback) { return Transfer(path); }
+int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback) { return TransferFile(path); }
+int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback) { return TransferFile(path); }
 
 int API_SetFWUpdateFileInfo_Engine(unsigned int size, const char* path) {
-  fake.calls.push_back("engine " + std::to_string(size) + " " + path);
-  return ResultOf(141);
+  return Order(141, "engine " + std::to_string(size) + " " + path);
 }
 int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const char* path) {
-  fake.calls.push_back("android " + std::to_string(kind) + " " + std::to_string(size) + " " + path);
-  return ResultOf(506);
+  return Order(506, "android " + std::to_string(kind) + " " + std::to_string(size) + " " + path);
 }
 int API_StartFWUpdateFileInfo_LCM(const char* path) {
-  fake.calls.push_back(std::string("panel ") + path);
-  return ResultOf(188);
+  return Order(188, std::string("panel ") + path);
 }
 int API_SendFWData(const unsigned char* data, int length) { return TransferImage(data, length); }
 int API_SendFWDataAndroid(const unsigned char* data, int length) {
@@ -159,14 +160,10 @@ int API_SendFWPanelData(const unsigned char* data, int length) {
   return TransferImage(data, length);
 }
 int API_FinishFWUpdateFileInfo_LCM(char* out) {
-  fake.calls.emplace_back("finish");
-  std::strcpy(out, fake.panel_answer.c_str());
-  return ResultOf(189);
+  std::strcpy(out, "Done");
+  return Order(189, "finish");
 }
-int API_StartFWUpgradeProcess() {
-  fake.calls.emplace_back("start");
-  return ResultOf(507);
-}
+int API_StartFWUpgradeProcess() { return Order(507, "start"); }
 
 bool API_NUVCONNECT_OpenDevice() {
   if (++fake.reopened == fake.answers_when_reopened) fake.results.erase(101);

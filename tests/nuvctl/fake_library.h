@@ -42,26 +42,23 @@ struct FakeLibrary {
   Sequence<StateAnswer> states{{{0, 0, 0}}};
   int progress_result = 0;
   Sequence<ProgressAnswer> progress{{{12, 34, 56}}};
-  int bego_result = 0;
   std::string reply;
   Sequence<MarkAnswer> marks{{{0, 6, 10}, {0, 7, 1000}}};
   int send_result = 0;
-  int total = 1000;
-  std::vector<int> sent = {500, 1000};
+  std::vector<int> sent = {500, 1000};  // of 1000 bytes
   std::function<void(size_t)> before_step = [](size_t) {};
   std::function<void()> at_end = [] {};
-  std::map<int, int> results;  // of the queries and orders of fake_queries.cpp, by command number
-  int reopened = 0;            // how often the connection was made anew
+  std::map<int, int> results;      // of queries and orders, by command number
+  int reopened = 0;                // how often the connection was made anew
   int answers_when_reopened = -1;  // so many times until command 101 is answered
   bool forgetful = false;          // settings are accepted, but not kept
   std::string nickname = "Lab one";
   int laser_power = 80, z_compensation = 5, last_updated = 3;
   std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};
-  int oldest_job = 1, job_result = 0, registered = 1;
+  int oldest_job = 1, job_result = 0;
   std::vector<std::string> access_points = {"Lab net", "Office"};
   std::string out_of_reach;   // an access point
   Sequence<int> joined{{0}};  // to an access point
-  std::string panel_answer = "Done";
 
   // Record.
   std::vector<std::string> calls;  // what was opened, sent and closed, in order
@@ -77,6 +74,11 @@ extern FakeLibrary fake;
 
 // The scripted result of a command; a failure is also told to the callback.
 int ResultOf(int command);
+// Also records the call.
+int Order(int command, const std::string& call);
+
+// Writes all that the contract of lists allows, so that a buffer too small shows under a sanitizer.
+void FillList(const std::vector<std::string>& texts, char** list, int* count, int entrySize);
 
 struct FakeSystem final : nuvctl::System {
   int64_t NowMs() override { return now; }
@@ -85,6 +87,7 @@ struct FakeSystem final : nuvctl::System {
   bool OutputIsTerminal() override { return terminal; }
   bool InputIsTerminal() override { return terminal; }
   int ErrorWidth() override { return width; }
+  int OutputWidth() override { return output_width; }
   std::optional<std::string> Ask(const std::string& question) override {
     prompt = question;
     return answer;
@@ -100,6 +103,7 @@ struct FakeSystem final : nuvctl::System {
   int64_t now = 0;
   bool terminal = false, watched = false, interrupted = false;
   int width = 80;
+  int output_width = 80;
   std::string environment, prompt;
   std::optional<std::string> secret, answer;
 };

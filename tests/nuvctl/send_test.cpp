@@ -1,141 +1,49 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
-#include "error.h"
-#include "fake_library.h"
+#include "command_fixture.h"
 
 namespace nuvctl {
 namespace {
 
-struct SendTest : testing::Test {
+constexpr MarkAnswer kBefore = {0, 6, 10};
+constexpr MarkAnswer kTaken = {0, 7, 1000};
+constexpr MarkAnswer kSilent = {NUV_FAILED, 0, 0};
+constexpr MarkAnswer kNotCounted = {NUV_PRINTER_REFUSED, 0, 0};
+
+struct SendTest : CommandTest {
   void SetUp() override {
-    fake = FakeLibrary();
+    CommandTest::SetUp();
     fake.before_step = [this](size_t) { system.now += 1000; };
     std::ofstream(std::filesystem::u8path(file)) << "data";
   }
   void TearDown() override { std::filesystem::remove(std::filesystem::u8path(file)); }
-  bool Sent() const {
-    return std::find(fake.calls.begin(), fake.calls.end(), "send") != fake.calls.end();
-  }
 
   const std::string file = testing::TempDir() + "nuvctl_Zähne_牙.nuv";
-  FakeSystem system;
 };
 
 TEST_F(SendTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
   const struct {
-    const char* name;
+    const char *name, *outcome;  // error code, or result
+    ExitCode exit;
     std::vector<MarkAnswer> marks;  // the first before the job
-    std::vector<StateAnswer> states;
-    std::vector<int> sent;
-    int send_result, exit;
-    const char* outcome;  // error code, or result
-    bool sends;
+    std::vector<StateAnswer> states = {kIdle};
+    std::vector<int> sent = {1000};
+    int send_result = NUV_OK;
   } kRows[] = {
-      {"taken", {{0, 6, 10}, {0, 7, 1000}}, {{0, 0, 0}}, {500, 1000}, 0, kDone, "accepted", true},
-      {"first job ever",
-       {{0, 0, 0}, {0, 1, 1000}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kDone,
-       "accepted",
-       true},
-      {"taken late",
-       {{0, 6, 10}, {0, 6, 10}, {0, 7, 900}, {0, 7, 1000}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kDone,
-       "accepted",
-       true},
-      {"old job of equal size",
-       {{0, 6, 1000}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kPrinterFailed,
-       "job_not_taken",
-       true},
-      {"bytes missing",
-       {{0, 6, 10}, {0, 7, 999}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kPrinterFailed,
-       "job_not_taken",
-       true},
-      {"no count, prints",
-       {{29, 0, 0}},
-       {{0, 0, 0}, {0, 2, 0}, {0, 1, 0}},
-       {1000},
-       0,
-       kDone,
-       "accepted",
-       true},
-      {"no count, idle",
-       {{29, 0, 0}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kPrinterFailed,
-       "job_not_taken",
-       true},
-      {"count refused afterwards",
-       {{0, 6, 10}, {29, 0, 0}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kPrinterFailed,
-       "job_not_taken",
-       true},
-      {"silent afterwards",
-       {{0, 6, 10}, {1, 0, 0}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kConnectionProblem,
-       "job_unconfirmed",
-       true},
-      {"silent before",
-       {{1, 0, 0}},
-       {{0, 0, 0}},
-       {1000},
-       0,
-       kConnectionProblem,
-       "no_answer",
-       false},
-      {"more sent than announced",
-       {{0, 6, 10}, {0, 7, 1000}},
-       {{0, 0, 0}},
-       {500, 1001},
-       0,
-       kFileProblem,
-       "size_mismatch",
-       true},
-      {"nothing to send",
-       {{0, 6, 10}, {0, 7, 0}},
-       {{0, 0, 0}},
-       {},
-       0,
-       kFileProblem,
-       "file_empty",
-       true},
-      {"line lost",
-       {{0, 6, 10}, {0, 7, 1000}},
-       {{0, 0, 0}},
-       {500},
-       20,
-       kConnectionProblem,
-       "write_failed",
-       true},
-      {"opening failed", {{0, 6, 10}}, {{0, 0, 0}}, {}, 1, kConnectionProblem, "no_answer", true},
-      {"printing", {{0, 6, 10}}, {{0, 1, 0}}, {}, 0, kPrinterFailed, "busy", false},
-      {"receiving", {{0, 6, 10}}, {{0, 2, 0}}, {}, 0, kPrinterFailed, "busy", false},
-      {"in error", {{0, 6, 10}}, {{0, 3, 17}}, {}, 0, kPrinterFailed, "printer_error", false},
+      {"taken", "accepted", kDone, {kBefore, kTaken}, {kIdle}, {500, 1000}},
+      {"first job ever", "accepted", kDone, {{0, 0, 0}, {0, 1, 1000}}},
+      {"taken late", "accepted", kDone, {kBefore, kBefore, {0, 7, 900}, kTaken}},
+      {"old job of equal size", "job_not_taken", kPrinterFailed, {{0, 6, 1000}}},
+      {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 999}}},
+      {"no count, prints", "accepted", kDone, {kNotCounted}, {kIdle, kReceiving, kPrinting}},
+      {"no count, idle", "job_not_taken", kPrinterFailed, {kNotCounted}},
+      {"count refused afterwards", "job_not_taken", kPrinterFailed, {kBefore, kNotCounted}},
+      {"silent afterwards", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}},
+      {"more than announced", "size_mismatch", kFileProblem, {kBefore, kTaken}, {kIdle}, {1001}},
+      {"nothing to send", "file_empty", kFileProblem, {kBefore, {0, 7, 0}}, {kIdle}, {}},
+      {"lost", "write_failed", kConnectionProblem, {kBefore}, {kIdle}, {500}, NUV_WRITE_FAILED},
+      {"not opened", "no_answer", kConnectionProblem, {kBefore}, {kIdle}, {}, NUV_FAILED},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
@@ -144,15 +52,24 @@ TEST_F(SendTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     fake.states.answers = row.states;
     fake.sent = row.sent;
     fake.send_result = row.send_result;
-    const CommandRun run({"send", file, "--json"}, system);
-    const nlohmann::json document = run.Json();
-    EXPECT_EQ(run.exit, row.exit);
+    EXPECT_EQ(Json({"send", file}).exit, row.exit);
     EXPECT_EQ(row.exit == kDone ? document["result"] : document["error"]["code"], row.outcome);
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(Sent(), row.sends);
+    EXPECT_TRUE(Called("send"));
     EXPECT_EQ(fake.on_cancel, nullptr);
     EXPECT_FALSE(system.watched);
   }
+}
+
+TEST_F(SendTest, SendsNothingToAPrinterThatIsNotReady) {
+  for (const StateAnswer& state : {kPrinting, kReceiving, kInError}) {
+    fake.states.answers = {state};
+    Ends({"send", file}, kPrinterFailed, state.error_number != 0 ? "printer_error" : "busy");
+    EXPECT_FALSE(Called("send"));
+  }
+  fake.states.answers = {kIdle};
+  fake.marks.answers = {kSilent};
+  Ends({"send", file}, kConnectionProblem, "no_answer");
+  EXPECT_FALSE(Called("send"));
 }
 
 TEST_F(SendTest, ShowsProgressAndHandsOverTheNameUnchanged) {
@@ -171,14 +88,9 @@ TEST_F(SendTest, ShowsProgressAndHandsOverTheNameUnchanged) {
 }
 
 TEST_F(SendTest, CtrlCCancelsAndIsNeverASuccess) {
+  fake.before_step = [this](size_t step) { system.interrupted = step == 1; };
   for (const char* command : {"send", "gcode"}) {
-    SetUp();
-    system.interrupted = false;
-    fake.before_step = [this](size_t step) { system.interrupted = step == 1; };
-    const CommandRun run({command, file, "--json"}, system);
-    const nlohmann::json document = run.Json();
-    EXPECT_EQ(run.exit, kCancelled);
-    EXPECT_EQ(document["error"]["code"], "cancelled");
+    Ends({command, file}, kCancelled, "cancelled");
     EXPECT_EQ(document["bytes"], 500);
   }
 }
@@ -193,12 +105,9 @@ TEST_F(SendTest, CtrlCAfterTheLastLineDoesNotHideWhatWasSent) {
 TEST_F(SendTest, RefusesABadFileBeforeAnySearch) {
   for (const std::string& name :
        {file + ".missing", testing::TempDir(), std::string("Z\xE4hne.nuv")}) {
-    for (const char* command : {"send", "gcode"}) {
-      const CommandRun run({command, name, "--json"}, system);
-      EXPECT_EQ(run.exit, kFileProblem);
-      EXPECT_EQ(run.Json()["error"]["code"], "file_not_readable");
-      EXPECT_TRUE(fake.calls.empty());
-    }
+    Ends({"send", name}, kFileProblem, "file_not_readable");
+    Ends({"gcode", name}, kFileProblem, "file_not_readable");
+    EXPECT_TRUE(fake.calls.empty());
   }
 }
 

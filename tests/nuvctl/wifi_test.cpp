@@ -3,15 +3,10 @@
 namespace nuvctl {
 namespace {
 
-constexpr char kKey[] = "geheim 42";
-
 struct WifiTest : CommandTest {
-  bool Called(const std::string& call) const {
-    return std::find(fake.calls.begin(), fake.calls.end(), call) != fake.calls.end();
-  }
-  // As Both; the key must be in nothing that comes out.
-  CommandRun Discreetly(const std::vector<std::string>& arguments) {
-    const CommandRun run = Both(arguments);
+  // As Ends; the key must be in nothing that comes out.
+  CommandRun Discreetly(const std::string& arguments, int exit, const std::string& code = "") {
+    const CommandRun run = Ends(Split(arguments), exit, code);
     const std::string all = run.out + run.err + document.dump() + system.prompt;
     EXPECT_EQ(all.find("geheim"), std::string::npos) << all;
     return run;
@@ -24,8 +19,8 @@ TEST_F(WifiTest, ListsAccessPointsAlsoBeyondItsArrayAndLeavesTheUnknownBlank) {
             "NAME     SIGNAL  SECURITY\n"
             "Lab net  80 %    secured\n"
             "Office   -       -\n");
-  EXPECT_EQ(document, nlohmann::json::parse(R"({"access_points": [
-      {"name": "Lab net", "signal_percent": 80, "security": "secured"}, {"name": "Office"}]})"));
+  EXPECT_EQ(document, R"({"access_points": [
+      {"name": "Lab net", "signal_percent": 80, "security": "secured"}, {"name": "Office"}]})"_json);
   fake.access_points.assign(1000, "Net");
   fake.access_points.back() = "Last";
   Both({"wifi", "list"});
@@ -35,62 +30,59 @@ TEST_F(WifiTest, ListsAccessPointsAlsoBeyondItsArrayAndLeavesTheUnknownBlank) {
   EXPECT_EQ(Both({"wifi", "list"}).out, "The printer sees no access point.\n");
 }
 
-TEST_F(WifiTest, TellsWhetherThePrinterIsJoined) {
-  fake.joined.answers = {1};
-  EXPECT_NE(Both({"wifi", "status"}).out.find("Joined to an access point:  yes\n"),
-            std::string::npos);
-  EXPECT_EQ(document, nlohmann::json::parse(R"({"connected": true,
-      "mac_wifi": "02:00:00:00:00:01", "mac_lan": "02:00:00:00:00:02"})"));
-}
-
 TEST_F(WifiTest, JoinsWithTheKeyThatIsReadAndMakesSure) {
   fake.joined.answers = {0, 0, 1};
   for (const char* typed : {"geheim 42", "geheim 42\n", "geheim 42\r\n"}) {
     fake.calls.clear();
     system.secret = typed;
-    EXPECT_EQ(Discreetly({"wifi", "connect", "Lab net"}).out, "The printer joined Lab net.\n");
-    EXPECT_TRUE(Called(std::string("join Lab net with ") + kKey));
-    EXPECT_EQ(system.prompt, "Key of Lab net: ");
+    EXPECT_EQ(Discreetly("wifi connect Lab", kDone).out, "The printer joined Lab.\n");
+    EXPECT_TRUE(Called("join Lab with geheim 42"));
+    EXPECT_EQ(system.prompt, "Key of Lab: ");
   }
-  system.prompt.clear();
-  EXPECT_EQ(Discreetly({"wifi", "connect", "--open", "Lab net"}).exit, kDone);
-  EXPECT_TRUE(Called("join Lab net with "));
-  EXPECT_EQ(system.prompt, "");
+}
+
+TEST_F(WifiTest, JoinsAnOpenOneWithoutAKeyAlsoWithTheNameOfACommand) {
+  fake.joined.answers = {1};
+  for (const char* name : {"Lab net", "list", "status", "wifi"}) {
+    Ends({"wifi", "connect", "--open", name}, kDone);
+    EXPECT_TRUE(Called("join " + std::string(name) + " with "));
+    EXPECT_EQ(system.prompt, "");
+  }
 }
 
 TEST_F(WifiTest, NeverRepeatsAKey) {
   const struct {
-    std::vector<std::string> arguments;
-    std::optional<std::string> secret;
-    int result;  // of joining
-    int exit;
+    const char* arguments;
+    int result, exit;  // result: of joining
     const char* code;
   } kRows[] = {
-      {{"wifi", "connect", "Lab"}, kKey, NUV_PRINTER_REFUSED, kPrinterFailed, "refused"},
-      {{"wifi", "connect", "Lab"}, kKey, NUV_FAILED, kConnectionProblem, "no_answer"},
-      {{"wifi", "connect", "Lab"}, kKey, 0, kPrinterFailed, "not_confirmed"},
-      {{"wifi", "connect", "Lab", "--debug"}, kKey, 0, kPrinterFailed, "not_confirmed"},
-      {{"wifi", "connect", "Lab"}, std::nullopt, 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab"}, "\r\n", 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab"}, "geheim\rF101", 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab"}, std::string("geheim\0x", 8), 0, kUsage, "usage"},
-      {{"wifi", "connect", ""}, kKey, 0, kUsage, "usage"},
+      {"wifi connect Lab", NUV_PRINTER_REFUSED, kPrinterFailed, "refused"},
+      {"wifi connect Lab", NUV_FAILED, kConnectionProblem, "no_answer"},
+      {"wifi connect Lab --debug", NUV_OK, kPrinterFailed, "not_confirmed"},
       // Given on the command line by mistake.
-      {{"wifi", "connect", "Lab", kKey}, kKey, 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab", "--key", kKey}, kKey, 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab", "--open=geheim"}, kKey, 0, kUsage, "usage"},
-      {{"wifi", "connect", "Lab", "--", kKey}, kKey, 0, kUsage, "usage"},
-      {{"wifi", "conect", "Lab", kKey}, kKey, 0, kUsage, "usage"},
-      {{"wifi", "connect", "--index", kKey}, kKey, 0, kUsage, "usage"},
+      {"wifi connect Lab geheim", NUV_OK, kUsage, "usage"},
+      {"wifi connect Lab --key geheim", NUV_OK, kUsage, "usage"},
+      {"wifi connect Lab --open=geheim", NUV_OK, kUsage, "usage"},
+      {"wifi connect Lab -- geheim", NUV_OK, kUsage, "usage"},
+      {"wifi conect Lab geheim", NUV_OK, kUsage, "usage"},
+      {"wifi connect --index geheim", NUV_OK, kUsage, "usage"},
   };
+  system.secret = "geheim 42";
   for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::PrintToString(row.arguments));
     SetUp();
-    system.secret = row.secret;
     fake.results[191] = row.result;
-    EXPECT_EQ(Discreetly(row.arguments).exit, row.exit);
-    EXPECT_EQ(ErrorCode(), row.code);
+    Discreetly(row.arguments, row.exit, row.code);
     EXPECT_EQ(fake.calls.empty(), row.exit == kUsage);
+  }
+}
+
+TEST_F(WifiTest, RefusesWhatIsNoKeyWithoutASearch) {
+  const std::optional<std::string> kSecrets[] = {std::nullopt, "\r\n", "geheim\rF101",
+                                                 std::string("geheim\0x", 8)};
+  for (const auto& secret : kSecrets) {
+    system.secret = secret;
+    Discreetly("wifi connect Lab", kUsage, "usage");
+    EXPECT_TRUE(fake.calls.empty());
   }
 }
 
@@ -98,20 +90,9 @@ TEST_F(WifiTest, LeavesAndMakesSure) {
   EXPECT_EQ(Both({"wifi", "disconnect"}).out, "The printer left its access point.\n");
   EXPECT_TRUE(Called("leave"));
   fake.joined.answers = {1};
-  EXPECT_EQ(Both({"wifi", "disconnect"}).exit, kPrinterFailed);
-  EXPECT_EQ(ErrorCode(), "not_confirmed");
+  Ends({"wifi", "disconnect"}, kPrinterFailed, "not_confirmed");
   fake.results[190] = NUV_FAILED;  // it was reached over that network
-  EXPECT_EQ(Both({"wifi", "disconnect"}).exit, kConnectionProblem);
-  EXPECT_EQ(ErrorCode(), "not_confirmed");
-}
-
-TEST_F(WifiTest, AnAccessPointMayHaveTheNameOfACommand) {
-  fake.joined.answers = {1};
-  for (const char* name : {"list", "status", "wifi"}) {
-    EXPECT_EQ(Both({"wifi", "connect", "--open", name}).exit, kDone) << name;
-    EXPECT_TRUE(Called("join " + std::string(name) + " with "));
-  }
-  EXPECT_EQ(Both({"wifi"}).exit, kUsage);
+  Ends({"wifi", "disconnect"}, kConnectionProblem, "not_confirmed");
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class WatchView {
     shown_ = text;
     if (live_) {
       // The last column stays free: writing it moves some terminals to the next line.
-      DrawRow(WatchRow(state, progress, context_.system.ErrorWidth() - 1));
+      DrawRow(WatchRow(state, progress, context_.system.OutputWidth() - 1));
     } else {
       Stream(context_, {text + '\n', StateJson(state, progress)});
     }

@@ -23,8 +23,11 @@ class System {
   virtual bool ErrorIsTerminal() = 0;
   virtual int ErrorWidth() = 0;
 
-  virtual bool OutputIsTerminal() = 0;  // the standard output
-  virtual bool InputIsTerminal() = 0;   // the standard input
+  // The same of the standard output, where a print that is followed is shown.
+  virtual bool OutputIsTerminal() = 0;
+  virtual int OutputWidth() = 0;
+
+  virtual bool InputIsTerminal() = 0;  // the standard input
 
   // Writes `question` to standard error and reads a line of the standard input as below, shown
   // while it is typed.

@@ -48,6 +48,12 @@ void Watch(int number, void (*handler)(int), struct sigaction* earlier) {
   if (earlier->sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
 }
 
+int Columns(int terminal) {
+  struct winsize size = {};
+  if (ioctl(terminal, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+  return size.ws_col;
+}
+
 struct termios g_echoing;  // the terminal as it was before a secret is typed
 
 // Ends the process by the signal, as without a handler, but leaves a terminal that shows what is
@@ -127,11 +133,8 @@ class PosixSystem final : public System {
     return ReadLine();
   }
 
-  int ErrorWidth() override {
-    struct winsize size = {};
-    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
-    return size.ws_col;
-  }
+  int ErrorWidth() override { return Columns(STDERR_FILENO); }
+  int OutputWidth() override { return Columns(STDOUT_FILENO); }
 
   std::optional<std::string> ReadSecret(const std::string& prompt) override {
     struct termios echoing = {};

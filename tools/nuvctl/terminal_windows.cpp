@@ -39,6 +39,12 @@ BOOL WINAPI OnInterrupt(DWORD) {
   return TRUE;
 }
 
+int Columns(DWORD stream) {
+  CONSOLE_SCREEN_BUFFER_INFO info = {};
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(stream), &info)) return kUsualWidth;
+  return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
 std::string Utf8FromWide(const wchar_t* text) {
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
   if (bytes <= 1) return std::string();
@@ -141,11 +147,8 @@ class WindowsSystem final : public System {
     return Utf8FromWide(line->c_str());
   }
 
-  int ErrorWidth() override {
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info)) return kUsualWidth;
-    return info.srWindow.Right - info.srWindow.Left + 1;
-  }
+  int ErrorWidth() override { return Columns(STD_ERROR_HANDLE); }
+  int OutputWidth() override { return Columns(STD_OUTPUT_HANDLE); }
 
   std::optional<std::string> ReadSecret(const std::string& prompt) override {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
