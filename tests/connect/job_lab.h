@@ -1,17 +1,25 @@
-// A lab whose host cancels its jobs when the test says so.
+// A lab with a print file, whose host cancels its jobs when the test says so.
 #ifndef NUV_TESTS_CONNECT_JOB_LAB_H_
 #define NUV_TESTS_CONNECT_JOB_LAB_H_
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
+#include "nuvfile/print_file_writer.h"
 #include "tests/connect/lab.h"
 #include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 
-// When the host cancels: at the question of this number, counted from 0; -1 never.
-inline int g_cancelAt = -1;
-inline int g_asked = 0;
+// What happens at which question whether to cancel, counted from 0; -1 never.
+struct Questions {
+  int asked = 0;
+  int cancelFrom = -1;
+  int unplugAt = -1;
+  nuvsim::Simulator* simulator = nullptr;
+};
+inline Questions g_questions;
 
 class JobLab : public Lab {
  protected:
@@ -19,14 +27,48 @@ class JobLab : public Lab {
     Lab::SetUp();
     if (IsSkipped()) return;
     SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
-    g_cancelAt = -1;
-    g_asked = 0;
-    framework.RegisterSendDataCancelCallback([] { return g_asked++ == g_cancelAt; });
+    g_questions = {};
+    framework.RegisterSendDataCancelCallback([] {
+      Questions& questions = g_questions;
+      if (questions.asked == questions.unplugAt) questions.simulator->Unplug(0);
+      return questions.asked++ >= questions.cancelFrom && questions.cancelFrom >= 0;
+    });
+  }
+
+  static void CancelsFrom(int question) { g_questions = {0, question, -1, nullptr}; }
+  void IsUnpluggedAt(int question) { g_questions = {0, -1, question, simulator.get()}; }
+
+  // A new print file. A job that did not open leaves its file open, and Windows lets nobody replace
+  // an open file.
+  void WritePrintFile(const std::string& machineId = "3DPSNKG53WTW00001") {
+    contents.machine_id = machineId;
+    path.replace_filename(TestName() + std::to_string(files++) + ".nuv");
+    const nuvfile::Status written =
+        nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines));
+    ASSERT_TRUE(written.ok()) << written.message();
+  }
+  int Send() { return framework.SendPrintFile(path.wstring(), nullptr); }
+
+  // The first `count` lines as they go over the wire.
+  std::string Wire(size_t count) const {
+    std::string bytes;
+    for (size_t i = 0; i < count; ++i) bytes += lines[i] + "\r\n";
+    return bytes;
+  }
+  void ExpectJobArrived() {
+    const std::string job = Wire(lines.size());
+    EXPECT_TRUE(Becomes([&] { return simulator->JobBytes().size() >= job.size(); }));
+    EXPECT_EQ(simulator->JobBytes(), job);
   }
 
   static std::string TestName() {
     return ::testing::UnitTest::GetInstance()->current_test_info()->name();
   }
+
+  std::filesystem::path path = std::filesystem::path(::testing::TempDir()) / TestName();
+  std::vector<std::string> lines{"G1 X1", "", "G1 X2 Y3"};
+  nuvfile::PrintFileContents contents;
+  int files = 0;
 };
 
 }  // namespace Nuv::Connect

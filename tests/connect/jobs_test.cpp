@@ -2,51 +2,24 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
-#include "nuvfile/print_file_writer.h"
 #include "tests/connect/job_lab.h"
-#include "tests/support/environment.h"
 
 namespace Nuv::Connect {
 namespace {
-
-using std::chrono::seconds;
 
 class JobsTest : public JobLab {
  protected:
   void SetUp() override {
     JobLab::SetUp();
     if (IsSkipped()) return;
-    path = std::filesystem::path(::testing::TempDir()) / (TestName() + ".nuv");
     for (int i = 0; i < 40; ++i) {
       lines.push_back("L" + std::to_string(i) + std::string(static_cast<size_t>(i % 7), 'x'));
     }
+    WritePrintFile();
   }
-
-  void WritePrintFile(const std::string& machineId = "3DPSNKG53WTW00001") {
-    nuvfile::PrintFileContents contents;
-    contents.machine_id = machineId;
-    const nuvfile::Status written =
-        nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines));
-    ASSERT_TRUE(written.ok()) << written.message();
-  }
-
-  // The first `count` lines as they go over the wire.
-  std::string Wire(size_t count) const {
-    std::string bytes;
-    for (size_t i = 0; i < count; ++i) bytes += lines[i] + "\r\n";
-    return bytes;
-  }
-  int Send() { return framework.SendPrintFile(path.wstring(), nullptr); }
-  bool Received(size_t bytes) {
-    return simulator->WaitUntil([&] { return simulator->JobBytes().size() >= bytes; }, seconds(10));
-  }
-
-  std::filesystem::path path;
-  std::vector<std::string> lines;
 };
 
 TEST_F(JobsTest, ArrivesByteForByteThroughASmallBuffer) {
@@ -55,85 +28,49 @@ TEST_F(JobsTest, ArrivesByteForByteThroughASmallBuffer) {
   printer.bufferBytes = 64;
   printer.drainRate = 20000;
   StartConnected(printer);
-  WritePrintFile();
   ASSERT_EQ(Send(), NUV_OK);
-  ASSERT_TRUE(Received(Wire(lines.size()).size()));
-  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
+  ExpectJobArrived();
   EXPECT_EQ(simulator->Totals().overruns, 0U);
   EXPECT_GT(simulator->Totals().connections, 5U);
-  EXPECT_TRUE(
-      simulator->WaitUntil([&] { return simulator->Totals().jobsFinished == 1; }, seconds(10)));
+  EXPECT_TRUE(Becomes([&] { return simulator->Totals().jobsFinished == 1; }));
   EXPECT_EQ(clock.SleptMs() % 100, 0);
 }
 
 // The host cancels before the first line, in the middle, and behind the last one.
 TEST_F(JobsTest, CancelledJobIsAbandonedOnThePrinter) {
-  WritePrintFile();
   auto printer = Printer("A1");
   printer.layerTime = std::chrono::hours(1);
   StartConnected(printer);
   for (const size_t sent : {size_t{0}, size_t{17}, lines.size()}) {
     SCOPED_TRACE(sent);
-    g_asked = 0;
-    g_cancelAt = static_cast<int>(sent);
-    // A cancel in the middle is asked about twice: at its pass, and at the end.
-    framework.RegisterSendDataCancelCallback([] { return g_asked++ >= g_cancelAt; });
+    CancelsFrom(static_cast<int>(sent));
     EXPECT_EQ(Send(), NUV_OK);
     const uint64_t jobs = simulator->Totals().jobsAccepted;
-    EXPECT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().jobsAbandoned == jobs; },
-                                     seconds(10)));
+    EXPECT_TRUE(Becomes([&] { return simulator->Totals().jobsAbandoned == jobs; }));
     EXPECT_EQ(simulator->JobBytes(), Wire(sent));
     EXPECT_EQ(simulator->Requests().back(), "F104 S2");
     EXPECT_EQ(simulator->Status().state, nuvsim::State::kIdle);
   }
 }
 
-TEST_F(JobsTest, PrinterThatDoesNotTakeTheJob) {
-  WritePrintFile();
-  StartConnected(Printer("A1"));
-  Commits("buffer-full,count=-1");
-  EXPECT_EQ(Send(), NUV_NO_BUFFER_SPACE);
-  simulator->ClearFaults(0);
-  simulator->SetIdle(0);
-  Commits("silent,code=103,count=3");
-  EXPECT_EQ(Send(), NUV_FAILED);
-  simulator->ClearFaults(0);
-  simulator->SetIdle(0);
-  EXPECT_EQ(Send(), NUV_OK);
-  EXPECT_TRUE(Received(Wire(lines.size()).size()));
-  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
-}
-
 TEST_F(JobsTest, PrinterThatGoesAwayInTheMiddle) {
-  WritePrintFile();
   auto printer = Printer("A1");
   printer.bufferBytes = 64;
   StartConnected(printer);
-  // Unplugged for good at the third question about the buffer.
-  framework.RegisterSendDataUpdateCallback(nullptr);
   Commits("drop-after,bytes=200");
-  g_asked = 0;
-  static nuvsim::Simulator* sim = nullptr;
-  sim = simulator.get();
-  framework.RegisterSendDataCancelCallback([] {
-    if (g_asked++ == 10) sim->Unplug(0);
-    return false;
-  });
+  IsUnpluggedAt(10);
   const int result = Send();
   EXPECT_TRUE(result == NUV_NO_BUFFER_SPACE || result == NUV_WRITE_FAILED) << result;
   simulator->ClearFaults(0);
   simulator->Replug(0);
   simulator->SetIdle(0);
-  framework.RegisterSendDataCancelCallback(nullptr);
   ASSERT_TRUE(framework.GetConnect()->OpenDevice());
   EXPECT_EQ(Send(), NUV_OK);
-  EXPECT_TRUE(Received(Wire(lines.size()).size()));
-  EXPECT_EQ(simulator->JobBytes(), Wire(lines.size()));
+  ExpectJobArrived();
 }
 
 TEST_F(JobsTest, FilesThatAreNoJob) {
   StartConnected(Printer("A1"));
-  lines = {"x"};
   WritePrintFile("3DPSNKGA3WTW00001");
   EXPECT_EQ(Send(), NUV_NO_JOB_SENDER);
   WritePrintFile();
@@ -153,15 +90,12 @@ TEST_F(JobsTest, CommandTextArrivesLineByLine) {
   std::ofstream(path) << "G28\nG1 X1 Y2\n\nM104\n";
   EXPECT_EQ(framework.SendGCodeFile(path.wstring(), nullptr), NUV_OK);
   const std::string expected = "G28\r\nG1 X1 Y2\r\nM104\r\n";
-  EXPECT_TRUE(
-      simulator->WaitUntil([&] { return simulator->CommandText() == expected; }, seconds(10)));
+  EXPECT_TRUE(Becomes([&] { return simulator->CommandText() == expected; }));
 }
 
 TEST_F(JobsTest, NonAsciiPathIsFound) {
-  WritePrintFile();
   const auto renamed = std::filesystem::u8path(::testing::TempDir() + "Zahnkr\xc3\xb6ne.nuv");
   std::filesystem::rename(path, renamed);
-  path = renamed;
   StartConnected(Printer("A1"));
   const std::string folder = ::testing::TempDir();
   const std::wstring wide = std::wstring(folder.begin(), folder.end()) + L"Zahnkr\u00f6ne.nuv";

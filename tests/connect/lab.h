@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -77,6 +79,11 @@ class Lab : public ::testing::Test {
     std::string version, name, model, serial, controller;
     framework.GetPrinterInfo(version, name, model, serial, controller);
     return name;
+  }
+
+  // Whether the condition holds before long.
+  bool Becomes(const std::function<bool()>& condition) {
+    return simulator->WaitUntil(condition, std::chrono::seconds(10));
   }
 
   void Commits(const nuvsim::Fault& fault) { simulator->InjectFault(0, fault); }

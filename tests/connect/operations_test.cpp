@@ -4,10 +4,12 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <array>
 #include <functional>
+#include <regex>
 #include <stdexcept>
+#include <tuple>
+#include <type_traits>
 
 #include "tests/connect/lab.h"
 
@@ -21,14 +23,43 @@ using Strings = std::vector<std::string>;
 constexpr int kMark = 77;
 struct Out {
   Out() { i.fill(kMark); }
+
+  // The next output of the kind that an operation takes.
+  template <typename Output>
+  Output Next() {
+    if constexpr (std::is_same_v<Output, int*>) {
+      return &i[numbers++];
+    } else {
+      return t[texts++];
+    }
+  }
+
   std::array<int, 13> i;
   std::array<std::string, 6> t{"-", "-", "-", "-", "-", "-"};
   std::array<float, 6> f{7, 7, 7, 7, 7, 7};
   Strings list{"-"};
+  size_t numbers = 0;
+  size_t texts = 0;
 };
 
 using F = ConnectingFramework;
 using Run = std::function<int(F&, Out&)>;
+
+// Calls an operation with as many outputs as it takes, behind its one input if it has any.
+template <typename... Outputs>
+Run Calls(int (F::*operation)(Outputs...)) {
+  return [operation](F& f, [[maybe_unused]] Out& out) {
+    return std::apply([&](Outputs... outputs) { return (f.*operation)(outputs...); },
+                      std::tuple<Outputs...>{out.Next<Outputs>()...});
+  };
+}
+template <typename Input, typename... Outputs>
+Run Calls(int (F::*operation)(Input, Outputs...), std::decay_t<Input> input) {
+  return [operation, input](F& f, [[maybe_unused]] Out& out) {
+    return std::apply([&](Outputs... outputs) { return (f.*operation)(input, outputs...); },
+                      std::tuple<Outputs...>{out.Next<Outputs>()...});
+  };
+}
 
 struct Row {
   int code;
@@ -44,103 +75,62 @@ struct Row {
 // clang-format off
 const std::vector<Row>& Rows() {
   static const std::vector<Row> rows = {
-    {101, "F101", "OK V:1.2 N:Lab one M:Zafel 1.0 S:SN1 C:7",
-     [](F& f, Out& o) { return f.GetPrinterInfo(o.t[0], o.t[1], o.t[2], o.t[3], o.t[4]); },
+    {101, "F101", "OK V:1.2 N:Lab one M:Zafel 1.0 S:SN1 C:7", Calls(&F::GetPrinterInfo),
      {}, {"1.2", "Lab one", "Zafel 1.0", "SN1", "7"}},
-    {354, "F354", "OK V:1.2 N:Lab one M:BEGO VARSEO XS S:SN1 C:7 D:20240131",
-     [](F& f, Out& o) { return f.GetPrinterInfo_BEGO(o.t[0], o.t[1], o.t[2], o.t[3], o.t[4], o.t[5]); },
+    {354, "F354", "OK V:1.2 N:Lab one M:BEGO VARSEO XS S:SN1 C:7 D:20240131", Calls(&F::GetPrinterInfo_BEGO),
      {}, {"1.2", "Lab one", "BEGO VARSEO XS", "SN1", "7", "20240131"}},
-    {102, "F102", "OK S:2", [](F& f, Out& o) { return f.GetPrinterStatus(&o.i[0]); }, {2}, {}, -1},
-    {107, "F107", "OK L:300 T:45 R:Job1",
-     [](F& f, Out& o) { return f.GetTotalLayerAndTime(&o.i[0], &o.i[1]); }, {300, 45}, {}},
-    {112, "F112", "OK", [](F& f, Out&) { return f.SkipSLAWarmup(); }, {}, {}},
-    {515, "F515", "OK R:1", [](F& f, Out& o) { return f.GetRepositionProcessing(&o.i[0]); }, {1}, {}},
-    {105, "F105", "OK S:1 R:350 C:Dental Pink V:500 Q:L1",
-     [](F& f, Out& o) { return f.GetResinInfo2(&o.i[0], &o.i[1], o.t[0], &o.i[2], o.t[1]); },
+    {102, "F102", "OK S:2", Calls(&F::GetPrinterStatus), {2}, {}, -1},
+    {107, "F107", "OK L:300 T:45 R:Job1", Calls(&F::GetTotalLayerAndTime), {300, 45}, {}},
+    {112, "F112", "OK", Calls(&F::SkipSLAWarmup), {}, {}},
+    {515, "F515", "OK R:1", Calls(&F::GetRepositionProcessing), {1}, {}},
+    {105, "F105", "OK S:1 R:350 C:Dental Pink V:500 Q:L1", Calls(&F::GetResinInfo2),
      {1, 350, 500}, {"Dental Pink", "L1"}},
-    {120, "F120", "OK S1 R350 D20270131 T1001",
-     [](F& f, Out& o) { return f.GetResinInfo(&o.i[0], &o.i[1], o.t[0], o.t[1]); },
-     {1, 350}, {"20270131", "1001"}},
-    {219, "F219", "OK", [](F& f, Out& o) { return f.IsRegisteredCorrectTag(&o.i[0]); }, {1}, {}},
-    {335, "F335", "OK S:1", [](F& f, Out& o) { return f.IsOpenModeSupported(&o.i[0]); }, {1}, {}},
-    {356, "F356", "OK N:Resin A L:L1 D:20270131 V:350",
-     [](F& f, Out& o) { return f.GetResinInfo_BEGO(o.t[0], o.t[1], o.t[2], o.t[3]); },
+    {120, "F120", "OK S1 R350 D20270131 T1001", Calls(&F::GetResinInfo), {1, 350}, {"20270131", "1001"}},
+    {219, "F219", "OK", Calls(&F::IsRegisteredCorrectTag), {1}, {}},
+    {335, "F335", "OK S:1", Calls(&F::IsOpenModeSupported), {1}, {}},
+    {356, "F356", "OK N:Resin A L:L1 D:20270131 V:350", Calls(&F::GetResinInfo_BEGO),
      {}, {"Resin A", "L1", "20270131", "350"}},
-    {159, "F159 S0", "OK S0 V80",
-     [](F& f, Out& o) { return f.GetParameter(PrinterParameter::kLaserPower, &o.i[0]); }, {80}, {}},
-    {159, "F159 S1", "OK S1 V-20",
-     [](F& f, Out& o) { return f.GetParameter(PrinterParameter::kZCompensation, &o.i[0]); }, {-20}, {}},
+    {159, "F159 S0", "OK S0 V80", Calls(&F::GetParameter, PrinterParameter::kLaserPower), {80}, {}},
+    {159, "F159 S1", "OK S1 V-20", Calls(&F::GetParameter, PrinterParameter::kZCompensation), {-20}, {}},
     {332, "F332 S0 V85", "OK",
      [](F& f, Out&) { return f.SetParameter(PrinterParameter::kLaserPower, 85); }, {}, {}},
     {332, "F332 S1 V-20", "OK",
      [](F& f, Out&) { return f.SetParameter(PrinterParameter::kZCompensation, -20); }, {}, {}},
-    {196, "F196 B\xC3\xBCro <2>: x = 1", "OK",
-     [](F& f, Out&) { return f.SetNickName("B\xC3\xBCro <2>: x = 1"); }, {}, {}},
-    {196, "F196 ", "OK", [](F& f, Out&) { return f.SetNickName(""); }, {}, {}},
-    {197, "F197", "OK N:B\xC3\xBCro <2>: x = 1", [](F& f, Out& o) { return f.GetNickName(o.t[0]); },
-     {}, {"B\xC3\xBCro <2>: x = 1"}},
+    {196, "F196 B\xC3\xBCro <2>: x = 1", "OK", Calls(&F::SetNickName, "B\xC3\xBCro <2>: x = 1"), {}, {}},
+    {196, "F196 ", "OK", Calls(&F::SetNickName, ""), {}, {}},
+    {197, "F197", "OK N:B\xC3\xBCro <2>: x = 1", Calls(&F::GetNickName), {}, {"B\xC3\xBCro <2>: x = 1"}},
     {370, "F370 X1.500000,0.250000 Y1.000000,1.000000 Z-1.000000,0.000000", "OK",
      [](F& f, Out&) { return f.SetBCPScaling(1.5F, 0.25F, 1, 1, -1, 0); }, {}, {}},
-    {190, "F190", "OK S:1 C:6 M:1 R:80 SSID=<Lab net>",
-     [](F& f, Out& o) { return f.IsconnectedAp(&o.i[0]); }, {1}, {}},
-    {190, "F190 SMy Room", "OK SSID=<My Room> S:0 C:6 M:1 R:80",
-     [](F& f, Out& o) { return f.GetApAttribute("My Room", &o.i[0], &o.i[1]); }, {80, 1}, {}},
+    {190, "F190", "OK S:1 C:6 M:1 R:80 SSID=<Lab net>", Calls(&F::IsconnectedAp), {1}, {}},
+    {190, "F190 SMy Room", "OK SSID=<My Room> S:0 C:6 M:1 R:80", Calls(&F::GetApAttribute, "My Room"), {80, 1}, {}},
     {191, "F191 S1 C1 D1 SSID=<Lab net> KEY=<k <e> y>", "OK",
      [](F& f, Out&) { return f.ConnectAp("Lab net", "k <e> y"); }, {}, {}},
-    {191, "F191 S1 C0 D1 SSID=<Open> KEY=<>", "OK",
-     [](F& f, Out&) { return f.ConnectAp("Open", ""); }, {}, {}},
-    {191, "F191 S2", "OK", [](F& f, Out&) { return f.DisconnectAp(); }, {}, {}},
-    {192, "F192 S1", "OK IP=10.0.0.5 MAC=02:00:00:00:00:01 S:1 SSID=<Mac x>",
-     [](F& f, Out& o) { return f.GetMacAddressWifi(o.t[0]); }, {}, {"02:00:00:00:00:01"}},
-    {192, "F192 S0", "OK IP=10.0.0.5 MAC=02:00:00:00:00:02",
-     [](F& f, Out& o) { return f.GetMacAddressLan(o.t[0]); }, {}, {"02:00:00:00:00:02"}},
-    {310, "F310", "OK V:2.1.0 L:1.4", [](F& f, Out& o) { return f.GetAndroidVersion(o.t[0]); }, {}, {"2.1.0"}},
-    {504, "F504 A0", "OK V:3.0.2", [](F& f, Out& o) { return f.GetLCMPanelVersion(o.t[0]); }, {}, {"3.0.2"}},
-    {157, "F157", "OK I3 S6750",
-     [](F& f, Out& o) { return f.GetCurrJobIndexAndTotalSize(&o.i[0], &o.i[1]); }, {3, 6750}, {}},
-    {169, "F169 S1", "OK S12 F10 C1 E2",
-     [](F& f, Out& o) { return f.GetJobCounter(1, &o.i[0], &o.i[1], &o.i[2], &o.i[3]); }, {12, 10, 1, 2}, {}},
-    {170, "F170", "OK I5", [](F& f, Out& o) { return f.GetLastUpdatedIndex(&o.i[0]); }, {5}, {}},
-    {171, "F171 S5", "OK", [](F& f, Out&) { return f.SetLastUpdatedIndex(5); }, {}, {}},
-    {174, "F174 S3", "OK NJob3 C1001 T20261121T103000",
-     [](F& f, Out& o) { return f.GetJobInfo1(3, o.t[0], o.t[1], o.t[2]); },
+    {191, "F191 S1 C0 D1 SSID=<Open> KEY=<>", "OK", [](F& f, Out&) { return f.ConnectAp("Open", ""); }, {}, {}},
+    {191, "F191 S2", "OK", Calls(&F::DisconnectAp), {}, {}},
+    {192, "F192 S1", "OK IP=10.0.0.5 MAC=02:00:00:00:00:01 S:1 SSID=<Mac x>", Calls(&F::GetMacAddressWifi),
+     {}, {"02:00:00:00:00:01"}},
+    {192, "F192 S0", "OK IP=10.0.0.5 MAC=02:00:00:00:00:02", Calls(&F::GetMacAddressLan), {}, {"02:00:00:00:00:02"}},
+    {310, "F310", "OK V:2.1.0 L:1.4", Calls(&F::GetAndroidVersion), {}, {"2.1.0"}},
+    {504, "F504 A0", "OK V:3.0.2", Calls(&F::GetLCMPanelVersion), {}, {"3.0.2"}},
+    {157, "F157", "OK I3 S6750", Calls(&F::GetCurrJobIndexAndTotalSize), {3, 6750}, {}},
+    {169, "F169 S1", "OK S12 F10 C1 E2", Calls(&F::GetJobCounter, 1), {12, 10, 1, 2}, {}},
+    {170, "F170", "OK I5", Calls(&F::GetLastUpdatedIndex), {5}, {}},
+    {171, "F171 S5", "OK", Calls(&F::SetLastUpdatedIndex, 5), {}, {}},
+    {174, "F174 S3", "OK NJob3 C1001 T20261121T103000", Calls(&F::GetJobInfo1, 3),
      {}, {"Job3", "1001", "20261121T103000"}},
-    {175, "F175 S3", "OK L300 T45 V12 R1",
-     [](F& f, Out& o) { return f.GetJobInfo2(3, &o.i[0], &o.i[1], &o.i[2], &o.i[3]); }, {300, 45, 12, 1}, {}},
-    {176, "F176 S3", "OK T50 E1500 B9000 P80",
-     [](F& f, Out& o) { return f.GetJobInfo3(3, &o.i[0], &o.i[1], &o.i[2], &o.i[3]); }, {50, 1500, 9000, 80}, {}},
-    {177, "F177 S3", "OK T20261121T111500 QL1",
-     [](F& f, Out& o) { return f.GetJobInfo4(3, o.t[0], o.t[1]); }, {}, {"20261121T111500", "L1"}},
-    {186, "F186 L2", "OK L12 H980 A512",
-     [](F& f, Out& o) { return f.GetPDSensorData(2, &o.i[0], &o.i[1], &o.i[2]); }, {12, 980, 512}, {}},
+    {175, "F175 S3", "OK L300 T45 V12 R1", Calls(&F::GetJobInfo2, 3), {300, 45, 12, 1}, {}},
+    {176, "F176 S3", "OK T50 E1500 B9000 P80", Calls(&F::GetJobInfo3, 3), {50, 1500, 9000, 80}, {}},
+    {177, "F177 S3", "OK T20261121T111500 QL1", Calls(&F::GetJobInfo4, 3), {}, {"20261121T111500", "L1"}},
+    {186, "F186 L2", "OK L12 H980 A512", Calls(&F::GetPDSensorData, 2), {12, 980, 512}, {}},
     {301, "F301", "BUSY OK C_T:1 C_B:2 ZLT:3 ZLB:4 V_S:5 L_S:6 W_H:7 Y_H:8 C_LI:9 C_P:10 P_S:11 Y_F:12 T_T:13",
-     [](F& f, Out& o) {
-       auto& i = o.i;
-       return f.GetSensorStatusFX120(&i[0], &i[1], &i[2], &i[3], &i[4], &i[5], &i[6], &i[7], &i[8],
-                                     &i[9], &i[10], &i[11], &i[12]);
-     },
-     {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, {}},
-    {301, "F301", "OK V_S:2", [](F& f, Out& o) { return f.GetTankType(&o.i[0]); }, {2}, {}},
-    {303, "F303 S1", "OK LSU:1 P1:110 P2:220 P3:330 P4:440 P5:550",
-     [](F& f, Out& o) {
-       auto& i = o.i;
-       return f.GetLSULaserPWMvalues(1, &i[0], &i[1], &i[2], &i[3], &i[4], &i[5]);
-     },
+     Calls(&F::GetSensorStatusFX120), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, {}},
+    {301, "F301", "OK V_S:2", Calls(&F::GetTankType), {2}, {}},
+    {303, "F303 S1", "OK LSU:1 P1:110 P2:220 P3:330 P4:440 P5:550", Calls(&F::GetLSULaserPWMvalues, 1),
      {1, 110, 220, 330, 440, 550}, {}},
-    {327, "F327", "OK C:1 L:2 P:3 S:4 T:5 W:6 Y:7",
-     [](F& f, Out& o) {
-       auto& i = o.i;
-       return f.GetLSUFlashParameter(&i[0], &i[1], &i[2], &i[3], &i[4], &i[5], &i[6]);
-     },
-     {1, 2, 3, 4, 5, 6, 7}, {}},
+    {327, "F327", "OK C:1 L:2 P:3 S:4 T:5 W:6 Y:7", Calls(&F::GetLSUFlashParameter), {1, 2, 3, 4, 5, 6, 7}, {}},
     {327, "F327", "OK C1:1 C2:2 C3:3 L1:4 L2:5 L3:6 T1:7 T2:8 T3:9 Z1:10 Z2:11",
-     [](F& f, Out& o) {
-       auto& i = o.i;
-       return f.GetLSUFlashParameterFX150(&i[0], &i[1], &i[2], &i[3], &i[4], &i[5], &i[6], &i[7], &i[8],
-                                          &i[9], &i[10]);
-     },
-     {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, {}},
-    {708, "F708", "OK H:1234", [](F& f, Out& o) { return f.GetLedUseTime(o.t[0]); }, {}, {"1234"}},
+     Calls(&F::GetLSUFlashParameterFX150), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, {}},
+    {708, "F708", "OK H:1234", Calls(&F::GetLedUseTime), {}, {"1234"}},
   };
   return rows;
 }
@@ -183,23 +173,9 @@ class OperationsTest : public Lab {
 std::string Head(const Row& row) { return "F" + std::to_string(row.code) + " "; }
 
 // Every number of the reply replaced; texts come along, which does not matter.
-std::string WithNumbers(std::string reply, const std::string& number) {
-  std::string changed;
-  for (size_t i = 0; i < reply.size();) {
-    const bool begins =
-        std::isdigit(static_cast<unsigned char>(reply[i])) != 0 && i > 0 &&
-        (reply[i - 1] == ':' || std::isupper(static_cast<unsigned char>(reply[i - 1])) != 0 ||
-         reply[i - 1] == '-');
-    const size_t end = reply.find_first_not_of("0123456789", i);
-    const bool isWhole = begins && (end == std::string::npos || reply[end] == ' ');
-    if (isWhole) {
-      changed += number;
-      i = std::min(end, reply.size());
-    } else {
-      changed += reply[i++];
-    }
-  }
-  return changed;
+std::string WithNumbers(const std::string& reply, const std::string& number) {
+  // "$01" because a digit may follow.
+  return std::regex_replace(reply, std::regex("([:A-Z]-?)\\d+(?= |$)"), "$01" + number);
 }
 
 TEST_F(OperationsTest, RequestReplyAndOutputs) {
@@ -212,6 +188,11 @@ TEST_F(OperationsTest, RequestReplyAndOutputs) {
     EXPECT_EQ(Numbers(row), row.numbers);
     EXPECT_EQ(Texts(row), row.texts);
     EXPECT_EQ(errors(), Errors{});
+    if (row.code == 219) continue;  // accepted is all that it says
+    Answers(row.code, Head(row) + "OK");
+    EXPECT_EQ(Run(row), NUV_OK);
+    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), 0)) << "fields that are missing";
+    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
   }
 }
 
@@ -223,26 +204,7 @@ TEST_F(OperationsTest, FailuresClearTheOutputsAndTellTheHostOnce) {
     ExpectFailed(row, Run(row), NUV_PRINTER_REFUSED);
     Answers(row.code, "");  // a line without a token
     ExpectFailed(row, Run(row), NUV_FAILED);
-  }
-}
-
-TEST_F(OperationsTest, MissingFieldsAreZeroOrEmpty) {
-  StartConnected(Printer("A1"));
-  for (const Row& row : Rows()) {
-    if (row.code == 219) continue;  // accepted is all that it says
-    SCOPED_TRACE(row.request);
-    Answers(row.code, Head(row) + "OK");
-    EXPECT_EQ(Run(row), NUV_OK);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), 0));
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
-  }
-}
-
-TEST_F(OperationsTest, MalformedNumbersLeaveAsExceptionsAndNothingElseIsWritten) {
-  StartConnected(Printer("A1"));
-  for (const Row& row : Rows()) {
     if (row.numbers.empty() || row.code == 219) continue;
-    SCOPED_TRACE(row.request);
     Answers(row.code, Head(row) + WithNumbers(row.reply, "abc"));
     EXPECT_THROW(Run(row), std::invalid_argument);
     EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
@@ -278,16 +240,9 @@ TEST_F(OperationsTest, ScalingFactors) {
 
 TEST_F(OperationsTest, AccessPointNames) {
   StartConnected(Printer("A1"));
-  const std::pair<const char*, Strings> rows[] = {
-      {"F198 OK SSID=<Lab net> SSID=<a > b> SSID=<B\xC3\xBCro>",
-       {"Lab net", "a > b", "B\xC3\xBCro"}},
-      {"F198 OK", {}},
-  };
-  for (const auto& [reply, names] : rows) {
-    Answers(198, reply);
-    EXPECT_EQ(framework.GetApList(out.list), NUV_OK);
-    EXPECT_EQ(out.list, names);
-  }
+  Answers(198, "F198 OK SSID=<Lab net> SSID=<a > b> SSID=<B\xC3\xBCro>");
+  EXPECT_EQ(framework.GetApList(out.list), NUV_OK);
+  EXPECT_EQ(out.list, (Strings{"Lab net", "a > b", "B\xC3\xBCro"}));
   Answers(198, "F198 NG");
   EXPECT_EQ(framework.GetApList(out.list), NUV_PRINTER_REFUSED);
 }
@@ -306,12 +261,12 @@ TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
 
 TEST_F(OperationsTest, ResinRefusalsOfBothQueries) {
   StartConnected(Printer("A1"));
-  const std::pair<int, int> refusals[] = {{0, 12}, {1, 13}, {2, 11}, {3, 14}, {4, 10}, {5, 1}};
-  for (const auto& [state, result] : refusals) {
-    for (const Row& row : Rows()) {
-      if (row.code != 105 && row.code != 120) continue;
+  const int results[] = {12, 13, 11, 14, 10, 1};  // by the printer's state
+  for (const Row& row : Rows()) {
+    if (row.code != 105 && row.code != 120) continue;
+    for (size_t state = 0; state < std::size(results); ++state) {
       Answers(row.code, Head(row) + (row.code == 105 ? "NG S:" : "NG S") + std::to_string(state));
-      ExpectFailed(row, Run(row), result);
+      ExpectFailed(row, Run(row), results[state]);
     }
   }
 }

@@ -6,14 +6,10 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <atomic>
-#include <cstdlib>
-#include <filesystem>
 #include <future>
 #include <thread>
 
-#include "nuvfile/print_file_writer.h"
-#include "tests/connect/lab.h"
-#include "tests/support/environment.h"
+#include "tests/connect/job_lab.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -43,12 +39,11 @@ void OnPrintingInfo(int, int, int, std::string, int, std::string, std::string) {
   if (g_onPrintingInfo) g_onPrintingInfo();
 }
 
-class ThreadsTest : public Lab {
+class ThreadsTest : public JobLab {
  protected:
   void SetUp() override {
-    Lab::SetUp();
+    JobLab::SetUp();
     if (IsSkipped()) return;
-    SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
     g_told = 0;
     g_updates = 0;
     g_statusInCallback = -1;
@@ -57,11 +52,8 @@ class ThreadsTest : public Lab {
     printer.layerTime = std::chrono::hours(1);  // a job that is sent stays in print
     Start({printer});
     Connect();
-    path = std::filesystem::path(::testing::TempDir()) / "threads.nuv";
     for (int i = 0; i < 50; ++i) lines.push_back("G1 X" + std::to_string(i));
-    nuvfile::PrintFileContents contents;
-    contents.machine_id = "3DPSNKG53WTW00001";
-    ASSERT_TRUE(nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines)).ok());
+    WritePrintFile();
   }
   void TearDown() override {
     g_host.reset();
@@ -80,15 +72,12 @@ class ThreadsTest : public Lab {
   // Sends jobs, one printing after the other, until `count` are sent and the host has been told of
   // a print. Returns how many arrived whole.
   int SendJobs(int count) {
-    std::string expected;
-    for (const std::string& line : lines) expected += line + "\r\n";
+    const std::string expected = Wire(lines.size());
     int whole = 0;
     for (int job = 0; job < count || g_told == 0; ++job) {
       simulator->SetIdle(0);
       if (Send() != NUV_OK) continue;
-      const bool arrived =
-          simulator->WaitUntil([&] { return simulator->JobBytes().size() >= expected.size(); },
-                               std::chrono::seconds(10));
+      const bool arrived = Becomes([&] { return simulator->JobBytes().size() >= expected.size(); });
       if (arrived && simulator->JobBytes() == expected) ++whole;
       // In print for a moment, so that the status thread sees it.
       const int told = g_told;
@@ -96,9 +85,14 @@ class ThreadsTest : public Lab {
     }
     return whole;
   }
-  bool Poll() {
+  // The state, asked of the printer; below 0 when it did not answer.
+  static int Status() {
     int status = -1;
-    return g_host->GetPrinterStatus(&status) == NUV_OK && status >= 0;
+    return g_host->GetPrinterStatus(&status) == NUV_OK ? status : -1;
+  }
+  void Poll() {
+    ++polls;
+    if (Status() < 0) ++failed;
   }
   // Replaces the callbacks again and again until `stop`.
   static void ReplaceCallbacks(const std::atomic<bool>& stop) {
@@ -112,27 +106,37 @@ class ThreadsTest : public Lab {
     }
   }
 
+  // Jobs by one thread and callbacks replaced by another, while `polling`, which is given whether
+  // the jobs are done, runs in this one.
+  template <class Polling>
+  void RunsWithJobs(Polling polling) {
+    ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
+    std::atomic<bool> done{false};
+    int whole = 0;
+    std::thread jobs([&] {
+      whole = SendJobs(kJobs);
+      done = true;
+    });
+    std::thread replacing([&] { ReplaceCallbacks(done); });
+    polling(done);
+    jobs.join();
+    replacing.join();
+    EXPECT_EQ(failed, 0);
+    EXPECT_GE(whole, kJobs);
+    EXPECT_GT(g_told, 0);
+    EXPECT_GT(g_updates, 0);
+  }
+
   static constexpr int kPolls = 3000;
   static constexpr int kJobs = 10;
-  std::filesystem::path path;
-  std::vector<std::string> lines;
+  int polls = 0;
+  int failed = 0;
 };
 
 TEST_F(ThreadsTest, PollingStatusThreadAndJobsAtOnce) {
-  ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
-  std::atomic<bool> stop{false};
-  int failed = 0;
-  int whole = 0;
-  std::thread jobs([&] { whole = SendJobs(kJobs); });
-  std::thread replacing([&] { ReplaceCallbacks(stop); });
-  for (int i = 0; i < kPolls; ++i) failed += Poll() ? 0 : 1;
-  jobs.join();
-  stop = true;
-  replacing.join();
-  EXPECT_EQ(failed, 0);
-  EXPECT_GE(whole, kJobs);
-  EXPECT_GT(g_told, 0);
-  EXPECT_GT(g_updates, 0);
+  RunsWithJobs([this](const std::atomic<bool>& done) {
+    while (polls < kPolls || !done) Poll();
+  });
 }
 
 TEST_F(ThreadsTest, TheSameInsideAnEventLoop) {
@@ -140,38 +144,22 @@ TEST_F(ThreadsTest, TheSameInsideAnEventLoop) {
   char name[] = "host";
   char* argv[] = {name, nullptr};
   QCoreApplication app(argc, argv);
-  ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
-  std::atomic<bool> jobsDone{false};
-  int polls = 0;
-  int failed = 0;
-  int whole = 0;
-  QTimer timer;
-  QObject::connect(&timer, &QTimer::timeout, [&] {
-    failed += Poll() ? 0 : 1;
-    if (++polls >= kPolls && jobsDone) app.quit();
+  RunsWithJobs([&](const std::atomic<bool>& done) {
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+      Poll();
+      if (polls >= kPolls && done) app.quit();
+    });
+    timer.start(0);
+    app.exec();
   });
-  timer.start(0);
-  std::thread jobs([&] {
-    whole = SendJobs(kJobs);
-    jobsDone = true;
-  });
-  app.exec();
-  jobs.join();
-  EXPECT_EQ(failed, 0);
-  EXPECT_GE(whole, kJobs);
-  EXPECT_GT(g_told, 0);
 }
 
 // Callbacks.h tells what each callback may call; none of it may deadlock.
 TEST_F(ThreadsTest, SendCallbacksMayQuery) {
-  g_host->RegisterSendDataStartCallback([] {
-    int status = -1;
-    EXPECT_EQ(g_host->GetPrinterStatus(&status), NUV_OK);
-  });
+  g_host->RegisterSendDataStartCallback([] { EXPECT_NE(Status(), -1); });
   g_host->RegisterSendDataUpdateCallback([](int, int) {
-    int status = -1;
-    EXPECT_EQ(g_host->GetPrinterStatus(&status), NUV_OK);
-    g_statusInCallback = status;
+    g_statusInCallback = Status();
     EXPECT_EQ(g_host->SendGCodeFile(L"x", nullptr), NUV_FAILED) << "one job at a time";
     g_host->RegisterErrorCodeCallback(nullptr);
   });
@@ -182,17 +170,14 @@ TEST_F(ThreadsTest, SendCallbacksMayQuery) {
     return false;
   });
   EXPECT_EQ(Send(), NUV_OK);
-  EXPECT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().jobsAccepted == 1; },
-                                   std::chrono::seconds(10)));
+  EXPECT_TRUE(Becomes([&] { return simulator->Totals().jobsAccepted == 1; }));
   EXPECT_NE(g_statusInCallback, -1);
 }
 
 TEST_F(ThreadsTest, ErrorCallbackMayQuery) {
   g_host->RegisterErrorCodeCallback([](int result, int code) {
     EXPECT_EQ(std::pair(result, code), std::pair(29, 319));
-    int status = -1;
-    EXPECT_EQ(g_host->GetPrinterStatus(&status), NUV_OK);
-    g_statusInCallback = status;
+    g_statusInCallback = Status();
   });
   std::map<std::string, std::string> reply;
   EXPECT_EQ(g_host->ExecuteCommand(319, {"1"}, reply), NUV_PRINTER_REFUSED);
@@ -203,9 +188,7 @@ TEST_F(ThreadsTest, PrintingInfoCallbackMayQueryAndSendAndClose) {
   ASSERT_EQ(Send(), NUV_OK);
   std::promise<void> closed;
   g_onPrintingInfo = [&] {
-    int status = -1;
-    EXPECT_EQ(g_host->GetPrinterStatus(&status), NUV_OK);
-    g_statusInCallback = status;
+    g_statusInCallback = Status();
     EXPECT_EQ(g_host->SendGCodeFile(L"/nowhere/x", nullptr), NUV_FILE_NOT_READABLE);
     EXPECT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1), NUV_OK);
     // As API_Close does it.

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,14 +22,20 @@ using Strings = std::vector<std::string>;
 
 inline constexpr char kZafelId[] = "3DPSNKG23WTW00001";
 
+// A payload behind the header that tells its length.
+inline std::string Frame(const std::string& payload) {
+  std::string header = "L105";
+  for (int shift = 0; shift < 32; shift += 8) {
+    header += static_cast<char>((payload.size() >> shift) & 0xFFU);
+  }
+  return header + payload;
+}
+
 // A print file held in memory.
 class FakePrintFiles final : public IPrintFileLibrary {
  public:
   bool LoadLibrary() override { return available; }
-  bool Load(const std::string&) override {
-    ++loads;
-    return accepts;
-  }
+  bool Load(const std::string&) override { return accepts; }
   void Close() override { ++closes; }
   std::string GetMachineID() override { return machineId; }
   std::string GetProjectID() override { return "P7"; }
@@ -63,7 +70,6 @@ class FakePrintFiles final : public IPrintFileLibrary {
   int32_t unreadable = -1;
   std::string key, preview, l101, l102, l103;
   const std::string* damaged = nullptr;  // the part of these that cannot be read
-  int loads = 0;
   int closes = 0;
 
  private:
@@ -108,14 +114,14 @@ class JobTest : public ::testing::Test {
 
   void HasFreeBuffer(int bytes) { printer.Always("F117", "F117 OK S:" + std::to_string(bytes)); }
   void WriteFile(const std::string& text) const { std::ofstream(path, std::ios::binary) << text; }
-  int32_t Send() {
-    return SendPrintFile(Context(), path.wstring(),
-                         [](float percent) { g_host.percents.push_back(percent); });
+  // A new printer, print file and host in place of those of the last job.
+  void StartAnew() {
+    printer = ScriptedChannel();
+    files = FakePrintFiles();
+    SetUp();
   }
-  int32_t SendCommands() {
-    return SendGCodeFile(Context(), path.wstring(),
-                         [](float percent) { g_host.percents.push_back(percent); });
-  }
+  int32_t Send() { return SendPrintFile(Context(), path.wstring(), Progress); }
+  int32_t SendCommands() { return SendGCodeFile(Context(), path.wstring(), Progress); }
   JobContext Context() { return {printer, clock, files, callbacks, state}; }
 
   ScriptedChannel printer;
@@ -124,7 +130,37 @@ class JobTest : public ::testing::Test {
   HostCallbacks callbacks;
   JobState state;
   std::filesystem::path path;
+
+ private:
+  static void Progress(float percent) { g_host.percents.push_back(percent); }
 };
+
+// What goes wrong in a row of a table.
+using Fault = std::function<void(JobTest&)>;
+inline Fault Silent(const std::string& code) {
+  return [=](JobTest& t) { t.printer.Always(code, ""); };
+}
+inline Fault Refused(const std::string& code) {
+  return [=](JobTest& t) { t.printer.Always(code, code + " NG S:1"); };
+}
+inline Fault FreeBuffer(int bytes) {
+  return [=](JobTest& t) { t.HasFreeBuffer(bytes); };
+}
+inline Fault WritesFailAfter(int blocks) {
+  return [=](JobTest& t) { t.printer.writesUntilFailure = blocks; };
+}
+inline Fault LostWithFreeBuffer(int bytes) {
+  return [=](JobTest& t) {
+    t.HasFreeBuffer(bytes);
+    t.printer.opens = false;
+  };
+}
+inline Fault CancelledFrom(int question) {
+  return [=](JobTest&) { g_host.cancelFrom = question; };
+}
+inline Fault Damaged(std::string FakePrintFiles::*part) {
+  return [=](JobTest& t) { t.files.damaged = &(t.files.*part); };
+}
 
 }  // namespace Nuv::Connect
 

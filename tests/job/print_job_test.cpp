@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "job/free_buffer.h"
 #include "job/machine_ids.h"
 #include "tests/job/job_fixture.h"
@@ -52,82 +54,76 @@ TEST_F(JobTest, AsksAgainAndReopensUntilTheLineFits) {
   EXPECT_THAT(g_host.errors, ElementsAre(std::pair(29, 117)));
 }
 
-// How a job ends before its data is through.
-TEST_F(JobTest, FailuresEndInTheirCode) {
-  struct Row {
-    const char* name;
-    std::function<void(JobTest&)> fault;
-    int32_t result;
-    const char* data;
-    int closes;
-  };
-  const Row rows[] = {
-      {"no NuvFile", [](JobTest& t) { t.files.available = false; }, NUV_NUVFILE_MISSING, "", 0},
-      {"refused file", [](JobTest& t) { t.files.accepts = false; }, NUV_FILE_NOT_READABLE, "", 0},
-      {"no sender", [](JobTest& t) { t.files.machineId = "3DPSNKGA3WTW00001"; }, NUV_NO_JOB_SENDER,
-       "", 1},
-      {"opening unanswered", [](JobTest& t) { t.printer.Always("F103", ""); }, NUV_FAILED, "", 0},
-      {"no buffer at the opening", [](JobTest& t) { t.HasFreeBuffer(0); }, NUV_NO_BUFFER_SPACE, "",
-       0},
-      {"write fails", [](JobTest& t) { t.printer.writesUntilFailure = 1; }, NUV_WRITE_FAILED,
-       "one\r\n", 1},
-      {"damaged line", [](JobTest& t) { t.files.unreadable = 1; }, NUV_FILE_NOT_READABLE, "one\r\n",
-       1},
-      {"lost while waiting",
-       [](JobTest& t) {
-         t.HasFreeBuffer(4);
-         t.printer.opens = false;
-       },
-       NUV_NO_BUFFER_SPACE, "", 1},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    printer = ScriptedChannel();
-    files = FakePrintFiles();
-    SetUp();
-    files.lines = {"one", "two"};
-    row.fault(*this);
-    EXPECT_EQ(Send(), row.result);
-    EXPECT_EQ(printer.Data(), row.data);
-    EXPECT_EQ(files.closes, row.closes);
-    EXPECT_EQ(state.linkFree, true);
-    for (const std::string& sent : printer.Wire()) EXPECT_NE(sent, "F104 S2\r\n");
-  }
-}
+struct EndRow {
+  const char* name;
+  Fault fault;
+  int32_t result;
+  const char* data;
+  int closes = 0;          // of the print file
+  bool abandoned = false;  // on the printer
+};
 
-TEST_F(JobTest, MissingFileIsNotLoaded) {
-  std::filesystem::remove(path);
-  EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE);
-  EXPECT_EQ(SendCommands(), NUV_FILE_NOT_READABLE);
-  EXPECT_EQ(files.loads, 0);
-  EXPECT_TRUE(printer.Wire().empty());
-}
+class JobEndTest : public JobTest {
+ public:
+  void ExpectEnds(const std::vector<EndRow>& rows, int32_t (JobTest::*send)()) {
+    for (const EndRow& row : rows) {
+      SCOPED_TRACE(row.name);
+      StartAnew();
+      files.lines = {"one", "two"};
+      WriteFile("G28\nG29\n");
+      row.fault(*this);
+      EXPECT_EQ((this->*send)(), row.result);
+      EXPECT_EQ(printer.Data(), row.data);
+      EXPECT_EQ(files.closes, row.closes);
+      EXPECT_TRUE(state.linkFree);
+      const Strings& wire = printer.Wire();
+      EXPECT_EQ(std::count(wire.begin(), wire.end(), "F104 S2\r\n"), row.abandoned ? 1 : 0);
+    }
+  }
+};
 
 // A cancel stops before the next line, and the printer is told; what was sent stays sent.
-TEST_F(JobTest, CancelledJobIsAbandoned) {
-  struct Row {
-    int cancelFrom;
-    const char* data;
-  };
-  // The last row cancels at the final question, behind the last line.
-  for (const Row& row : {Row{0, ""}, Row{1, "one\r\n"}, Row{3, "one\r\ntwo\r\nthree\r\n"}}) {
-    SCOPED_TRACE(row.cancelFrom);
-    printer = ScriptedChannel();
-    SetUp();
-    files.lines = {"one", "two", "three"};
-    g_host.cancelFrom = row.cancelFrom;
-    EXPECT_EQ(Send(), NUV_OK);
-    EXPECT_EQ(printer.Data(), row.data);
-    EXPECT_EQ(printer.Wire().back(), "F104 S2\r\n");
-  }
+TEST_F(JobEndTest, OfAPrintFile) {
+  const auto missing = [](JobTest& t) { std::filesystem::remove(t.path); };
+  const auto noLibrary = [](JobTest& t) { t.files.available = false; };
+  const auto refused = [](JobTest& t) { t.files.accepts = false; };
+  const auto foreign = [](JobTest& t) { t.files.machineId = "3DPSNKGA3WTW00001"; };
+  const auto noLines = [](JobTest& t) { t.files.lines.clear(); };
+  const auto badLine = [](JobTest& t) { t.files.unreadable = 1; };
+  ExpectEnds(
+      {
+          {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
+          {"no NuvFile", noLibrary, NUV_NUVFILE_MISSING, ""},
+          {"refused file", refused, NUV_FILE_NOT_READABLE, ""},
+          {"no sender", foreign, NUV_NO_JOB_SENDER, "", 1},
+          {"opening unanswered", Silent("F103"), NUV_FAILED, ""},
+          {"no buffer at the opening", FreeBuffer(0), NUV_NO_BUFFER_SPACE, ""},
+          {"lost while waiting", LostWithFreeBuffer(4), NUV_NO_BUFFER_SPACE, "", 1},
+          {"write fails", WritesFailAfter(1), NUV_WRITE_FAILED, "one\r\n", 1},
+          {"damaged line", badLine, NUV_FILE_NOT_READABLE, "one\r\n", 1},
+          {"no lines", noLines, NUV_OK, "", 1},
+          {"cancelled at once", CancelledFrom(0), NUV_OK, "", 1, true},
+          {"cancelled", CancelledFrom(1), NUV_OK, "one\r\n", 1, true},
+          {"cancelled behind the last line", CancelledFrom(2), NUV_OK, "one\r\ntwo\r\n", 1, true},
+      },
+      &JobTest::Send);
 }
 
-TEST_F(JobTest, EmptyModelSendsNothingButAsksOnce) {
-  g_host.cancelFrom = 1000;
-  EXPECT_EQ(Send(), NUV_OK);
-  EXPECT_EQ(printer.Blocks(), 0U);
-  EXPECT_EQ(g_host.asked, 1);
-  EXPECT_EQ(g_host.starts, 1);
+TEST_F(JobEndTest, OfACommandFile) {
+  const auto missing = [](JobTest& t) { std::filesystem::remove(t.path); };
+  const auto folder = [](JobTest& t) { t.path = ::testing::TempDir(); };
+  const auto empty = [](JobTest& t) { t.WriteFile(""); };
+  ExpectEnds(
+      {
+          {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
+          {"a folder", folder, NUV_FILE_NOT_READABLE, ""},
+          {"empty file", empty, NUV_OK, ""},
+          {"cancelled", CancelledFrom(1), NUV_OK, "G28\r\n"},
+          {"write fails", WritesFailAfter(0), NUV_WRITE_FAILED, ""},
+          // Line ends are not counted: three free bytes take a line of three.
+          {"fits exactly, then lost", LostWithFreeBuffer(3), NUV_NO_BUFFER_SPACE, "G28\r\n"},
+      },
+      &JobTest::SendCommands);
 }
 
 TEST_F(JobTest, MalformedBufferFigureLeavesTheLinkFree) {
@@ -155,70 +151,30 @@ TEST_F(JobTest, CommandTextGoesOutLineByLine) {
                                           std::pair(20, 20)));
   EXPECT_EQ(g_host.percents.back(), 100.0F);
   EXPECT_EQ(clock.SleptMs(), 400);
-  EXPECT_EQ(files.loads, 0);
-}
-
-TEST_F(JobTest, CommandTextFailuresAndCancel) {
-  struct Row {
-    const char* name;
-    std::function<void(JobTest&)> fault;
-    int32_t result;
-    const char* data;
-  };
-  const Row rows[] = {
-      {"empty file", [](JobTest& t) { t.WriteFile(""); }, NUV_OK, ""},
-      {"a folder", [](JobTest& t) { t.path = ::testing::TempDir(); }, NUV_FILE_NOT_READABLE, ""},
-      {"cancelled", [](JobTest&) { g_host.cancelFrom = 1; }, NUV_OK, "G28\r\n"},
-      {"write fails", [](JobTest& t) { t.printer.writesUntilFailure = 0; }, NUV_WRITE_FAILED, ""},
-      // Line ends are not counted: three free bytes take a line of three.
-      {"fits exactly, then lost",
-       [](JobTest& t) {
-         t.HasFreeBuffer(3);
-         t.printer.opens = false;
-       },
-       NUV_NO_BUFFER_SPACE, "G28\r\n"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    printer = ScriptedChannel();
-    SetUp();
-    WriteFile("G28\nG29\n");
-    row.fault(*this);
-    EXPECT_EQ(SendCommands(), row.result);
-    EXPECT_EQ(printer.Data(), row.data);
-    for (const std::string& sent : printer.Wire()) EXPECT_NE(sent, "F104 S2\r\n");
-  }
 }
 
 TEST_F(JobTest, MachineIdDecidesFamilyAndBufferQuery) {
-  struct Row {
-    const char* id;
+  const struct {
+    std::string models;  // the character of each in the middle of the ID
     PrinterFamily family;
     const char* query;
-  };
-  const Row rows[] = {
-      {"3DPSNKG23WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKG13WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKG33WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKG53WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKG73WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKG83WTW00001", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"3DPSNKGB3WTW00001", PrinterFamily::kBego, "F117\r\n"},
-      {"3DPSNKG43WTW00001", PrinterFamily::kAndroid, "F503\r\n"},
-      {"3DPSNKG93WTW00001", PrinterFamily::kAndroid, "F503\r\n"},
-      {"3DPSNKGC3WTW00001", PrinterFamily::kAndroid, "F503\r\n"},
-      {"3DPSNKGA3WTW00001", PrinterFamily::kUnknown, "F117\r\n"},
-      {"3dpsnkg23wtw00001", PrinterFamily::kUnknown, "F117\r\n"},
-      {"", PrinterFamily::kUnknown, "F117\r\n"},
+  } kRows[] = {
+      {"213578", PrinterFamily::kZafelSuperfine, "F117\r\n"},
+      {"B", PrinterFamily::kBego, "F117\r\n"},
+      {"49C", PrinterFamily::kAndroid, "F503\r\n"},
+      {"A6c", PrinterFamily::kUnknown, "F117\r\n"},
   };
   printer.Always("F503", "F503 OK S:7");
   HasFreeBuffer(7);
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.id);
-    EXPECT_EQ(FamilyOf(row.id), row.family);
-    EXPECT_EQ(QueryFreeBufferSize(Context(), row.id), 7U);
-    EXPECT_EQ(printer.Wire().back(), row.query);
+  for (const auto& row : kRows) {
+    for (const char model : row.models) {
+      const std::string id = std::string("3DPSNKG") + model + "3WTW00001";
+      EXPECT_EQ(FamilyOf(id), row.family) << id;
+      EXPECT_EQ(QueryFreeBufferSize(Context(), id), 7U) << id;
+      EXPECT_EQ(printer.Wire().back(), row.query) << id;
+    }
   }
+  EXPECT_EQ(FamilyOf(""), PrinterFamily::kUnknown);
   HasFreeBuffer(-5);
   EXPECT_EQ(QueryFreeBufferSize(Context(), kZafelId), 0U);
 }

@@ -269,14 +269,5 @@ TEST_F(StatusHandlerTest, ClosingInTheCallbackDoesNotWaitForItself) {
   EXPECT_EQ(g_told.size(), 1U);
 }
 
-TEST_F(StatusHandlerTest, RegistrationAfterClosingStartsNothingThatStays) {
-  ::testing::internal::CaptureStdout();
-  state->closing.Raise();
-  EXPECT_TRUE(handler->Start(Told, 1000));
-  handler.reset();
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), kExitLine);
-  EXPECT_THAT(channel->Wire(), IsEmpty());
-}
-
 }  // namespace
 }  // namespace Nuv::Connect

@@ -22,58 +22,41 @@ class ApiTest : public FolderTest {
     return text;
   }
 
-  uint64_t OffsetOf(const std::string& bytes) {
-    const std::vector<uint8_t> file = ReadBytes(Path("a.nuv"));
-    return std::string(file.begin(), file.end()).find(bytes);
-  }
+  uint64_t OffsetOf(const std::string& bytes) { return Text(ReadBytes(Path("a.nuv"))).find(bytes); }
 };
 
 using TextFunction = int (*)(char*, int);
 using BinaryFunction = int (*)(unsigned char*, int);
 
-struct TextCase {
-  TextFunction function;
-  std::string text;
-};
-
-TEST_F(ApiTest, TextsAreCopiedOnlyWithRoomForTheNul) {
-  ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
-  const TextCase cases[] = {
-      {GetMachineID, "3DPSNKG43WTW00001"},
-      {GetProjectID, "project-7"},
-      {GetMaterialID, "resin grey"},
-      {GetFileArguments, "job_name=crown=left\nlayer_thickness_mm=0.05\nlayers=7\n"}};
-  for (const auto& [function, text] : cases) {
-    const int length = static_cast<int>(text.size());
-    EXPECT_EQ(function(nullptr, 0), length);
-    std::string buffer(text.size() + 1, '#');
-    const std::string untouched = buffer;
-    EXPECT_EQ(function(buffer.data(), -1), length);
-    EXPECT_EQ(function(buffer.data(), length), length);
-    EXPECT_EQ(buffer, untouched);
-    EXPECT_EQ(function(buffer.data(), length + 1), length);
-    EXPECT_STREQ(buffer.c_str(), text.c_str());
-  }
+// `function` copies `content` into exactly the room it needs, with `end` behind it, and nothing
+// into less. The buffer has a byte more than the content.
+template <class Char>
+void ExpectCopied(int (*function)(Char*, int), const std::string& content, char end) {
+  const int length = static_cast<int>(content.size());
+  const int needed = end == '\0' ? length + 1 : length;
+  const std::string untouched(content.size() + 1, '#');
+  std::string buffer = untouched;
+  const auto bytes = reinterpret_cast<Char*>(buffer.data());
+  EXPECT_EQ(function(nullptr, 0), length);
+  for (const int room : {-1, needed - 1}) EXPECT_EQ(function(bytes, room), length);
+  EXPECT_EQ(buffer, untouched);
+  EXPECT_EQ(function(bytes, needed), length);
+  EXPECT_EQ(buffer, content + end);
 }
 
-TEST_F(ApiTest, BinariesAreCopiedWhenTheyFitExactly) {
+TEST_F(ApiTest, PartsAreCopiedWhenTheyFit) {
   ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
   const PrintFileContents contents = SampleContents();
-  const std::pair<BinaryFunction, std::vector<uint8_t>> cases[] = {{GetAESkey, contents.aes_key},
-                                                                   {ReadL101, contents.l101},
-                                                                   {ReadL102, contents.l102},
-                                                                   {ReadL103, contents.l103},
-                                                                   {ReadPreImg, contents.preview}};
-  for (const auto& [function, bytes] : cases) {
-    const int length = static_cast<int>(bytes.size());
-    EXPECT_EQ(function(nullptr, 0), length);
-    std::vector<uint8_t> buffer(bytes.size(), '#');
-    const std::vector<uint8_t> untouched = buffer;
-    EXPECT_EQ(function(buffer.data(), length - 1), length);
-    EXPECT_EQ(buffer, untouched);
-    EXPECT_EQ(function(buffer.data(), length), length);
-    EXPECT_EQ(buffer, bytes);
-  }
+  const std::string arguments = "job_name=crown=left\nlayer_thickness_mm=0.05\nlayers=7\n";
+  ExpectCopied(GetMachineID, contents.machine_id, '\0');
+  ExpectCopied(GetProjectID, contents.project_id, '\0');
+  ExpectCopied(GetMaterialID, contents.material_id, '\0');
+  ExpectCopied(GetFileArguments, arguments, '\0');
+  ExpectCopied(GetAESkey, Text(contents.aes_key), '#');
+  ExpectCopied(ReadL101, Text(contents.l101), '#');
+  ExpectCopied(ReadL102, Text(contents.l102), '#');
+  ExpectCopied(ReadL103, Text(contents.l103), '#');
+  ExpectCopied(ReadPreImg, Text(contents.preview), '#');
 }
 
 TEST_F(ApiTest, LayersAreTheDataLines) {
@@ -85,7 +68,10 @@ TEST_F(ApiTest, LayersAreTheDataLines) {
   EXPECT_EQ(ReadLayer(0, buffer, 8, 0.0F), 8);
   EXPECT_EQ(std::memcmp(buffer, "L0 first#", 8), 0);
   EXPECT_EQ(ReadLayer(1, nullptr, 0, 0.0F), 0);
-  EXPECT_EQ(ReadLayer(6, buffer, 64, 1.5F), 0);
+  for (int i = 0; i < 7; ++i) {
+    const int length = ReadLayer(i, buffer, 64, 1.5F);
+    EXPECT_EQ(std::string(buffer, buffer + length), SampleLines()[static_cast<size_t>(i)]);
+  }
   for (const int index : {-1, 7, 0x7FFFFFFF, -0x7FFFFFFF - 1}) {
     EXPECT_EQ(ReadLayer(index, buffer, 64, 0.0F), NUVFILE_INDEX_OUT_OF_RANGE) << index;
   }
@@ -119,21 +105,19 @@ TEST_F(ApiTest, FailedLoadClosesTheEarlierFileAndIsExplained) {
 
 TEST_F(ApiTest, DamageAfterLoadIsAReadError) {
   unsigned char buffer[64];
-  struct Row {
+  const struct {
     const char* old_bytes;
     const char* new_bytes;
     std::function<int()> read;
-  };
-  const Row rows[] = {
+  } kRows[] = {
       {"FA1", "F11", [&] { return ReadLayer(4, buffer, 64, 0.0F); }},
       {"last line", "last\nline", [&] { return ReadLayer(5, buffer, 64, 0.0F); }},
-      {"de", "dx", [&] { return ReadL103(buffer, 64); }},
+      {"cde", "cdx", [&] { return ReadL103(buffer, 64); }},
   };
-  const uint64_t record = OffsetOf("cde") + 1;
-  for (const Row& row : rows) {
+  for (const auto& row : kRows) {
     ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
     ASSERT_GE(row.read(), 0);
-    const uint64_t offset = row.old_bytes[0] == 'd' ? record : OffsetOf(row.old_bytes);
+    const uint64_t offset = OffsetOf(row.old_bytes);
     Overwrite("a.nuv", offset, row.new_bytes);
     EXPECT_EQ(row.read(), NUVFILE_READ_ERROR) << row.old_bytes;
     EXPECT_NE(LastError(), "");

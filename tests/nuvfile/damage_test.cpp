@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <functional>
-#include <random>
 
 #include "header.h"
 #include "repair_checksums.h"
@@ -16,38 +15,32 @@ constexpr size_t kOffset = 8;
 constexpr size_t kLength = 16;
 
 // The bytes of a print file, with verbs to spoil them.
-class Image {
- public:
-  explicit Image(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
-
+struct Image {
   size_t EntryAt(Section section, size_t field) const {
     return kFixedHeaderSize + static_cast<size_t>(section) * kTableEntrySize + field;
   }
   uint64_t Get(Section section, size_t field) const {
-    return LoadU64(&bytes_[EntryAt(section, field)]);
+    return LoadU64(&bytes[EntryAt(section, field)]);
   }
   void Set(Section section, size_t field, uint64_t value) {
-    SetU64(EntryAt(section, field), value);
+    StoreU64(&bytes[EntryAt(section, field)], value);
   }
-  void SetU64(size_t offset, uint64_t value) { StoreU64(&bytes_[offset], value); }
-  void SetByte(size_t offset, uint8_t value) { bytes_[offset] = value; }
   // Byte `at` of the content of `section`.
   void SetContent(Section section, size_t at, char value) {
-    bytes_[Get(section, kOffset) + at] = static_cast<uint8_t>(value);
+    bytes[Get(section, kOffset) + at] = static_cast<uint8_t>(value);
   }
   void SetIndexEntry(size_t number, uint64_t value) {
-    SetU64(Get(Section::kIndex, kOffset) + number * kIndexEntrySize, value);
+    StoreU64(&bytes[Get(Section::kIndex, kOffset) + number * kIndexEntrySize], value);
   }
-
-  std::vector<uint8_t>& bytes() { return bytes_; }
 
   Status Open() const {
     std::unique_ptr<PrintFile> file;
-    return PrintFile::Open(std::make_unique<MemorySource>(bytes_), &file);
+    return PrintFile::Open(std::make_unique<MemorySource>(bytes), &file);
   }
+  // Whether the fuzz target, which makes the checksums right too, finds no broken promise.
+  bool HoldsInFuzzTarget() const { return LLVMFuzzerTestOneInput(bytes.data(), bytes.size()) == 0; }
 
- private:
-  std::vector<uint8_t> bytes_;
+  std::vector<uint8_t> bytes;
 };
 
 class DamageTest : public FolderTest {
@@ -55,7 +48,7 @@ class DamageTest : public FolderTest {
   Image MakeImage(const std::vector<std::string>& lines) {
     const Status status = WritePrintFile(Path("good.nuv"), SampleContents(), LinesOf(lines));
     EXPECT_TRUE(status.ok()) << status.message();
-    return Image(ReadBytes(Path("good.nuv")));
+    return {ReadBytes(Path("good.nuv"))};
   }
   Image MakeImage() { return MakeImage(SampleLines()); }
 };
@@ -63,21 +56,26 @@ class DamageTest : public FolderTest {
 TEST_F(DamageTest, EveryChangedByteIsRefused) {
   Image image = MakeImage();
   ASSERT_TRUE(image.Open().ok());
-  for (size_t i = 0; i < image.bytes().size(); ++i) {
-    image.bytes()[i] ^= 0x10;
-    EXPECT_FALSE(image.Open().ok()) << "byte " << i;
-    image.bytes()[i] ^= 0x10;
+  for (size_t i = 0; i < image.bytes.size(); ++i) {
+    const uint8_t good = image.bytes[i];
+    for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
+      image.bytes[i] = static_cast<uint8_t>(good ^ change);
+      EXPECT_FALSE(image.Open().ok()) << "byte " << i;
+      EXPECT_TRUE(image.HoldsInFuzzTarget());
+    }
+    image.bytes[i] = good;
   }
 }
 
 TEST_F(DamageTest, EveryOtherLengthOfTheFileIsRefused) {
   const Image good = MakeImage();
-  for (Image image = good; !image.bytes().empty();) {
-    image.bytes().pop_back();
-    EXPECT_FALSE(image.Open().ok()) << "cut to " << image.bytes().size();
+  for (Image image = good; !image.bytes.empty();) {
+    image.bytes.pop_back();
+    EXPECT_FALSE(image.Open().ok()) << "cut to " << image.bytes.size();
+    EXPECT_TRUE(image.HoldsInFuzzTarget());
   }
   Image longer = good;
-  longer.bytes().push_back(0);
+  longer.bytes.push_back(0);
   EXPECT_EQ(longer.Open().fault(), Fault::kBadHeader);
 }
 
@@ -92,26 +90,25 @@ TEST_F(DamageTest, ChecksumFaultNamesTheSection) {
   }
 }
 
-struct HostileRow {
+// All with right checksums. The sample has 7 lines, 42 bytes of model data and
+// 53 of arguments.
+const struct {
   const char* name;
   std::function<void(Image&)> spoil;
   Fault fault;
   const char* message;  // a part of it
-};
-
-// All with right checksums. The sample has 7 lines and 42 bytes of model data.
-const HostileRow kHostileRows[] = {
-    {"magic", [](Image& i) { i.SetByte(1, 'n'); }, Fault::kNotPrintFile, "not a print file"},
-    {"version", [](Image& i) { i.SetByte(8, 2); }, Fault::kUnknownVersion, "expected 1, found 2"},
-    {"section count", [](Image& i) { i.SetByte(12, 10); }, Fault::kBadHeader,
+} kHostileRows[] = {
+    {"magic", [](Image& i) { i.bytes[1] = 'n'; }, Fault::kNotPrintFile, "not a print file"},
+    {"version", [](Image& i) { i.bytes[8] = 2; }, Fault::kUnknownVersion, "expected 1, found 2"},
+    {"section count", [](Image& i) { i.bytes[12] = 10; }, Fault::kBadHeader,
      "expected 11, found 10"},
-    {"file size", [](Image& i) { i.SetByte(17, 9); }, Fault::kBadHeader, "cut short"},
-    {"line count", [](Image& i) { i.SetU64(24, 8); }, Fault::kBadHeader,
+    {"file size", [](Image& i) { i.bytes[17] = 9; }, Fault::kBadHeader, "cut short"},
+    {"line count", [](Image& i) { StoreU64(&i.bytes[24], 8); }, Fault::kBadHeader,
      "INDX: length for 8 lines: expected 72, found 64"},
-    {"line count that wraps", [](Image& i) { i.SetU64(24, (uint64_t{1} << 61) + 7); },
+    {"line count that wraps", [](Image& i) { StoreU64(&i.bytes[24], (uint64_t{1} << 61) + 7); },
      Fault::kTooLarge, "data lines"},
-    {"reserved", [](Image& i) { i.SetByte(32, 1); }, Fault::kBadHeader, "reserved"},
-    {"tag", [](Image& i) { i.SetByte(i.EntryAt(Section::kData, 0), 'X'); }, Fault::kBadHeader,
+    {"reserved", [](Image& i) { i.bytes[32] = 1; }, Fault::kBadHeader, "reserved"},
+    {"tag", [](Image& i) { i.bytes[i.EntryAt(Section::kData, 0)] = 'X'; }, Fault::kBadHeader,
      "entry 9 of the section table is not DATA"},
     {"overlap", [](Image& i) { i.Set(Section::kData, kOffset, i.Get(Section::kPreview, kOffset)); },
      Fault::kBadHeader, "DATA: offset"},
@@ -140,21 +137,11 @@ const HostileRow kHostileRows[] = {
      "entry 7: expected the length of the data, 42, found 43"},
     {"machine ID", [](Image& i) { i.SetContent(Section::kMachineId, 3, '-'); }, Fault::kBadText,
      "machine ID"},
-    {"project ID", [](Image& i) { i.SetContent(Section::kProjectId, 0, '\x1b'); }, Fault::kBadText,
-     "project ID"},
-    {"material ID", [](Image& i) { i.SetContent(Section::kMaterialId, 0, '\n'); }, Fault::kBadText,
-     "material ID"},
     {"argument without =", [](Image& i) { i.SetContent(Section::kArguments, 8, '\n'); },
      Fault::kBadText, "expected name=value, found 'job_name'"},
-    {"argument number",
-     [](Image& i) {
-       i.SetContent(Section::kArguments, i.Get(Section::kArguments, kLength) - 2, 'x');
-     },
+    {"argument number", [](Image& i) { i.SetContent(Section::kArguments, 51, 'x'); },
      Fault::kBadText, "argument layers: expected a whole number"},
-    {"arguments without the last LF",
-     [](Image& i) {
-       i.SetContent(Section::kArguments, i.Get(Section::kArguments, kLength) - 1, '0');
-     },
+    {"arguments without the last LF", [](Image& i) { i.SetContent(Section::kArguments, 52, '0'); },
      Fault::kBadText, "expected LF at the end"},
     {"CR in a line", [](Image& i) { i.SetContent(Section::kData, 4, '\r'); }, Fault::kBadLine,
      "data line 1: expected no line end inside the line, found CR"},
@@ -165,10 +152,10 @@ const HostileRow kHostileRows[] = {
 };
 
 TEST_F(DamageTest, HostileFilesAreRefusedAndTheFaultNamed) {
-  for (const HostileRow& row : kHostileRows) {
+  for (const auto& row : kHostileRows) {
     Image image = MakeImage();
     row.spoil(image);
-    RepairChecksums(&image.bytes());
+    RepairChecksums(&image.bytes);
     const Status status = image.Open();
     EXPECT_EQ(status.fault(), row.fault) << row.name << ": " << status.message();
     EXPECT_NE(status.message().find(row.message), std::string::npos)
@@ -179,7 +166,7 @@ TEST_F(DamageTest, HostileFilesAreRefusedAndTheFaultNamed) {
 TEST_F(DamageTest, LineOver16MiBIsRefusedByItsIndexEntry) {
   Image image = MakeImage({std::string(9 << 20, 'a'), std::string(9 << 20, 'b')});
   image.SetIndexEntry(1, 18 << 20);
-  RepairChecksums(&image.bytes());
+  RepairChecksums(&image.bytes);
   EXPECT_EQ(image.Open().fault(), Fault::kBadIndex);
 }
 
@@ -191,43 +178,13 @@ TEST_F(DamageTest, CommandAndLineEndAreSeenAroundTheEndsOfChunks) {
     ASSERT_TRUE(image.Open().ok());
     Image command = image;
     command.SetContent(Section::kData, begin + 1, 'F');
-    RepairChecksums(&command.bytes());
+    RepairChecksums(&command.bytes);
     EXPECT_NE(command.Open().message().find("data line 3 begins with 'F1'"), std::string::npos)
         << begin << command.Open().message();
     image.SetContent(Section::kData, begin + 3, '\r');
-    RepairChecksums(&image.bytes());
+    RepairChecksums(&image.bytes);
     EXPECT_NE(image.Open().message().find("data line 4: "), std::string::npos)
         << begin << image.Open().message();
-  }
-}
-
-TEST_F(DamageTest, FuzzTargetHoldsOnHeaderBytesAndSectionBoundaries) {
-  const Image good = MakeImage();
-  std::vector<uint8_t> bytes = Image(good).bytes();
-  for (size_t i = 0; i < kHeaderSize; ++i) {
-    for (const int change : {0x01, 0x80, 0xFF}) {
-      bytes[i] ^= static_cast<uint8_t>(change);
-      EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), bytes.size()), 0);
-      bytes[i] ^= static_cast<uint8_t>(change);
-    }
-  }
-  for (size_t i = 0; i < kSectionCount; ++i) {
-    const uint64_t boundary = good.Get(static_cast<Section>(i), kOffset);
-    for (const uint64_t size : {boundary - 1, boundary, boundary + 1}) {
-      EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), size), 0);
-    }
-  }
-}
-
-TEST_F(DamageTest, FuzzTargetHoldsOnRandomChanges) {
-  const std::vector<uint8_t> good = MakeImage().bytes();
-  std::mt19937 random(20240607);
-  for (int round = 0; round < 3000; ++round) {
-    std::vector<uint8_t> bytes = good;
-    for (unsigned n = 1 + random() % 4; n > 0; --n) {
-      bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
-    }
-    EXPECT_EQ(LLVMFuzzerTestOneInput(bytes.data(), bytes.size()), 0);
   }
 }
 

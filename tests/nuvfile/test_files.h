@@ -78,6 +78,8 @@ inline std::vector<uint8_t> ReadBytes(const std::string& path) {
   return bytes;
 }
 
+inline std::string Text(const std::vector<uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+
 inline std::string LineText(PrintFile& file, uint64_t index) {
   std::string text(1000, '\0');
   size_t length = 0;

@@ -10,10 +10,10 @@ namespace {
 class ToolTest : public FolderTest {
  protected:
   // Runs the tool in the test's folder and returns its exit code.
-  int Run(const std::string& arguments, const std::string& before = "") {
+  int Run(const std::string& arguments) {
     const std::filesystem::path folder = std::filesystem::current_path();
     std::filesystem::current_path(Path(""));
-    const std::string command = before + "\"" NUVFILE_TOOL "\" " + arguments + " > output 2>&1";
+    const std::string command = "\"" NUVFILE_TOOL "\" " + arguments + " > output 2>&1";
 #if defined(_WIN32)
     // Its shell takes the outermost quotes away.
     const int result = std::system(("\"" + command + "\"").c_str());
@@ -24,10 +24,7 @@ class ToolTest : public FolderTest {
     return result;
   }
 
-  std::string Output() const {
-    const std::vector<uint8_t> bytes = ReadBytes(Path("output"));
-    return {bytes.begin(), bytes.end()};
-  }
+  std::string Output() const { return Text(ReadBytes(Path("output"))); }
 };
 
 TEST_F(ToolTest, CreatedFileIsShownAndVerified) {
@@ -58,8 +55,7 @@ TEST_F(ToolTest, RecordsAreFramedByTheirNameAndLength) {
   WriteText("r3", std::string(300, 'x'));
   ASSERT_EQ(Run("create --machine-id 3DPSNKG43WTW00001 --l101 r1 --l103 r3 lines.txt out.nuv"), 0)
       << Output();
-  const std::vector<uint8_t> file = ReadBytes(Path("out.nuv"));
-  const std::string bytes(file.begin(), file.end());
+  const std::string bytes = Text(ReadBytes(Path("out.nuv")));
   EXPECT_NE(bytes.find(std::string("L101\5\0\0\0first", 13) + std::string("L103\x2c\1\0\0", 8) +
                        std::string(300, 'x')),
             std::string::npos);

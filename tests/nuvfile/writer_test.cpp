@@ -1,4 +1,4 @@
-#include <map>
+#include <functional>
 #include <random>
 
 #include "nuvfile/text_lines.h"
@@ -19,46 +19,26 @@ class WriterTest : public FolderTest {
   }
 };
 
-TEST_F(WriterTest, WhatIsWrittenIsRead) {
-  const PrintFileContents contents = SampleContents();
-  const auto file = WriteAndOpen(contents, SampleLines());
-  ASSERT_TRUE(file);
-  EXPECT_EQ(file->machine_id(), contents.machine_id);
-  EXPECT_EQ(file->project_id(), contents.project_id);
-  EXPECT_EQ(file->material_id(), contents.material_id);
-  EXPECT_EQ(file->arguments_text(), "job_name=crown=left\nlayer_thickness_mm=0.05\nlayers=7\n");
-  EXPECT_EQ(file->model_bytes(), 42u);
-  ASSERT_EQ(file->line_count(), SampleLines().size());
-  for (size_t i = 0; i < SampleLines().size(); ++i) {
-    EXPECT_EQ(LineText(*file, i), SampleLines()[i]);
+TEST_F(WriterTest, ArgumentsTellTheLayers) {
+  const struct {
+    std::vector<Argument> given;
+    std::vector<std::string> lines;
+    const char* text;
+  } kRows[] = {
+      {{}, {}, "layers=0\n"},
+      {{{"a", "x=y"}}, {"1", "2"}, "a=x=y\nlayers=2\n"},
+      {{{"layers", "3"}, {"vendor.note", ""}}, {"1"}, "layers=3\nvendor.note=\n"},
+  };
+  for (const auto& row : kRows) {
+    PrintFileContents contents;  // without any record
+    contents.machine_id = "3DPSNKG23WTW00001";
+    contents.arguments = row.given;
+    const auto file = WriteAndOpen(contents, row.lines);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->arguments_text(), row.text);
+    EXPECT_EQ(file->line_count(), row.lines.size());
+    EXPECT_EQ(file->model_bytes(), row.lines.size());
   }
-  const std::map<Section, std::vector<uint8_t>> records = {{Section::kAesKey, contents.aes_key},
-                                                           {Section::kL101, contents.l101},
-                                                           {Section::kL102, contents.l102},
-                                                           {Section::kL103, contents.l103},
-                                                           {Section::kPreview, contents.preview}};
-  for (const auto& [section, bytes] : records) {
-    std::vector<uint8_t> read(bytes.size());
-    size_t length = 0;
-    EXPECT_TRUE(file->ReadSection(section, read.data(), read.size(), &length).ok());
-    EXPECT_EQ(read, bytes) << SectionTag(section);
-  }
-}
-
-TEST_F(WriterTest, FileWithoutLinesOrRecordsIsLegal) {
-  PrintFileContents contents;
-  contents.machine_id = "3DPSNKG23WTW00001";
-  const auto file = WriteAndOpen(contents, {});
-  ASSERT_TRUE(file);
-  EXPECT_EQ(file->line_count(), 0u);
-  EXPECT_EQ(file->model_bytes(), 0u);
-  EXPECT_EQ(file->arguments_text(), "layers=0\n");
-}
-
-TEST_F(WriterTest, GivenLayersAreKept) {
-  PrintFileContents contents = SampleContents();
-  contents.arguments = {{"layers", "3"}, {"vendor.note", ""}};
-  EXPECT_EQ(WriteAndOpen(contents, {"a"})->arguments_text(), "layers=3\nvendor.note=\n");
 }
 
 // Enough lines that index and data cross their read buffers many times.
@@ -73,109 +53,50 @@ TEST_F(WriterTest, ManyLinesOfManyLengthsAreReadInAnyOrder) {
   for (size_t i = lines.size(); i-- > 0;) ASSERT_EQ(LineText(*file, i), lines[i]) << i;
 }
 
-class CountingSource final : public ByteSource {
- public:
-  CountingSource(std::vector<uint8_t> bytes, int* reads)
-      : inner_(std::move(bytes)), reads_(reads) {}
-  uint64_t Size() const override { return inner_.Size(); }
-  Status ReadAt(uint64_t offset, uint8_t* buffer, size_t length) override {
-    ++*reads_;
-    return inner_.ReadAt(offset, buffer, length);
-  }
-
- private:
-  MemorySource inner_;
-  int* reads_;
-};
-
-TEST_F(WriterTest, ALineCostsTwoReadsWhereverItLies) {
-  const std::vector<std::string> lines(20000, "some line");
-  ASSERT_TRUE(WriteAndOpen(SampleContents(), lines));
-  int reads = 0;
-  std::unique_ptr<PrintFile> file;
-  auto source = std::make_unique<CountingSource>(ReadBytes(Path("a.nuv")), &reads);
-  ASSERT_TRUE(PrintFile::Open(std::move(source), &file).ok());
-  for (const uint64_t index : {0u, 10000u, 19999u}) {
-    reads = 0;
-    EXPECT_EQ(LineText(*file, index), "some line");
-    EXPECT_EQ(reads, 2) << index;
-  }
-}
-
-struct RefusedRow {
-  const char* name;
-  std::function<void(PrintFileContents&, std::vector<std::string>&)> spoil;
-  Fault fault;
-  const char* message;
-};
-
 using Contents = PrintFileContents;
 using Lines = std::vector<std::string>;
-const RefusedRow kRefusedRows[] = {
+using Spoil = std::function<void(Contents&, Lines&)>;
+
+Spoil Arguments(const std::vector<Argument>& arguments) {
+  return [=](Contents& c, Lines&) { c.arguments = arguments; };
+}
+Spoil Line(size_t index, const std::string& line) {
+  return [=](Contents&, Lines& l) { l[index] = line; };
+}
+
+const struct {
+  const char* name;
+  Spoil spoil;
+  Fault fault;
+  const char* message;  // a part of it
+} kRefusedRows[] = {
     {"short machine ID", [](Contents& c, Lines&) { c.machine_id.pop_back(); }, Fault::kBadText,
      "(16 bytes)"},
     {"long project ID", [](Contents& c, Lines&) { c.project_id.assign(256, 'p'); }, Fault::kBadText,
      "project ID: expected at most 255 bytes, found 256"},
     {"tab in the material ID", [](Contents& c, Lines&) { c.material_id = "a\tb"; }, Fault::kBadText,
      "found 'a?b'"},
-    {"not a number",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"resin_ml", "12,5"}};
-     },
-     Fault::kBadText, "argument resin_ml"},
-    {"number and more",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"lift_mm", "5 mm"}};
-     },
-     Fault::kBadText, "argument lift_mm"},
-    {"infinite",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"exposure_s", "inf"}};
-     },
-     Fault::kBadText, "argument exposure_s"},
-    {"negative",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"print_minutes", "-1"}};
-     },
-     Fault::kBadText, "argument print_minutes"},
-    {"empty number",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"lift_mm_s", ""}};
-     },
-     Fault::kBadText, "argument lift_mm_s"},
-    {"part of a layer",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"layers", "1.5"}};
-     },
-     Fault::kBadText, "argument layers"},
-    {"twice",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"a", "1"}, {"a", "1"}};
-     },
-     Fault::kBadText, "more than once"},
-    {"name",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"a b", "1"}};
-     },
-     Fault::kBadText, "argument name 'a b'"},
-    {"LF in a value",
-     [](Contents& c, Lines&) {
-       c.arguments = {{"a", "1\nb=2"}};
-     },
-     Fault::kBadText, "control characters"},
+    {"not a number", Arguments({{"resin_ml", "12,5"}}), Fault::kBadText, "argument resin_ml"},
+    {"number and more", Arguments({{"lift_mm", "5 mm"}}), Fault::kBadText, "argument lift_mm"},
+    {"infinite", Arguments({{"exposure_s", "inf"}}), Fault::kBadText, "argument exposure_s"},
+    {"negative", Arguments({{"print_minutes", "-1"}}), Fault::kBadText, "argument print_minutes"},
+    {"empty number", Arguments({{"lift_mm_s", ""}}), Fault::kBadText, "argument lift_mm_s"},
+    {"part of a layer", Arguments({{"layers", "1.5"}}), Fault::kBadText, "argument layers"},
+    {"twice", Arguments({{"a", "1"}, {"a", "1"}}), Fault::kBadText, "more than once"},
+    {"name", Arguments({{"a b", "1"}}), Fault::kBadText, "argument name 'a b'"},
+    {"LF in a value", Arguments({{"a", "1\nb=2"}}), Fault::kBadText, "control characters"},
     {"key", [](Contents& c, Lines&) { c.aes_key.resize(4097); }, Fault::kTooLarge,
      "key: expected at most 4096 bytes"},
-    {"command", [](Contents&, Lines& l) { l[2] = "F104 S2"; }, Fault::kBadLine,
-     "data line 3 begins with 'F1'"},
-    {"CR", [](Contents&, Lines& l) { l[1] = "a\rb"; }, Fault::kBadLine, "data line 2"},
-    {"LF", [](Contents&, Lines& l) { l[0] = "\n"; }, Fault::kBadLine, "data line 1"},
-    {"long line", [](Contents&, Lines& l) { l[1].assign((16 << 20) + 1, 'a'); }, Fault::kTooLarge,
+    {"command", Line(2, "F104 S2"), Fault::kBadLine, "data line 3 begins with 'F1'"},
+    {"CR", Line(1, "a\rb"), Fault::kBadLine, "data line 2"},
+    {"LF", Line(0, "\n"), Fault::kBadLine, "data line 1"},
+    {"long line", Line(1, std::string((16 << 20) + 1, 'a')), Fault::kTooLarge,
      "data line 2: expected at most 16777216 bytes"},
 };
 
 TEST_F(WriterTest, RefusedContentLeavesTheOlderFileAndNothingElse) {
   WriteText("a.nuv", "older");
-  for (const RefusedRow& row : kRefusedRows) {
+  for (const auto& row : kRefusedRows) {
     PrintFileContents contents = SampleContents();
     std::vector<std::string> lines = SampleLines();
     row.spoil(contents, lines);
@@ -208,30 +129,25 @@ TEST_F(WriterTest, SystemFaultsAreTold) {
   EXPECT_EQ(FileNames(), std::vector<std::string>{"taken"});
 }
 
-struct TextRow {
-  std::string text;
-  std::vector<std::string> lines;
-  Fault fault;
-};
-
 TEST_F(WriterTest, TextIsSplitIntoLines) {
   const std::string edge(256 * 1024 - 1, 'e');  // puts CR and LF into different buffers
   const std::string longest(16 << 20, 'l');
-  const TextRow rows[] = {
-      {"", {}, Fault::kNone},
-      {"a\nb\n", {"a", "b"}, Fault::kNone},
-      {"a\r\n\r\nb", {"a", "", "b"}, Fault::kNone},
-      {"\n", {""}, Fault::kNone},
-      {"a\rb\n", {"a\rb"}, Fault::kNone},
-      {edge + "\r\nnext\n", {edge, "next"}, Fault::kNone},
-      {longest + "\r\nx", {longest, "x"}, Fault::kNone},
+  const struct {
+    std::string text;
+    std::vector<std::string> lines;
+    Fault fault = Fault::kNone;
+  } kRows[] = {
+      {"", {}},
+      {"a\nb\n", {"a", "b"}},
+      {"a\r\n\r\nb", {"a", "", "b"}},
+      {"\n", {""}},
+      {"a\rb\n", {"a\rb"}},
+      {edge + "\r\nnext\n", {edge, "next"}},
+      {longest + "\r\nx", {longest, "x"}},
       {"a\n" + longest + "mm", {"a"}, Fault::kTooLarge},
-      {"\xEF\xBB\xBF"
-       "F1\n",
-       {},
-       Fault::kBadText},
+      {"\xEF\xBB\xBFG1\n", {}, Fault::kBadText},
   };
-  for (const TextRow& row : rows) {
+  for (const auto& row : kRows) {
     std::unique_ptr<TextLines> lines;
     ASSERT_TRUE(TextLines::Open(WriteText("lines.txt", row.text), &lines).ok());
     std::vector<std::string> read;

@@ -9,9 +9,9 @@ namespace nuvsim {
 
 using asio::ip::tcp;
 
-std::string JobRequest(std::uint64_t bytes, int layers, const std::string& minutes) {
-  return "F103 S" + std::to_string(bytes) + " L" + std::to_string(layers) + " T0.05 R" + minutes +
-         " V12.5 C4 E30 H5 Y1 U2 P80\r\n";
+std::string JobRequest(std::uint64_t bytes, int layers) {
+  return "F103 S" + std::to_string(bytes) + " L" + std::to_string(layers) +
+         " T0.05 R10 V12.5 C4 E30 H5 Y1 U2 P80\r\n";
 }
 
 RawClient::RawClient(std::uint16_t port) : socket_(io_) {
@@ -26,12 +26,7 @@ std::string RawClient::ReadLine() {
                          [&length](const asio::error_code& error, std::size_t end) {
                            if (!error) length = end;
                          });
-  io_.restart();
-  io_.run_for(kPatience);
-  if (!io_.stopped()) {
-    socket_.cancel();
-    io_.run();
-  }
+  RunPatiently(io_, socket_);
   const bool isLine = length > 0;
   if (!isLine) length = received_.size();
   std::string line = received_.substr(0, isLine ? length - 2 : length);
@@ -51,18 +46,8 @@ std::string RawClient::ReadToEnd() {
                      if (error == asio::error::eof) ending = " (closed)";
                      if (error == asio::error::connection_reset) ending = " (reset)";
                    });
-  io_.restart();
-  io_.run_for(kPatience);
-  if (!io_.stopped()) {
-    socket_.cancel();
-    io_.run();
-  }
+  RunPatiently(io_, socket_);
   return std::exchange(received_, std::string()) + ending;
-}
-
-void RawClient::Reset() {
-  socket_.set_option(asio::socket_base::linger(true, 0));
-  socket_.close();
 }
 
 Bench::Bench(const std::function<void(PrinterConfig&)>& change)

@@ -20,8 +20,21 @@ namespace nuvsim {
 // Long enough that only a defect can exceed it.
 constexpr std::chrono::milliseconds kPatience{20000};
 
+// Runs what was started on the socket to its end, which is a cancel when patience ends first.
+template <typename Socket>
+bool RunPatiently(asio::io_context& io, Socket& socket) {
+  io.restart();
+  io.run_for(kPatience);
+  const bool isDone = io.stopped();
+  if (!isDone) {
+    socket.cancel();
+    io.run();
+  }
+  return isDone;
+}
+
 // An opening request for a job of so many bytes and layers, with its line end.
-std::string JobRequest(std::uint64_t bytes, int layers = 4, const std::string& minutes = "10");
+std::string JobRequest(std::uint64_t bytes, int layers = 4);
 
 // A TCP client that sends and reads bytes as they are. Reads end at kPatience at the latest.
 class RawClient {
@@ -36,7 +49,6 @@ class RawClient {
   // Reads until the connection ends: the bytes, and " (closed)", " (reset)" or " (open)".
   std::string ReadToEnd();
   void Close() { socket_.close(); }
-  void Reset();
 
  private:
   asio::io_context io_;

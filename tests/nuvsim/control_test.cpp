@@ -16,7 +16,6 @@ namespace nuvsim {
 namespace {
 
 using nlohmann::json;
-using testing::HasSubstr;
 
 json Control(Bench& bench, const std::string& request) {
   return json::parse(ControlSimulator(*bench.sim, request).line);
@@ -44,58 +43,52 @@ TEST(ControlTest, RequestsThatAreNoTextDoNotBreakTheAnswer) {
               testing::StartsWith("F1 "));
 }
 
-struct EffectRow {
-  const char* control;
-  const char* request;
-  const char* reply;
-};
-
-class ControlEffectTest : public testing::TestWithParam<EffectRow> {};
-
-TEST_P(ControlEffectTest, ShowsOnTheWire) {
+TEST(ControlTest, EffectsShowOnTheWire) {
+  const struct {
+    const char* control;
+    const char* request;
+    const char* reply;
+  } kSteps[] = {
+      {R"({"do": "state", "to": "idle"})", "F102", "F102 OK S:0"},
+      {R"({"do": "state", "to": "error", "number": 9})", "F102", "F102 OK S:3 E:9"},
+      {R"({"do": "state", "to": "no-error"})", "F102", "F102 OK S:0"},
+      {R"({"do": "state", "to": "resin-refused", "number": 4})", "F105", "F105 NG S:4"},
+      {R"({"do": "state", "to": "resin-accepted"})", "F105",
+       "F105 OK S:1 R:350 C:1001 V:500 Q:L0001"},
+      {R"({"do": "state", "to": "tag-unregistered"})", "F219", "F219 NG"},
+      {R"({"do": "state", "to": "tag-registered"})", "F219", "F219 OK"},
+      {R"({"do": "state", "to": "repositioning"})", "F515", "F515 OK R:1"},
+      {R"({"do": "state", "to": "in-position"})", "F515", "F515 OK R:0"},
+      {R"({"do": "fault", "printer": 0, "fault": {"kind": "refuse", "count": -1}})", "F197",
+       "F197 NG N:Simulated printer"},
+      {R"({"do": "clear"})", "F197", "F197 OK N:Simulated printer"},
+  };
   Bench bench([](PrinterConfig& printer) { printer.model = "Fabrix120 xP"; });
-  bench.sim->InjectFault(0, MakeFault(FaultKind::kRefuse, 197, -1));
-  EXPECT_EQ(Control(bench, GetParam().control), (json{{"ok", true}}));
-  EXPECT_EQ(bench.Connect()->Ask(GetParam().request), GetParam().reply);
+  const auto client = bench.Connect();
+  client->Send(JobRequest(20));
+  ASSERT_EQ(client->ReadLine(), "F103 OK");
+  for (const auto& step : kSteps) {
+    EXPECT_EQ(Control(bench, step.control), (json{{"ok", true}}));
+    EXPECT_EQ(client->Ask(step.request), step.reply) << step.control;
+  }
 }
 
-const EffectRow kEffects[] = {
-    {R"({"do": "fault", "printer": 0, "fault": {"kind": "other-code"}})", "F102", "F999 OK S:0"},
-    {R"({"do": "clear"})", "F197", "F197 OK N:Simulated printer"},
-    {R"({"do": "state", "to": "error", "number": 9})", "F102", "F102 OK S:3 E:9"},
-    {R"({"do": "state", "to": "no-error"})", "F102", "F102 OK S:0"},
-    {R"({"do": "state", "to": "idle"})", "F102", "F102 OK S:0"},
-    {R"({"do": "state", "to": "resin-refused", "number": 4})", "F105", "F105 NG S:4"},
-    {R"({"do": "state", "to": "resin-accepted"})", "F105",
-     "F105 OK S:1 R:350 C:1001 V:500 Q:L0001"},
-    {R"({"do": "state", "to": "tag-unregistered"})", "F219", "F219 NG"},
-    {R"({"do": "state", "to": "tag-registered"})", "F219", "F219 OK"},
-    {R"({"do": "state", "to": "repositioning"})", "F515", "F515 OK R:1"},
-    {R"({"do": "state", "to": "in-position"})", "F515", "F515 OK R:0"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Each, ControlEffectTest, testing::ValuesIn(kEffects));
-
-class BadControlTest : public testing::TestWithParam<const char*> {};
-
-TEST_P(BadControlTest, IsAnsweredWithAnError) {
+TEST(ControlTest, WhatIsNoControlIsAnsweredWithAnError) {
   Bench bench;
-  const ControlAnswer answer = ControlSimulator(*bench.sim, GetParam());
-  EXPECT_FALSE(json::parse(answer.line).at("error").get<std::string>().empty());
-  EXPECT_FALSE(answer.quits);
+  for (const char* request :
+       {"", "\xff", "7", "{}", R"({"do": 1})", R"({"do": "dance"})",
+        R"({"do": "quit", "now": true})", R"({"do": "status", "printer": 1})",
+        R"({"do": "status", "printer": -1})", R"({"do": "fault"})",
+        R"({"do": "fault", "fault": {"kind": "zap"}})",
+        R"({"do": "fault", "fault": {"kind": "late"}, "extra": 1})", R"({"do": "state"})",
+        R"({"do": "state", "to": "error"})", R"({"do": "state", "to": "idle", "number": 1})",
+        R"({"do": "state", "to": "resin-refused", "number": "x"})"}) {
+    const ControlAnswer answer = ControlSimulator(*bench.sim, request);
+    EXPECT_FALSE(json::parse(answer.line).at("error").get<std::string>().empty()) << request;
+    EXPECT_FALSE(answer.quits) << request;
+  }
   EXPECT_EQ(bench.sim->Status().armedFaults, 0u);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, BadControlTest,
-    testing::Values("", "\xff", "7", "{}", R"({"do": 1})", R"({"do": "dance"})",
-                    R"({"do": "quit", "now": true})", R"({"do": "status", "printer": 1})",
-                    R"({"do": "status", "printer": -1})", R"({"do": "fault"})",
-                    R"({"do": "fault", "fault": {"kind": "zap"}})",
-                    R"({"do": "fault", "fault": {"kind": "late"}, "extra": 1})",
-                    R"({"do": "state"})", R"({"do": "state", "to": "error"})",
-                    R"({"do": "state", "to": "idle", "number": 1})",
-                    R"({"do": "state", "to": "resin-refused", "number": "x"})"));
 
 TEST(ControlServerTest, AnswersLineByLineUntilToldToQuit) {
   Bench bench;

@@ -1,11 +1,11 @@
 // What comes besides lines: job headers, thumbnails, firmware images.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench.h"
@@ -46,10 +46,10 @@ std::string InFrames(const std::string& image, std::size_t payload = 10232) {
   return frames;
 }
 
-std::string OpenBoardJob(std::uint64_t bytes, const std::string& name = "<part one.nuv>") {
+std::string OpenBoardJob(std::uint64_t bytes) {
   std::string request = JobRequest(bytes);
   request.replace(0, 4, "F500");
-  return request.insert(request.size() - 2, " N" + name);
+  return request.insert(request.size() - 2, " N<part = 1: one.nuv>");
 }
 
 // "key 32/32 complete" and so on, with the blocks of what came in frames.
@@ -62,9 +62,10 @@ std::string Describe(const ReceivedItem& item) {
   return text + (item.complete ? " complete" : "") + (item.started ? " started" : "");
 }
 
-std::vector<std::string> Received(Bench& bench) {
-  std::vector<std::string> items;
-  for (const ReceivedItem& item : bench.sim->Received()) items.push_back(Describe(item));
+// All of them, each with a "|" behind it.
+std::string Received(Bench& bench) {
+  std::string items;
+  for (const ReceivedItem& item : bench.sim->Received()) items += Describe(item) + "|";
   return items;
 }
 
@@ -79,10 +80,10 @@ struct WireRow {
   const char* what;
   const char* model;
   std::string sent;
-  std::vector<std::string> answers;
-  std::vector<std::string> received;
-  std::string jobLines;
-  std::string commandLines;
+  std::string answers;   // each with a "|" behind it
+  std::string received;  // likewise
+  std::string jobLines = "";
+  std::string commandLines = "";
 };
 
 std::vector<WireRow> WireRows() {
@@ -91,148 +92,43 @@ std::vector<WireRow> WireRows() {
   const std::string l103 = Frame("L103", "");
   const std::string line = Frame("L102", "5") + "\r\n";
   const std::string dental = JobRequest(5);
-  const std::string asksBuffer = "F117\r\n";
-  const std::string buffer = "F117 OK S:65536";
-  const std::string boardBuffer = "F503 OK S:65536";
-  const std::vector<std::string> idle = {"F102 OK S:0"};
-  const std::string engine = "F141 S40,engine 2.bin\r\n";
+  const std::string thumbnail = "F501 S20470 N<Thumbnail.png>\r\n";
+  const std::string board = "F506 S1 A10240 Cboard one.img\r\n";
   return {
-      {"DentalHeader",
-       kDental,
-       dental + kKey + l102 + l103 + asksBuffer + "G1 X0\r\n",
-       {"F103 OK", buffer},
-       {"key 32/32 complete", "L102 16/16 complete", "L103 0/0 complete"},
-       "G1 X0\r\n",
-       ""},
-      {"DentalHeaderOutOfOrder",
-       kDental,
-       dental + l103 + l102 + asksBuffer,
-       {"F103 OK", buffer},
-       {"L103 0/0 complete", "L102 16/16 complete"},
-       "",
-       ""},
-      {"DentalKeyAlone",
-       kDental,
-       dental + kKey + asksBuffer + "L102 5\r\n",
-       {"F103 OK", buffer},
-       {"key 32/32 complete"},
-       "L102 5\r\n",
-       ""},
-      {"DentalNothing",
-       kDental,
-       dental + asksBuffer + "G1 X0\r\n",
-       {"F103 OK", buffer},
-       {},
-       "G1 X0\r\n",
-       ""},
-      {"DentalLineBehindTheKey",
-       kDental,
-       dental + kKey + "L1 0\r\n" + asksBuffer,
-       {"F103 OK", "F117 OK S:65530"},
-       {"key 32/32 complete"},
-       "L1 0\r\n",
-       ""},
-      {"DentalRefused",
-       kDental,
-       dental + asksBuffer + dental + "G1 X0\r\n",
-       {"F103 OK", buffer, "F103 NG S:2"},
-       {},
-       "G1 X0\r\n",
-       ""},
-      {"OtherModelsHaveNoHeader", kAndroid, dental + line, {"F103 OK"}, {}, line, ""},
-      {"BoardHeader",
-       kAndroid,
-       OpenBoardJob(5) + l101 + l102 + l103 + "F503\r\nG1 X0\r\n",
-       {"F500 OK", boardBuffer},
-       {"L101 300/300 complete", "L102 16/16 complete", "L103 0/0 complete"},
-       "G1 X0\r\n",
-       ""},
-      {"BoardRecordTwice",
-       kAndroid,
-       OpenBoardJob(100) + l102 + line,
-       {"F500 OK"},
-       {"L102 16/16 complete"},
-       line,
-       ""},
-      {"Thumbnail",
-       kAndroid,
-       "F501 S20470 N<Thumbnail.png>\r\n" + InFrames(Image(20470)) + "F102\r\n",
-       {"F501 OK", idle[0]},
-       {"thumbnail 20470/20470 2x10232 1x6 complete"},
-       "",
-       ""},
-      {"ThumbnailCutShort",
-       kAndroid,
-       "F501 S20 N<Thumbnail.png>\r\n" + Frame("L105", "12345") + "F102\r\n",
-       {"F501 OK", idle[0]},
-       {"thumbnail 5/20 1x5"},
-       "",
-       ""},
-      {"FrameTooLong",
-       kAndroid,
-       "F501 S20000 N<Thumbnail.png>\r\n" + InFrames(Image(10233), 10233).substr(0, 8) +
-           "\r\nF102\r\n",
-       {"F501 OK", idle[0]},
-       {"thumbnail 0/20000 1x10233"},
-       "",
-       "\r\n"},
-      {"MoreThanAnnounced",
-       kAndroid,
+      {"DentalHeader", kDental, dental + kKey + l102 + l103 + "F117\r\nL102 5\r\n",
+       "F103 OK|F117 OK S:65536|", "key 32/32 complete|L102 16/16 complete|L103 0/0 complete|",
+       "L102 5\r\n"},
+      {"DentalLineBehindTheKey", kDental, dental + kKey + "L1 0\r\nF117\r\n",
+       "F103 OK|F117 OK S:65530|", "key 32/32 complete|", "L1 0\r\n"},
+      {"DentalRefused", kDental, dental + "F117\r\n" + dental + "G1 X0\r\n",
+       "F103 OK|F117 OK S:65536|F103 NG S:2|", "", "G1 X0\r\n"},
+      {"OtherModelsHaveNoHeader", kAndroid, dental + line, "F103 OK|", "", line},
+      {"BoardHeader", kAndroid, OpenBoardJob(5) + l101 + l102 + l103 + "F503\r\nG1 X0\r\n",
+       "F500 OK|F503 OK S:65536|", "L101 300/300 complete|L102 16/16 complete|L103 0/0 complete|",
+       "G1 X0\r\n"},
+      {"BoardRecordTwice", kAndroid, OpenBoardJob(100) + l102 + line, "F500 OK|",
+       "L102 16/16 complete|", line},
+      {"Thumbnail", kAndroid, thumbnail + InFrames(Image(20470)) + "F102\r\n",
+       "F501 OK|F102 OK S:0|", "thumbnail 20470/20470 2x10232 1x6 complete|"},
+      {"ThumbnailCutShort", kAndroid, thumbnail + Frame("L105", "12345") + "F102\r\n",
+       "F501 OK|F102 OK S:0|", "thumbnail 5/20470 1x5|"},
+      {"FrameTooLong", kAndroid,
+       thumbnail + Frame("L105", Image(10233)).substr(0, 8) + "\r\nF102\r\n",
+       "F501 OK|F102 OK S:0|", "thumbnail 0/20470 1x10233|", "", "\r\n"},
+      {"MoreThanAnnounced", kAndroid,
        "F501 S4 N<Thumbnail.png>\r\n" + Frame("L105", "12345").substr(0, 8) + "\r\nF102\r\n",
-       {"F501 OK", idle[0]},
-       {"thumbnail 0/4 1x5"},
-       "",
-       "\r\n"},
-      {"PrintFile",
-       kAndroid,
-       std::string("F508 S6750 V") + kDigest + " N<part one.nuv>\r\n",
-       {"F508 OK"},
-       {"announcement 0/6750"},
-       "",
-       ""},
-      {"Engine",
-       "Zafel 1.0",
-       engine + Image(40) + "F102\r\n",
-       {"F141 OK", idle[0]},
-       {"engine 40/40 complete started"},
-       "",
-       ""},
-      {"Panel",
-       kAndroid,
-       "F188 Spanel.bin\r\n" + Image(21504) + "F189\r\nF189\r\n",
-       {"F188 OK", "F189 OK RDone", "F189 OK RDone"},
-       {"panel 21504/21504 complete started"},
-       "",
-       ""},
-      {"PanelNeverBegun", kAndroid, "F189\r\n", {"F189 NG RIncomplete"}, {}, "", ""},
-      {"Android",
-       kAndroid,
-       "F506 S1 A10240 Cboard one.img\r\n" + InFrames(Image(10240)) + "F507\r\n",
-       {"F506 OK", "F507 OK"},
-       {"android 10240/10240 1x10232 1x8 complete started"},
-       "",
-       ""},
-      {"AndroidIncomplete",
-       kAndroid,
-       "F506 S1 A10240 Cboard.img\r\n" + InFrames(Image(10232)) + "F507\r\n",
-       {"F506 OK", "F507 NG"},
-       {"android 10232/10240 1x10232"},
-       "",
-       ""},
-      {"AndroidIncompleteAfterAGoodOne",
-       kAndroid,
-       "F506 S1 A4 Cb\r\n" + InFrames("1234") + "F506 S1 A4 Cb\r\nF507\r\n",
-       {"F506 OK", "F506 OK", "F507 NG"},
-       {"android 4/4 1x4 complete", "android 0/4"},
-       "",
-       ""},
-      {"EngineWhileReceiving",
-       "Zafel 1.0",
-       JobRequest(5) + engine + "G1 X0\r\n",
-       {"F103 OK", "F141 NG"},
-       {},
-       "G1 X0\r\n",
-       ""},
+       "F501 OK|F102 OK S:0|", "thumbnail 0/4 1x5|", "", "\r\n"},
+      {"PrintFile", kAndroid, std::string("F508 S6750 V") + kDigest + " N<part one.nuv>\r\n",
+       "F508 OK|", "announcement 0/6750|"},
+      {"Panel", kAndroid, "F188 Spanel.bin\r\n" + Image(21504) + "F189\r\nF189\r\n",
+       "F188 OK|F189 OK RDone|F189 OK RDone|", "panel 21504/21504 complete started|"},
+      {"Android", kAndroid, board + InFrames(Image(10240)) + "F507\r\n", "F506 OK|F507 OK|",
+       "android 10240/10240 1x10232 1x8 complete started|"},
+      {"AndroidIncompleteAfterAGoodOne", kAndroid,
+       "F506 S1 A4 Cb\r\n" + InFrames("1234") + board + "F507\r\n", "F506 OK|F506 OK|F507 NG|",
+       "android 4/4 1x4 complete|android 0/10240|"},
+      {"EngineWhileReceiving", "Zafel 1.0", JobRequest(5) + "F141 S40,engine 2.bin\r\nG1 X0\r\n",
+       "F103 OK|F141 NG|", "", "G1 X0\r\n"},
   };
 }
 
@@ -248,7 +144,9 @@ TEST_P(WireTest, KeepsWhatIsNoLineApart) {
     for (std::size_t i = 0; i < row.sent.size(); i += piece) {
       client->Send(row.sent.substr(i, piece));
     }
-    for (const std::string& answer : row.answers) EXPECT_EQ(client->ReadLine(), answer);
+    std::string answers;
+    while (answers.size() < row.answers.size()) answers += client->ReadLine() + "|";
+    EXPECT_EQ(answers, row.answers);
     client->Close();
     ASSERT_TRUE(bench.WaitUntil([&] { return !bench.sim->Status().connected; }));
     EXPECT_EQ(Received(bench), row.received);
@@ -261,41 +159,23 @@ INSTANTIATE_TEST_SUITE_P(Each, WireTest, testing::ValuesIn(WireRows()),
                          [](const auto& row) { return row.param.what; });
 
 TEST(RefusedTest, RequestsInAnotherFormAndOfOtherModels) {
-  const char* kRows[][2] = {
-      {kAndroid, "F141"},
-      {kAndroid, "F141 S0,x"},
-      {kAndroid, "F141 S12"},
-      {kAndroid, "F141 Sx,y"},
-      {kAndroid, "F188"},
-      {kAndroid, "F501 S0 N<Thumbnail.png>"},
-      {kAndroid, "F501 S5 NThumbnail.png"},
-      {kAndroid, "F501 S5 N<>"},
-      {kAndroid, "F506 S1 A0 Cx"},
-      {kAndroid, "F506 S1 A5"},
-      {kAndroid, "F506 Sa A5 Cx"},
-      {kAndroid, "F507"},
-      {kAndroid, "F508 S5 V0123 N<x>"},
-      {kDental, "F188 Spanel.bin"},
-      {kDental, "F189"},
-      {kDental, "F500 S1 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1 N<x>"},
-      {kDental, "F501 S5 N<Thumbnail.png>"},
-      {kDental, "F506 S1 A5 Cx"},
+  const std::pair<const char*, std::vector<std::string>> kRows[] = {
+      {kAndroid,
+       {"F141", "F141 S12", "F141 S0,x", "F141 Sx,y", "F188", "F501 S0 N<Thumbnail.png>",
+        "F501 S5 NThumbnail.png", "F501 S5 N<>", "F506 S1 A0 Cx", "F506 S1 A5", "F506 Sa A5 Cx",
+        "F507", "F508 S5 V0123 N<x>"}},
+      {kDental,
+       {"F188 Spanel.bin", "F189", "F500 S1 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1 N<x>",
+        "F501 S5 N<Thumbnail.png>", "F506 S1 A5 Cx"}},
   };
-  for (const auto& row : kRows) {
-    Bench bench = MakeBench(row[0]);
-    const std::string request = row[1];
-    EXPECT_EQ(bench.Connect()->Ask(request).substr(0, 7), request.substr(0, 4) + " NG") << request;
-    EXPECT_THAT(Received(bench), testing::IsEmpty());
+  for (const auto& [model, requests] : kRows) {
+    Bench bench = MakeBench(model);
+    const auto client = bench.Connect();
+    for (const std::string& request : requests) {
+      EXPECT_EQ(client->Ask(request).substr(0, 7), request.substr(0, 4) + " NG") << request;
+    }
+    EXPECT_EQ(Received(bench), "");
   }
-}
-
-TEST(BoardJobTest, IsNamedByItsFile) {
-  Bench bench = MakeBench(kAndroid);
-  const auto client = bench.Connect();
-  client->Send(OpenBoardJob(0, "<Zahn = 1: oben.nuv>"));
-  EXPECT_EQ(client->ReadLine(), "F500 OK");
-  EXPECT_EQ(client->Ask("F107"), "F107 OK L:4 T:10 R:Zahn___1__oben.nuv");
-  EXPECT_EQ(client->Ask("F157"), "F157 OK I1 S0");
 }
 
 TEST(ReceivedTest, HoldsTheBytesTheDigestAndTheNames) {
@@ -303,8 +183,9 @@ TEST(ReceivedTest, HoldsTheBytesTheDigestAndTheNames) {
   const auto client = bench.Connect();
   client->Send("F501 S3 N<Thumbnail.png>\r\n" + Frame("L105", "abc"));
   EXPECT_EQ(client->ReadLine(), "F501 OK");
-  client->Send(OpenBoardJob(9) + Frame("L101", "one") + "F141 S1,x\r\nG1\r\n");
+  client->Send(OpenBoardJob(9) + Frame("L101", "one") + "F107\r\nG1\r\nF141 S1,x\r\n");
   EXPECT_EQ(client->ReadLine(), "F500 OK");
+  EXPECT_EQ(client->ReadLine(), "F107 OK L:4 T:10 R:part___1__one.nuv");
   EXPECT_EQ(client->ReadLine(), "F141 NG");
   const std::vector<ReceivedItem> items = bench.sim->Received();
   ASSERT_EQ(items.size(), 2u);
@@ -325,19 +206,19 @@ TEST(ReceivedTest, HoldsTheBytesTheDigestAndTheNames) {
 
 struct EndRow {
   const char* model;
-  const char* opening;
+  std::string opening;
   std::string begun;
   const char* received;
 };
 
 std::vector<EndRow> EndRows() {
   return {
-      {kDental, "F103 S5 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1", kKey.substr(0, 20), "key 20/32"},
+      {kDental, "F103 S5 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1", kKey.substr(0, 20), "key 20/32|"},
       {kAndroid, "F501 S9 N<Thumbnail.png>", Frame("L105", "12345").substr(0, 10),
-       "thumbnail 2/9 1x5"},
-      {kAndroid, "F188 Sp", "F102\r\n", "panel 6/21504"},
-      {kAndroid, "F141 S9,x", "F102\r\n", "engine 6/9"},
-      {kAndroid, "F506 S1 A9 Cx", Frame("L105", "123") + "L105", "android 3/9 1x3"},
+       "thumbnail 2/9 1x5|"},
+      {kAndroid, "F188 Sp", "F102\r\n", "panel 6/21504|"},
+      {kAndroid, "F141 S9,x", "F102\r\n", "engine 6/9|"},
+      {kAndroid, "F506 S1 A9 Cx", Frame("L105", "123") + "L105", "android 3/9 1x3|"},
   };
 }
 
@@ -345,17 +226,16 @@ TEST(IncompleteTest, EndsAfterASecondOfSilence) {
   for (const EndRow& row : EndRows()) {
     Bench bench = MakeBench(row.model);
     const auto client = bench.Connect();
-    EXPECT_EQ(client->Ask(row.opening), std::string(row.opening).substr(0, 4) + " OK");
+    EXPECT_EQ(client->Ask(row.opening), row.opening.substr(0, 4) + " OK");
     client->Send(row.begun.substr(0, 1));
     client->Send(row.begun.substr(1));
-    const std::string opening = row.opening;
     ASSERT_TRUE(bench.WaitUntil([&] {
-      return bench.sim->Totals().bytesReceived == opening.size() + 2 + row.begun.size();
+      return bench.sim->Totals().bytesReceived == row.opening.size() + 2 + row.begun.size();
     }));
     bench.Pass(milliseconds(999));
     EXPECT_EQ(bench.sim->Received().back().sha1, "") << "is still being received";
     bench.Pass(milliseconds(1));
-    EXPECT_EQ(Received(bench).back(), row.received);
+    EXPECT_EQ(Received(bench), row.received);
     EXPECT_NE(bench.sim->Received().back().sha1, "");
     EXPECT_EQ(client->Ask("F197"), "F197 OK N:Simulated printer");
   }
@@ -364,15 +244,12 @@ TEST(IncompleteTest, EndsAfterASecondOfSilence) {
 TEST(IncompleteTest, EndsWithTheConnection) {
   for (const EndRow& row : EndRows()) {
     Bench bench = MakeBench(row.model);
-    const std::string sent = std::string(row.opening) + "\r\n" + row.begun;
-    Fault cut = MakeFault(FaultKind::kDropAfter);
-    cut.size = sent.size();
-    bench.sim->InjectFault(0, cut);
     const auto client = bench.Connect();
-    client->Send(sent + "never seen");
-    EXPECT_EQ(client->ReadToEnd(), std::string(row.opening).substr(0, 4) + " OK\r\n (closed)");
+    EXPECT_EQ(client->Ask(row.opening), row.opening.substr(0, 4) + " OK");
+    client->Send(row.begun);
+    client->Close();
     EXPECT_EQ(bench.Connect()->Ask("F197"), "F197 OK N:Simulated printer");
-    EXPECT_EQ(Received(bench).back(), row.received);
+    EXPECT_EQ(Received(bench), row.received);
     EXPECT_EQ(bench.sim->CommandText(), "");
   }
 }
@@ -395,7 +272,7 @@ TEST(SpoiltAnswerTest, LeavesAHostThatGivesUpWithLines) {
     client->Send("F102\r\nF197\r\n");
     ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Requests().back() == "F197"; }));
     EXPECT_EQ(bench.sim->Requests().size(), row.takesImage ? 2u : 3u);
-    EXPECT_EQ(Received(bench).size(), row.takesImage ? 1u : 0u);
+    EXPECT_EQ(bench.sim->Received().size(), row.takesImage ? 1u : 0u);
   }
 }
 

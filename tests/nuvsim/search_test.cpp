@@ -65,12 +65,7 @@ class SearchTest : public testing::Test {
       host_.async_receive(asio::buffer(buffer), [&](const asio::error_code& error, std::size_t n) {
         if (!error) datagrams.emplace_back(buffer.data(), n);
       });
-      io_.restart();
-      io_.run_for(kPatience);
-      if (io_.stopped()) continue;
-      host_.cancel();
-      io_.run();
-      break;
+      if (!RunPatiently(io_, host_)) break;
     }
     return datagrams;
   }
@@ -105,16 +100,17 @@ TEST_F(SearchTest, OtherMessagesAndUnpluggedPrintersAreNotAnswered) {
 
 TEST_F(SearchTest, FaultsComeAheadOfTheAnswer) {
   sim_->Unplug(1);
-  for (const char* fault : {"echo", "malformed,text=F195 NG", "foreign,text=other", "burst,n=2"}) {
+  for (const char* fault : {"echo", "malformed", "foreign,text=other", "burst,n=2"}) {
     sim_->InjectFault(0, ParseFault(fault));
   }
-  const std::vector<std::string> answers = Search("F195\r\n", 6);
-  ASSERT_EQ(answers.size(), 6u);
-  EXPECT_THAT(std::vector<std::string>(answers.begin(), answers.begin() + 3),
-              ElementsAre("F195\r\n", "F195 NG", "other"));
-  EXPECT_THAT(answers[3], testing::HasSubstr("N=<one-1>"));
-  EXPECT_THAT(answers[4], testing::HasSubstr("N=<one-2>"));
-  EXPECT_EQ(answers[5], Reply(0));
+  const std::vector<std::string> answers = Search("F195\r\n", 12);
+  ASSERT_EQ(answers.size(), 12u);
+  EXPECT_THAT(std::vector<std::string>(answers.begin(), answers.begin() + 4),
+              ElementsAre("F195\r\n", "", "F195", "F195 NG\r\n"));
+  EXPECT_EQ(answers[8], "other");
+  EXPECT_THAT(answers[9], testing::HasSubstr("N=<one-1>"));
+  EXPECT_THAT(answers[10], testing::HasSubstr("N=<one-2>"));
+  EXPECT_EQ(answers[11], Reply(0));
   EXPECT_THAT(Search("F195\r\n", 1), ElementsAre(Reply(0)));
 }
 
@@ -125,19 +121,7 @@ TEST_F(SearchTest, FaultsChangeTheAnswer) {
   sim_->InjectFault(0, ParseFault("late,code=195,ms=5"));
   const std::string wrong = Reply(0, "x1");
   EXPECT_THAT(Search("F195\r\n", 3), ElementsAre(wrong, wrong, wrong));
-  sim_->InjectFault(0, ParseFault("silent,code=195"));
-  EXPECT_THAT(Search("F195\r\n", 0), ElementsAre());
   EXPECT_THAT(Search("F195\r\n", 1), ElementsAre(Reply(0)));
-}
-
-TEST_F(SearchTest, DefaultExtrasAreSent) {
-  sim_->Unplug(1);
-  sim_->InjectFault(0, ParseFault("malformed"));
-  sim_->InjectFault(0, ParseFault("foreign"));
-  const std::vector<std::string> answers = Search("F195\r\n", 11);
-  ASSERT_EQ(answers.size(), 11u);
-  EXPECT_EQ(answers[0], "");
-  EXPECT_EQ(answers[10], Reply(0));
 }
 
 }  // namespace

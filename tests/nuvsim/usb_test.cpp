@@ -21,10 +21,10 @@ constexpr std::int32_t kUnlinked = -104;
 // One simulated printer on its bus, and a host that has it.
 class UsbTest : public testing::Test {
  public:
-  explicit UsbTest(const char* id = "11F1:2605") {
+  UsbTest() {
     SimulatorConfig config;
     config.printers = {LoopbackPrinter(), LoopbackPrinter()};
-    config.printers[0].usbId = id;
+    config.printers[0].usbId = "11F1:2605";
     config.printers[0].model = "BEGO VARSEO XS";
     config.printers[1].serial = "S2";
     config.usbipPort = 0;
@@ -35,6 +35,20 @@ class UsbTest : public testing::Test {
   }
 
   std::unique_ptr<UsbipClient> Host() { return std::make_unique<UsbipClient>(sim->UsbipPort()); }
+
+  void Give(const std::string& bytes) {
+    host->Write(bytes);
+    EXPECT_EQ(host->Next().length, bytes.size());
+  }
+
+  // The host before, if any, is gone; the next one has the printer.
+  void Reattach() {
+    host.reset();
+    ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
+    host = Host();
+    EXPECT_EQ(host->Import("1-1"), 0u);
+    EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  }
 
   // The data of so many reads, posted one after the other.
   std::vector<std::string> ReadAll(std::size_t count, std::uint32_t length) {
@@ -93,20 +107,18 @@ const ControlRow kControls[] = {
     {"DeviceCutToEight", "8006 0001 0000 0800", "1201 0002 000000 40"},
     {"Configuration", "8006 0002 0000 ff00",
      "0902 2000 01 01 00 c0 01  0904 00 00 02 07 01 02 00  0705 01 02 0002 00  0705 82 02 0002 00"},
-    {"SecondConfiguration", "8006 0102 0000 ff00", nullptr},
     {"Languages", "8006 0003 0000 ff00", "0403 0904"},
     {"Serial", "8006 0303 0904 ff00",
      "1c03 5300 4900 4d00 3000 3000 3000 3000 3000 3000 3000 3000 3000 3100"},
     {"UnknownText", "8006 0403 0904 ff00", nullptr},
     {"Qualifier", "8006 0006 0000 0a00", "0a06 0002 000000 40 01 00"},
+    {"SecondConfiguration", "8006 0102 0000 ff00", nullptr},
     {"OtherDescriptor", "8006 000f 0000 0500", nullptr},
     {"DeviceStatus", "8000 0000 0000 0200", "0100"},
-    {"EndpointStatus", "8200 0000 8200 0200", "0000"},
     {"GetConfiguration", "8008 0000 0000 0100", "00"},
     {"SetConfiguration", "0009 0100 0000 0000", ""},
     {"SetUnknownConfiguration", "0009 0200 0000 0000", nullptr},
     {"SetInterface", "010b 0000 0000 0000", ""},
-    {"SetUnknownInterface", "010b 0100 0000 0000", nullptr},
     {"ClearHalt", "0201 0000 8200 0000", ""},
     {"DeviceId", "a100 0000 0000 0e00",
      "003d"
@@ -131,8 +143,7 @@ class AnswerTest : public UsbTest, public testing::WithParamInterface<AnswerRow>
 
 TEST_P(AnswerTest, EndsReadAfterRead) {
   if (*GetParam().fault != '\0') sim->InjectFault(0, ParseFault(GetParam().fault));
-  host->Write("F102\r\n");
-  EXPECT_EQ(host->Next().length, 6u);
+  Give("F102\r\n");
   EXPECT_EQ(ReadAll(GetParam().data.size(), GetParam().length), GetParam().data);
   EXPECT_EQ(host->Ask("F197"), "F197 OK N:Simulated printer");
 }
@@ -155,8 +166,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(UsbTest, ReadsWaitForAnswersInTheirOrder) {
   const std::uint32_t first = host->Read();
   const std::uint32_t second = host->Read();
-  host->Write("F102\r\nF157\r\n");
-  EXPECT_EQ(host->Next().length, 12u);
+  Give("F102\r\nF157\r\n");
   const UsbipReply status = host->Next();
   EXPECT_EQ(status.sequence, first);
   EXPECT_EQ(status.data, "F102 OK S:0\r\n");
@@ -201,8 +211,7 @@ TEST_F(UsbTest, NakForATimeEndsByItself) {
 }
 
 TEST_F(UsbTest, SoftResetForgetsUnreadAnswers) {
-  host->Write("F102\r\n");
-  EXPECT_EQ(host->Next().length, 6u);
+  Give("F102\r\n");
   host->Control("2102 0000 0000 0000");
   EXPECT_EQ(host->Next().status, 0);
   EXPECT_EQ(host->Ask("F157"), "F157 OK I0 S0");
@@ -217,34 +226,26 @@ TEST_F(UsbTest, UnpluggedEndsTheImportUntilReplugged) {
   EXPECT_EQ(refused->Import("1-1"), 4u);
   EXPECT_TRUE(refused->HasEnded());
   sim->Replug(0);
-  host = Host();
-  EXPECT_EQ(host->Import("1-1"), 0u);
-  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  Reattach();
 }
 
 TEST_F(UsbTest, OneHostHasAPrinterAndTheNextGetsItAfterwards) {
   EXPECT_TRUE(sim->Status().attached);
   EXPECT_EQ(Host()->Import("1-1"), 2u);
+  EXPECT_EQ(Host()->Import(std::string(40, '1')), 4u);
   const auto other = Host();
   EXPECT_EQ(other->Import("1-2"), 0u);
-  host->Write("G1 unfinished");
-  EXPECT_EQ(host->Next().length, 13u);
-  host.reset();
-  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
-  host = Host();
-  EXPECT_EQ(host->Import("1-1"), 0u);
-  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
+  Give("G1 unfinished");
+  Reattach();
   EXPECT_EQ(sim->CommandText(), "G1 unfinished");
 }
 
 TEST_F(UsbTest, DropTakesThePrinterFromTheBusOnceTheAnswersBeforeAreRead) {
   sim->InjectFault(0, ParseFault("drop,code=157"));
-  host->Write("F102\r\nF157\r\n");
-  EXPECT_EQ(host->Next().length, 12u);
+  Give("F102\r\nF157\r\n");
   EXPECT_EQ(ReadAll(1, 1024).front(), "F102 OK S:0\r\n");
   EXPECT_TRUE(host->HasEnded());
-  host = Host();
-  EXPECT_EQ(host->Import("1-1"), 0u);
+  Reattach();
 }
 
 TEST_F(UsbTest, JobComesOverUsbWhileTheNetworkAsks) {
@@ -274,28 +275,28 @@ TEST_F(UsbTest, AHostThatDoesNotReadIsNotReceivedFromForEver) {
   EXPECT_EQ(sim->Requests().size(), 4u);
 }
 
-struct HostileRow {
-  const char* what;
-  bool isImported;  // before it begins
-  std::string bytes;
-};
-
-class HostileTest : public UsbTest, public testing::WithParamInterface<HostileRow> {};
-
-TEST_P(HostileTest, IsEndedAndTheNextServed) {
-  if (!GetParam().isImported) host = Host();
-  host->SendBytes(GetParam().bytes);
-  EXPECT_TRUE(host->HasEnded());
-  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
-  const auto next = Host();
-  EXPECT_EQ(next->Import("1-2"), 0u);
-  EXPECT_EQ(next->Ask("F102"), "F102 OK S:0");
-}
-
 std::string Reads(std::uint32_t count) {
   std::string bytes;
   for (std::uint32_t i = 1; i <= count; ++i) bytes += Submit(i, 1, 2, 1024);
   return bytes;
+}
+
+struct HostileRow {
+  const char* what;
+  bool isImported;  // before it begins
+  std::string bytes;
+  bool breaksOff = false;  // the host ends it, in place of the simulator
+};
+
+class HostileTest : public UsbTest, public testing::WithParamInterface<HostileRow> {};
+
+TEST_P(HostileTest, EndsAndTheNextIsServed) {
+  if (!GetParam().isImported) host = Host();
+  host->SendBytes(GetParam().bytes);
+  if (!GetParam().breaksOff) {
+    EXPECT_TRUE(host->HasEnded());
+  }
+  Reattach();
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -304,31 +305,16 @@ INSTANTIATE_TEST_SUITE_P(
                     HostileRow{"UnknownOperation", false, FromHex("0111 8004 00000000")},
                     HostileRow{"Text", false, "GET / HTTP/1.1\r\n\r\n"},
                     HostileRow{"UnknownCommand", true, Big32(7) + std::string(44, '\0')},
-                    HostileRow{"ReplyAsCommand", true, Big32(3) + std::string(44, '\0')},
                     HostileRow{"HugeWrite", true, Submit(1, 0, 1, 0xffffffff)},
                     HostileRow{"HugeRead", true, Submit(1, 1, 2, 0x80000000)},
                     HostileRow{"JustTooLong", true, Submit(1, 0, 1, (1u << 20) + 1)},
                     HostileRow{"Isochronous", true,
                                Submit(1, 1, 2, 16, std::string(8, '\0'), 1000000)},
-                    HostileRow{"TooManyPending", true, Reads(257)}),
+                    HostileRow{"TooManyPending", true, Reads(257)},
+                    HostileRow{"RequestCutShort", false, FromHex("0111 80"), true},
+                    HostileRow{"HeaderCutShort", true, Submit(1, 0, 1, 8).substr(0, 47), true},
+                    HostileRow{"DataCutShort", true, Submit(1, 0, 1, 8) + "F102", true}),
     [](const auto& row) { return row.param.what; });
-
-// What ends in the middle is no fault of the simulator's, and a host may try again.
-class TruncatedTest : public UsbTest, public testing::WithParamInterface<std::string> {};
-
-TEST_P(TruncatedTest, LeavesThePrinterFree) {
-  host->SendBytes(GetParam());
-  host.reset();
-  ASSERT_TRUE(sim->WaitUntil([&] { return !sim->Status().attached; }, kPatience));
-  EXPECT_EQ(Host()->Import(std::string(40, '1')), 4u);
-  host = Host();
-  EXPECT_EQ(host->Import("1-1"), 0u);
-  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
-}
-
-INSTANTIATE_TEST_SUITE_P(Each, TruncatedTest,
-                         testing::Values("", std::string(1, '\0'), Submit(1, 0, 1, 8).substr(0, 47),
-                                         Submit(1, 0, 1, 8), Submit(1, 0, 1, 8) + "F102"));
 
 TEST_F(UsbTest, TransfersToOtherEndpointsStall) {
   for (const std::string& each :

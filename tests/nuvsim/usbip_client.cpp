@@ -66,12 +66,7 @@ std::string UsbipClient::ReadBytes(std::size_t length) {
     got = n;
     ended_ = error == asio::error::eof || error == asio::error::connection_reset;
   });
-  io_.restart();
-  io_.run_for(kPatience);
-  if (!io_.stopped()) {
-    socket_.cancel();
-    io_.run();
-  }
+  RunPatiently(io_, socket_);
   bytes.resize(got);
   return bytes;
 }

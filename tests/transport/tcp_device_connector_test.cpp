@@ -4,12 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QTimer>
-#include <atomic>
 #include <chrono>
-#include <mutex>
-#include <thread>
+#include <memory>
 
 #include "nuvsim/simulator.h"
 #include "tests/support/qt_warnings.h"
@@ -124,41 +120,6 @@ TEST_F(TcpDeviceConnectorTest, LongLineIsWrittenWhole) {
   connector.Disconnect();
   EXPECT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().bytesReceived == kBytes + 2; },
                                    seconds(60)));
-}
-
-// Host programs run an event loop or not, and call from any thread.
-TEST_F(TcpDeviceConnectorTest, WorksFromTwoThreadsBesideAnEventLoop) {
-  int argc = 1;
-  char name[] = "test";
-  char* argv[] = {name, nullptr};
-  QCoreApplication application(argc, argv);
-  constexpr int kThreads = 2;
-  constexpr int kRounds = 500;
-  std::mutex channel;
-  std::atomic<int> answered{0};
-  std::atomic<int> running{kThreads};
-  // The connector is made on the thread of the event loop, as by a host with windows.
-  ASSERT_TRUE(Connect());
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < kRounds; ++round) {
-        const std::lock_guard<std::mutex> lock(channel);
-        connector.DiscardInput();
-        if (Ask("F102\r\n") == TcpResult::kOk && reply == "F102 OK S:0\r\n") ++answered;
-        if (round % 100 == 50) Connect();
-      }
-      --running;
-    });
-  }
-  QTimer poll;
-  QObject::connect(&poll, &QTimer::timeout, [&] {
-    if (running == 0) application.quit();
-  });
-  poll.start(1);
-  application.exec();
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(answered, kThreads * kRounds);
 }
 
 }  // namespace

@@ -78,6 +78,12 @@ class UsbConnectorTest : public ::testing::Test {
     block = reinterpret_cast<const char*>(buffer);
     return status;
   }
+  // The block that the printer sends for `request`.
+  std::string Exchange(const std::string& request) {
+    EXPECT_EQ(Write(request), 0U);
+    EXPECT_EQ(Read(), 0U);
+    return block;
+  }
   void Open() {
     Attach(L"VID_11F1&PID_2601");
     ASSERT_TRUE(connector.SearchDevices());
@@ -117,9 +123,7 @@ TEST_F(UsbConnectorTest, OpensByDecimalText) {
   int opened = 0;
   for (const wchar_t* text : {L"0", L"1", L" +1x", L"abc"}) {
     ASSERT_TRUE(connector.Open(text)) << text;
-    EXPECT_EQ(Write("F102\r\n"), 0U) << text;
-    EXPECT_EQ(Read(), 0U);
-    EXPECT_EQ(block, "F102\r\n");
+    EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n") << text;
     connector.Close();
     connector.Close();
     printer.AwaitClosed(++opened);
@@ -148,9 +152,7 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
       return taken == megabyte.size() ? std::string("all") : std::string();
     });
     Open();
-    EXPECT_EQ(Write(megabyte), 0U);
-    EXPECT_EQ(Read(), 0U);
-    EXPECT_EQ(block, "all");
+    EXPECT_EQ(Exchange(megabyte), "all");
     connector.Close();
   }
   // One that takes nothing: its end of the pipe exists and is never read.
@@ -170,9 +172,8 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
   EXPECT_EQ(Write("none"), 0U);
   EXPECT_EQ(Read(kShortMs), kTransferTimeout);
   EXPECT_EQ(block, "");
-  EXPECT_EQ(Write("700"), 0U);
-  EXPECT_EQ(Read(), 0U);
-  EXPECT_EQ(block, std::string(kReadBytes, 'y')) << "as after a time-out nothing is pending";
+  EXPECT_EQ(Exchange("700"), std::string(kReadBytes, 'y'))
+      << "as after a time-out nothing is pending";
   EXPECT_EQ(Read(), 0U);
   EXPECT_EQ(block, std::string(700 - kReadBytes, 'y'));
 }
@@ -189,9 +190,7 @@ TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
   EXPECT_EQ(Write("late"), 0U);
   EXPECT_EQ(Read(kShortMs), kTransferTimeout);
   while (!answered) std::this_thread::yield();
-  EXPECT_EQ(Write("F102\r\n"), 0U);
-  EXPECT_EQ(Read(), 0U);
-  EXPECT_EQ(block, "F102\r\n");
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
 }
 
 TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
@@ -210,9 +209,7 @@ TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
   EXPECT_THAT(Found(), ElementsAre());
   printer = std::make_unique<PipePrinter>(Echo);
   Open();
-  EXPECT_EQ(Write("F102\r\n"), 0U);
-  EXPECT_EQ(Read(), 0U);
-  EXPECT_EQ(block, "F102\r\n");
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
 }
 
 TEST_F(UsbConnectorTest, HoldsNoHandleOfADeviceThatWasClosed) {
