@@ -68,10 +68,11 @@ extern "C" {
 // Creates the framework; a second call does nothing. Returns 0.
 NUV_API int API_Initial(void);
 
-// Ends the status thread and destroys the framework with its connection and callbacks. Waits for
-// the query that the status thread is in the middle of, and for the printing-info callback; its
-// sleep ends at once. Inside that callback it waits for neither (Callbacks.h). Harmless without a
-// framework. Not while another thread is inside an export.
+// Ends the status thread and destroys the framework with its connection and callbacks. The thread's
+// sleep ends at once, and its wait for a reply within 0.6 s on the network and 9 s on USB. Waits
+// for a connection that the thread is making (up to 30 s when the printer's address does not
+// answer) and for the printing-info callback; inside that callback for neither (Callbacks.h).
+// Harmless without a framework. Not while another thread is inside an export.
 NUV_API void API_Close(void);
 
 #ifdef __cplusplus

@@ -12,11 +12,14 @@ ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeou
       jobState_(std::make_shared<JobState>()),
       statusHandler_(channel_, jobState_, clock) {}
 
-ConnectingFramework::~ConnectingFramework() = default;
+ConnectingFramework::~ConnectingFramework() { ConnectingFramework::Close(); }
 
 IConnect* ConnectingFramework::GetConnect() { return &connect_; }
 
-void ConnectingFramework::Close() { jobs_.closing.Raise(); }
+void ConnectingFramework::Close() {
+  jobs_.closing.Raise();
+  connect_.GiveUpReplies();
+}
 
 int ConnectingFramework::SendPrintFile(std::wstring path, NuvJobProgressCallback progress) {
   return Connect::SendPrintFile(NewJobContext(), path, progress);

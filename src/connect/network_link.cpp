@@ -27,8 +27,13 @@ bool NetworkLink::Write(const uint8_t* data, size_t length) {
 }
 
 std::string NetworkLink::ReadReply() {
+  constexpr int kSliceMs = TcpDeviceConnector::kReadSliceMs;
   std::string reply;
-  net_.Receive("", reply, replyTimeoutMs_);
+  TcpResult result = TcpResult::kNoReply;
+  for (int waitedMs = 0; waitedMs + kSliceMs <= replyTimeoutMs_; waitedMs += kSliceMs) {
+    if (givesUp_ || result != TcpResult::kNoReply) break;
+    result = net_.Receive("", reply, kSliceMs);
+  }
   return reply;
 }
 

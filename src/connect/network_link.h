@@ -1,6 +1,7 @@
 #ifndef NUV_CONNECT_NETWORK_LINK_H_
 #define NUV_CONNECT_NETWORK_LINK_H_
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -11,7 +12,7 @@ namespace Nuv::Connect {
 
 // Printers on the network, found by broadcast and reached over TCP.
 //
-// Thread-safety: none; the channel serialises the calls.
+// Thread-safety: none but for GiveUpReplies; the channel serialises the calls.
 class NetworkLink {
  public:
   // `replyTimeoutMs`: how long a reply is waited for.
@@ -36,9 +37,13 @@ class NetworkLink {
   // The next reply; empty when none came in time.
   std::string ReadReply();
 
+  // Ends a ReadReply under way, on whatever thread, and those to come.
+  void GiveUpReplies() { givesUp_ = true; }
+
  private:
   QNetworkLib net_;
   const int replyTimeoutMs_;
+  std::atomic<bool> givesUp_{false};
 };
 
 }  // namespace Nuv::Connect

@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kConnectTimeoutMs = 30000;
 constexpr int kWriteTimeoutMs = 30000;
-constexpr int kReadSliceMs = 600;
 constexpr qint64 kReadChunkBytes = 4096;
 // A printer that never stops sending must not hold the caller.
 constexpr size_t kMostPendingBytes = size_t{16} << 20;

@@ -23,6 +23,8 @@ enum class TcpResult : int32_t {
 // no event loop of the host reads from it, and the channel serialises the calls.
 class TcpDeviceConnector : public QObject {
  public:
+  static constexpr int32_t kReadSliceMs = 600;
+
   TcpDeviceConnector();
   ~TcpDeviceConnector() override;
 

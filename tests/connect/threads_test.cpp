@@ -61,9 +61,9 @@ class ThreadsTest : public JobLab {
   }
 
   // A new framework in place of an earlier one, connected.
-  void Connect() {
+  void Connect(int replyTimeoutMs = kReplyTimeoutMs) {
     g_host.reset();
-    g_host = std::make_unique<ConnectingFramework>(g_clock, kReplyTimeoutMs);
+    g_host = std::make_unique<ConnectingFramework>(g_clock, replyTimeoutMs);
     ASSERT_EQ(g_host->GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
     ASSERT_EQ(g_host->ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
   }
@@ -200,6 +200,18 @@ TEST_F(ThreadsTest, PrintingInfoCallbackMayQueryAndSendAndClose) {
   closed.get_future().wait();
   EXPECT_EQ(g_statusInCallback, NUV_PRINTER_PRINTING);
   EXPECT_EQ(g_told, 1);
+}
+
+// Waiting for the hour would end the test program by its time limit.
+TEST_F(ThreadsTest, ClosingGivesUpTheReplyOfASilentPrinter) {
+  constexpr int kHourMs = 3600000;
+  Connect(kHourMs);
+  Commits("silent,code=101,count=-1");
+  const auto asked = simulator->Totals().requests;
+  ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().requests > asked; }));
+  g_host.reset();
+  EXPECT_EQ(g_told, 0);
 }
 
 // Several short lives, each closed at a moment of its own.
