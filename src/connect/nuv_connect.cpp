@@ -122,11 +122,11 @@ std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
 }
 
 bool NuvConnect::Write(const uint8_t* data, size_t length) {
-  return isNetwork_ ? network_.Write(data, length) : local_.Write(data, length);
+  return isNetwork_ ? network_.Write(data, length, false) : local_.Write(data, length);
 }
 
 std::string NuvConnect::ReadReply() {
-  return isNetwork_ ? network_.ReadReply() : local_.ReadReply();
+  return isNetwork_ ? network_.ReadReply(nullptr) : local_.ReadReply();
 }
 
 }  // namespace Nuv::Connect
