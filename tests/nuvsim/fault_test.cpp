@@ -10,6 +10,7 @@
 namespace nuvsim {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -85,6 +86,8 @@ TEST(EndFaultTest, EndsTheConnectionAndServesTheNext) {
       {"reset", "F102\r\n", " (reset)"},
       {"drop-after,bytes=9", "F157\r\nF157\r\nF157\r\n", "F157 OK I0 S0\r\n (closed)"},
       {"reset-after,bytes=3", "F157\r\n", " (reset)"},
+      {"drop-after,code=102,bytes=7", "F157\r\nF102\r\nF157\r\nF102\r\n",
+       "F157 OK I0 S0\r\nF102 OK S:0\r\nF157 OK I0 S0\r\n (closed)"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.fault);
@@ -127,6 +130,39 @@ TEST(FaultSequenceTest, DropAfterBytesCountsOverConnectionsAndAnew) {
   EXPECT_EQ(bench.sim->Totals().bytesReceived, 6u + 4u + 10u + 6u);
 }
 
+TEST(StallFaultTest, NothingMoreIsReadUntilItIsOverWhileAnswersAreSent) {
+  for (const char* fault : {"stall,bytes=6", "stall,code=102", "stall,code=102,bytes=6"}) {
+    SCOPED_TRACE(fault);
+    Bench bench;
+    bench.sim->InjectFault(0, ParseFault(fault));
+    const auto client = bench.Connect();
+    client->Send("F102\r\nF157\r\nF197\r\n");
+    EXPECT_EQ(client->ReadLine(), "F102 OK S:0");
+    ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Totals().faultsApplied == 1; }));
+    EXPECT_EQ(bench.sim->Requests().back(),
+              fault == std::string("stall,code=102,bytes=6") ? "F157" : "F102");
+    client->Close();
+    bench.sim->ClearFaults(0);
+    EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+    EXPECT_THAT(bench.sim->Requests(), ElementsAre("F102", "F157", "F197", "F102"));
+  }
+  Bench bench;
+  bench.sim->InjectFault(0, ParseFault("stall,bytes=3,ms=5"));
+  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+}
+
+TEST(FaultTextTest, EndlessGoesOnUntilTheClientIsGone) {
+  Bench bench;
+  Fault fault = ParseFault("endless,bytes=8");
+  fault.text = std::string("a\0\r\n", 4);
+  bench.sim->InjectFault(0, fault);
+  const auto client = bench.Connect();
+  client->Send("F102\r\n");
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(client->ReadLine(), std::string("a\0", 2));
+  client->Close();
+  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
+}
+
 TEST(FaultTextTest, GarbageIsNoTextAndOversizedIsThatLong) {
   Bench bench;
   bench.sim->InjectFault(0, ParseFault("garbage,bytes=32"));
@@ -144,7 +180,8 @@ TEST(FaultTextTest, WhatIsNoFaultIsRefused) {
   for (const char* text :
        {"", "zap", "late,", "late,ms", "late,ms=x", "late,ms=-1", "late,bytes=3", "pieces,bytes=0",
         "silent,count=-2", "silent,code=99999999999", "bad-number", "late,ms=1,ms=2",
-        "late,kind=silent", "burst,n=100001", "drop-after,bytes=1.5", "nak,bytes=1"}) {
+        "late,kind=silent", "burst,n=100001", "endless,bytes=65537", "stall,bytes=0",
+        "drop-after,bytes=1.5", "nak,bytes=1"}) {
     EXPECT_THROW(ParseFault(text), ConfigError) << text;
   }
 }

@@ -100,7 +100,7 @@ TEST_F(SearchTest, OtherMessagesAndUnpluggedPrintersAreNotAnswered) {
 
 TEST_F(SearchTest, FaultsComeAheadOfTheAnswer) {
   sim_->Unplug(1);
-  for (const char* fault : {"echo", "malformed", "foreign,text=other", "burst,n=2"}) {
+  for (const char* fault : {"echo", "malformed", "foreign,text=other", "burst,n=2,ms=1"}) {
     sim_->InjectFault(0, ParseFault(fault));
   }
   const std::vector<std::string> answers = Search("F195\r\n", 12);
@@ -117,7 +117,7 @@ TEST_F(SearchTest, FaultsComeAheadOfTheAnswer) {
 TEST_F(SearchTest, FaultsChangeTheAnswer) {
   sim_->Unplug(1);
   sim_->InjectFault(0, ParseFault("bad-port,text=x1"));
-  sim_->InjectFault(0, ParseFault("duplicate,n=2"));
+  sim_->InjectFault(0, ParseFault("duplicate,n=2,ms=1"));
   sim_->InjectFault(0, ParseFault("late,code=195,ms=5"));
   const std::string wrong = Reply(0, "x1");
   EXPECT_THAT(Search("F195\r\n", 3), ElementsAre(wrong, wrong, wrong));

@@ -210,6 +210,26 @@ TEST_F(UsbTest, NakForATimeEndsByItself) {
   EXPECT_EQ(sim->Status().armedFaults, 0u);
 }
 
+TEST_F(UsbTest, AStallOutlastsTheTransferThatItCut) {
+  sim->InjectFault(0, ParseFault("stall,code=102"));
+  const std::uint32_t cut = host->Write("F102\r\nF157\r\n");
+  EXPECT_EQ(ReadAll(1, 1024).front(), "F102 OK S:0\r\n");
+  host->Unlink(cut);
+  EXPECT_EQ(host->Next().status, kUnlinked);
+  const std::uint32_t next = host->Write("F301\r\n");
+  const std::uint32_t control = host->Control("a101 0000 0000 0100");
+  EXPECT_EQ(host->Next().sequence, control);  // would come behind a transfer that is taken
+  sim->ClearFaults(0);
+  EXPECT_EQ(host->Next().sequence, next);
+}
+
+TEST_F(UsbTest, EndlessAnswersEveryRead) {
+  sim->InjectFault(0, ParseFault("endless,bytes=3,text=ab"));
+  Give("F102\r\n");
+  EXPECT_THAT(ReadAll(3, 1024), ElementsAre("aba", "aba", "aba"));
+  Reattach();
+}
+
 TEST_F(UsbTest, SoftResetForgetsUnreadAnswers) {
   Give("F102\r\n");
   host->Control("2102 0000 0000 0000");

@@ -39,18 +39,20 @@ constexpr FaultRow kRows[] = {
     {FaultKind::kTwice,       "twice",       nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kOversized,   "oversized",   "kib",   1024,    false, 0,    false, nullptr},
     {FaultKind::kZeroPacket,  "zero-packet", nullptr, 0,       false, 0,    false, nullptr},
+    {FaultKind::kEndless,     "endless",     "bytes", 1024,    true,  0,    false, ""},
     {FaultKind::kDrop,        "drop",        nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kReset,       "reset",       nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kDropAfter,   "drop-after",  "bytes", 1,       false, 0,    false, nullptr},
     {FaultKind::kResetAfter,  "reset-after", "bytes", 1,       false, 0,    false, nullptr},
+    {FaultKind::kStall,       "stall",       "bytes", 1,       true,  0,    false, nullptr},
     {FaultKind::kNak,         "nak",         nullptr, 0,       true,  0,    false, nullptr},
     {FaultKind::kBufferFull,  "buffer-full", nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kEcho,        "echo",        nullptr, 0,       false, 0,    false, nullptr},
-    {FaultKind::kDuplicate,   "duplicate",   "n",     1,       false, 0,    false, nullptr},
+    {FaultKind::kDuplicate,   "duplicate",   "n",     1,       true,  0,    false, nullptr},
     {FaultKind::kMalformed,   "malformed",   nullptr, 0,       false, 0,    false, ""},
     {FaultKind::kForeign,     "foreign",     nullptr, 0,       false, 0,    false, ""},
     {FaultKind::kBadPort,     "bad-port",    nullptr, 0,       false, 0,    false, "abc"},
-    {FaultKind::kBurst,       "burst",       "n",     100,     false, 0,    false, nullptr},
+    {FaultKind::kBurst,       "burst",       "n",     100,     true,  0,    false, nullptr},
 };
 // clang-format on
 
@@ -80,7 +82,8 @@ std::int64_t MaxSize(const FaultRow& row) {
   const std::string_view option = row.sizeOption;
   if (option == "kib") return kMaxKib;
   if (option == "n") return kMaxDatagrams;
-  return row.kind == FaultKind::kGarbage ? kMaxAnswerBytes : kMaxBytes;
+  const bool isText = row.kind == FaultKind::kGarbage || row.kind == FaultKind::kEndless;
+  return isText ? kMaxAnswerBytes : kMaxBytes;
 }
 
 }  // namespace

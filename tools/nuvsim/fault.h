@@ -22,22 +22,24 @@ enum class FaultKind {
   kTwice,       // the answer comes twice
   kOversized,   // the answer is padded to `size` KiB
   kZeroPacket,  // over USB an empty packet comes ahead of the answer
+  kEndless,     // in place of the answer `text` again and again, `size` bytes every `delay`
   kDrop,        // the connection is ended (FIN) in place of the answer
   kReset,       // the connection is reset (RST) in place of the answer
-  // On the connection, whatever is received.
-  kDropAfter,   // ended after `size` further received bytes
-  kResetAfter,  // reset after `size` further received bytes
+  // On the connection, after `size` further received bytes; with `code` those behind that command.
+  kDropAfter,   // ended
+  kResetAfter,  // reset
+  kStall,       // nothing more is read for `delay`; 0: until the faults are cleared
   // On what the host sends over USB.
   kNak,  // nothing is taken for `delay`; 0: until the faults are cleared
   // On the reported buffer.
   kBufferFull,  // free buffer reported as 0
   // On a search; all but kBadPort come in addition to, and before, the right answer.
   kEcho,       // the search message comes back
-  kDuplicate,  // `size` further copies of the answer
+  kDuplicate,  // `size` further copies of the answer, `delay` apart
   kMalformed,  // datagrams that are no proper answer, or the one datagram `text`
   kForeign,    // datagrams of other protocols, or the one datagram `text`
   kBadPort,    // the PORT value of the answer is `text`
-  kBurst,      // `size` distinct valid answers
+  kBurst,      // `size` distinct valid answers, `delay` apart
 };
 
 // One armed fault. Of the faults on the answer that match a command, the one armed first applies,

@@ -11,6 +11,11 @@ constexpr int kSearchCode = 195;
 
 bool IsOnAnswer(FaultKind kind) { return kind <= FaultKind::kReset; }
 
+bool IsOnConnection(FaultKind kind) {
+  return kind == FaultKind::kDropAfter || kind == FaultKind::kResetAfter ||
+         kind == FaultKind::kStall;
+}
+
 bool IsOnSearch(const Fault& fault) {
   if (fault.kind >= FaultKind::kEcho) return fault.code == 0 || fault.code == kSearchCode;
   return fault.code == kSearchCode &&
@@ -27,7 +32,9 @@ bool Skips(Fault& fault) {
 }  // namespace
 
 void FaultList::Add(const Fault& fault) {
-  if (fault.count != 0) faults_.push_back({fault, std::max<std::uint64_t>(fault.size, 1)});
+  if (fault.count == 0) return;
+  faults_.push_back({fault});
+  CountAnew(faults_.back());
 }
 
 void FaultList::Clear() { faults_.clear(); }
@@ -88,25 +95,38 @@ std::vector<Fault> FaultList::TakeForSearch() {
   return taken;
 }
 
-bool FaultList::IsCut(const Armed& armed) {
-  return armed.fault.kind == FaultKind::kDropAfter || armed.fault.kind == FaultKind::kResetAfter;
+void FaultList::CountAnew(Armed& armed) {
+  armed.bytesLeft = std::max<std::uint64_t>(armed.fault.size, 1);
+  armed.isCounting = armed.fault.code == 0;
 }
 
-std::uint64_t FaultList::BytesBeforeCut() const {
-  const auto armed = std::find_if(faults_.begin(), faults_.end(), IsCut);
-  return armed == faults_.end() ? std::numeric_limits<std::uint64_t>::max() : armed->bytesLeft;
+// The one armed first counts, alone, until it is used up.
+FaultList::Iterator FaultList::NextCut() {
+  return std::find_if(faults_.begin(), faults_.end(),
+                      [](const Armed& each) { return IsOnConnection(each.fault.kind); });
 }
 
-Closing FaultList::CountBytes(std::uint64_t bytes) {
-  const auto armed = std::find_if(faults_.begin(), faults_.end(), IsCut);
-  if (armed == faults_.end()) return Closing::kNone;
+std::uint64_t FaultList::BytesBeforeCut() {
+  const auto armed = NextCut();
+  const bool counts = armed != faults_.end() && armed->isCounting;
+  return counts ? armed->bytesLeft : std::numeric_limits<std::uint64_t>::max();
+}
+
+std::optional<Fault> FaultList::CountBytes(std::uint64_t bytes) {
+  const auto armed = NextCut();
+  if (armed == faults_.end() || !armed->isCounting) return std::nullopt;
   armed->bytesLeft -= bytes;
-  if (armed->bytesLeft > 0) return Closing::kNone;
-  armed->bytesLeft = std::max<std::uint64_t>(armed->fault.size, 1);
-  if (Skips(armed->fault)) return Closing::kNone;
-  const bool drops = armed->fault.kind == FaultKind::kDropAfter;
+  if (armed->bytesLeft > 0) return std::nullopt;
+  CountAnew(*armed);
+  if (Skips(armed->fault)) return std::nullopt;
+  const Fault taken = armed->fault;
   Apply(armed);
-  return drops ? Closing::kDrop : Closing::kReset;
+  return taken;
+}
+
+void FaultList::CommandCame(int code) {
+  const auto armed = NextCut();
+  if (armed != faults_.end() && armed->fault.code == code) armed->isCounting = true;
 }
 
 }  // namespace nuvsim

@@ -37,22 +37,27 @@ class FaultList {
   // Takes every fault that applies to a search.
   std::vector<Fault> TakeForSearch();
 
-  // How many further bytes may be received before the connection is cut; the largest value when
-  // no such fault is armed.
-  std::uint64_t BytesBeforeCut() const;
+  // How many further bytes may be received before a fault on the connection; the largest value when
+  // none is counting.
+  std::uint64_t BytesBeforeCut();
 
-  // Counts received bytes, no more than BytesBeforeCut(); tells whether the cut is due.
-  Closing CountBytes(std::uint64_t bytes);
+  // Counts received bytes, no more than BytesBeforeCut(); takes the fault that is due.
+  std::optional<Fault> CountBytes(std::uint64_t bytes);
+
+  // A command was received, and its bytes are counted: from here on those behind it may count.
+  void CommandCame(int code);
 
  private:
   struct Armed {
     Fault fault;
-    std::uint64_t bytesLeft;
+    std::uint64_t bytesLeft = 0;  // before a fault on the connection, once it counts
+    bool isCounting = false;
     bool isShown = false;  // a lasting one has taken effect
   };
   using Iterator = std::list<Armed>::iterator;
 
-  static bool IsCut(const Armed& armed);
+  static void CountAnew(Armed& armed);
+  Iterator NextCut();
   Iterator Apply(Iterator armed);
 
   std::list<Armed> faults_;

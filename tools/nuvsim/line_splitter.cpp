@@ -29,18 +29,18 @@ std::size_t LineSplitter::Feed(std::string_view bytes) {
     const bool ends = end != std::string_view::npos;
     const std::string_view piece = bytes.substr(0, ends ? end + 1 : bytes.size());
     bytes.remove_prefix(piece.size());
-    bool goesOn = true;
+    bool wasCommand = false;
     if (ends && held_.empty() && discarded_ == 0) {
-      goesOn = Dispatch(piece);
+      wasCommand = Dispatch(piece);
     } else {
       Hold(piece);
       if (ends) {
-        goesOn = Dispatch(held_);
+        wasCommand = Dispatch(held_);
         held_.clear();
         discarded_ = 0;
       }
     }
-    if (!goesOn) break;
+    if (wasCommand) break;
   }
   return fed - bytes.size();
 }
@@ -59,14 +59,17 @@ void LineSplitter::Hold(std::string_view piece) {
 }
 
 bool LineSplitter::Dispatch(std::string_view line) {
-  if (IsCommand(line)) return sink_.OnCommand(line.substr(0, line.size() - LineEndLength(line)));
+  if (IsCommand(line)) {
+    sink_.OnCommand(line.substr(0, line.size() - LineEndLength(line)));
+    return true;
+  }
   const std::uint64_t length = line.size() + discarded_;
   if (length > longestData_) {
     sink_.OnLostData(length);
   } else {
     sink_.OnData(line);
   }
-  return true;
+  return false;
 }
 
 void LineSplitter::Finish() {

@@ -17,9 +17,8 @@ class LineSink {
  public:
   virtual ~LineSink() = default;
 
-  // A line that begins with "F" and a digit, without its line end. False: stop, what
-  // follows is not for this splitter.
-  virtual bool OnCommand(std::string_view line) = 0;
+  // A line that begins with "F" and a digit, without its line end.
+  virtual void OnCommand(std::string_view line) = 0;
 
   // Any other line as received, with its line end (none for what the sender left unfinished).
   virtual void OnData(std::string_view line) = 0;
@@ -36,7 +35,8 @@ class LineSplitter {
   // `longestData`: longest data line kept, in bytes with its line end. `sink` must outlive this.
   LineSplitter(std::uint64_t longestData, LineSink& sink);
 
-  // Returns how many of the bytes were taken: all, unless the receiver has said to stop.
+  // Returns how many of the bytes were taken: those to the end of the first command, else all. What
+  // follows a command may be no lines.
   std::size_t Feed(std::string_view bytes);
 
   // The sender is gone: what it left of a data line counts as a line, of a command is forgotten.
@@ -44,7 +44,7 @@ class LineSplitter {
 
  private:
   void Hold(std::string_view piece);
-  bool Dispatch(std::string_view line);
+  bool Dispatch(std::string_view line);  // whether it was a command
 
   std::uint64_t longestData_;
   LineSink& sink_;

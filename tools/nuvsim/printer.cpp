@@ -56,31 +56,37 @@ void Printer::ClientLeft(Channel channel) {
 Reaction Printer::Receive(Channel channel, std::string_view bytes) {
   reaction_ = Reaction();
   EndSilentPhase();
-  while (!bytes.empty() && reaction_.closing == Closing::kNone) {
+  while (!bytes.empty() && reaction_.closing == Closing::kNone && !reaction_.stall) {
     const std::uint64_t beforeCut = faults_.BytesBeforeCut();
-    const std::string_view part =
-        bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(beforeCut, bytes.size())));
-    bytes.remove_prefix(part.size());
-    counters_.bytesReceived += part.size();
-    Take(channel, part);
-    const Closing cut = faults_.CountBytes(part.size());
-    if (reaction_.closing == Closing::kNone) reaction_.closing = cut;
+    const std::size_t taken =
+        TakeSome(channel, bytes.substr(0, static_cast<std::size_t>(
+                                              std::min<std::uint64_t>(beforeCut, bytes.size()))));
+    bytes.remove_prefix(taken);
+    reaction_.taken += taken;
+    counters_.bytesReceived += taken;
+    const auto cut = faults_.CountBytes(taken);
+    if (commandCame_) faults_.CommandCame(*std::exchange(commandCame_, std::nullopt));
+    if (!cut || reaction_.closing != Closing::kNone) continue;
+    if (cut->kind == FaultKind::kStall) {
+      reaction_.stall = cut->delay;
+    } else {
+      reaction_.closing = cut->kind == FaultKind::kDropAfter ? Closing::kDrop : Closing::kReset;
+    }
   }
   machine_.FlushFiles();
   return std::move(reaction_);
 }
 
-void Printer::Take(Channel channel, std::string_view bytes) {
-  while (!bytes.empty() && reaction_.closing == Closing::kNone) {
-    if (!phase_ || phaseChannel_ != channel) {
-      commandChannel_ = channel;
-      bytes.remove_prefix(splitters_[Index(channel)].Feed(bytes));
-      continue;
-    }
-    bytes.remove_prefix(phase_->Take(bytes));
-    lastRaw_ = machine_.Now();
-    if (phase_->IsOver()) EndPhase();
+// Takes bytes from the front, up to the end of a command or of a stretch of raw bytes at the most.
+std::size_t Printer::TakeSome(Channel channel, std::string_view bytes) {
+  if (!phase_ || phaseChannel_ != channel) {
+    commandChannel_ = channel;
+    return splitters_[Index(channel)].Feed(bytes);
   }
+  const std::size_t taken = phase_->Take(bytes);
+  lastRaw_ = machine_.Now();
+  if (phase_->IsOver()) EndPhase();
+  return taken;
 }
 
 void Printer::EndPhase() {
@@ -88,20 +94,23 @@ void Printer::EndPhase() {
   phase_->Stop();
   const std::string held = phase_->Held();
   phase_.reset();
-  Take(phaseChannel_, held);
+  for (std::size_t at = 0; at < held.size();) {
+    at += TakeSome(phaseChannel_, std::string_view(held).substr(at));
+  }
 }
 
 void Printer::EndSilentPhase() {
   if (phase_ && phase_->EndsInSilence() && machine_.Now() - lastRaw_ >= kSilence) EndPhase();
 }
 
-bool Printer::OnCommand(std::string_view line) {
+void Printer::OnCommand(std::string_view line) {
   ++counters_.requests;
   requests_.emplace_back(line);
   if (requests_.size() > kRequestsKept) requests_.pop_front();
   if (log_) log_(false, line);
 
   const Request request = ParseRequest(line);
+  commandCame_ = request.code;
   machine_.GetIntake().ForgetPhase();
   std::string answer = Answer(machine_, request);
   if (TellsBuffer(request.code, answer) && faults_.TakeBufferFull(request.code)) {
@@ -120,7 +129,6 @@ bool Printer::OnCommand(std::string_view line) {
     phaseChannel_ = commandChannel_;
   }
   lastRaw_ = machine_.Now();
-  return reaction_.closing == Closing::kNone && !phase_;
 }
 
 // An entry for each line of the answer.

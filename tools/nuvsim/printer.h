@@ -65,10 +65,10 @@ class Printer final : private LineSink {
   std::optional<std::chrono::nanoseconds> TimeToNextStep();
 
  private:
-  bool OnCommand(std::string_view line) override;
+  void OnCommand(std::string_view line) override;
   void OnData(std::string_view line) override;
   void OnLostData(std::uint64_t bytes) override;
-  void Take(Channel channel, std::string_view bytes);
+  std::size_t TakeSome(Channel channel, std::string_view bytes);
   void EndPhase();
   void EndSilentPhase();
   void LogAnswer(const std::string& answer, const std::string& remark);
@@ -79,6 +79,7 @@ class Printer final : private LineSink {
   std::unique_ptr<RawPhase> phase_;                // null while lines come
   Channel phaseChannel_ = Channel::kNetwork;       // where the raw bytes come from
   Channel commandChannel_ = Channel::kNetwork;     // of the bytes being taken
+  std::optional<int> commandCame_;                 // in them; its bytes are not counted yet
   std::chrono::steady_clock::time_point lastRaw_;
   Log log_;
   std::deque<std::string> requests_;

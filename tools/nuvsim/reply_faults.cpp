@@ -44,6 +44,14 @@ void AnswerInPieces(const std::string& line, const Fault& fault, Reaction& react
   }
 }
 
+Delivery EndlessPiece(const Fault& fault) {
+  std::string piece(static_cast<std::size_t>(fault.size), 'x');
+  for (std::size_t i = 0; i < piece.size() && !fault.text.empty(); ++i) {
+    piece[i] = fault.text[i % fault.text.size()];
+  }
+  return {piece, fault.delay, true};
+}
+
 }  // namespace
 
 std::string ReplaceField(const std::string& answer, const std::string& field,
@@ -105,6 +113,9 @@ void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& re
     case FaultKind::kZeroPacket:
       reaction.deliveries.push_back({"", std::chrono::milliseconds(0)});
       AnswerProperly(answer, reaction);
+      break;
+    case FaultKind::kEndless:
+      reaction.deliveries.push_back(EndlessPiece(fault));
       break;
     case FaultKind::kDrop:
       reaction.closing = Closing::kDrop;

@@ -3,6 +3,8 @@
 #define NUVSIM_REPLY_FAULTS_H_
 
 #include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,7 @@ namespace nuvsim {
 struct Delivery {
   std::string bytes;
   std::chrono::milliseconds delay{0};
+  bool repeats = false;  // it is sent again and again until the client is gone
 };
 
 // What a printer does in reaction to received bytes: deliveries in order, then the end of the
@@ -24,6 +27,9 @@ struct Delivery {
 struct Reaction {
   std::vector<Delivery> deliveries;
   Closing closing = Closing::kNone;
+  std::size_t taken = 0;  // of the bytes; the others come again when the stall is over
+  // Nothing more is read for so long; zero: until the faults are cleared.
+  std::optional<std::chrono::milliseconds> stall;
 };
 
 inline constexpr std::string_view kLineEnd = "\r\n";

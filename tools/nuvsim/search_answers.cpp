@@ -73,26 +73,27 @@ bool IsSearch(std::string_view datagram) {
 std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::string& address,
                                    std::uint16_t port, const std::vector<Fault>& faults,
                                    std::string_view search) {
-  std::vector<std::string> datagrams;
+  std::vector<Delivery> deliveries;
   std::string portText = std::to_string(port);
   milliseconds delay{0};
-  std::uint64_t copies = 1;
+  milliseconds apart{0};  // the copies
+  std::uint64_t copies = 0;
   for (const Fault& fault : faults) {
     if (fault.kind == FaultKind::kSilent) return {};
     if (fault.kind == FaultKind::kLate) delay = fault.delay;
-    if (fault.kind == FaultKind::kDuplicate) copies += fault.size;
+    if (fault.kind == FaultKind::kDuplicate) {
+      copies += fault.size;
+      apart = fault.delay;
+    }
     if (fault.kind == FaultKind::kBadPort) portText = fault.text;
     for (std::string& each : Ahead(fault, printer, address, port, search)) {
-      datagrams.push_back(std::move(each));
+      deliveries.push_back({std::move(each), fault.delay});
     }
   }
-  datagrams.insert(datagrams.end(), copies, Reply(printer, address, portText));
-
-  std::vector<Delivery> deliveries;
-  deliveries.reserve(datagrams.size());
-  for (std::string& each : datagrams) {
-    deliveries.push_back({std::move(each), std::exchange(delay, milliseconds(0))});
-  }
+  const std::string reply = Reply(printer, address, portText);
+  deliveries.push_back({reply});
+  deliveries.insert(deliveries.end(), copies, {reply, apart});
+  deliveries.front().delay += delay;
   return deliveries;
 }
 

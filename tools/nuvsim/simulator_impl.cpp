@@ -193,7 +193,10 @@ void Simulator::Impl::ClockChanged() {
 
 void Simulator::Impl::ClearFaults(std::size_t index) {
   Change(index, [](Printer& each) { each.Faults().Clear(); });
-  Run([this, index] { devices[index]->usbDevice.pipe.FaultsCleared(); });
+  Run([this, index] {
+    devices[index]->endpoint.FaultsCleared();
+    devices[index]->usbDevice.pipe.FaultsCleared();
+  });
 }
 
 void Simulator::Impl::Change(std::size_t index, const std::function<void(Printer&)>& action) {

@@ -23,7 +23,8 @@ TcpEndpoint::Connection::Connection(asio::ip::tcp::socket socket, Wire& wire,
       wire_(wire),
       whenGone_(std::move(whenGone)),
       timer_(socket_.get_executor()),
-      buffer_(kReadBytes) {}
+      buffer_(kReadBytes),
+      stallTimer_(socket_.get_executor()) {}
 
 void TcpEndpoint::Connection::Start() {
   asio::error_code ignored;
@@ -31,6 +32,17 @@ void TcpEndpoint::Connection::Start() {
   const auto reached = socket_.local_endpoint(ignored).address();
   wire_.ClientCame(reached.is_v4() ? reached.to_v4().to_uint() : 0);
   Read();
+}
+
+// Goes on with what has been read, then with reading, unless something keeps it from that.
+void TcpEndpoint::Connection::ReadOn() {
+  if (gone_ || reading_ || stalled_) return;
+  if (closing_ != Closing::kNone || queuedBytes_ > kMaxQueuedBytes) return;
+  if (untaken_.empty()) {
+    Read();
+  } else {
+    Take();
+  }
 }
 
 void TcpEndpoint::Connection::Read() {
@@ -43,13 +55,17 @@ void TcpEndpoint::Connection::Read() {
         if (error) {
           self->Leave();
         } else {
-          self->React(self->wire_.Receive(std::string_view(self->buffer_.data(), length)));
+          self->untaken_ = std::string_view(self->buffer_.data(), length);
+          self->Take();
         }
       });
 }
 
-void TcpEndpoint::Connection::React(Reaction reaction) {
+void TcpEndpoint::Connection::Take() {
+  Reaction reaction = wire_.Receive(untaken_);
+  untaken_.remove_prefix(reaction.taken);
   closing_ = reaction.closing;
+  if (reaction.stall) Stall(*reaction.stall);
   if (!sendFailed_) {
     for (Delivery& each : reaction.deliveries) {
       queuedBytes_ += each.bytes.size();
@@ -57,7 +73,24 @@ void TcpEndpoint::Connection::React(Reaction reaction) {
     }
   }
   if (!sending_) SendNext();
-  if (!gone_ && !reading_ && closing_ == Closing::kNone && queuedBytes_ <= kMaxQueuedBytes) Read();
+  ReadOn();
+}
+
+void TcpEndpoint::Connection::Stall(std::chrono::milliseconds time) {
+  stalled_ = true;
+  if (time.count() == 0) return;
+  stallTimer_.expires_after(time);
+  stallTimer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
+    // One that had run out before it was cancelled calls without an error.
+    const auto now = asio::steady_timer::clock_type::now();
+    if (!error && self->stallTimer_.expiry() <= now) self->EndStall();
+  });
+}
+
+void TcpEndpoint::Connection::EndStall() {
+  stalled_ = false;
+  stallTimer_.cancel();
+  ReadOn();
 }
 
 void TcpEndpoint::Connection::SendNext() {
@@ -91,12 +124,14 @@ void TcpEndpoint::Connection::Sent(const asio::error_code& error) {
     queue_.clear();
     queuedBytes_ = 0;
   } else {
-    queuedBytes_ -= queue_.front().bytes.size();
-    queue_.pop_front();
+    if (!queue_.front().repeats) {
+      queuedBytes_ -= queue_.front().bytes.size();
+      queue_.pop_front();
+    }
     wire_.AnswerSent();
   }
   SendNext();
-  if (!gone_ && !reading_ && closing_ == Closing::kNone && queuedBytes_ <= kMaxQueuedBytes) Read();
+  ReadOn();
 }
 
 void TcpEndpoint::Connection::EndAsFaulted() {
@@ -148,6 +183,7 @@ void TcpEndpoint::Connection::Abort() {
 
 void TcpEndpoint::Connection::CloseSocket() {
   asio::error_code ignored;
+  stallTimer_.cancel();
   socket_.close(ignored);
 }
 

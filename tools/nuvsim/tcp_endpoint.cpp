@@ -69,6 +69,11 @@ void TcpEndpoint::Accept() {
       });
 }
 
+void TcpEndpoint::FaultsCleared() {
+  const std::shared_ptr<Connection> served = connection_;  // it may end meanwhile
+  if (served) served->EndStall();
+}
+
 void TcpEndpoint::Close() {
   asio::error_code ignored;
   retryTimer_.cancel();

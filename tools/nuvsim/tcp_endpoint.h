@@ -27,6 +27,9 @@ class TcpEndpoint {
   // Stops listening and ends the connection being served. Listen() may follow.
   void Close();
 
+  // A stall of the client being served may be over.
+  void FaultsCleared();
+
   // The port listened on last; 0 before the first Listen().
   std::uint16_t Port() const { return port_; }
 

@@ -43,12 +43,13 @@ void UsbPipe::Detach() {
   Reset();
   closing_ = Closing::kNone;
   isRefusing_ = false;
+  isStalled_ = false;
   refusalTimer_.cancel();
   wire_.ClientLeft();
 }
 
 void UsbPipe::Send(std::uint32_t sequence, std::string bytes) {
-  sends_.push_back({sequence, std::move(bytes), false});
+  sends_.push_back({sequence, std::move(bytes)});
   Advance();
 }
 
@@ -60,7 +61,7 @@ void UsbPipe::Read(std::uint32_t sequence, std::size_t length) {
 bool UsbPipe::Cancel(std::uint32_t sequence) {
   const bool isFrontSend = !sends_.empty() && sends_.front().sequence == sequence;
   if (!Erase(sends_, sequence)) return Erase(reads_, sequence);
-  if (isFrontSend && isRefusing_) {
+  if (isFrontSend && isRefusing_ && !isStalled_) {
     // The refusal was of this transfer; the one behind it is asked about anew.
     isRefusing_ = false;
     refusalTimer_.cancel();
@@ -80,6 +81,7 @@ void UsbPipe::Reset() {
 
 void UsbPipe::FaultsCleared() {
   isRefusing_ = false;
+  isStalled_ = false;
   refusalTimer_.cancel();
   Advance();
 }
@@ -95,26 +97,36 @@ bool UsbPipe::Admits(PendingSend& send) {
   if (std::exchange(send.isAdmitted, true)) return true;
   const auto refusal = wire_.TakeRefusal();
   if (!refusal) return true;
+  if (refusal->count() == 0) send.isAdmitted = false;  // to be asked again when that is over
+  Refuse(*refusal);
+  return false;
+}
+
+// Takes nothing for that time; zero: until the faults are cleared.
+void UsbPipe::Refuse(std::chrono::milliseconds time) {
   isRefusing_ = true;
-  if (refusal->count() == 0) {
-    send.isAdmitted = false;  // to be asked about again when the faults are cleared
-    return false;
-  }
-  refusalTimer_.expires_after(*refusal);
+  if (time.count() == 0) return;
+  refusalTimer_.expires_after(time);
   refusalTimer_.async_wait([this](const asio::error_code& error) {
     if (!error && isRefusing_ && HasRunOut(refusalTimer_)) FaultsCleared();
   });
-  return false;
 }
 
 bool UsbPipe::TakeFrontSend() {
   if (sends_.empty() || isRefusing_ || closing_ != Closing::kNone) return false;
   if (queuedBytes_ > kMaxQueuedBytes || !Admits(sends_.front())) return false;
-  const PendingSend send = std::move(sends_.front());
-  sends_.pop_front();
-  Reaction reaction = wire_.Receive(send.bytes);
-  host_->Completed(send.sequence, send.bytes.size(), {});
+  PendingSend& send = sends_.front();
+  Reaction reaction = wire_.Receive(std::string_view(send.bytes).substr(send.taken));
+  send.taken += reaction.taken;
   closing_ = reaction.closing;
+  if (reaction.stall) {
+    isStalled_ = true;
+    Refuse(*reaction.stall);
+  }
+  if (send.taken == send.bytes.size() || closing_ != Closing::kNone) {
+    host_->Completed(send.sequence, send.bytes.size(), {});
+    sends_.pop_front();
+  }
   for (Delivery& each : reaction.deliveries) {
     queuedBytes_ += each.bytes.size();
     deliveries_.push_back(std::move(each));
@@ -133,10 +145,12 @@ bool UsbPipe::DeliverFront() {
   host_->Completed(read.sequence, part.size(), part);
   deliveredBytes_ += part.size();
   if (part.size() == rest.size()) {
-    queuedBytes_ -= deliveredBytes_;
+    if (!deliveries_.front().repeats) {
+      queuedBytes_ -= deliveredBytes_;
+      deliveries_.pop_front();
+    }
     deliveredBytes_ = 0;
     isFrontDue_ = false;
-    deliveries_.pop_front();
     wire_.AnswerSent();
   }
   return true;

@@ -7,6 +7,7 @@
 
 #include <asio/io_context.hpp>
 #include <asio/steady_timer.hpp>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -53,7 +54,8 @@ class UsbPipe {
   struct PendingSend {
     std::uint32_t sequence;
     std::string bytes;
-    bool isAdmitted;  // the printer has been asked whether it takes data
+    bool isAdmitted = false;  // the printer has been asked whether it takes data
+    std::size_t taken = 0;    // of the bytes; fewer than all during a stall
   };
   struct PendingRead {
     std::uint32_t sequence;
@@ -62,6 +64,7 @@ class UsbPipe {
 
   void Advance();
   bool Admits(PendingSend& send);
+  void Refuse(std::chrono::milliseconds time);
   bool TakeFrontSend();
   bool DeliverFront();
   bool IsFrontDue();
@@ -75,6 +78,7 @@ class UsbPipe {
   std::size_t deliveredBytes_ = 0;  // of the front delivery
   Closing closing_ = Closing::kNone;
   bool isRefusing_ = false;
+  bool isStalled_ = false;  // refusing, whatever the host does
   asio::steady_timer refusalTimer_;
   bool isDelaying_ = false;  // the front delivery is not due yet
   bool isFrontDue_ = false;
