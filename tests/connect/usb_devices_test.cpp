@@ -2,11 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <deque>
-
 #include "connect/connecting_framework.h"
-#include "connect/usb_mode.h"
 #include "nuvconnect/ResultCodes.h"
+#include "tests/connect/scripted_connector.h"
 #include "tests/support/manual_clock.h"
 
 namespace Nuv::Connect {
@@ -14,71 +12,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using Strings = std::vector<std::string>;
-
-struct UsbPrinter {
-  std::string serial;
-  std::string model = "Fabrix150 xP";
-  bool opens = true;
-};
-
-// What is attached, and what the open printer has to say.
-struct Port {
-  bool walks = true;  // the devices can be walked
-  std::vector<UsbPrinter> printers;
-  int open = -1;
-  std::vector<std::string> opened;  // the texts that Open was given
-  std::deque<std::string> blocks;   // of the next reads; none left: time-out
-  std::vector<std::string> written;
-  uint32_t writeStatus = 0;
-};
-
-class ScriptedConnector final : public ConnectorBase {
- public:
-  explicit ScriptedConnector(Port& port) : port_(port) {}
-  bool SearchDevices() override {
-    count_ = port_.printers.size();
-    return port_.walks;
-  }
-  bool Open(const wchar_t* indexText) override {
-    const std::wstring text = indexText;
-    port_.opened.emplace_back(text.begin(), text.end());
-    const size_t index = std::stoul(text);
-    if (index >= count_ || !port_.printers[index].opens) return false;
-    port_.open = static_cast<int>(index);
-    return true;
-  }
-  void Close() override { port_.open = -1; }
-  uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
-    if (port_.open < 0) return kNotOpen;
-    port_.written.emplace_back(data, data + length);
-    if (port_.written.back() == "F101\r\n") {
-      const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
-      port_.blocks = {"F101 OK V:1 N:Name M:<" + printer.model + "> S:" + printer.serial + " ",
-                      "C:7\r\n"};
-    }
-    return port_.writeStatus;
-  }
-  uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
-    if (port_.blocks.empty()) return kTransferTimeout;
-    const std::string block = port_.blocks.front();
-    port_.blocks.pop_front();
-    EXPECT_LE(block.size(), kReadBytes);
-    std::copy(block.begin(), block.end(), buffer);
-    return 0;
-  }
-  std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override {
-    paths.clear();
-    for (size_t i = 0; i < count_; ++i)
-      paths.push_back(L"/dev/usb/lp" + std::to_wstring(i) + L"\\1");
-    return paths;
-  }
-
- private:
-  Port& port_;
-  size_t count_ = 0;
-};
 
 class UsbDevicesTest : public ::testing::Test {
  protected:
