@@ -1,5 +1,5 @@
-// The main function of all test programs: GoogleTest's, and a watchdog, so that a test that hangs is
-// named at once instead of when the time of the whole program is up.
+// The main function of all test programs: GoogleTest's, and a watchdog, so that a test that hangs
+// is named at once instead of when the time of the whole program is up.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
