@@ -56,7 +56,7 @@ bool NuvConnect::Choose(int kind, int index) {
 // printer, on which a job must not go on.
 bool NuvConnect::OpenDevice() {
   const Lock lock(mutex_);
-  return isNetwork_ ? network_.Reopen() : local_.Reopen(index_);
+  return isNetwork_ ? network_.Reopen() : local_.Reopen(false);
 }
 
 bool NuvConnect::CloseDevice() {
@@ -126,7 +126,7 @@ bool NuvConnect::Write(const uint8_t* data, size_t length) {
 }
 
 std::string NuvConnect::ReadReply() {
-  return isNetwork_ ? network_.ReadReply(nullptr) : local_.ReadReply();
+  return isNetwork_ ? network_.ReadReply(nullptr) : local_.ReadReply(nullptr);
 }
 
 }  // namespace Nuv::Connect

@@ -40,7 +40,10 @@ class NuvConnect final : public IConnect {
 
   // From now on no reply of a network printer is waited for: whoever waits has none within 600 ms.
   // Takes no lock, so that it reaches the operation under way.
-  void GiveUpReplies() { network_.GiveUp(); }
+  void GiveUpReplies() {
+    network_.GiveUp();
+    local_.GiveUp();
+  }
 
   // Connects to the network printer of the last enumeration with this address and makes it current.
   // The index of the choice stays; OpenDevice reopens this address all the same.
