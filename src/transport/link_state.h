@@ -3,9 +3,9 @@
 
 // How a link to a printer stands.
 enum class LinkState {
-  kClosed,
-  kAlive,
-  kEnded
-};  // closed by this side or never opened; usable; ended by the printer or lost
+  kClosed,  // closed by this side or never opened
+  kAlive,   // usable
+  kEnded,   // ended by the printer or lost
+};
 
 #endif  // NUV_TRANSPORT_LINK_STATE_H_
