@@ -5,6 +5,7 @@
 #include <deque>
 
 #include "connect/connecting_framework.h"
+#include "connect/local_link.h"
 #include "connect/usb_mode.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/support/manual_clock.h"
@@ -26,8 +27,12 @@ struct Port {
   bool walks = true;  // the devices can be walked
   std::vector<UsbPrinter> printers;
   int open = -1;
-  std::vector<std::string> opened;  // the texts that Open was given
-  std::deque<std::string> blocks;   // of the next reads; none left: time-out
+  int last = -1;                       // that was open
+  LinkState look = LinkState::kAlive;  // of what is open
+  std::vector<std::string> opened;     // the texts that Open was given, and "same", "again"
+  Platform::Clock* clock = nullptr;
+  uint32_t readMs = 0;             // of each read
+  std::deque<std::string> blocks;  // of the next reads; none left: time-out
   std::vector<std::string> written;
   uint32_t writeStatus = 0;
 };
@@ -44,10 +49,17 @@ class ScriptedConnector final : public ConnectorBase {
     port_.opened.emplace_back(text.begin(), text.end());
     const size_t index = std::stoul(text);
     if (index >= count_ || !port_.printers[index].opens) return false;
-    port_.open = static_cast<int>(index);
+    port_.open = port_.last = static_cast<int>(index);
     return true;
   }
   void Close() override { port_.open = -1; }
+  bool Reopen(bool samePlugging) override {
+    port_.opened.emplace_back(samePlugging ? "same" : "again");
+    port_.open = port_.last;
+    return port_.open >= 0;
+  }
+  LinkState Look() override { return port_.open < 0 ? LinkState::kClosed : port_.look; }
+  bool DiscardUntilQuiet(uint32_t, uint32_t) override { return false; }
   uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override {
     EXPECT_EQ(timeoutMs, 3000U);
     if (port_.open < 0) return kNotOpen;
@@ -59,9 +71,13 @@ class ScriptedConnector final : public ConnectorBase {
     }
     return port_.writeStatus;
   }
-  uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
-    if (port_.blocks.empty()) return kTransferTimeout;
+  uint32_t Read(uint8_t*, uint32_t) override { return kNotOpen; }
+  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
+                      uint32_t timeoutMs) override {
+    EXPECT_LE(timeoutMs, 3000U);
+    const uint32_t tookMs = std::min(port_.readMs, timeoutMs);
+    if (port_.clock != nullptr) port_.clock->SleepFor(std::chrono::milliseconds(tookMs));
+    if (givenUp() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
     const std::string block = port_.blocks.front();
     port_.blocks.pop_front();
     EXPECT_LE(block.size(), kReadBytes);
@@ -73,6 +89,9 @@ class ScriptedConnector final : public ConnectorBase {
     for (size_t i = 0; i < count_; ++i)
       paths.push_back(L"/dev/usb/lp" + std::to_wstring(i) + L"\\1");
     return paths;
+  }
+  std::string Identity(size_t index) const override {
+    return index < count_ ? "printer " + std::to_string(index) : "";
   }
 
  private:
@@ -131,7 +150,8 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   IConnect* const channel = framework.GetConnect();
   EXPECT_FALSE(channel->OpenDevice());
-  EXPECT_THAT(port.opened, ElementsAre()) << "a negative index never reaches the connector";
+  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
+  EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
   ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 1), NUV_OK);
@@ -140,7 +160,65 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_TRUE(channel->OpenDevice());
   EXPECT_EQ(port.open, 1);
-  EXPECT_THAT(port.opened, ElementsAre("1", "2", "1"));
+  EXPECT_THAT(port.opened, ElementsAre("again", "1", "2", "again"));
+}
+
+TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
+  UsbMode mode(std::make_unique<ScriptedConnector>(port));
+  port.printers = {{"A"}};
+  ASSERT_TRUE(mode.EnumerateDevices(serials));
+  EXPECT_EQ(mode.Identity(0), "printer 0");
+  EXPECT_EQ(mode.Identity(-1), "");
+  ASSERT_TRUE(mode.Open(0));
+  const struct {
+    LinkState look;
+    bool inJob;
+    bool opens;
+    Strings asked;
+  } kRows[] = {{LinkState::kAlive, true, true, {"same"}},
+               {LinkState::kAlive, false, true, {"again"}},
+               {LinkState::kEnded, true, false, {}},
+               {LinkState::kEnded, false, true, {"again"}},
+               {LinkState::kClosed, true, true, {"same"}}};
+  for (const auto& row : kRows) {
+    port.opened.clear();
+    port.look = row.look;
+    if (row.look == LinkState::kClosed) mode.Close();
+    EXPECT_EQ(mode.Reopen(row.inJob), row.opens);
+    EXPECT_EQ(port.opened, row.asked);
+  }
+}
+
+TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
+  LocalLink link(std::make_unique<ScriptedConnector>(port), clock);
+  port.printers = {{"A"}};
+  port.clock = &clock;
+  port.readMs = 2900;
+  ASSERT_TRUE(link.EnumerateDevices(serials));
+  ASSERT_TRUE(link.Open(0));
+  port.blocks = std::deque<std::string>(20, "x");
+  const int64_t before = clock.SleptMs();
+  EXPECT_EQ(link.ReadReply(nullptr), std::string(10, 'x'));
+  EXPECT_EQ(clock.SleptMs() - before, 30000);
+
+  Platform::Interrupt interrupt;
+  EXPECT_NE(link.ReadReply(&interrupt), "");
+  interrupt.Raise();
+  EXPECT_EQ(link.ReadReply(&interrupt), "");
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(link.ReadReply(nullptr), "F9 OK\n") << "that was one call's";
+  link.Close();
+  std::vector<uint8_t> last;
+  EXPECT_TRUE(link.LastRead(last));
+
+  ASSERT_TRUE(link.Reopen(false));
+  link.GiveUp();
+  port.blocks = {"F9 OK\n"};
+  const uint8_t byte = 'x';
+  EXPECT_EQ(link.ReadReply(nullptr), "");
+  EXPECT_FALSE(link.Write(&byte, 1));
+  EXPECT_FALSE(link.Open(0));
+  EXPECT_FALSE(link.Reopen(false));
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
