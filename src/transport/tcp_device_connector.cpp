@@ -14,8 +14,6 @@ using Nuv::Platform::Diagnostic;
 namespace {
 
 constexpr qint64 kReadChunkBytes = 4096;
-// No reply of a printer is longer.
-constexpr size_t kMostReplyBytes = 65536;
 // A printer that erases its memory takes nothing for longer than one write waits.
 constexpr int kMostStalls = 2;
 constexpr char kErrorE35[] = "E35";
@@ -107,7 +105,7 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
     arrived = socket_->waitForReadyRead(kReadSliceMs);
   }
   std::string text;
-  if (!arrived || !Take(text, kMostReplyBytes, Until::kShortRead)) return TcpResult::kNoReply;
+  if (!arrived || !Take(text, limits_.replyBytes, Until::kShortRead)) return TcpResult::kNoReply;
 
   if (text.find(expected) == std::string::npos) {
     return text.find(kErrorE35) != std::string::npos ? TcpResult::kE35 : TcpResult::kUnexpected;

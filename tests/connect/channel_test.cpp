@@ -225,13 +225,14 @@ TEST_F(LeftLinkTest, IsClosedForOthersButStillTellsWhatWasRead) {
 TEST_F(LeftLinkTest, UsbPrinterIsKeptUnlessItOwesAnAnswer) {
   IConnect* const channel = host.GetConnect();
   ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  port.opened.clear();
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
   EXPECT_TRUE(channel->OpenDevice());
-  EXPECT_THAT(port.reopened, IsEmpty()) << "open, alive and nothing owed";
+  EXPECT_THAT(port.opened, IsEmpty()) << "open, alive and nothing owed";
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
   EXPECT_TRUE(channel->OpenDevice());
-  EXPECT_THAT(port.reopened, ElementsAre(false)) << "an answer may still come on the old one";
+  EXPECT_THAT(port.opened, ElementsAre("again")) << "an answer may still come on the old one";
   // Answers that are owed behind an answered request are waited for.
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
   port.blocks = {"F9 OK\n"};
@@ -248,7 +249,7 @@ TEST_F(LeftLinkTest, PrinterThatIsUnpluggedInAJobIsNotReplaced) {
   port.onWrite = [&](const std::string& request) {
     // Opening, buffer, then no space: the wait begins.
     port.blocks = {request.substr(0, 4) + (request == "F117\r\n" ? " OK S:4\r\n" : " OK S:0\r\n")};
-    if (request == "F117\r\n") port.lost = true;
+    if (request == "F117\r\n") port.look = LinkState::kEnded;
   };
   EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_NO_BUFFER_SPACE);
   EXPECT_TRUE(host.GetConnect()->OpenDevice()) << "behind the job it is found again";

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/clock.h"
 #include "transport/connector_base.h"
 
 namespace Nuv::Connect {
@@ -20,7 +21,6 @@ struct UsbPrinter {
   std::string serial;
   std::string model = "Fabrix150 xP";
   bool opens = true;
-  int plugging = 1;  // how often it has been plugged in
 };
 
 // What is attached, and what the open printer has to say.
@@ -28,15 +28,17 @@ struct Port {
   bool walks = true;  // the devices can be walked
   std::vector<UsbPrinter> printers;
   int open = -1;
-  std::vector<std::string> opened;  // the texts that Open was given
-  std::deque<std::string> blocks;   // of the next reads; none left: time-out
+  int last = -1;                       // that was open
+  LinkState look = LinkState::kAlive;  // of what is open
+  std::vector<std::string> opened;     // what Open was given; "same" and "again" when Reopen opened
+  Platform::Clock* clock = nullptr;
+  uint32_t readMs = 0;             // of each read
+  std::deque<std::string> blocks;  // of the next reads; none left: time-out
   std::vector<std::string> written;
   uint32_t writeStatus = 0;
-  bool lost = false;           // the open printer has been unplugged
-  std::vector<bool> reopened;  // what Reopen was told when it had to open
   std::vector<std::pair<uint32_t, uint32_t>> quietWaits;
-  std::function<void()> onRead;                     // in the middle of each read
-  std::function<void(const std::string&)> onWrite;  // behind each write, which may set its reply
+  std::function<void()> onRead;                      // in the middle of each read
+  std::function<void(const std::string&)> onWrite;  // behind each write; may set the reply
   std::atomic<bool> reading{false};
   std::atomic<bool> overlapped{false};  // something was written meanwhile
 };
@@ -53,37 +55,24 @@ class ScriptedConnector final : public ConnectorBase {
     port_.opened.emplace_back(text.begin(), text.end());
     const size_t index = std::stoul(text);
     if (index >= count_ || !port_.printers[index].opens) return false;
-    last_ = Identity(index);
-    port_.open = static_cast<int>(index);
-    port_.lost = false;
+    port_.open = port_.last = static_cast<int>(index);
+    port_.look = LinkState::kAlive;
     return true;
   }
-  bool Reopen(bool samePlugging) override {
-    if (port_.open >= 0 && !port_.lost) return true;
-    port_.reopened.push_back(samePlugging);
-    for (size_t i = 0; i < port_.printers.size(); ++i) {
-      if (Identity(i) != last_ || !port_.printers[i].opens) continue;
-      port_.open = static_cast<int>(i);
-      port_.lost = false;
-      return true;
-    }
-    return false;
-  }
-  LinkState Look() override {
-    if (port_.open < 0) return LinkState::kClosed;
-    return port_.lost ? LinkState::kEnded : LinkState::kAlive;
-  }
   void Close() override { port_.open = -1; }
+  bool Reopen(bool samePlugging) override {
+    if (Look() == LinkState::kAlive) return true;
+    port_.opened.emplace_back(samePlugging ? "same" : "again");
+    port_.open = port_.last;
+    port_.look = LinkState::kAlive;
+    return port_.open >= 0;
+  }
+  LinkState Look() override { return port_.open < 0 ? LinkState::kClosed : port_.look; }
   bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override {
     port_.quietWaits.emplace_back(quietMs, limitMs);
     const bool any = !port_.blocks.empty();
     port_.blocks.clear();
     return any;
-  }
-  std::string Identity(size_t index) const override {
-    if (index >= port_.printers.size()) return {};
-    const UsbPrinter& printer = port_.printers[index];
-    return printer.serial + " plugged in " + std::to_string(printer.plugging);
   }
   uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override {
     EXPECT_EQ(timeoutMs, 3000U);
@@ -98,15 +87,16 @@ class ScriptedConnector final : public ConnectorBase {
     if (port_.onWrite) port_.onWrite(port_.written.back());
     return port_.writeStatus;
   }
-  uint32_t ReadUnless(const std::function<bool()>&, uint8_t* buffer, uint32_t timeoutMs) override {
-    return Read(buffer, timeoutMs);
-  }
-  uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
+  uint32_t Read(uint8_t*, uint32_t) override { return kNotOpen; }
+  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
+                      uint32_t timeoutMs) override {
+    EXPECT_LE(timeoutMs, 3000U);
     port_.reading = true;
     if (port_.onRead) port_.onRead();
     port_.reading = false;
-    if (port_.blocks.empty()) return kTransferTimeout;
+    const uint32_t tookMs = std::min(port_.readMs, timeoutMs);
+    if (port_.clock != nullptr) port_.clock->SleepFor(std::chrono::milliseconds(tookMs));
+    if (givenUp() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
     const std::string block = port_.blocks.front();
     port_.blocks.pop_front();
     EXPECT_LE(block.size(), kReadBytes);
@@ -119,11 +109,13 @@ class ScriptedConnector final : public ConnectorBase {
       paths.push_back(L"/dev/usb/lp" + std::to_wstring(i) + L"\\1");
     return paths;
   }
+  std::string Identity(size_t index) const override {
+    return index < count_ ? "printer " + std::to_string(index) : "";
+  }
 
  private:
   Port& port_;
   size_t count_ = 0;
-  std::string last_;  // identity of the printer opened last
 };
 
 }  // namespace Nuv::Connect

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "connect/connecting_framework.h"
+#include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/connect/scripted_connector.h"
 #include "tests/support/manual_clock.h"
@@ -64,7 +65,8 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   IConnect* const channel = framework.GetConnect();
   EXPECT_FALSE(channel->OpenDevice());
-  EXPECT_THAT(port.opened, ElementsAre()) << "a negative index never reaches the connector";
+  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
+  EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
   ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 1), NUV_OK);
@@ -73,7 +75,65 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_TRUE(channel->OpenDevice());
   EXPECT_EQ(port.open, 1);
-  EXPECT_THAT(port.opened, ElementsAre("1", "2", "1"));
+  EXPECT_THAT(port.opened, ElementsAre("again", "1", "2", "again"));
+}
+
+TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
+  UsbMode mode(std::make_unique<ScriptedConnector>(port));
+  port.printers = {{"A"}};
+  ASSERT_TRUE(mode.EnumerateDevices(serials));
+  EXPECT_EQ(mode.Identity(0), "printer 0");
+  EXPECT_EQ(mode.Identity(-1), "");
+  ASSERT_TRUE(mode.Open(0));
+  const struct {
+    LinkState look;
+    bool inJob;
+    bool opens;
+    Strings asked;
+  } kRows[] = {{LinkState::kAlive, true, true, {"same"}},
+               {LinkState::kAlive, false, true, {"again"}},
+               {LinkState::kEnded, true, false, {}},
+               {LinkState::kEnded, false, true, {"again"}},
+               {LinkState::kClosed, true, true, {"same"}}};
+  for (const auto& row : kRows) {
+    port.opened.clear();
+    port.look = row.look;
+    if (row.look == LinkState::kClosed) mode.Close();
+    EXPECT_EQ(mode.Reopen(row.inJob), row.opens);
+    EXPECT_EQ(port.opened, row.asked);
+  }
+}
+
+TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
+  LocalLink link(std::make_unique<ScriptedConnector>(port), clock);
+  port.printers = {{"A"}};
+  port.clock = &clock;
+  port.readMs = 2900;
+  ASSERT_TRUE(link.EnumerateDevices(serials));
+  ASSERT_TRUE(link.Open(0));
+  port.blocks = std::deque<std::string>(20, "x");
+  const int64_t before = clock.SleptMs();
+  EXPECT_EQ(link.ReadReply(nullptr), std::string(10, 'x'));
+  EXPECT_EQ(clock.SleptMs() - before, 30000);
+
+  Platform::Interrupt interrupt;
+  EXPECT_NE(link.ReadReply(&interrupt), "");
+  interrupt.Raise();
+  EXPECT_EQ(link.ReadReply(&interrupt), "");
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(link.ReadReply(nullptr), "F9 OK\n") << "that was one call's";
+  link.Close();
+  std::vector<uint8_t> last;
+  EXPECT_TRUE(link.LastRead(last));
+
+  ASSERT_TRUE(link.Reopen(false));
+  link.GiveUp();
+  port.blocks = {"F9 OK\n"};
+  const uint8_t byte = 'x';
+  EXPECT_EQ(link.ReadReply(nullptr), "");
+  EXPECT_FALSE(link.Write(&byte, 1));
+  EXPECT_FALSE(link.Open(0));
+  EXPECT_FALSE(link.Reopen(false));
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {

@@ -4,12 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <deque>
 #include <memory>
 
 #include "nuvsim/simulator.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/watchdog.h"
+#include "tests/transport/peer.h"
 #include "transport/search_networks.h"
 #include "transport/tcp_client_socket.h"
+#include "transport/tcp_device_connector.h"
 #include "transport/udp_search_socket.h"
 
 namespace {
@@ -103,6 +107,36 @@ TEST_F(SocketLayerTest, TcpEndsAndRefusals) {
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("error connecting to server: "));
   EXPECT_FALSE(socket.IsOpen());
   EXPECT_FALSE(socket.Connect("no.such.host.invalid", port));
+}
+
+TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
+  const Watchdog watchdog;
+  TcpLimits limits;
+  limits.stallMs = 100;
+  TcpClientSocket writer(limits);
+  Peer peer;
+  for (const char* const pending : {"", "L100 OK\r\n"}) {
+    ASSERT_TRUE(writer.Connect("", peer.port()));
+    peer.Accept();
+    peer.Says(pending);
+    const std::string endless(size_t{32} << 20, 'x');
+    EXPECT_EQ(writer.Send(endless.data(), static_cast<int>(endless.size())), -1);
+  }
+}
+
+TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
+  const Watchdog watchdog;
+  constexpr size_t kMore = 300;  // than the system keeps for one who does not accept
+  TcpLimits limits;
+  limits.connectMs = 100;
+  Peer peer;
+  std::deque<TcpClientSocket> sockets;
+  do {
+    sockets.emplace_back(limits);
+  } while (sockets.back().Connect("", peer.port()) && sockets.size() < kMore);
+  EXPECT_LT(sockets.size(), kMore);
+  EXPECT_FALSE(sockets.back().IsOpen());
+  EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.port()));
 }
 
 class UdpSearchTest : public SocketLayerTest {
