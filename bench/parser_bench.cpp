@@ -103,6 +103,7 @@ void RunParser() {
   Lengths("named record (301)", 301, "F301 OK", " ZLT:12345 C_LI:3");
   Lengths("list of names (198)", 198, "F198 OK", " SSID=<Lab net two>");
   Lengths("brackets that never close (198)", 198, "F198 OK", " a:<b");
+  Lengths("the same in a mixed record (190)", 190, "F190 OK", " S<b");
   Lengths("one long value (101)", 101, "F101 OK N:x", " word");
   Allocations("allocations of a state query (102)", 102, "F102 OK S:1 L:3 T:5 C:50% R:Job1\r\n",
               40);

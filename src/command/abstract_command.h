@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "nuvconnect/IConnect.h"
+#include "command/i_channel.h"
 #include "platform/clock.h"
 
 namespace Nuv::Command {
@@ -63,17 +63,25 @@ class AbstractCommand {
   // The keyed fields of the reply, after Execute; empty without a result callback.
   const ResultMap& result() const { return result_; }
 
-  // Whoever creates a command binds it before Execute; both must outlive it.
-  void Bind(Connect::IConnect& channel, Platform::Clock& clock) {
+  // Whoever creates a command binds it before Execute; all must outlive it.
+  // `interrupt`, raised, ends the waits of Execute; may be null.
+  void Bind(Connect::IChannel& channel, Platform::Clock& clock,
+            Platform::Interrupt* interrupt = nullptr) {
     channel_ = &channel;
     clock_ = &clock;
+    interrupt_ = interrupt;
   }
   void set_result_callback(ResultCallback callback) { resultCallback_ = std::move(callback); }
 
  protected:
   ResultMap result_;
-  Connect::IConnect* channel_ = nullptr;
+  // The reply to `request`, whose absence leaves its reason in `failure_`.
+  std::string Ask(const std::string& request, bool again);
+
+  Connect::IChannel* channel_ = nullptr;
   Platform::Clock* clock_ = &Platform::SystemClock();
+  Platform::Interrupt* interrupt_ = nullptr;
+  Connect::LinkFailure failure_ = Connect::LinkFailure::kNone;  // of the last exchange
   ResultCallback resultCallback_;
 };
 

@@ -30,10 +30,15 @@ enum class Ok : uint8_t { kSecond, kAnyToken };
 // Who makes the command: the factory, or a processor or the framework for itself.
 enum class Maker : uint8_t { kFactory, kDirect };
 
+constexpr bool IsSeparator(char c) { return c == ':' || c == '='; }
+
 // Keys of a named record, with their separator where the printer always writes one.
 struct Record {
   const std::string_view* keys = nullptr;
   size_t count = 0;
+  // A value may hold blanks ("BEGO VARSEO XS") and goes on over the tokens that hold no separator:
+  // only where each field has one. In the others such a token may be a field of its own ("S1").
+  bool valuesGoOn = false;
 };
 
 struct CommandRow {
@@ -74,7 +79,9 @@ inline constexpr Name kAuxiliaryKeys[] = {"A", "B", "E", "G", "T"};
 
 template <size_t N>
 constexpr Record Of(const Name (&keys)[N]) {
-  return {keys, N};
+  bool eachHasSeparator = true;
+  for (const Name& key : keys) eachHasSeparator = eachHasSeparator && IsSeparator(key.back());
+  return {keys, N, eachHasSeparator};
 }
 
 inline constexpr Record kNoRecord{};

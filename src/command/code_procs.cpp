@@ -42,6 +42,8 @@ int32_t CodeProc::Process(std::vector<std::string>& output) {
       });
   code_ = command->GetCode();
   const Command::TransactionStatus status = command->Execute();
+  sentAgain_ = command->sent_again();
+  fields_ = command->result();
   if (status == Command::kReplied) return NUV_OK;
   accepted_ = false;
   if (context_.errorCallback) context_.errorCallback(static_cast<ConnectError>(status), code_);

@@ -17,7 +17,7 @@ namespace Nuv::Connect {
 
 // What such a processor is created with. `channel` and `clock` must outlive it.
 struct ProcContext {
-  IConnect& channel;
+  IChannel& channel;
   ErrorCallback errorCallback;  // may be empty
   Platform::Clock& clock = Platform::SystemClock();
 };
@@ -32,6 +32,12 @@ class CodeProc : public IFcmdProc {
   // Whether the printer accepted the last command.
   bool accepted() const { return accepted_; }
 
+  // Whether its request was sent more than once: the printer may have taken it each time.
+  bool sent_again() const { return sentAgain_; }
+
+  // The named fields of its reply.
+  const Command::ResultMap& fields() const { return fields_; }
+
  protected:
   explicit CodeProc(ProcContext context) : context_(std::move(context)) {}
 
@@ -43,6 +49,8 @@ class CodeProc : public IFcmdProc {
   ProcContext context_;
   int32_t code_ = 0;
   bool accepted_ = false;
+  bool sentAgain_ = false;
+  Command::ResultMap fields_;
 };
 
 // A processor that runs the command class `Class`.

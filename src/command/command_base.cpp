@@ -20,6 +20,24 @@ bool BreaksTheLine(const std::vector<std::string>& parameters) {
   return false;
 }
 
+const char* WordsFor(Connect::LinkFailure failure) {
+  switch (failure) {
+    case Connect::LinkFailure::kNone:
+      return "the reply was cut short";
+    case Connect::LinkFailure::kSilence:
+      return "the printer did not answer in time";
+    case Connect::LinkFailure::kNotTaken:
+      return "the printer did not take the request in time";
+    case Connect::LinkFailure::kEnded:
+      return "the printer ended the link";
+    case Connect::LinkFailure::kNotOpen:
+      return "no printer is open";
+    case Connect::LinkFailure::kGivenUp:
+      return "the wait was given up";
+  }
+  return "";
+}
+
 }  // namespace
 
 TransactionStatus CommandBase::Execute() {
@@ -28,23 +46,36 @@ TransactionStatus CommandBase::Execute() {
     Platform::Diagnostic("F%d not sent: a parameter holds a line end", code_);
     return kNoReply;
   }
-  return AbstractCommand::Execute();
+  const TransactionStatus status = AbstractCommand::Execute();
+  if (status != kReplied) {
+    Platform::Diagnostic(
+        "F%d failed: %s", code_,
+        status == kOtherReply ? "a reply to another command came" : WordsFor(failure_));
+  }
+  return status;
 }
 
 void CommandBase::Recover(TransactionStatus& status, const std::string& request) {
   if (status == kReplied) return;
-  int resends = 0;
   int rereads = 0;
   do {
-    clock_->SleepFor(kRecoveryPause);
+    if (failure_ == Connect::LinkFailure::kGivenUp || !Pause()) return;
     if (status == kNoReply) {
-      status = ParseReply(channel_->ExecuteCommand(request));
-      ++resends;
+      status = ParseReply(Ask(request, true));
+      ++resends_;
     } else if (status == kOtherReply) {
-      status = ParseReply(channel_->ReceiveReply());
+      Connect::Reply reply = channel_->ReadAgain(interrupt_);
+      failure_ = reply.failure;
+      status = ParseReply(reply.text);
       ++rereads;
     }
-  } while (status != kReplied && resends < kMaxResends && rereads < kMaxRereads);
+  } while (status != kReplied && resends_ < kMaxResends && rereads < kMaxRereads);
+}
+
+bool CommandBase::Pause() {
+  if (interrupt_ != nullptr) return !clock_->WaitFor(kRecoveryPause, *interrupt_);
+  clock_->SleepFor(kRecoveryPause);
+  return true;
 }
 
 std::string CommandBase::BuildRequest() const {

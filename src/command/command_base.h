@@ -14,6 +14,9 @@ class CommandBase : public AbstractCommand {
  public:
   explicit CommandBase(int32_t code) : code_(code) {}
 
+  // Whether the request was sent more than once.
+  bool sent_again() const { return resends_ > 0; }
+
   // Request parameters, in wire order.
   void set_parameters(std::vector<std::string> parameters) { parameters_ = std::move(parameters); }
 
@@ -24,7 +27,7 @@ class CommandBase : public AbstractCommand {
   int32_t GetCode() const override { return code_; }
 
   // At most two resends after too short a reply, at most two further reads after a foreign one,
-  // each after a pause of 1000 ms; ends with the first good reply.
+  // each after a pause of 1000 ms; ends with the first good reply, and when the wait was given up.
   void Recover(TransactionStatus& status, const std::string& request) override;
 
   // "F", the code, one parameter behind " S" if there is exactly one, CR LF.
@@ -44,11 +47,15 @@ class CommandBase : public AbstractCommand {
   virtual ResultMap GetResultMap() const;
 
  protected:
+  // False when the wait was interrupted.
+  bool Pause();
+
   std::vector<std::string> parameters_;
   std::vector<std::string> replyTokens_;
   int32_t code_;
   int32_t replyCode_ = 0;
   bool replyOk_ = false;
+  int resends_ = 0;
 };
 
 }  // namespace Nuv::Command

@@ -9,10 +9,10 @@
 namespace Nuv::Command {
 namespace {
 
-using MakeFunction = std::unique_ptr<CommandBase> (*)(Connect::IConnect&, CommandArguments);
+using MakeFunction = std::unique_ptr<CommandBase> (*)(Connect::IChannel&, CommandArguments);
 
 template <class Class>
-std::unique_ptr<CommandBase> Make(Connect::IConnect& channel, CommandArguments arguments) {
+std::unique_ptr<CommandBase> Make(Connect::IChannel& channel, CommandArguments arguments) {
   return MakeCommand<Class>(channel, std::move(arguments));
 }
 
@@ -53,7 +53,7 @@ static_assert(InStepWithCatalogue(), "the factory makes the rows that say so, in
 
 }  // namespace
 
-std::unique_ptr<CommandBase> CreateCommand(Connect::IConnect& channel, int32_t code,
+std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int32_t code,
                                            CommandArguments arguments) {
   const FactoryRow* row =
       std::lower_bound(std::begin(kFactory), std::end(kFactory), code,

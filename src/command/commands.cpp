@@ -36,7 +36,7 @@ TransactionStatus F160Cmd::Execute() {
   resultCallback_ = std::move(callback);
   if (status == kReplied && replyOk_ && Holds(replyTokens_, kStart) &&
       !Holds(replyTokens_, kFinish)) {
-    ParseReply(channel_->ReceiveReply());
+    ParseReply(channel_->ReadAgain(interrupt_).text);
   }
   DeliverResult();
   return status;

@@ -7,8 +7,6 @@ namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-bool IsSeparator(char c) { return c == ':' || c == '='; }
-
 bool HoldsSeparator(const std::string& token) {
   return std::any_of(token.begin(), token.end(), IsSeparator);
 }
@@ -17,17 +15,17 @@ bool HoldsSeparator(const std::string& token) {
 // the tokens for all values together.
 class ValueReader {
  public:
-  explicit ValueReader(const Tokens& tokens) : tokens_(tokens) {}
+  // `goesOn`: tokens that hold no separator belong to the value before them.
+  ValueReader(const Tokens& tokens, bool goesOn) : tokens_(tokens), goesOn_(goesOn) {}
 
   // The value from `offset` on in token `index`; moves `index` behind it. Angle brackets around it
-  // are taken off. Without them, tokens that hold no separator belong to it only if it `joins`
-  // them.
-  std::string Read(size_t& index, size_t offset, bool joins) {
+  // are taken off.
+  std::string Read(size_t& index, size_t offset) {
     const std::string& token = tokens_[index];
     const bool opens = offset < token.size() && token[offset] == '<';
     const size_t closing = opens ? ClosingToken(index) : kNone;
     std::string value = token.substr(offset);
-    for (++index; closing != kNone ? index <= closing : joins && IsPlain(index); ++index) {
+    for (++index; closing != kNone ? index <= closing : goesOn_ && IsPlain(index); ++index) {
       value += ' ';
       value += tokens_[index];
     }
@@ -46,25 +44,27 @@ class ValueReader {
   }
 
   // The token from `index` on that closes a bracket: a name may itself hold ">" or a separator, but
-  // behind its end stands a field or nothing.
+  // behind its end stands a field or nothing. Where a field may lack the separator that tells it
+  // from a piece of the name, the last token that can close does.
   size_t ClosingToken(size_t index) {
     if (noneCloses_) return kNone;
-    for (; index < tokens_.size(); ++index) {
-      if (tokens_[index].back() == '>' && !IsPlain(index + 1)) return index;
+    size_t closing = kNone;
+    for (; index < tokens_.size() && (closing == kNone || !goesOn_); ++index) {
+      if (tokens_[index].back() == '>' && !(goesOn_ && IsPlain(index + 1))) closing = index;
     }
-    noneCloses_ = true;
-    return kNone;
+    noneCloses_ = closing == kNone;
+    return closing;
   }
 
   const Tokens& tokens_;
+  const bool goesOn_;
   bool noneCloses_ = false;  // from the last place searched on
 };
 
-// The longest key that `token` begins with, or null.
-const std::string_view* LongestKey(const std::string& token, const std::string_view* keys,
-                                   size_t keyCount) {
-  const std::string_view* longest = nullptr;
-  for (const std::string_view* key = keys; key != keys + keyCount; ++key) {
+// The longest key of `record` that `token` begins with, or null.
+const Name* LongestKey(const std::string& token, const Record& record) {
+  const Name* longest = nullptr;
+  for (const Name* key = record.keys; key != record.keys + record.count; ++key) {
     if (token.compare(0, key->size(), *key) != 0) continue;
     if (longest == nullptr || key->size() > longest->size()) longest = key;
   }
@@ -109,14 +109,14 @@ Tokens LetterValues(const Tokens& tokens) {
 Tokens FieldValues(const Tokens& tokens) {
   Tokens values;
   values.reserve(tokens.size());
-  ValueReader reader(tokens);
+  ValueReader reader(tokens, true);
   for (size_t i = kFirstField; i < tokens.size();) {
     const std::string& token = tokens[i];
     const auto separator = std::find_if(token.begin(), token.end(), IsSeparator);
     if (separator == token.end()) {
       ++i;
     } else {
-      values.push_back(reader.Read(i, static_cast<size_t>(separator - token.begin()) + 1, true));
+      values.push_back(reader.Read(i, static_cast<size_t>(separator - token.begin()) + 1));
     }
   }
   return values;
@@ -134,27 +134,26 @@ Tokens RestOfLineValues(const Tokens& tokens) {
   return values;
 }
 
-ResultMap ReadRecord(const Tokens& tokens, const std::string_view* keys, size_t keyCount) {
-  ResultMap record;
-  ValueReader reader(tokens);
+ResultMap ReadRecord(const Tokens& tokens, const Record& record) {
+  ResultMap values;
+  ValueReader reader(tokens, record.valuesGoOn);
   for (size_t i = kFirstField; i < tokens.size();) {
     const std::string& token = tokens[i];
-    const std::string_view* key = LongestKey(token, keys, keyCount);
+    const Name* key = LongestKey(token, record);
     if (key == nullptr) {
       ++i;
       continue;
     }
-    std::string_view name = *key;
+    Name name = *key;
     size_t start = name.size();
-    const bool joins = IsSeparator(name.back());
-    if (joins) {
+    if (IsSeparator(name.back())) {
       name.remove_suffix(1);
     } else if (start < token.size() && IsSeparator(token[start])) {
       ++start;
     }
-    record.emplace(name, reader.Read(i, start, joins));
+    values.emplace(name, reader.Read(i, start));
   }
-  return record;
+  return values;
 }
 
 }  // namespace Nuv::Command

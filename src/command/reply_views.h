@@ -4,10 +4,10 @@
 #define NUV_COMMAND_REPLY_VIEWS_H_
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "command/abstract_command.h"
+#include "command/catalogue.h"
 
 namespace Nuv::Command {
 
@@ -37,12 +37,12 @@ Tokens FieldValues(const Tokens& tokens);
 // so that there are as many values as colon keys.
 Tokens RestOfLineValues(const Tokens& tokens);
 
-// Reads a named record. A key that ends in ":" or "=" must occur so, and tokens that follow and
-// hold neither belong to its value, joined with one blank (a model name such as "BEGO VARSEO XS").
-// A key without takes one token: the text behind its name and a ":" or "=" if present. A value in
-// angle brackets is read as by FieldValues. A token belongs to the longest key that it begins with;
-// the first token of a key counts. Absent keys are normal.
-ResultMap ReadRecord(const Tokens& tokens, const std::string_view* keys, size_t keyCount);
+// Reads a named record. A key that ends in ":" or "=" must occur so; behind another one such a
+// separator is passed over. A value is the rest of its token or, where the record's values go on
+// (catalogue.h), read as by FieldValues. A value in angle brackets of the other records, which have
+// one at most, ends at the last token of the reply that ends in ">". A token belongs to the longest
+// key that it begins with; the first token of a key counts. Absent keys are normal.
+ResultMap ReadRecord(const Tokens& tokens, const Record& record);
 
 }  // namespace Nuv::Command
 

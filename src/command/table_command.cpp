@@ -45,7 +45,7 @@ std::vector<std::string> TableCommand::GetReplyKeys() const {
 }
 
 ResultMap TableCommand::GetResultMap() const {
-  return ReadRecord(replyTokens_, row_.record.keys, row_.record.count);
+  return ReadRecord(replyTokens_, row_.record);
 }
 
 }  // namespace Nuv::Command

@@ -12,14 +12,15 @@ ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeou
       jobState_(std::make_shared<JobState>()),
       statusHandler_(channel_, jobState_, clock) {}
 
-ConnectingFramework::~ConnectingFramework() { ConnectingFramework::Close(); }
+// The status thread may run a job of the host's in its callback.
+ConnectingFramework::~ConnectingFramework() {
+  ConnectingFramework::Close();
+  connect_.GiveUp();
+}
 
 IConnect* ConnectingFramework::GetConnect() { return &connect_; }
 
-void ConnectingFramework::Close() {
-  jobs_.closing.Raise();
-  connect_.GiveUpReplies();
-}
+void ConnectingFramework::Close() { jobs_.closing.Raise(); }
 
 int ConnectingFramework::SendPrintFile(std::wstring path, NuvJobProgressCallback progress) {
   return Connect::SendPrintFile(NewJobContext(), path, progress);

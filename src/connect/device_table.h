@@ -8,7 +8,9 @@
 namespace Nuv::Connect {
 
 // A listed printer: its texts by NuvDeviceField (identifier, serial, model, supplementary).
-using DeviceEntry = std::array<std::string, 4>;
+struct DeviceEntry : std::array<std::string, 4> {
+  std::string identity;  // names the device and the enumeration that listed it
+};
 using DeviceTable = std::vector<DeviceEntry>;
 
 // Printers that report their serial number by a query of their own.

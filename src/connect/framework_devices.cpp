@@ -67,6 +67,7 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
     if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
     DeviceEntry entry;
     entry[NUV_DEVICE_IDENTIFIER] = ids[i];
+    entry.identity = connect_.Identity(kind, static_cast<int>(i));
     {
       const Closing closing(connect_);
       const int result = IdentifyDevice(entry);
@@ -130,9 +131,14 @@ int ConnectingFramework::ConnectDeviceBySN(int kind, const std::string& serial) 
     count = serials.size();
   }
   for (size_t i = 0; i < count; ++i) {
-    std::string listed;
-    GetDeviceInfo(listed, kind, static_cast<int>(i), NUV_DEVICE_SERIAL);
-    if (listed == serial) return ChooseDevice(kind, static_cast<int>(i));
+    const int index = static_cast<int>(i);
+    // A listing that failed keeps no entries: its printers have no serial number here.
+    if (i >= table->size()) {
+      if (serial.empty()) return ChooseDevice(kind, index);
+    } else if ((*table)[i][NUV_DEVICE_SERIAL] == serial) {
+      return connect_.ChooseListed(kind, index, (*table)[i].identity) ? NUV_OK
+                                                                      : NUV_CONNECTION_REFUSED;
+    }
   }
   return NUV_NOT_FOUND;
 }

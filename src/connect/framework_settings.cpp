@@ -6,6 +6,7 @@
 #include "command/decimal.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -78,10 +79,15 @@ int ConnectingFramework::GetParameter(PrinterParameter parameter, int* value) {
   *value = 0;
   Query query = NewQuery();
   const int result = query.Run(159, {Number(parameter)});
-  if (result == NUV_OK && query.values().size() > kValuePlace) {
-    *value = Command::ParseDecimal(query.values()[kValuePlace]);
+  if (result != NUV_OK || query.values().size() <= kValuePlace) return result;
+  // The late answer to a question for the other setting has the same code.
+  if (query.values().front() != Number(parameter)) {
+    Platform::Diagnostic("F159: asked for setting %s, the answer is of setting %s",
+                         Number(parameter).c_str(), query.values().front().c_str());
+    return query.Fail(NUV_FAILED);
   }
-  return result;
+  *value = Command::ParseDecimal(query.values()[kValuePlace]);
+  return NUV_OK;
 }
 
 int ConnectingFramework::SkipSLAWarmup() { return NewQuery().Run(112); }

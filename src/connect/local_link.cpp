@@ -28,4 +28,10 @@ void LocalLink::set_mode(int mode) {
   usesSockets_ = mode == kSockets;
 }
 
+void LocalLink::GiveUp() {
+  givenUp_ = true;
+  usb_.GiveUp();
+  sockets_.GiveUp();
+}
+
 }  // namespace Nuv::Connect

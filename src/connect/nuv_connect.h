@@ -1,20 +1,22 @@
 #ifndef NUV_CONNECT_NUV_CONNECT_H_
 #define NUV_CONNECT_NUV_CONNECT_H_
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "command/i_channel.h"
 #include "connect/local_link.h"
 #include "connect/network_link.h"
-#include "nuvconnect/IConnect.h"
+#include "connect/reply_ledger.h"
 
 namespace Nuv::Connect {
 
 // The raw command channel: the local link and the network link under one lock.
 //
 // Thread-safety: safe; each operation holds the lock for its duration.
-class NuvConnect final : public IConnect {
+class NuvConnect final : public IChannel {
  public:
   // How long a network printer may take to answer. A printer that heats or homes answers late.
   static constexpr int kReplyTimeoutMs = 36000;
@@ -38,9 +40,23 @@ class NuvConnect final : public IConnect {
   void SetSearchPort(int port) override;
   void SetSearchMessage(std::string message) override;
 
-  // From now on no reply of a network printer is waited for: whoever waits has none within 600 ms.
-  // Takes no lock, so that it reaches the operation under way.
-  void GiveUpReplies() { network_.GiveUpReplies(); }
+  Reply Transact(const Request& request) override;
+  Reply ReadAgain(Platform::Interrupt* interrupt) override;
+  LinkLook Look() override;
+  void BeginJob(JobKind kind) override { job_ = kind; }
+  void EndJob() override { job_ = JobKind::kNone; }
+
+  // From now on whoever waits for a reply has none within 600 ms, and opening and writing fail, but
+  // for a connection being made or a write under way. Takes no lock, so that it reaches the
+  // operation under way.
+  void GiveUp();
+
+  // Names the device at `index` of the last enumeration of `kind`, and that enumeration: whatever
+  // has come into its place since has another name. Empty when there is none.
+  std::string Identity(int kind, int index);
+
+  // As ChooseDevice, if `index` still stands for the device of this identity.
+  bool ChooseListed(int kind, int index, const std::string& identity);
 
   // Connects to the network printer of the last enumeration with this address and makes it current.
   // The index of the choice stays; OpenDevice reopens this address all the same.
@@ -52,14 +68,25 @@ class NuvConnect final : public IConnect {
 
  private:
   bool Choose(int kind, int index);
+  std::string IdentityOf(int kind, int index) const;
+  // Makes the link that was opened current.
+  void Opened(bool isNetwork);
+  void DiscardStaleInput();
   bool Write(const uint8_t* data, size_t length);
-  std::string ReadReply();
+  Reply ReadReply(Platform::Interrupt* interrupt);
+  LinkState State();
+  // Why the link brought nothing, as far as it tells; `otherwise` if it is alive.
+  LinkFailure Reason(LinkFailure otherwise);
 
   std::mutex mutex_;
   LocalLink local_;
   NetworkLink network_;
   int index_ = -1;  // of the last choice
   bool isNetwork_ = false;
+  ReplyLedger ledger_;      // of the current connection
+  bool leftLocal_ = false;  // the local link was open when the network was chosen
+  std::atomic<JobKind> job_{JobKind::kNone};
+  std::atomic<bool> gaveUp_{false};
 };
 
 }  // namespace Nuv::Connect

@@ -38,7 +38,7 @@ struct Outputs {
 class Query {
  public:
   // All three outlive the query.
-  Query(IConnect& channel, Platform::Clock& clock, const HostCallbacks& callbacks)
+  Query(IChannel& channel, Platform::Clock& clock, const HostCallbacks& callbacks)
       : channel_(channel), clock_(clock), callbacks_(callbacks) {}
 
   // Runs command `code` with `parameters`, in wire order. 0, 1 the transaction failed or no such
@@ -89,7 +89,7 @@ class Query {
   int32_t Process(std::unique_ptr<Command::CommandBase> command);
   int32_t Report(int32_t result) const { return result == NUV_OK ? result : Fail(result); }
 
-  IConnect& channel_;
+  IChannel& channel_;
   Platform::Clock& clock_;
   const HostCallbacks& callbacks_;
   int32_t code_ = 0;

@@ -48,18 +48,30 @@ bool SocketMode::Open(int index) {
   return true;
 }
 
-bool SocketMode::Reopen(int /*index*/) {
+bool SocketMode::Reopen(bool /*inJob*/) {
   return current_.valid && socket_.Connect(current_.address, current_.port);
 }
 
+bool SocketMode::DiscardUntilQuiet(int quietMs, int /*limitMs*/) {
+  bool any = false;
+  while (!ReadBlock(quietMs, {}).empty()) any = true;
+  return any;
+}
+
+std::string SocketMode::Identity(int index) const {
+  if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return {};
+  const NetworkDevice& device = devices_[static_cast<size_t>(index)];
+  return device.address + ":" + std::to_string(device.port);
+}
+
 bool SocketMode::Write(const uint8_t* data, size_t length) {
-  while (!ReadBlock(0).empty()) {
+  while (!ReadBlock(0, {}).empty()) {
   }
   if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
   return socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0;
 }
 
-std::string SocketMode::ReadBlock(int timeoutMs) {
+std::string SocketMode::ReadBlock(int timeoutMs, const GivenUp& /*givenUp*/) {
   std::array<char, TcpClientSocket::kReadBytes> buffer{};
   int received = 0;
   if (socket_.Receive(buffer.data(), timeoutMs, received) != 0) return {};

@@ -24,14 +24,16 @@ class SocketMode final : public LocalMode {
   // Counts the answers that named a printer.
   bool Open(int index) override;
   // The address, since the printers of a later search may come in another order.
-  bool Reopen(int index) override;
+  bool Reopen(bool inJob) override;
   void Close() override { socket_.Close(); }
   bool IsOpen() const override { return socket_.IsOpen(); }
+  LinkState Look() override { return IsOpen() ? LinkState::kAlive : LinkState::kClosed; }
+  bool DiscardUntilQuiet(int quietMs, int limitMs) override;
   bool Write(const uint8_t* data, size_t length) override;
+  std::string Identity(int index) const override;
 
  private:
-  std::string ReadBlock() override { return ReadBlock(kTransferTimeoutMs); }
-  std::string ReadBlock(int timeoutMs);
+  std::string ReadBlock(int timeoutMs, const GivenUp& givenUp) override;
 
   UdpSearchSocket search_;
   TcpClientSocket socket_;

@@ -18,15 +18,18 @@ bool UsbMode::EnumerateDevices(std::vector<std::string>& found) {
 }
 
 bool UsbMode::Open(int index) {
-  if (index < 0) return false;
-  Close();
-  isOpen_ = connector_->Open(std::to_wstring(index).c_str());
-  return isOpen_;
+  return index >= 0 && connector_->Open(std::to_wstring(index).c_str());
 }
 
-void UsbMode::Close() {
-  connector_->Close();
-  isOpen_ = false;
+bool UsbMode::Reopen(bool inJob) {
+  // A connection that broke has lost bytes of the job.
+  const bool broken = inJob && connector_->Look() == LinkState::kEnded;
+  return !broken && connector_->Reopen(inJob);
+}
+
+bool UsbMode::DiscardUntilQuiet(int quietMs, int limitMs) {
+  return connector_->DiscardUntilQuiet(static_cast<uint32_t>(quietMs),
+                                       static_cast<uint32_t>(limitMs));
 }
 
 bool UsbMode::Write(const uint8_t* data, size_t length) {
@@ -34,10 +37,14 @@ bool UsbMode::Write(const uint8_t* data, size_t length) {
   return connector_->Write(data, static_cast<uint32_t>(length), kTransferTimeoutMs) == 0;
 }
 
-std::string UsbMode::ReadBlock() {
+std::string UsbMode::Identity(int index) const {
+  return index < 0 ? std::string() : connector_->Identity(static_cast<size_t>(index));
+}
+
+std::string UsbMode::ReadBlock(int timeoutMs, const GivenUp& givenUp) {
   // One byte more than is read: a block without a zero byte ends there.
   uint8_t buffer[kReadBytes + 1] = {};
-  connector_->Read(buffer, kTransferTimeoutMs);
+  connector_->ReadUnless(givenUp, buffer, static_cast<uint32_t>(timeoutMs));
   return reinterpret_cast<const char*>(buffer);
 }
 

@@ -13,23 +13,29 @@ namespace Nuv::Connect {
 // Printers on USB.
 class UsbMode final : public LocalMode {
  public:
-  explicit UsbMode(std::unique_ptr<ConnectorBase> connector) : connector_(std::move(connector)) {}
+  // `clock` outlives the mode.
+  explicit UsbMode(std::unique_ptr<ConnectorBase> connector,
+                   Platform::Clock& clock = Platform::SystemClock())
+      : LocalMode(clock), connector_(std::move(connector)) {}
 
   // Replaces `found` by the stored names of the attached printers. False: they could not all be
   // listed.
   bool EnumerateDevices(std::vector<std::string>& found);
 
-  // An open printer is closed first. A negative index is refused.
+  // A negative index is refused. See ConnectorBase for what becomes of an open printer.
   bool Open(int index) override;
-  void Close() override;
-  bool IsOpen() const override { return isOpen_; }
+  bool Reopen(bool inJob) override;
+  void Close() override { connector_->Close(); }
+  bool IsOpen() const override { return connector_->Look() != LinkState::kClosed; }
+  LinkState Look() override { return connector_->Look(); }
+  bool DiscardUntilQuiet(int quietMs, int limitMs) override;
   bool Write(const uint8_t* data, size_t length) override;
+  std::string Identity(int index) const override;
 
  private:
-  std::string ReadBlock() override;
+  std::string ReadBlock(int timeoutMs, const GivenUp& givenUp) override;
 
   std::unique_ptr<ConnectorBase> connector_;
-  bool isOpen_ = false;
 };
 
 }  // namespace Nuv::Connect

@@ -16,9 +16,9 @@ constexpr std::chrono::seconds kPrinterWaits(1);
 }  // namespace
 
 int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>& announce) {
-  const JobClaim claim(context.state);
+  const JobClaim claim(context.state.jobRunning);
   if (!claim.held()) return NUV_FAILED;
-  const LinkClaim link(context.state);
+  const LinkClaim link(context, JobKind::kImage);
   const int32_t result = announce();
   if (result == NUV_OK) context.state.quietUntil = context.clock.Now() + kPrinterWaits;
   return result;
@@ -26,9 +26,9 @@ int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>&
 
 int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& image,
                      BlockHeader header) {
-  const JobClaim claim(context.state);
+  const JobClaim claim(context.state.jobRunning);
   if (!claim.held()) return NUV_FAILED;
-  const LinkClaim link(context.state);
+  const LinkClaim link(context, JobKind::kImage);
   context.callbacks.ReportStart();
   bool written = true;
   for (BlockStream blocks(image, header); !blocks.AtEnd();) {

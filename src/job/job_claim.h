@@ -1,20 +1,21 @@
 #ifndef NUV_JOB_JOB_CLAIM_H_
 #define NUV_JOB_JOB_CLAIM_H_
 
-#include "job/job_context.h"
+#include <atomic>
+
 #include "platform/diagnostics.h"
 
 namespace Nuv::Connect {
 
-// The right to run the one job at a time: the print-file library holds one open file, and the lines
-// of two jobs would mix on the wire.
+// The right to run the one job at a time of those that share `running`.
 class JobClaim {
  public:
-  explicit JobClaim(JobState& state) : state_(state), held_(!state.jobRunning.exchange(true)) {
+  explicit JobClaim(std::atomic<bool>& running)
+      : running_(running), held_(!running.exchange(true)) {
     if (!held_) Platform::Diagnostic("job refused: another one is running");
   }
   ~JobClaim() {
-    if (held_) state_.jobRunning = false;
+    if (held_) running_ = false;
   }
   JobClaim(const JobClaim&) = delete;
   JobClaim& operator=(const JobClaim&) = delete;
@@ -22,7 +23,7 @@ class JobClaim {
   bool held() const { return held_; }
 
  private:
-  JobState& state_;
+  std::atomic<bool>& running_;
   bool held_;
 };
 

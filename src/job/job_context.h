@@ -8,9 +8,9 @@
 #include <string>
 
 #include "command/code_procs.h"
+#include "command/i_channel.h"
 #include "job/print_file_library.h"
 #include "nuvconnect/Callbacks.h"
-#include "nuvconnect/IConnect.h"
 #include "platform/clock.h"
 #include "platform/interrupt.h"
 
@@ -34,7 +34,7 @@ struct JobState {
   std::string machineId;             // of the last loaded print file; decides free-buffer queries
   uint64_t freeBuffer = 0;           // estimate of the printer's free receive buffer, in bytes
   std::atomic<bool> linkFree{true};  // false while job or firmware data is streamed
-  std::atomic<bool> jobRunning{false};
+  std::atomic<bool> jobRunning{false};  // the lines of two jobs would mix on the wire
   std::atomic<std::chrono::nanoseconds> quietUntil{};  // the status thread sends nothing before
   std::mutex link;              // held by the status thread while it talks to the printer
   std::mutex statusThread;      // held by the status thread for its whole life
@@ -43,7 +43,7 @@ struct JobState {
 
 // All that a job works with; every part outlives it.
 struct JobContext {
-  IConnect& channel;
+  IChannel& channel;
   Platform::Clock& clock;
   IPrintFileLibrary& printFiles;
   const HostCallbacks& callbacks;
@@ -56,21 +56,28 @@ struct JobContext {
   ProcContext Procs() const { return {channel, MakeErrorCallback(), clock}; }
 };
 
-// Keeps the status thread off the link while it lives; whoever makes one holds the JobClaim. Waits
-// for the queries that the thread is in the middle of: one of them would go into the stream, and
-// its new connection would end what the printer is taking.
+// Keeps the status thread off the link while it lives, and tells the channel of the stream; whoever
+// makes one holds the JobClaim and makes no second one, whose end would free the link. Waits for
+// the queries that the thread is in the middle of: one of them would go into the stream, and its
+// new connection would end what the printer is taking.
 class LinkClaim {
  public:
-  explicit LinkClaim(JobState& state) : state_(state) {
+  LinkClaim(const JobContext& context, JobKind kind)
+      : state_(context.state), channel_(context.channel) {
     state_.linkFree = false;
     const std::lock_guard<std::mutex> queriesDone(state_.link);
+    channel_.BeginJob(kind);
   }
-  ~LinkClaim() { state_.linkFree = true; }
+  ~LinkClaim() {
+    channel_.EndJob();
+    state_.linkFree = true;
+  }
   LinkClaim(const LinkClaim&) = delete;
   LinkClaim& operator=(const LinkClaim&) = delete;
 
  private:
   JobState& state_;
+  IChannel& channel_;
 };
 
 }  // namespace Nuv::Connect

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "job/free_buffer.h"
+#include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
 
@@ -25,20 +25,28 @@ void LineTransfer::Start() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
 }
 
-int32_t LineTransfer::Pass(std::vector<uint8_t>&& line, uint64_t cost, bool& sent) {
-  sent = context_.state.freeBuffer >= cost;
-  if (sent) {
-    const int32_t result = Write(std::move(line), cost);
-    if (result != NUV_OK) return result;
-  } else {
-    context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
-    if (!context_.channel.OpenDevice()) {
-      Platform::Diagnostic("job: the printer was lost while waiting for buffer space");
-      return NUV_NO_BUFFER_SPACE;
-    }
-  }
-  context_.clock.SleepFor(kPassPause);
-  return NUV_OK;
+int32_t LineTransfer::Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent) {
+  sent = context_.state.freeBuffer >= line.size();
+  const int32_t result = sent ? Write(std::move(line), cost) : WaitForSpace();
+  if (result == NUV_OK) context_.clock.SleepFor(kPassPause);
+  return result;
+}
+
+int32_t LineTransfer::WaitForSpace() {
+  context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
+  // A new connection would carry on behind lines that the printer may never have taken.
+  if (IsLost()) return NUV_WRITE_FAILED;
+  if (context_.channel.OpenDevice()) return NUV_OK;
+  Platform::Diagnostic("job: the printer was lost while waiting for buffer space");
+  return NUV_NO_BUFFER_SPACE;
+}
+
+bool LineTransfer::IsLost() const {
+  const LinkLook look = context_.channel.Look();
+  if (look.alive || !look.unconfirmed) return false;
+  Platform::Diagnostic("job: the link ended after %d of %d bytes, not all of them confirmed", sent_,
+                       total_);
+  return true;
 }
 
 int32_t LineTransfer::Write(std::vector<uint8_t>&& line, uint64_t cost) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "job/job_context.h"
+#include "nuvconnect/ResultCodes.h"
 
 namespace Nuv::Connect {
 
@@ -21,15 +22,22 @@ class LineTransfer {
   // Tells the host that the transfer starts and asks for the free buffer.
   void Start();
 
-  // One pass with a line as it goes out, line end included. `cost`: bytes that it counts for in the
-  // printer's buffer. `sent` tells whether it went out or is to be tried again in the next pass.
-  // 0, 16 the printer was lost while waiting for buffer space, 20 the line could not be written.
-  int32_t Pass(std::vector<uint8_t>&& line, uint64_t cost, bool& sent);
+  // One pass with a line as it goes out, line end included: it waits until the whole of it fits.
+  // `cost`: bytes that it is charged with. `sent` tells whether it went out or is to be tried again
+  // in the next pass. 0, 16 the printer was lost while waiting for buffer space, 20 the line could
+  // not be written, or the printer ended the link and nobody can tell what it had taken until then.
+  int32_t Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent);
+
+  // Looks at the link once more, behind the last pause. 0 or 20, as Pass.
+  int32_t Finish() const { return IsLost() ? NUV_WRITE_FAILED : NUV_OK; }
 
   bool IsComplete() const { return sent_ >= total_; }
 
  private:
   int32_t Write(std::vector<uint8_t>&& line, uint64_t cost);
+  int32_t WaitForSpace();
+  // True when the link has ended with bytes on it that no reply has confirmed.
+  bool IsLost() const;
 
   const JobContext& context_;
   NuvJobProgressCallback progress_;

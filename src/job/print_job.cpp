@@ -1,16 +1,16 @@
 #include "job/print_job.h"
 
-#include <fstream>
+#include <atomic>
 #include <optional>
 #include <vector>
 
-#include "command/command_factory.h"
-#include "command/general_command_proc.h"
 #include "job/job_claim.h"
 #include "job/line_transfer.h"
+#include "job/printer_exchange.h"
 #include "job/send_job_proc.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
+#include "platform/regular_file.h"
 #include "platform/text.h"
 
 using Nuv::Platform::Diagnostic;
@@ -18,8 +18,8 @@ using Nuv::Platform::Diagnostic;
 namespace Nuv::Connect {
 namespace {
 
-constexpr int32_t kJobControl = 104;
-constexpr char kAbandonJob[] = "2";
+// Of all frameworks of the process: the print-file library holds one open file.
+std::atomic<bool> printJobRunning{false};
 
 // The file at `path`, when it can be opened for reading.
 std::optional<JobFile> ReadableFile(const std::wstring& path) {
@@ -28,24 +28,12 @@ std::optional<JobFile> ReadableFile(const std::wstring& path) {
     Diagnostic("print file: the path cannot be written in this system's narrow characters");
     return std::nullopt;
   }
-  if (!std::ifstream(*narrow, std::ios::binary).is_open()) {
-    Diagnostic("print file %s cannot be opened", narrow->c_str());
+  if (!Platform::RegularFile(*narrow).IsOpen()) {
+    Diagnostic("print file %s cannot be opened, or is no regular file", narrow->c_str());
     return std::nullopt;
   }
   // A part of a path that has a narrow form has one too.
   return JobFile{*narrow, Platform::NarrowPath(Platform::FileName(path)).value_or(std::string())};
-}
-
-// Orders the printer to abandon the job. Its answer changes nothing: the host has cancelled.
-void AbandonJob(const JobContext& context) {
-  Command::CommandArguments arguments;
-  arguments.parameters = {kAbandonJob};
-  arguments.clock = &context.clock;
-  GeneralCommandProc proc(
-      Command::CreateCommand(context.channel, kJobControl, std::move(arguments)),
-      context.MakeErrorCallback());
-  std::vector<std::string> values;
-  proc.Process(values);
 }
 
 // Streams the data lines of the open print file, as far as the host does not cancel.
@@ -68,13 +56,15 @@ int32_t SendDataLines(const JobContext& context, int32_t total, LineTransfer& tr
 
 int32_t TransferModelData(const JobContext& context, int32_t total,
                           NuvJobProgressCallback progress) {
-  const LinkClaim claim(context.state);
   LineTransfer transfer(context, total, progress);
   transfer.Start();
   const int32_t result = SendDataLines(context, total, transfer);
+  // The next job would be appended to one that the file broke off.
+  if (result == NUV_FILE_NOT_READABLE) AbandonJob(context);
   if (result != NUV_OK) return result;
   // Asked once more: a cancel that comes with the last line still stops the print.
-  if (context.callbacks.IsCancelled()) AbandonJob(context);
+  if (!context.callbacks.IsCancelled()) return transfer.Finish();
+  AbandonJob(context);
   return NUV_OK;
 }
 
@@ -98,8 +88,10 @@ class OpenFile {
 
 int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
                       NuvJobProgressCallback progress) {
-  const JobClaim claim(context.state);
+  const JobClaim claim(context.state.jobRunning);
   if (!claim.held()) return NUV_FAILED;
+  const JobClaim printFile(printJobRunning);
+  if (!printFile.held()) return NUV_FAILED;
   const std::optional<JobFile> file = ReadableFile(path);
   if (!file) return NUV_FILE_NOT_READABLE;
   if (!context.printFiles.LoadLibrary()) return NUV_NUVFILE_MISSING;
@@ -114,6 +106,9 @@ int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
                context.state.machineId.c_str());
     return NUV_NO_JOB_SENDER;
   }
+  // From the first command to the last line: a poll between them would find the job opened and end
+  // its connection.
+  const LinkClaim link(context, JobKind::kLines);
   context.state.freeBuffer = 0;
   const int32_t prepared = sender->PrepareJob(context.state.freeBuffer);
   if (prepared != NUV_OK) {

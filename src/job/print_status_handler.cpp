@@ -35,34 +35,15 @@ struct PrintingInfo {
   std::string controller;
 };
 
-// Closing has ended the pauses of a query.
-struct Closed {};
-
-// The clock of the thread's queries: their pauses before another try end when the host closes.
-class QueryClock final : public Platform::Clock {
- public:
-  QueryClock(Platform::Clock& clock, Platform::Interrupt& closing)
-      : clock_(clock), closing_(closing) {}
-  std::chrono::nanoseconds Now() const override { return clock_.Now(); }
-  void SleepFor(std::chrono::milliseconds duration) override {
-    if (clock_.WaitFor(duration, closing_)) throw Closed();
-  }
-
- private:
-  Platform::Clock& clock_;
-  Platform::Interrupt& closing_;
-};
-
 // Runs on the thread; everything in it is the thread's own or shared.
 class StatusLoop {
  public:
-  StatusLoop(std::shared_ptr<IConnect> channel, std::shared_ptr<JobState> state,
+  StatusLoop(std::shared_ptr<IChannel> channel, std::shared_ptr<JobState> state,
              Platform::Clock& clock, NuvPrintingInfoCallback callback,
              std::chrono::milliseconds interval)
       : channel_(std::move(channel)),
         state_(std::move(state)),
         clock_(clock),
-        queryClock_(clock, state_->closing),
         callback_(callback),
         interval_(interval) {}
 
@@ -71,6 +52,7 @@ class StatusLoop {
     // Once closed, the clock is not touched: it need not outlive a framework that the host destroys
     // inside its callback.
     while (!state_->closing.raised() && !clock_.WaitFor(interval_, state_->closing)) Pass();
+    channel_.reset();
     std::fputs("PrintStatusCallBackHandler exit ...\n", stdout);
     std::fflush(stdout);
   }
@@ -83,8 +65,6 @@ class StatusLoop {
       if (!info || state_->closing.raised()) return;
       callback_(info->totalLayers, info->layer, info->totalMinutes, info->jobText,
                 info->minutesLeft, info->stateText, info->controller);
-    } catch (const Closed&) {
-      // The loop ends by itself.
     } catch (const std::exception& error) {
       Diagnostic("status thread: %s", error.what());
     } catch (...) {
@@ -123,14 +103,14 @@ class StatusLoop {
 
   Command::CommandArguments Arguments() {
     Command::CommandArguments arguments;
-    arguments.clock = &queryClock_;
+    arguments.clock = &clock_;
+    arguments.interrupt = &state_->closing;
     return arguments;
   }
 
-  const std::shared_ptr<IConnect> channel_;
+  std::shared_ptr<IChannel> channel_;
   const std::shared_ptr<JobState> state_;
   Platform::Clock& clock_;
-  QueryClock queryClock_;
   const NuvPrintingInfoCallback callback_;
   const std::chrono::milliseconds interval_;
   std::vector<std::string> values_;
@@ -138,7 +118,7 @@ class StatusLoop {
 
 }  // namespace
 
-PrintStatusHandler::PrintStatusHandler(std::shared_ptr<IConnect> channel,
+PrintStatusHandler::PrintStatusHandler(std::shared_ptr<IChannel> channel,
                                        std::shared_ptr<JobState> state, Platform::Clock& clock)
     : channel_(std::move(channel)), state_(std::move(state)), clock_(clock) {}
 

@@ -8,7 +8,6 @@
 
 #include "job/job_context.h"
 #include "nuvconnect/Callbacks.h"
-#include "nuvconnect/IConnect.h"
 #include "platform/clock.h"
 
 namespace Nuv::Connect {
@@ -21,7 +20,7 @@ class PrintStatusHandler {
  public:
   // `channel` and `state` are shared with the thread, which may outlive this object; `clock`
   // outlives this object.
-  PrintStatusHandler(std::shared_ptr<IConnect> channel, std::shared_ptr<JobState> state,
+  PrintStatusHandler(std::shared_ptr<IChannel> channel, std::shared_ptr<JobState> state,
                      Platform::Clock& clock);
 
   // Raises `state->closing` and waits for the thread. On the thread itself, that is, when the host
@@ -35,7 +34,7 @@ class PrintStatusHandler {
   bool Start(NuvPrintingInfoCallback callback, uint32_t intervalMs);
 
  private:
-  const std::shared_ptr<IConnect> channel_;
+  const std::shared_ptr<IChannel> channel_;
   const std::shared_ptr<JobState> state_;
   Platform::Clock& clock_;
   std::mutex starting_;

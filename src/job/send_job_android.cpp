@@ -1,6 +1,7 @@
 #include "command/code_procs.h"
 #include "job/file_digest.h"
 #include "job/job_arguments.h"
+#include "job/printer_exchange.h"
 #include "job/send_job_proc.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -42,17 +43,16 @@ int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
   const std::optional<FileDigest> digest = DigestOf(file_.path);
   if (!digest || !ReadParts(parts)) return NUV_FILE_NOT_READABLE;
 
-  const LinkClaim link(context_.state);
   std::vector<std::string> values;
-  if (F102proc(context_.Procs()).Process(values) != NUV_OK ||
+  const std::optional<std::string> state = QueryState(context_);
+  if (!state ||
       F508proc(context_.Procs(), digest->bytes, digest->sha1, file_.name).Process(values) !=
           NUV_OK ||
       SendThumbnail(parts.thumbnail) != NUV_OK) {
     return NUV_FAILED;
   }
-  // A printer that has not opened the job would take the bytes that follow for commands.
   F500proc opening(context_.Procs(), OpeningOf(context_.printFiles), file_.name);
-  const int32_t opened = opening.ProcessAccepted(values);
+  const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   SendBlocks(parts.records, BlockHeader::kNone);
   return NUV_OK;
@@ -73,7 +73,7 @@ int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail)
   return NUV_OK;
 }
 
-// Unchecked: a lost connection shows in the query behind.
+// Unchecked: the query of the transfer confirms it.
 void SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const {
   bool written = true;
   for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {

@@ -1,7 +1,7 @@
 #include "command/code_procs.h"
-#include "job/free_buffer.h"
 #include "job/job_arguments.h"
 #include "job/machine_ids.h"
+#include "job/printer_exchange.h"
 #include "job/send_job_proc.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -20,8 +20,8 @@ bool ReadParts(IPrintFileLibrary& file, RawParts& parts) {
   return file.GetAESkey(parts.key) && file.ReadL102(parts.l102) && file.ReadL103(parts.l103);
 }
 
-// Unchecked: a lost connection shows in the query behind.
-void SendPart(IConnect& channel, std::vector<uint8_t>& part, const char* name) {
+// Unchecked: the query behind confirms it.
+void SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
   if (part.empty()) return;
   if (!channel.SendBytes(std::move(part))) Platform::Diagnostic("job: %s not written", name);
 }
@@ -39,20 +39,18 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   RawParts parts;
   if (!ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
 
-  const LinkClaim link(context_.state);
   IPrintFileLibrary& file = context_.printFiles;
   std::vector<std::string> values;
-  if (F102proc(context_.Procs()).Process(values) != NUV_OK ||
-      F354proc(context_.Procs()).Process(values) != NUV_OK ||
+  const std::optional<std::string> state = QueryState(context_);
+  if (!state || F354proc(context_.Procs()).Process(values) != NUV_OK ||
       F353proc(context_.Procs()).Process(values) != NUV_OK ||
       F367proc(context_.Procs(), file_.name).Process(values) != NUV_OK ||
       F355proc(context_.Procs(), file.GetMaterialID(), file.GetProjectID()).Process(values) !=
           NUV_OK) {
     return NUV_FAILED;
   }
-  // A printer that has not opened the job would take the bytes that follow for commands.
   F103proc opening(context_.Procs(), OpeningOf(file));
-  const int32_t opened = opening.ProcessAccepted(values);
+  const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   SendPart(context_.channel, parts.key, "key");
   SendPart(context_.channel, parts.l102, "record L102");

@@ -1,18 +1,19 @@
 #include "job/send_job_proc.h"
 
 #include "command/code_procs.h"
-#include "job/free_buffer.h"
 #include "job/job_arguments.h"
 #include "job/machine_ids.h"
+#include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
 
 namespace Nuv::Connect {
 
 int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
-  std::vector<std::string> values;
-  if (F102proc(context_.Procs()).Process(values) != NUV_OK) return NUV_FAILED;
+  const std::optional<std::string> state = QueryState(context_);
+  if (!state) return NUV_FAILED;
   F103proc opening(context_.Procs(), OpeningOf(context_.printFiles));
-  if (opening.Process(values) != NUV_OK) return NUV_FAILED;
+  const int32_t opened = OpenJob(context_, opening, *state);
+  if (opened != NUV_OK) return opened;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
 }

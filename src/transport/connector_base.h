@@ -2,9 +2,12 @@
 #define NUV_TRANSPORT_CONNECTOR_BASE_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "transport/link_state.h"
 
 // Results of Write and Read beside 0; any other is the system's error code.
 constexpr uint32_t kTransferTimeout = 258;
@@ -13,7 +16,8 @@ constexpr uint32_t kNotOpen = 4054;
 // What Read asks for, and what its buffer must hold.
 constexpr uint32_t kReadBytes = 512;
 
-// Byte stream to one printer on a USB port.
+// Byte stream to one printer on a USB port. What is open never becomes another printer: a node or
+// path that another printer has got in the meantime is not used.
 //
 // Thread-safety: none; the raw channel serialises the calls. One read and one write may be in
 // flight at the same time. Errors: returned as a status, never thrown; the connector stays usable
@@ -24,7 +28,9 @@ class ConnectorBase {
   // then stay in the list.
   virtual bool SearchDevices() = 0;
 
-  // Opens the printer whose place in the list `indexText` names in decimal (0 when it names none).
+  // Opens the printer whose place in the list `indexText` names in decimal (0 when it names none),
+  // as it was plugged in when it was listed. It is kept when it is open already and usable; one
+  // that is open beside it is closed once it stands.
   virtual bool Open(const wchar_t* indexText) = 0;
 
   // Does nothing when none is open.
@@ -32,7 +38,7 @@ class ConnectorBase {
 
   // Sends `length` bytes (0 allowed) as one block, after throwing away replies that nobody has
   // read. `timeoutMs`: milliseconds to wait for completion. Returns 0, kTransferTimeout, kNotOpen,
-  // or the system's error code.
+  // or the system's error code. A block that the printer has not taken in time is taken back.
   virtual uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) = 0;
 
   // Reads one block of at most kReadBytes bytes into `buffer`, which the caller has filled with
@@ -43,6 +49,26 @@ class ConnectorBase {
   virtual std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) = 0;
 
   virtual ~ConnectorBase() = default;
+
+  // Opens the printer again that was opened last, unless it is open and usable: that on the same
+  // port with the same vendor, product and serial number, wherever it is in the list or if it is
+  // not. `samePlugging`: only as long as it has not been unplugged since.
+  virtual bool Reopen(bool samePlugging) = 0;
+
+  // Without waiting.
+  virtual LinkState Look() = 0;
+
+  // Throws input away until none came for `quietMs`, for `limitMs` at most. True when there was
+  // any.
+  virtual bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) = 0;
+
+  // As Read, but over within 600 ms once `givenUp` says so.
+  virtual uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
+                              uint32_t timeoutMs) = 0;
+
+  // Names the printer at `index` of the list, its port and this plugging in of it; empty when there
+  // is none.
+  virtual std::string Identity(size_t index) const = 0;
 };
 
 // The USB connector of this system.

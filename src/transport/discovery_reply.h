@@ -11,6 +11,9 @@ struct NetworkDevice {
   uint16_t port = 0;    // TCP port of the command exchange
   std::string name;
   std::string mac;  // as sent
+
+  // What tells this printer from others, whatever place it has in a list.
+  std::string Identity() const { return address + ":" + std::to_string(port); }
 };
 
 // Reads one search reply, such as

@@ -3,7 +3,7 @@
 #include "transport/network_device_searcher.h"
 
 // Like its connector: no thread of the host owns it.
-QNetworkLib::QNetworkLib() { moveToThread(nullptr); }
+QNetworkLib::QNetworkLib(const TcpLimits& limits) : connector_(limits) { moveToThread(nullptr); }
 
 int QNetworkLib::Search(const std::string& message, uint16_t port, int timeoutMs) {
   devices_.clear();
@@ -20,6 +20,11 @@ std::vector<std::string> QNetworkLib::GetDeviceAddresses() const {
   addresses.reserve(devices_.size());
   for (const NetworkDevice& device : devices_) addresses.push_back(device.address);
   return addresses;
+}
+
+std::string QNetworkLib::Identity(int index) const {
+  if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return {};
+  return devices_[static_cast<size_t>(index)].Identity();
 }
 
 bool QNetworkLib::ConnectByIndex(int index) {

@@ -14,7 +14,7 @@
 // Thread-safety: none; the channel serialises the calls, which may come from any thread.
 class QNetworkLib : public QObject {
  public:
-  QNetworkLib();
+  explicit QNetworkLib(const TcpLimits& limits = {});
 
   // Replaces the device list by the printers that answer `message` on UDP `port` (see
   // NetworkDeviceSearcher for `timeoutMs`). Always 0.
@@ -22,6 +22,9 @@ class QNetworkLib : public QObject {
 
   // The address texts of the device list, in its order.
   std::vector<std::string> GetDeviceAddresses() const;
+
+  // "address:port" of an entry of the device list; empty when there is no such entry.
+  std::string Identity(int index) const;
 
   // Connect to a printer of the list, by position or by its exact address text.
   bool ConnectByIndex(int index);
@@ -31,8 +34,14 @@ class QNetworkLib : public QObject {
   bool Reconnect();
 
   void Disconnect() { connector_.Disconnect(); }
-  void DiscardInput() { connector_.DiscardInput(); }
-  TcpResult Send(const char* data, int64_t length) { return connector_.Send(data, length); }
+  LinkState Look() { return connector_.Look(); }
+  bool DiscardInput() { return connector_.DiscardInput(); }
+  bool DiscardUntilQuiet(int quietMs, int limitMs) {
+    return connector_.DiscardUntilQuiet(quietMs, limitMs);
+  }
+  TcpResult Send(const char* data, int64_t length, bool patient) {
+    return connector_.Send(data, length, patient);
+  }
   TcpResult Receive(const std::string& expected, std::string& reply, int32_t timeoutMs) {
     return connector_.Receive(expected, reply, timeoutMs);
   }

@@ -20,9 +20,11 @@ enum class Kind { kTcp, kUdp };
 // Starts the system's sockets, once for the life of the process. False when they cannot be had.
 bool Start();
 
-// kNone on failure; LastError tells why. Of the others, a negative result is a failure.
+// kNone on failure; LastError tells why. Of the others, a negative result is a failure. A TCP
+// socket never blocks: Connect waits for `microseconds` at most, Send takes what fits now, which
+// may be nothing.
 Handle Create(Kind kind);
-bool Connect(Handle socket, const std::string& address, uint16_t port);
+bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds);
 bool EnableBroadcast(Handle socket);
 ptrdiff_t Send(Handle socket, const char* data, size_t length);
 ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
@@ -31,6 +33,9 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length);
 
 // True when there is something to read, or the connection has ended, within `microseconds`.
 bool WaitReadable(Handle socket, int64_t microseconds);
+
+// True when bytes can be sent, or the connection has ended, within `microseconds`.
+bool WaitWritable(Handle socket, int64_t microseconds);
 
 void ShutDownSending(Handle socket);
 void ShutDown(Handle socket);

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <limits>
 
 #include "transport/socket_system.h"
@@ -34,12 +35,31 @@ std::string Text(const sockaddr* address) {
   return text;
 }
 
+// poll and not select: a host with a thousand open files has descriptors that select cannot hold.
+// A signal that the host handles does not begin the time anew.
+bool Wait(Handle socket, short events, int64_t microseconds) {
+  using std::chrono::steady_clock;
+  constexpr int64_t kMicrosecondsPerMs = 1000;
+  const steady_clock::time_point end =
+      steady_clock::now() + std::chrono::microseconds(microseconds);
+  pollfd entry{Descriptor(socket), events, 0};
+  for (;;) {
+    const int64_t ms = (microseconds + kMicrosecondsPerMs - 1) / kMicrosecondsPerMs;
+    const int ready =
+        ::poll(&entry, 1, static_cast<int>(std::min<int64_t>(ms, std::numeric_limits<int>::max())));
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+    const auto left =
+        std::chrono::duration_cast<std::chrono::microseconds>(end - steady_clock::now());
+    microseconds = std::max<int64_t>(left.count(), 0);
+  }
+}
+
 }  // namespace
 
 bool Start() { return true; }
 
 Handle Create(Kind kind) {
-  const int type = kind == Kind::kTcp ? SOCK_STREAM : SOCK_DGRAM;
+  const int type = kind == Kind::kTcp ? SOCK_STREAM | SOCK_NONBLOCK : SOCK_DGRAM;
   const int handle = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
   if (handle >= 0 && kind == Kind::kTcp) {
     const int on = 1;
@@ -48,10 +68,19 @@ Handle Create(Kind kind) {
   return handle;
 }
 
-bool Connect(Handle socket, const std::string& address, uint16_t port) {
+bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds) {
   const sockaddr_in target = Address(address, port);
-  return ::connect(Descriptor(socket), reinterpret_cast<const sockaddr*>(&target), sizeof target) ==
-         0;
+  const auto* const raw = reinterpret_cast<const sockaddr*>(&target);
+  if (::connect(Descriptor(socket), raw, sizeof target) == 0) return true;
+  // Interrupted, it goes on all the same.
+  if (errno != EINPROGRESS && errno != EINTR) return false;
+  int error = ETIMEDOUT;
+  socklen_t size = sizeof error;
+  if (WaitWritable(socket, microseconds)) {
+    getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size);
+  }
+  errno = error;
+  return error == 0;
 }
 
 bool EnableBroadcast(Handle socket) {
@@ -61,7 +90,11 @@ bool EnableBroadcast(Handle socket) {
 
 // A printer that has gone must fail the call, not end the host by a signal.
 ptrdiff_t Send(Handle socket, const char* data, size_t length) {
-  return ::send(Descriptor(socket), data, length, MSG_NOSIGNAL);
+  ptrdiff_t sent = 0;
+  do {
+    sent = ::send(Descriptor(socket), data, length, MSG_NOSIGNAL);
+  } while (sent < 0 && errno == EINTR);
+  return sent < 0 && errno == EAGAIN ? 0 : sent;
 }
 
 ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
@@ -75,17 +108,12 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   return ::recv(Descriptor(socket), buffer, length, 0);
 }
 
-// poll and not select: a host with a thousand open files has descriptors that select cannot hold.
 bool WaitReadable(Handle socket, int64_t microseconds) {
-  constexpr int64_t kMicrosecondsPerMs = 1000;
-  pollfd entry{Descriptor(socket), POLLIN, 0};
-  const int64_t ms =
-      std::min<int64_t>(microseconds / kMicrosecondsPerMs, std::numeric_limits<int>::max());
-  int ready = 0;
-  do {
-    ready = ::poll(&entry, 1, static_cast<int>(ms));
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
+  return Wait(socket, POLLIN, microseconds);
+}
+
+bool WaitWritable(Handle socket, int64_t microseconds) {
+  return Wait(socket, POLLOUT, microseconds);
 }
 
 void ShutDownSending(Handle socket) { ::shutdown(Descriptor(socket), SHUT_WR); }

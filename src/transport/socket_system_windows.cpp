@@ -26,6 +26,14 @@ sockaddr_in Address(const std::string& address, uint16_t port) {
   return target;
 }
 
+timeval Limit(int64_t microseconds) {
+  constexpr int64_t kMicrosecondsPerSecond = 1000000;
+  timeval limit{};
+  limit.tv_sec = static_cast<long>(microseconds / kMicrosecondsPerSecond);
+  limit.tv_usec = static_cast<long>(microseconds % kMicrosecondsPerSecond);
+  return limit;
+}
+
 }  // namespace
 
 bool Start() {
@@ -44,13 +52,24 @@ Handle Create(Kind kind) {
   if (isTcp) {
     const char on = 1;
     setsockopt(handle, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    u_long nonBlocking = 1;
+    ::ioctlsocket(handle, FIONBIO, &nonBlocking);
   }
   return static_cast<Handle>(handle);
 }
 
-bool Connect(Handle socket, const std::string& address, uint16_t port) {
+bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds) {
   const sockaddr_in target = Address(address, port);
-  return ::connect(Socket(socket), reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0;
+  const auto* const raw = reinterpret_cast<const sockaddr*>(&target);
+  if (::connect(Socket(socket), raw, sizeof target) == 0) return true;
+  if (WSAGetLastError() != WSAEWOULDBLOCK) return false;
+  int error = WSAETIMEDOUT;
+  int size = sizeof error;
+  if (WaitWritable(socket, microseconds)) {
+    getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
+  }
+  WSASetLastError(error);
+  return error == 0;
 }
 
 bool EnableBroadcast(Handle socket) {
@@ -59,7 +78,8 @@ bool EnableBroadcast(Handle socket) {
 }
 
 ptrdiff_t Send(Handle socket, const char* data, size_t length) {
-  return ::send(Socket(socket), data, Length(length), 0);
+  const int sent = ::send(Socket(socket), data, Length(length), 0);
+  return sent < 0 && WSAGetLastError() == WSAEWOULDBLOCK ? 0 : sent;
 }
 
 ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
@@ -77,14 +97,21 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
 }
 
 bool WaitReadable(Handle socket, int64_t microseconds) {
-  constexpr int64_t kMicrosecondsPerSecond = 1000000;
   fd_set readable;
   FD_ZERO(&readable);
   FD_SET(Socket(socket), &readable);
-  timeval limit{};
-  limit.tv_sec = static_cast<long>(microseconds / kMicrosecondsPerSecond);
-  limit.tv_usec = static_cast<long>(microseconds % kMicrosecondsPerSecond);
+  const timeval limit = Limit(microseconds);
   return ::select(0, &readable, nullptr, nullptr, &limit) > 0;
+}
+
+bool WaitWritable(Handle socket, int64_t microseconds) {
+  fd_set writable;
+  FD_ZERO(&writable);
+  FD_SET(Socket(socket), &writable);
+  // A connection that could not be made is told here alone.
+  fd_set failed = writable;
+  const timeval limit = Limit(microseconds);
+  return ::select(0, nullptr, &writable, &failed, &limit) > 0;
 }
 
 void ShutDownSending(Handle socket) { ::shutdown(Socket(socket), SD_SEND); }

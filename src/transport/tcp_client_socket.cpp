@@ -6,6 +6,13 @@
 
 #include "transport/host_addresses.h"
 
+namespace {
+
+constexpr int kMsPerSecond = 1000;
+constexpr int64_t kMicrosecondsPerMs = 1000;
+
+}  // namespace
+
 bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   constexpr char kLocalHost[] = "127.0.0.1";
   Close();
@@ -15,7 +22,8 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   if (addresses.empty()) return false;
   socket_ = SocketSystem::Create(SocketSystem::Kind::kTcp);
   if (!IsOpen()) return false;
-  if (!SocketSystem::Connect(socket_, addresses.front(), port)) {
+  if (!SocketSystem::Connect(socket_, addresses.front(), port,
+                             limits_.connectMs * kMicrosecondsPerMs)) {
     std::fprintf(stderr, "error connecting to server: %d\n", SocketSystem::LastError());
     Close();
     return false;
@@ -25,16 +33,20 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
 
 int TcpClientSocket::Send(const char* data, int length) {
   if (!IsOpen() || length < 1) return -1;
-  return SocketSystem::Send(socket_, data, static_cast<size_t>(length)) == length ? 0 : -1;
+  int64_t left = length;
+  const auto takeMore = [&]() -> int64_t {
+    const ptrdiff_t taken =
+        SocketSystem::Send(socket_, data + (length - left), static_cast<size_t>(left));
+    return taken < 0 ? -1 : left - taken;
+  };
+  left = takeMore();
+  if (left <= 0) return left == 0 ? 0 : -1;
+  return FinishWrite(socket_, left, limits_, takeMore) == WriteEnd::kTaken ? 0 : -1;
 }
 
 int TcpClientSocket::Receive(char* buffer, int timeoutMs, int& received) {
-  constexpr int kMsPerSecond = 1000;
-  constexpr int64_t kMicrosecondsPerSecond = 1000000;
-  const int64_t seconds = std::max(timeoutMs, 0) / kMsPerSecond;
-  if (!IsOpen() || !SocketSystem::WaitReadable(socket_, seconds * kMicrosecondsPerSecond)) {
-    return -1;
-  }
+  const int64_t wholeMs = std::max(timeoutMs, 0) / kMsPerSecond * kMsPerSecond;
+  if (!IsOpen() || !SocketSystem::WaitReadable(socket_, wholeMs * kMicrosecondsPerMs)) return -1;
   received =
       static_cast<int>(std::max<ptrdiff_t>(SocketSystem::Receive(socket_, buffer, kReadBytes), 0));
   return 0;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "transport/socket_system.h"
+#include "transport/tcp_limits.h"
 
 // Plain TCP connection of the local link to one printer.
 //
@@ -14,7 +15,7 @@ class TcpClientSocket {
   // What Receive reads at most, and what its buffer must hold.
   static constexpr size_t kReadBytes = 512;
 
-  TcpClientSocket() = default;
+  explicit TcpClientSocket(const TcpLimits& limits = {}) : limits_(limits) {}
   ~TcpClientSocket() { Close(); }
   TcpClientSocket(const TcpClientSocket&) = delete;
   TcpClientSocket& operator=(const TcpClientSocket&) = delete;
@@ -23,7 +24,8 @@ class TcpClientSocket {
   // earlier connection. On failure a line with the system's code goes to the error stream.
   bool Connect(const std::string& host, uint16_t port);
 
-  // 0 when the system took all of `length` bytes; -1 otherwise, when closed, and for no bytes.
+  // 0 when the system took all of `length` bytes in time; -1 otherwise, when closed, and for no
+  // bytes. After -1 a part may have been taken.
   int Send(const char* data, int length);
 
   // Waits `timeoutMs` / 1000 whole seconds for data and reads once. 0 with `received` bytes in
@@ -34,6 +36,7 @@ class TcpClientSocket {
   bool IsOpen() const { return socket_ != SocketSystem::kNone; }
 
  private:
+  const TcpLimits limits_;
   SocketSystem::Handle socket_ = SocketSystem::kNone;
 };
 

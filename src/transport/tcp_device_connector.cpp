@@ -1,6 +1,8 @@
 #include "transport/tcp_device_connector.h"
 
+#include <QDeadlineTimer>
 #include <QNetworkProxy>
+#include <algorithm>
 #include <exception>
 
 #include "platform/diagnostics.h"
@@ -11,11 +13,11 @@ using Nuv::Platform::Diagnostic;
 
 namespace {
 
-constexpr int kConnectTimeoutMs = 30000;
-constexpr int kWriteTimeoutMs = 30000;
 constexpr qint64 kReadChunkBytes = 4096;
-// A printer that never stops sending must not hold the caller.
-constexpr size_t kMostPendingBytes = size_t{16} << 20;
+// No reply of a printer is longer.
+constexpr size_t kMostReplyBytes = 65536;
+// A printer that erases its memory takes nothing for longer than one write waits.
+constexpr int kMostStalls = 2;
 constexpr char kErrorE35[] = "E35";
 
 // Names are resolved here: the socket's own look-up would call back through an event loop.
@@ -27,7 +29,8 @@ QHostAddress Resolve(const std::string& host) {
 
 }  // namespace
 
-TcpDeviceConnector::TcpDeviceConnector() : socket_(new QTcpSocket(this)) {
+TcpDeviceConnector::TcpDeviceConnector(const TcpLimits& limits)
+    : limits_(limits), socket_(new QTcpSocket(this)) {
   // A printer stands on the local network; a proxy set for the host program does not lead to it.
   socket_->setProxy(QNetworkProxy::NoProxy);
   DetachFromThreads(*this, *socket_);
@@ -46,7 +49,7 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
   // Unbuffered: a request goes out in the call that writes it and a reply is read in one more,
   // where the socket's own buffers would cost a wait and a query of the length each.
   socket_->connectToHost(address, port, QIODevice::ReadWrite | QIODevice::Unbuffered);
-  if (!socket_->waitForConnected(kConnectTimeoutMs)) {
+  if (!socket_->waitForConnected(limits_.connectMs)) {
     Diagnostic("connect to %s port %u: %s", host.c_str(), unsigned{port},
                qPrintable(socket_->errorString()));
     socket_->abort();
@@ -54,6 +57,7 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
   }
   // Requests are small and each waits for its reply, so Nagle's delay would be added to each.
   socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+  opened_ = true;
   return true;
 }
 
@@ -61,25 +65,37 @@ void TcpDeviceConnector::Disconnect() {
   if (IsConnected()) socket_->close();
   // What a stuck printer did not take in time is given up with the connection.
   if (socket_->state() != QAbstractSocket::UnconnectedState) socket_->abort();
+  opened_ = false;
+  stalls_ = 0;
 }
 
-TcpResult TcpDeviceConnector::Send(const char* data, int64_t length) {
+TcpResult TcpDeviceConnector::Send(const char* data, int64_t length, bool patient) {
   if (!IsConnected()) return TcpResult::kNotConnected;
   try {
+    const int64_t all = socket_->bytesToWrite() + length;
     if (socket_->write(data, length) != length) {
       // The system has closed it, which the socket's state would tell only after the next read.
       socket_->abort();
       return TcpResult::kNotSent;
     }
     // The system's buffer takes a request at once; of a long line the rest has to wait.
-    while (socket_->bytesToWrite() > 0) {
-      if (!socket_->waitForBytesWritten(kWriteTimeoutMs)) return TcpResult::kNotSent;
-    }
+    int64_t left = socket_->bytesToWrite();
+    const WriteEnd end =
+        left == 0 ? WriteEnd::kTaken
+                  : FinishWrite(socket_->socketDescriptor(), left, limits_, [this]() -> int64_t {
+                      socket_->flush();
+                      return IsConnected() ? socket_->bytesToWrite() : -1;
+                    });
+    if (left < all) stalls_ = 0;
+    if (end == WriteEnd::kTaken) return TcpResult::kOk;
+    if (end == WriteEnd::kStalled) ++stalls_;
+    Diagnostic("send: %lld of %lld bytes not taken", static_cast<long long>(left),
+               static_cast<long long>(all));
+    if (!patient || stalls_ >= kMostStalls) socket_->abort();
   } catch (const std::exception& error) {
     Diagnostic("send: %s", error.what());
-    return TcpResult::kNotSent;
   }
-  return TcpResult::kOk;
+  return TcpResult::kNotSent;
 }
 
 TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& reply,
@@ -90,8 +106,8 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
   for (int slice = 0; slice < slices && !arrived && IsConnected(); ++slice) {
     arrived = socket_->waitForReadyRead(kReadSliceMs);
   }
-  std::string text = arrived ? ReadPending() : std::string();
-  if (text.empty()) return TcpResult::kNoReply;
+  std::string text;
+  if (!arrived || !Take(text, kMostReplyBytes, Until::kShortRead)) return TcpResult::kNoReply;
 
   if (text.find(expected) == std::string::npos) {
     return text.find(kErrorE35) != std::string::npos ? TcpResult::kE35 : TcpResult::kUnexpected;
@@ -100,17 +116,45 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
   return TcpResult::kOk;
 }
 
-std::string TcpDeviceConnector::ReadPending() {
+bool TcpDeviceConnector::Take(std::string& text, size_t most, Until until) {
+  const qint64 goesOn = until == Until::kShortRead ? kReadChunkBytes : 1;
   char chunk[kReadChunkBytes];
-  std::string text;
+  DiscardLimit limit(limits_);
+  bool any = false;
   qint64 count = 0;
   do {
     count = socket_->read(chunk, kReadChunkBytes);
-    if (count > 0) text.append(chunk, static_cast<size_t>(count));
-  } while (count == kReadChunkBytes && text.size() < kMostPendingBytes);
-  return text;
+    if (count <= 0) break;
+    any = true;
+    const size_t kept = std::min(static_cast<size_t>(count), most - text.size());
+    text.append(chunk, kept);
+    const size_t thrown = static_cast<size_t>(count) - kept;
+    if (thrown > 0 && !limit.Allows(thrown)) socket_->abort();
+  } while (count >= goesOn && IsConnected());
+  if (most > 0 && limit.thrown() > 0) {
+    Diagnostic("reply longer than %zu bytes: %zu thrown away", most, limit.thrown());
+  }
+  return any;
 }
 
-void TcpDeviceConnector::DiscardInput() {
-  if (IsConnected()) ReadPending();
+bool TcpDeviceConnector::DiscardInput() {
+  std::string nothing;
+  return IsConnected() && Take(nothing, 0, Until::kNothing);
+}
+
+bool TcpDeviceConnector::DiscardUntilQuiet(int quietMs, int limitMs) {
+  const QDeadlineTimer limit(limitMs);
+  bool any = DiscardInput();
+  while (IsConnected() && !limit.hasExpired()) {
+    const auto left = static_cast<int>(limit.remainingTime());
+    if (!socket_->waitForReadyRead(std::min(quietMs, left))) break;
+    any = DiscardInput() || any;
+  }
+  return any;
+}
+
+LinkState TcpDeviceConnector::Look() {
+  DiscardInput();
+  if (IsConnected()) return LinkState::kAlive;
+  return opened_ ? LinkState::kEnded : LinkState::kClosed;
 }

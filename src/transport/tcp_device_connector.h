@@ -7,11 +7,14 @@
 #include <cstdint>
 #include <string>
 
+#include "transport/link_state.h"
+#include "transport/tcp_limits.h"
+
 // Results of Send and Receive.
 enum class TcpResult : int32_t {
   kOk = 0,
   kNotConnected = 1,
-  kNotSent = 2,     // fewer bytes accepted than given, or not written within 30 s
+  kNotSent = 2,     // fewer bytes accepted than given, or not written in time
   kE35 = 3,         // the expected text is absent and the reply holds the printer's error "E35"
   kNoReply = 4,     // nothing came in time
   kUnexpected = 5,  // the expected text is absent
@@ -25,33 +28,55 @@ class TcpDeviceConnector : public QObject {
  public:
   static constexpr int32_t kReadSliceMs = 600;
 
-  TcpDeviceConnector();
+  explicit TcpDeviceConnector(const TcpLimits& limits = {});
   ~TcpDeviceConnector() override;
 
   // Connects to `host` (IPv4 address text or name), closing an earlier connection first. False when
-  // there is no connection within 30 s.
+  // there is no connection within the limit.
   bool Connect(const std::string& host, uint16_t port);
 
   // Closes the connection if there is one.
   void Disconnect();
 
-  TcpResult Send(const char* data, int64_t length);
+  // Hands `length` bytes to the system; nothing is read meanwhile. What was not written in time
+  // leaves a part of a command on the wire, so the connection is dropped. `patient`, for a printer
+  // that erases its memory: the rest is kept, with kNotSent, and goes out before the bytes of the
+  // next call (which may have none); only a second stall in a row drops the connection.
+  TcpResult Send(const char* data, int64_t length, bool patient = false);
 
   // Waits for data in slices of 600 ms, `timeoutMs` / 600 of them (none below 600 ms), then takes
-  // all that has arrived: a reply still on its way is cut there. `reply` is set only on kOk, which
-  // needs `expected` (may be empty) to occur in the text.
+  // all that has arrived, but keeps 64 KiB at most: a reply still on its way is cut there. `reply`
+  // is set only on kOk, which needs `expected` (may be empty) to occur in the text.
   TcpResult Receive(const std::string& expected, std::string& reply, int32_t timeoutMs);
 
-  // Throws away what the printer sent unasked: late or repeated replies to an earlier command.
-  void DiscardInput();
+  // How the connection stands, without waiting. Throws away what has come, so that an end behind it
+  // shows. An end is told until the next Connect or Disconnect.
+  LinkState Look();
+
+  // Throws away what the printer sent unasked: late or repeated replies to an earlier command. True
+  // when there was any. A printer that sends without a pause is dropped.
+  bool DiscardInput();
+
+  // As DiscardInput, but waits for more until `quietMs` pass without any, `limitMs` in all.
+  bool DiscardUntilQuiet(int quietMs, int limitMs);
 
  private:
-  // All that has arrived; empty when there is nothing, or the printer has closed the connection.
-  std::string ReadPending();
+  // Where taking what has arrived ends.
+  enum class Until {
+    kShortRead,  // that took the last of it: saves the read that finds nothing
+    kNothing,    // or the printer's end
+  };
+
+  // Reads what has arrived: the first `most` bytes to `text`, the rest is thrown away. True when
+  // there was any.
+  bool Take(std::string& text, size_t most, Until until);
 
   bool IsConnected() const { return socket_->state() == QAbstractSocket::ConnectedState; }
 
-  QTcpSocket* socket_;  // child
+  const TcpLimits limits_;
+  QTcpSocket* socket_;   // child
+  bool opened_ = false;  // since the last Disconnect
+  int stalls_ = 0;       // patient writes in a row that took no byte to their end
 };
 
 #endif  // NUV_TRANSPORT_TCP_DEVICE_CONNECTOR_H_

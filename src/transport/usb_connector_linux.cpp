@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,18 +21,40 @@ using std::chrono::milliseconds;
 
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;
 // The rest of a late reply follows its first packet at once.
-constexpr int kQuietMs = 20;
+constexpr uint32_t kQuietMs = 20;
+// A printer keeps what nobody has read for whoever opens it next.
+constexpr uint32_t kNewQuietMs = 100;
+constexpr uint32_t kMostDiscardMs = 2000;
+constexpr milliseconds kSlice(500);
+
+// The driver puts at most so much into one transfer.
+constexpr uint32_t kTransferBytes = 8192;
+// Its question for the bus and the number of the device; in none of the kernel's headers.
+constexpr unsigned long kGetBusAddress = _IOC(_IOC_READ, 'P', 5, 2 * sizeof(int));
 
 class SystemCalls final : public DeviceCalls {
  public:
   int Open(const std::string& node) override {
     return OrError(open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   }
+  int AddressOf(int fd, UsbAddress& address) override {
+    int numbers[2] = {};
+    const int result = OrError(ioctl(fd, kGetBusAddress, numbers));
+    address = {numbers[0], numbers[1]};
+    return result;
+  }
   int64_t Read(int fd, uint8_t* buffer, size_t size) override {
     return OrError(read(fd, buffer, size));
   }
+  // The driver looks for signals once more when it has started a transfer, and then says "nothing
+  // written" of what it sends.
   int64_t Write(int fd, const uint8_t* data, size_t size) override {
-    return OrError(write(fd, data, size));
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int64_t count = OrError(write(fd, data, size));
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return count;
   }
   int Poll(int fd, short events, int timeoutMs) override {
     pollfd node{fd, events, 0};
@@ -45,6 +69,11 @@ class SystemCalls final : public DeviceCalls {
     return result < 0 ? static_cast<T>(-errno) : result;
   }
 };
+
+// The number alone comes round after 127 pluggings.
+bool IsSamePlugging(const UsbNode& a, const UsbNode& b) {
+  return a.address == b.address && a.port == b.port && a.device == b.device;
+}
 
 bool MayTryAgain(int64_t result) { return result == -EAGAIN || result == -EINTR; }
 
@@ -65,6 +94,11 @@ const char* AdviceFor(int error) {
   }
 }
 
+void Report(const UsbNode& node, const char* action, int error) {
+  Nuv::Platform::Diagnostic("USB printer %s: %s failed: %s%s", node.path.c_str(), action,
+                            std::generic_category().message(error).c_str(), AdviceFor(error));
+}
+
 }  // namespace
 
 DeviceCalls& SystemDeviceCalls() {
@@ -81,15 +115,15 @@ UsbConnectorLinux::~UsbConnectorLinux() { UsbConnectorLinux::Close(); }
 
 bool UsbConnectorLinux::SearchDevices() {
   auto found = FindPrinterNodes();
-  nodes_ = found ? std::move(*found) : std::vector<std::string>();
+  nodes_ = found ? std::move(*found) : std::vector<UsbNode>();
   return found.has_value();
 }
 
 std::vector<std::wstring>& UsbConnectorLinux::GetDevicePaths(std::vector<std::wstring>& paths) {
   paths.clear();
   // Names of nodes are ASCII: the driver gives them.
-  for (const std::string& node : nodes_) {
-    paths.push_back(std::wstring(node.begin(), node.end()) + L"\\1");
+  for (const UsbNode& node : nodes_) {
+    paths.push_back(std::wstring(node.path.begin(), node.path.end()) + L"\\1");
   }
   return paths;
 }
@@ -97,14 +131,44 @@ std::vector<std::wstring>& UsbConnectorLinux::GetDevicePaths(std::vector<std::ws
 bool UsbConnectorLinux::Open(const wchar_t* indexText) {
   const long index = std::wcstol(indexText, nullptr, 10);
   if (index < 0 || static_cast<size_t>(index) >= nodes_.size()) return false;
-  Close();
-  openNode_ = nodes_[static_cast<size_t>(index)];
-  const int fd = calls_.Open(openNode_);
+  const UsbNode& meant = nodes_[static_cast<size_t>(index)];
+  const bool isOpen = IsSamePlugging(meant, opened_) && Look() == LinkState::kAlive;
+  return isOpen || OpenNode(meant);
+}
+
+bool UsbConnectorLinux::Reopen(bool samePlugging) {
+  if (opened_.path.empty()) return false;
+  if (Look() == LinkState::kAlive) return true;
+  const auto found = FindPrinterNodes();
+  if (!found) return false;
+  const auto same = std::find_if(found->begin(), found->end(), [&](const UsbNode& node) {
+    return samePlugging ? IsSamePlugging(node, opened_)
+                        : node.port == opened_.port && node.device == opened_.device;
+  });
+  if (same != found->end()) return OpenNode(*same);
+  Nuv::Platform::Diagnostic("USB printer %s: not attached any more", opened_.path.c_str());
+  return false;
+}
+
+bool UsbConnectorLinux::OpenNode(const UsbNode& meant) {
+  const int fd = calls_.Open(meant.path);
   if (fd < 0) {
-    Report("opening", -fd);
+    Report(meant, "opening", -fd);
     return false;
   }
+  // Since it was looked up, the node may have become another printer's. The driver tells which one
+  // the handle is for, and that does not change any more.
+  UsbAddress address;
+  const int error = -calls_.AddressOf(fd, address);
+  if (error != 0 || !(address == meant.address)) {
+    Report(meant, "opening", error != 0 ? error : ENODEV);
+    calls_.Close(fd);
+    return false;
+  }
+  Close();
   fd_ = fd;
+  opened_ = meant;
+  isNew_ = true;
   return true;
 }
 
@@ -116,17 +180,30 @@ void UsbConnectorLinux::Close() {
 
 uint32_t UsbConnectorLinux::Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) {
   if (fd_ < 0) return kNotOpen;
-  const Deadline deadline = DeadlineIn(timeoutMs);
-  DiscardInput(deadline);
-  // The driver takes a part at a time.
+  const uint32_t firstMs = isNew_ ? kNewQuietMs : 0;
+  Discard(firstMs, std::max(firstMs, kQuietMs), DeadlineIn(kMostDiscardMs));
+  isNew_ = false;
+  const uint32_t status = WriteBlocks(data, length, DeadlineIn(timeoutMs));
+  if (status != kTransferTimeout && status != EINTR) return status;
+  // The driver would still send the block once the printer takes data, long after it was given up.
+  Nuv::Platform::Diagnostic("USB printer %s takes no data: the rest is dropped",
+                            opened_.path.c_str());
+  Close();
+  return Reopen(true) ? status : kNotOpen;
+}
+
+uint32_t UsbConnectorLinux::WriteBlocks(const uint8_t* data, uint32_t length, Deadline deadline) {
+  // One transfer at a time, so that a count tells all that the driver has started.
   for (uint32_t written = 0; written < length;) {
-    const int64_t count = calls_.Write(fd_, data + written, length - written);
+    const int64_t count =
+        calls_.Write(fd_, data + written, std::min(length - written, kTransferBytes));
     if (count > 0) {
       written += static_cast<uint32_t>(count);
       continue;
     }
-    if (count < 0 && !MayTryAgain(count)) {
-      Report("writing", static_cast<int>(-count));
+    // An interruption (a debugger's is not held off) leaves open whether the part is on its way.
+    if (count < 0 && count != -EAGAIN) {
+      Report(opened_, "writing", static_cast<int>(-count));
       return static_cast<uint32_t>(-count);
     }
     const uint32_t status = WaitForOutput(deadline);
@@ -137,20 +214,28 @@ uint32_t UsbConnectorLinux::Write(const uint8_t* data, uint32_t length, uint32_t
 }
 
 uint32_t UsbConnectorLinux::Read(uint8_t* buffer, uint32_t timeoutMs) {
+  return ReadUnless([] { return false; }, buffer, timeoutMs);
+}
+
+uint32_t UsbConnectorLinux::ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
+                                       uint32_t timeoutMs) {
   if (fd_ < 0) return kNotOpen;
   const Deadline deadline = DeadlineIn(timeoutMs);
-  do {
-    const int ready = Wait(POLLIN, deadline);
-    if (ready == 0) break;
+  while (!givenUp()) {
+    const int ready = Wait(POLLIN, std::min(deadline, clock_.Now() + kSlice));
+    const bool isOver = clock_.Now() >= deadline;
+    if (ready == 0 && isOver) break;
+    if (ready == 0) continue;
     const int64_t count = calls_.Read(fd_, buffer, kReadBytes);
     if (count > 0) return 0;
     const bool failed = count < 0 && !MayTryAgain(count);
     // Nothing read is a packet without content, as long as the printer is there.
     if (failed || (ready & kGone) != 0) {
-      Report("reading", failed ? static_cast<int>(-count) : ENODEV);
+      Report(opened_, "reading", failed ? static_cast<int>(-count) : ENODEV);
       break;
     }
-  } while (clock_.Now() < deadline);
+    if (isOver) break;
+  }
   return kTransferTimeout;
 }
 
@@ -172,25 +257,36 @@ uint32_t UsbConnectorLinux::WaitForOutput(Deadline deadline) {
   if (ready == 0) return kTransferTimeout;
   // A transfer that the unplugging ended counts as done too, so this is asked first.
   if ((ready & kGone) == 0) return 0;
-  Report("writing", ENODEV);
+  Report(opened_, "writing", ENODEV);
   return ENODEV;
 }
 
-void UsbConnectorLinux::DiscardInput(Deadline deadline) {
-  uint8_t stale[kReadBytes];
-  int quietMs = 0;
-  do {
-    const int ready = calls_.Poll(fd_, POLLIN, quietMs);
-    if (ready == -EINTR) continue;
-    // A printer that has gone shows when it is written to.
-    if (ready <= 0 || (ready & kGone) != 0) return;
-    const int64_t count = calls_.Read(fd_, stale, sizeof stale);
-    if (count < 0 && !MayTryAgain(count)) return;
-    quietMs = kQuietMs;
-  } while (clock_.Now() < deadline);
+LinkState UsbConnectorLinux::Look() {
+  if (fd_ < 0) return LinkState::kClosed;
+  return (Wait(0, clock_.Now()) & kGone) != 0 ? LinkState::kEnded : LinkState::kAlive;
 }
 
-void UsbConnectorLinux::Report(const char* action, int error) const {
-  Nuv::Platform::Diagnostic("USB printer %s: %s failed: %s%s", openNode_.c_str(), action,
-                            std::generic_category().message(error).c_str(), AdviceFor(error));
+bool UsbConnectorLinux::DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) {
+  return fd_ >= 0 && Discard(quietMs, quietMs, DeadlineIn(limitMs));
+}
+
+bool UsbConnectorLinux::Discard(uint32_t firstMs, uint32_t quietMs, Deadline deadline) {
+  uint8_t stale[kReadBytes];
+  bool any = false;
+  do {
+    const int ready = Wait(POLLIN, std::min(deadline, DeadlineIn(any ? quietMs : firstMs)));
+    // A printer that has gone shows when it is written to.
+    if (ready == 0 || (ready & kGone) != 0) break;
+    const int64_t count = calls_.Read(fd_, stale, sizeof stale);
+    if (count < 0 && !MayTryAgain(count)) break;
+    any = any || count > 0;
+  } while (clock_.Now() < deadline);
+  return any;
+}
+
+std::string UsbConnectorLinux::Identity(size_t index) const {
+  if (index >= nodes_.size()) return {};
+  const UsbNode& node = nodes_[index];
+  return node.path + " " + node.port + " " + node.device + " " + std::to_string(node.address.bus) +
+         "/" + std::to_string(node.address.device);
 }

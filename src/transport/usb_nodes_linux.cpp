@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "platform/diagnostics.h"
@@ -19,17 +21,33 @@ struct Unref {
 template <class T>
 using Owned = std::unique_ptr<T, Unref>;
 
-using NumberedNode = std::pair<unsigned long, std::string>;
+using NumberedNode = std::pair<int, UsbNode>;
 
-const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
+std::string OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
-bool IsPrinter(udev_device* node) {
-  // The parent belongs to its child.
+std::string Attribute(udev_device* device, const char* name) {
+  return OrEmpty(udev_device_get_sysattr_value(device, name));
+}
+
+int NumberIn(const std::string& text) {
+  return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+// Nothing when it is no printer of ours, or has been unplugged since the scan.
+std::optional<UsbNode> PrinterOn(udev_device* node) {
+  const char* const path = udev_device_get_devnode(node);
+  // The parents belong to their child.
   udev_device* const usb = udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_device");
-  if (usb == nullptr) return false;
-  return IsPrinterHardwareId(
-      MakeUsbHardwareId(OrEmpty(udev_device_get_sysattr_value(usb, "idVendor")),
-                        OrEmpty(udev_device_get_sysattr_value(usb, "idProduct"))));
+  udev_device* const interface =
+      udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface");
+  if (path == nullptr || usb == nullptr || interface == nullptr) return std::nullopt;
+  const std::string vendor = Attribute(usb, "idVendor");
+  const std::string product = Attribute(usb, "idProduct");
+  if (!IsPrinterHardwareId(MakeUsbHardwareId(vendor, product))) return std::nullopt;
+  return UsbNode{path,
+                 OrEmpty(udev_device_get_sysname(interface)),
+                 vendor + ":" + product + ":" + Attribute(usb, "serial"),
+                 {NumberIn(Attribute(usb, "busnum")), NumberIn(Attribute(usb, "devnum"))}};
 }
 
 std::vector<NumberedNode> NodesOf(udev* context, udev_enumerate* list) {
@@ -38,18 +56,16 @@ std::vector<NumberedNode> NodesOf(udev* context, udev_enumerate* list) {
   udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list)) {
     const Owned<udev_device> device(
         udev_device_new_from_syspath(context, udev_list_entry_get_name(entry)));
-    // Null: unplugged since the scan.
-    const char* const node = device ? udev_device_get_devnode(device.get()) : nullptr;
-    if (node == nullptr || !IsPrinter(device.get())) continue;
-    nodes.emplace_back(std::strtoul(OrEmpty(udev_device_get_sysnum(device.get())), nullptr, 10),
-                       node);
+    std::optional<UsbNode> node = device ? PrinterOn(device.get()) : std::nullopt;
+    if (!node) continue;
+    nodes.emplace_back(NumberIn(OrEmpty(udev_device_get_sysnum(device.get()))), std::move(*node));
   }
   return nodes;
 }
 
 }  // namespace
 
-std::optional<std::vector<std::string>> FindPrinterNodes() {
+std::optional<std::vector<UsbNode>> FindPrinterNodes() {
   const Owned<udev> context(udev_new());
   const Owned<udev_enumerate> list(context ? udev_enumerate_new(context.get()) : nullptr);
   if (!list || udev_enumerate_add_match_subsystem(list.get(), "usbmisc") < 0 ||
@@ -59,8 +75,9 @@ std::optional<std::vector<std::string>> FindPrinterNodes() {
     return std::nullopt;
   }
   std::vector<NumberedNode> numbered = NodesOf(context.get(), list.get());
-  std::sort(numbered.begin(), numbered.end());
-  std::vector<std::string> nodes;
+  std::sort(numbered.begin(), numbered.end(),
+            [](const NumberedNode& a, const NumberedNode& b) { return a.first < b.first; });
+  std::vector<UsbNode> nodes;
   nodes.reserve(numbered.size());
   for (NumberedNode& node : numbered) nodes.push_back(std::move(node.second));
   return nodes;

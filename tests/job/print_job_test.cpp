@@ -4,15 +4,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
-#include "job/free_buffer.h"
+#include "job/command_text.h"
 #include "job/machine_ids.h"
+#include "job/printer_exchange.h"
 #include "tests/job/job_fixture.h"
 
 namespace Nuv::Connect {
 namespace {
 
 using ::testing::ElementsAre;
+
+#if defined(_WIN32)
+constexpr char kDevice[] = "NUL";
+#else
+constexpr char kDevice[] = "/dev/null";
+#endif
 
 TEST_F(JobTest, OpensAndStreamsLineByLine) {
   files.lines = {"abc", "", "defgh"};
@@ -54,6 +62,66 @@ TEST_F(JobTest, AsksAgainAndReopensUntilTheLineFits) {
   EXPECT_THAT(g_host.errors, ElementsAre(std::pair(29, 117)));
 }
 
+// Bytes that no reply has confirmed are lost with the link that they were written on; confirmed
+// ones are not, and the job goes on over a new link.
+TEST_F(JobTest, AnEndedLinkIsNoSuccess) {
+  const struct {
+    const char* name;
+    int endsAfter;  // lines
+    int freeBuffer;
+    bool asGCode;
+    int32_t result;
+    const char* data;
+    std::vector<std::pair<int, int>> errors;
+  } kRows[] = {
+      {"behind the last line", 3, 1000, false, NUV_WRITE_FAILED, "one\r\ntwo\r\nsix\r\n", {}},
+      {"the same as commands", 3, 1000, true, NUV_WRITE_FAILED, "one\r\ntwo\r\nsix\r\n", {}},
+      {"before the wait", 2, 12, false, NUV_WRITE_FAILED, "one\r\ntwo\r\n", {{-1, 117}}},
+      {"before any line", 0, 4, true, NUV_NO_BUFFER_SPACE, "", {{-1, 117}, {-1, 117}}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    StartAnew();
+    files.lines = {"one", "two", "six"};
+    WriteFile("one\ntwo\nsix\n");
+    HasFreeBuffer(row.freeBuffer);
+    printer.endsAfterBlocks = row.endsAfter;
+    printer.opens = row.endsAfter != 0;
+    EXPECT_EQ(row.asGCode ? SendCommands() : Send(), row.result);
+    EXPECT_EQ(printer.Data(), row.data);
+    EXPECT_EQ(g_host.errors, row.errors);
+  }
+}
+
+// A command that was sent again may have been taken twice; nobody else's job is ended for that.
+TEST_F(JobTest, ARefusedOpeningEndsTheJobAndAbandonsOnlyItsOwn) {
+  const std::string idle = "F102 OK S:0";
+  const std::string receiving = "F102 OK S:2";
+  const struct {
+    const char* name;
+    Strings replies;
+    bool abandoned;
+  } kRows[] = {
+      {"refused", {idle, "F103 NG S:1"}, false},
+      {"refused at once while receiving", {idle, "F103 NG S:2", receiving}, false},
+      {"taken the first time", {idle, "", "F103 NG S:2", receiving}, true},
+      {"another's job before", {receiving, "", "F103 NG S:2", receiving}, false},
+      {"printing now", {idle, "", "F103 NG S:1", "F102 OK S:1"}, false},
+      {"no state before", {"F102 OK", "", "F103 NG S:2", receiving}, false},
+      {"no answer now", {idle, "", "F103 NG S:2", "", "", ""}, false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    StartAnew();
+    files.lines = {"one"};
+    printer.Replies(row.replies);
+    printer.Always("F102", "");
+    EXPECT_EQ(Send(), NUV_PRINTER_REFUSED);
+    EXPECT_EQ(printer.Data(), "");
+    EXPECT_EQ(printer.Wire().back() == "F104 S2\r\n", row.abandoned);
+  }
+}
+
 struct EndRow {
   const char* name;
   Fault fault;
@@ -90,6 +158,11 @@ TEST_F(JobEndTest, OfAPrintFile) {
   const auto foreign = [](JobTest& t) { t.files.machineId = "3DPSNKGA3WTW00001"; };
   const auto noLines = [](JobTest& t) { t.files.lines.clear(); };
   const auto badLine = [](JobTest& t) { t.files.unreadable = 1; };
+  const auto badLineThenNonsense = [](JobTest& t) {
+    t.files.unreadable = 1;
+    t.printer.Always("F104", "Fx OK");
+  };
+  const auto device = [](JobTest& t) { t.path = kDevice; };
   ExpectEnds(
       {
           {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
@@ -97,10 +170,14 @@ TEST_F(JobEndTest, OfAPrintFile) {
           {"refused file", refused, NUV_FILE_NOT_READABLE, ""},
           {"no sender", foreign, NUV_NO_JOB_SENDER, "", 1},
           {"opening unanswered", Silent("F103"), NUV_FAILED, ""},
+          {"opening refused", Refused("F103"), NUV_PRINTER_REFUSED, ""},
           {"no buffer at the opening", FreeBuffer(0), NUV_NO_BUFFER_SPACE, ""},
           {"lost while waiting", LostWithFreeBuffer(4), NUV_NO_BUFFER_SPACE, "", 1},
           {"write fails", WritesFailAfter(1), NUV_WRITE_FAILED, "one\r\n", 1},
-          {"damaged line", badLine, NUV_FILE_NOT_READABLE, "one\r\n", 1},
+          {"damaged line", badLine, NUV_FILE_NOT_READABLE, "one\r\n", 1, true},
+          {"damaged line, then nonsense", badLineThenNonsense, NUV_FILE_NOT_READABLE, "one\r\n", 1,
+           true},
+          {"a device", device, NUV_FILE_NOT_READABLE, ""},
           {"no lines", noLines, NUV_OK, "", 1},
           {"cancelled at once", CancelledFrom(0), NUV_OK, "", 1, true},
           {"cancelled", CancelledFrom(1), NUV_OK, "one\r\n", 1, true},
@@ -113,15 +190,29 @@ TEST_F(JobEndTest, OfACommandFile) {
   const auto missing = [](JobTest& t) { std::filesystem::remove(t.path); };
   const auto folder = [](JobTest& t) { t.path = ::testing::TempDir(); };
   const auto empty = [](JobTest& t) { t.WriteFile(""); };
+  const auto device = [](JobTest& t) { t.path = kDevice; };
+#if !defined(_WIN32)
+  // Nobody writes into it: opening it as a file would wait for ever.
+  const auto pipe = [](JobTest& t) {
+    t.path.replace_filename("pipe");
+    std::filesystem::remove(t.path);
+    ASSERT_EQ(std::system(("mkfifo '" + t.path.string() + "'").c_str()), 0);
+  };
+#endif
   ExpectEnds(
       {
-          {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
-          {"a folder", folder, NUV_FILE_NOT_READABLE, ""},
-          {"empty file", empty, NUV_OK, ""},
-          {"cancelled", CancelledFrom(1), NUV_OK, "G28\r\n"},
-          {"write fails", WritesFailAfter(0), NUV_WRITE_FAILED, ""},
-          // Line ends are not counted: three free bytes take a line of three.
-          {"fits exactly, then lost", LostWithFreeBuffer(3), NUV_NO_BUFFER_SPACE, "G28\r\n"},
+        {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
+            {"a folder", folder, NUV_FILE_NOT_READABLE, ""}, {"empty file", empty, NUV_OK, ""},
+            {"cancelled", CancelledFrom(1), NUV_OK, "G28\r\n"},
+            {"write fails", WritesFailAfter(0), NUV_WRITE_FAILED, ""},
+            // The line end needs room too, but is not charged: of ten bytes seven are left.
+            {"fits exactly, then lost", LostWithFreeBuffer(5), NUV_NO_BUFFER_SPACE, "G28\r\n"},
+            {"its line end does not fit", LostWithFreeBuffer(4), NUV_NO_BUFFER_SPACE, ""},
+            {"charged without line ends", LostWithFreeBuffer(8), NUV_OK, "G28\r\nG29\r\n"},
+            {"a device", device, NUV_FILE_NOT_READABLE, ""},
+#if !defined(_WIN32)
+            {"a pipe", pipe, NUV_FILE_NOT_READABLE, ""},
+#endif
       },
       &JobTest::SendCommands);
 }
@@ -133,13 +224,67 @@ TEST_F(JobTest, MalformedBufferFigureLeavesTheLinkFree) {
   EXPECT_EQ(files.closes, 1);
 }
 
+// The print-file library of the process holds one open file; commands need only their own link.
 TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   files.lines = {"one"};
-  int32_t second = -1;
-  printer.onExecute = [&] { second = SendCommands(); };
+  JobState other;
+  ScriptedChannel otherPrinter;
+  otherPrinter.Always("F117", "F117 OK S:100");
+  WriteFile("G28");
+  int32_t commands = -1;
+  int32_t printFileElsewhere = -1;
+  int32_t commandsElsewhere = -1;
+  printer.onExecute = [&] {
+    const JobContext elsewhere{otherPrinter, clock, files, callbacks, other};
+    commands = SendCommands();
+    printFileElsewhere = SendPrintFile(elsewhere, path.wstring(), nullptr);
+    commandsElsewhere = SendGCodeFile(elsewhere, path.wstring(), nullptr);
+  };
   EXPECT_EQ(Send(), NUV_OK);
-  EXPECT_EQ(second, NUV_FAILED);
+  EXPECT_EQ(commands, NUV_FAILED);
+  EXPECT_EQ(printFileElsewhere, NUV_FAILED);
+  EXPECT_EQ(commandsElsewhere, NUV_OK);
   EXPECT_EQ(printer.Data(), "one\r\n");
+  EXPECT_FALSE(other.jobRunning);
+}
+
+// What the file becomes while it is sent changes nothing.
+TEST_F(JobTest, CommandTextIsReadOnceBeforeItsFirstLine) {
+  WriteFile("G28\nG29 X1\n");
+  printer.onExecute = [&] { WriteFile("G2"); };
+  EXPECT_EQ(SendCommands(), NUV_OK);
+  EXPECT_EQ(printer.Data(), "G28\r\nG29 X1\r\n");
+}
+
+TEST_F(JobTest, CommandTextIsBounded) {
+  for (const auto& [text, total] : {std::pair("12345\r\n\n678\n90", 10),
+                                    {"1234567890\r\n", 10},
+                                    {"1234567890\r", 10},
+                                    {"12345\n678\n901", -1},
+                                    {"12345678901", -1},
+                                    {"1234567890\r1", -1}}) {
+    SCOPED_TRACE(text);
+    WriteFile(text);
+    CommandText commands(10);
+    EXPECT_EQ(commands.Read(path.string()), total >= 0);
+    if (total >= 0) {
+      EXPECT_EQ(commands.total(), total);
+    }
+  }
+}
+
+// One claim from the first command to the last line: a poll between them would end the connection.
+TEST_F(JobTest, HoldsTheLinkFromItsFirstCommand) {
+  files.lines = {"one"};
+  int commands = 0;
+  printer.onExecute = [&] {
+    ++commands;
+    EXPECT_FALSE(state.linkFree);
+    EXPECT_EQ(printer.job, JobKind::kLines);
+  };
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_EQ(commands, 4) << "102, 103, 117, 117";
+  EXPECT_EQ(printer.job, JobKind::kNone);
 }
 
 TEST_F(JobTest, CommandTextGoesOutLineByLine) {

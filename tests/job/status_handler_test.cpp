@@ -79,6 +79,9 @@ class StatusHandlerTest : public ::testing::Test {
   std::shared_ptr<ScriptedChannel> channel = std::make_shared<ScriptedChannel>();
   std::shared_ptr<JobState> state = std::make_shared<JobState>();
   std::unique_ptr<PrintStatusHandler> handler;
+  FakePrintFiles files;
+  HostCallbacks callbacks;
+  const JobContext context{*channel, clock, files, callbacks, *state};
   size_t waits = 0;
   std::promise<void> asked;
   std::promise<void> answer;
@@ -179,7 +182,8 @@ TEST_F(StatusHandlerTest, MalformedNumberIsADiagnosticWithTheStandardText) {
 TEST_F(StatusHandlerTest, SendsNothingWhileTheLinkIsTaken) {
   Start();
   {
-    const LinkClaim claim(*state);
+    const LinkClaim claim(context, JobKind::kLines);
+    EXPECT_EQ(channel->job, JobKind::kLines);
     Pass();
     Pass();
   }
@@ -202,7 +206,7 @@ TEST_F(StatusHandlerTest, TransferWaitsForTheQueriesUnderWay) {
   asked.get_future().wait();
   size_t wireAtClaim = 0;
   std::thread job([&] {
-    const LinkClaim claim(*state);
+    const LinkClaim claim(context, JobKind::kLines);
     wireAtClaim = channel->Wire().size();
   });
   while (state->linkFree) std::this_thread::yield();

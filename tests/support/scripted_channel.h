@@ -7,19 +7,20 @@
 #include <string>
 #include <vector>
 
-#include "nuvconnect/IConnect.h"
+#include "command/i_channel.h"
 
 // A channel whose printer answers from a script, and a record of what went over it.
-class ScriptedChannel final : public Nuv::Connect::IConnect {
+class ScriptedChannel final : public Nuv::Connect::IChannel {
  public:
   // The next replies to commands and to reads without a command, in order; none left: silence.
-  void Replies(std::initializer_list<std::string> replies) {
-    replies_.insert(replies_.end(), replies);
+  void Replies(const std::vector<std::string>& replies) {
+    replies_.insert(replies_.end(), replies.begin(), replies.end());
   }
   // The reply to every request that begins with `head`; used when the list above is empty.
   void Always(const std::string& head, const std::string& reply) { always_[head] = reply; }
 
-  // Everything that happened: request lines and data as sent, "<read>", "<open>".
+  // Everything that happened: request lines and data as sent, "<read>", "<open>", "<look>" when the
+  // link was found ended.
   const std::vector<std::string>& Wire() const { return wire_; }
   // What was sent with SendBytes.
   std::string Data() const {
@@ -29,28 +30,40 @@ class ScriptedChannel final : public Nuv::Connect::IConnect {
   }
   size_t Blocks() const { return blocks_.size(); }
 
-  bool opens = true;                // what OpenDevice answers
+  bool opens = true;         // what OpenDevice answers
+  int endsAfterBlocks = -1;  // the printer ends the link behind so many SendBytes; -1 never
+  Nuv::Connect::JobKind job = Nuv::Connect::JobKind::kNone;
   int writesUntilFailure = -1;      // SendBytes fails after so many; -1 never
   std::function<void()> onExecute;  // called before each command is answered
 
-  std::string ExecuteCommand(std::string command) override {
-    wire_.push_back(command);
+  Nuv::Connect::Reply Transact(const Nuv::Connect::Request& request) override {
+    wire_.push_back(request.line);
     if (onExecute) onExecute();
-    return Next(command);
+    return Answer(request.line);
   }
-  std::string ReceiveReply() override {
+  Nuv::Connect::Reply ReadAgain(Nuv::Platform::Interrupt*) override {
     wire_.emplace_back("<read>");
-    return Next("");
+    return Answer("");
   }
+  Nuv::Connect::LinkLook Look() override {
+    if (Ended()) wire_.emplace_back("<look>");
+    return {!Ended(), unconfirmed_};
+  }
+  void BeginJob(Nuv::Connect::JobKind kind) override { job = kind; }
+  void EndJob() override { job = Nuv::Connect::JobKind::kNone; }
+  std::string ExecuteCommand(std::string command) override { return Transact({command}).text; }
+  std::string ReceiveReply() override { return ReadAgain(nullptr).text; }
   bool SendBytes(std::vector<uint8_t> bytes) override {
     if (writesUntilFailure == 0) return false;
     if (writesUntilFailure > 0) --writesUntilFailure;
     blocks_.emplace_back(bytes.begin(), bytes.end());
     wire_.push_back(blocks_.back());
+    unconfirmed_ = true;
     return true;
   }
   bool OpenDevice() override {
     wire_.emplace_back("<open>");
+    unconfirmed_ = false;
     return opens;
   }
 
@@ -67,6 +80,17 @@ class ScriptedChannel final : public Nuv::Connect::IConnect {
   void SetSearchMessage(std::string) override {}
 
  private:
+  bool Ended() const {
+    return endsAfterBlocks >= 0 && blocks_.size() >= static_cast<size_t>(endsAfterBlocks);
+  }
+  Nuv::Connect::Reply Answer(const std::string& request) {
+    using Failure = Nuv::Connect::LinkFailure;
+    if (Ended()) return {{}, Failure::kEnded};
+    std::string reply = Next(request);
+    if (reply.empty()) return {{}, Failure::kSilence};
+    unconfirmed_ = false;
+    return {std::move(reply)};
+  }
   std::string Next(const std::string& request) {
     if (!replies_.empty()) {
       std::string reply = replies_.front();
@@ -83,6 +107,7 @@ class ScriptedChannel final : public Nuv::Connect::IConnect {
   std::map<std::string, std::string> always_;
   std::vector<std::string> wire_;
   std::vector<std::string> blocks_;
+  bool unconfirmed_ = false;
 };
 
 #endif  // NUV_TESTS_SCRIPTED_CHANNEL_H_

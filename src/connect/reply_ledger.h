@@ -1,0 +1,51 @@
+#ifndef NUV_CONNECT_REPLY_LEDGER_H_
+#define NUV_CONNECT_REPLY_LEDGER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+
+namespace Nuv::Connect {
+
+// What was written on one connection, and which of it the printer's replies have confirmed. A
+// printer answers its requests in their order, each with one line.
+//
+// Thread-safety: none; the channel keeps it under its lock.
+class ReplyLedger {
+ public:
+  // A new connection: nothing written, nothing owed.
+  void Reset() { *this = ReplyLedger(); }
+
+  // `size` bytes were handed to the link, whether or not it took them all.
+  void Wrote(size_t size) { written_ += size; }
+  // They were `request`, which owes an answer.
+  void Asked(const std::string& request);
+
+  // A reply was read. With the code of its request it confirms all that was written until that.
+  void Answered(const std::string& reply);
+  // A reply was thrown away.
+  void Discarded();
+  // What is still owed will not come any more.
+  void OweNothing() { owed_.clear(); }
+
+  bool owes() const { return !owed_.empty(); }
+  // Whether the last request was answered.
+  bool answered() const { return answered_; }
+  bool unconfirmed() const { return confirmed_ < written_; }
+
+ private:
+  struct Debt {
+    std::string code;   // as written in the request
+    uint64_t position;  // bytes written until the end of the request
+  };
+
+  std::deque<Debt> owed_;
+  uint64_t written_ = 0;
+  uint64_t confirmed_ = 0;
+  bool answered_ = true;
+};
+
+}  // namespace Nuv::Connect
+
+#endif  // NUV_CONNECT_REPLY_LEDGER_H_

@@ -1,0 +1,72 @@
+#include "job/printer_exchange.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include "command/command_factory.h"
+#include "command/general_command_proc.h"
+#include "job/machine_ids.h"
+#include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+
+namespace Nuv::Connect {
+namespace {
+
+constexpr int32_t kJobControl = 104;
+constexpr char kAbandonJob[] = "2";
+constexpr int32_t kFreeBuffer = 117;
+constexpr int32_t kFreeBufferAndroid = 503;
+constexpr char kState[] = "S";
+constexpr char kIdle[] = "0";
+constexpr char kReceiving[] = "2";
+
+GeneralCommandProc MakeProc(const JobContext& context, int32_t code,
+                            std::vector<std::string> parameters = {}) {
+  Command::CommandArguments arguments;
+  arguments.parameters = std::move(parameters);
+  arguments.clock = &context.clock;
+  return GeneralCommandProc(Command::CreateCommand(context.channel, code, std::move(arguments)),
+                            context.MakeErrorCallback());
+}
+
+}  // namespace
+
+uint64_t QueryFreeBufferSize(const JobContext& context, const std::string& machineId) {
+  GeneralCommandProc proc = MakeProc(
+      context, FamilyOf(machineId) == PrinterFamily::kAndroid ? kFreeBufferAndroid : kFreeBuffer);
+  std::vector<std::string> values;
+  if (proc.Process(values) != NUV_OK) return 0;
+  const int32_t free = proc.GetIntValue(kState);
+  return free > 0 ? static_cast<uint64_t>(free) : 0;
+}
+
+std::optional<std::string> QueryState(const JobContext& context) {
+  F102proc proc(context.Procs());
+  std::vector<std::string> values;
+  if (proc.Process(values) != NUV_OK) return std::nullopt;
+  const auto state = proc.fields().find(kState);
+  return state == proc.fields().end() ? std::string() : state->second;
+}
+
+int32_t OpenJob(const JobContext& context, CodeProc& opening, const std::string& before) {
+  std::vector<std::string> values;
+  const int32_t result = opening.ProcessAccepted(values);
+  // Only then is it certain that the job on the printer is ours and not somebody's print.
+  if (result == NUV_PRINTER_REFUSED && opening.sent_again() && before == kIdle &&
+      QueryState(context) == kReceiving) {
+    AbandonJob(context);
+  }
+  return result;
+}
+
+void AbandonJob(const JobContext& context) {
+  GeneralCommandProc proc = MakeProc(context, kJobControl, {kAbandonJob});
+  std::vector<std::string> values;
+  try {
+    proc.Process(values);
+  } catch (const std::logic_error& error) {
+    Platform::Diagnostic("order to abandon the job: %s", error.what());
+  }
+}
+
+}  // namespace Nuv::Connect

@@ -1,0 +1,11 @@
+#ifndef NUV_TRANSPORT_LINK_STATE_H_
+#define NUV_TRANSPORT_LINK_STATE_H_
+
+// How a link to a printer stands.
+enum class LinkState {
+  kClosed,  // closed by this side or never opened
+  kAlive,   // usable
+  kEnded,   // ended by the printer or lost
+};
+
+#endif  // NUV_TRANSPORT_LINK_STATE_H_
