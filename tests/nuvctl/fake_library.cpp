@@ -76,6 +76,11 @@ int API_SetBroadCastPort(int port) { return Order(0, "port " + std::to_string(po
 int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs) {
   fake.calls.push_back(OnUsb(kind) + "list " + std::to_string(timeoutMs));
   std::vector<std::string> serials;
+  if (fake.missed_searches > 0) {
+    --fake.missed_searches;
+    *count = 0;
+    return NUV_NOT_FOUND;
+  }
   for (const auto& device : fake.devices) serials.push_back(device[NUV_DEVICE_SERIAL]);
   FillList(serials, list, count, entrySize);
   return fake.list_result;
@@ -169,6 +174,8 @@ bool API_NUVCONNECT_OpenDevice() {
   if (++fake.reopened == fake.answers_when_reopened) fake.results.erase(101);
   return true;
 }
+
+bool API_NUVCONNECT_CloseDevice() { return true; }
 
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
   fake.calls.push_back(std::string("raw ") + command);

@@ -37,6 +37,7 @@ struct FakeLibrary {
   std::vector<std::array<std::string, 4>> devices = {{"10.0.0.1", "SN1", "Fabrix100 xP", ""}};
   int kind = NUV_KIND_NETWORK;  // where the devices are
   int list_result = 0;          // 3: devices is what was reached
+  int missed_searches = 0;      // in which no device is found
   int open_result = 0;
   bool malformed = false;  // the state's reply holds no number
   Sequence<StateAnswer> states{{{0, 0, 0}}};

@@ -10,6 +10,7 @@ constexpr MarkAnswer kBefore = {0, 6, 10};
 constexpr MarkAnswer kTaken = {0, 7, 1000};
 constexpr MarkAnswer kSilent = {NUV_FAILED, 0, 0};
 constexpr MarkAnswer kNotCounted = {NUV_PRINTER_REFUSED, 0, 0};
+constexpr int kCut = NUV_WRITE_FAILED, kFull = NUV_NO_BUFFER_SPACE;
 
 struct SendTest : CommandTest {
   void SetUp() override {
@@ -27,23 +28,40 @@ TEST_F(SendTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     const char *name, *outcome;  // error code, or result
     ExitCode exit;
     std::vector<MarkAnswer> marks;  // the first before the job
-    std::vector<StateAnswer> states = {kIdle};
     std::vector<int> sent = {1000};
     int send_result = NUV_OK;
+    bool leaves = false;  // perhaps a job that is still open
+    std::vector<StateAnswer> states = {kIdle};
   } kRows[] = {
-      {"taken", "accepted", kDone, {kBefore, kTaken}, {kIdle}, {500, 1000}},
+      {"taken", "accepted", kDone, {kBefore, kTaken}, {500, 1000}},
       {"first job ever", "accepted", kDone, {{0, 0, 0}, {0, 1, 1000}}},
       {"taken late", "accepted", kDone, {kBefore, kBefore, {0, 7, 900}, kTaken}},
       {"old job of equal size", "job_not_taken", kPrinterFailed, {{0, 6, 1000}}},
       {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 999}}},
-      {"no count, prints", "accepted", kDone, {kNotCounted}, {kIdle, kReceiving, kPrinting}},
+      {"prints",
+       "accepted",
+       kDone,
+       {kNotCounted},
+       {1000},
+       0,
+       false,
+       {kIdle, kReceiving, kPrinting}},
       {"no count, idle", "job_not_taken", kPrinterFailed, {kNotCounted}},
       {"count refused afterwards", "job_not_taken", kPrinterFailed, {kBefore, kNotCounted}},
       {"silent afterwards", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}},
-      {"more than announced", "size_mismatch", kFileProblem, {kBefore, kTaken}, {kIdle}, {1001}},
-      {"nothing to send", "file_empty", kFileProblem, {kBefore, {0, 7, 0}}, {kIdle}, {}},
-      {"lost", "write_failed", kConnectionProblem, {kBefore}, {kIdle}, {500}, NUV_WRITE_FAILED},
-      {"not opened", "no_answer", kConnectionProblem, {kBefore}, {kIdle}, {}, NUV_FAILED},
+      {"closed behind it", "accepted", kDone, {kBefore, kSilent, kTaken}},
+      {"more than announced", "size_mismatch", kFileProblem, {kBefore, kTaken}, {1001}},
+      {"nothing to send", "file_empty", kFileProblem, {kBefore, {0, 7, 0}}, {}},
+      {"not opened", "no_answer", kConnectionProblem, {kBefore}, {}, NUV_FAILED},
+      {"refused", "job_refused", kPrinterFailed, {kBefore}, {}, NUV_PRINTER_REFUSED, true},
+      {"cut at the end", "accepted", kDone, {kBefore, kTaken}, {1000}, kCut},
+      {"cut, then late", "accepted", kDone, {kBefore, {0, 7, 900}, kTaken}, {900}, kFull},
+      {"cut within", "write_failed", kConnectionProblem, {kBefore, {0, 7, 9}}, {10}, kCut, true},
+      {"no space", "no_buffer_space", kPrinterFailed, {kBefore, {0, 7, 0}}, {}, kFull, true},
+      {"nothing there", "write_failed", kConnectionProblem, {kBefore}, {1000}, kCut},
+      {"cut, silent", "write_failed", kConnectionProblem, {kBefore, kSilent}, {10}, kCut, true},
+      {"silent", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}, {1000}, kCut, true},
+      {"cut, no count", "job_unconfirmed", kConnectionProblem, {kNotCounted}, {1000}, kCut, true},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
@@ -54,10 +72,75 @@ TEST_F(SendTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     fake.send_result = row.send_result;
     EXPECT_EQ(Json({"send", file}).exit, row.exit);
     EXPECT_EQ(row.exit == kDone ? document["result"] : document["error"]["code"], row.outcome);
+    // The job's number is there when it is known.
+    EXPECT_EQ(document.value("job_index", 0), row.exit == kDone ? row.marks.back().index : 0);
+    if (row.exit == kDone) {
+      EXPECT_EQ(document["bytes"], 1000);
+    }
+    EXPECT_EQ(document.dump().find("F104 S2") != std::string::npos, row.leaves);
     EXPECT_TRUE(Called("send"));
     EXPECT_EQ(fake.on_cancel, nullptr);
     EXPECT_FALSE(system.watched);
   }
+}
+
+TEST_F(SendTest, AsksTheSamePrinterOnlyWhatItHasAfterACut) {
+  using Devices = std::vector<std::array<std::string, 4>>;
+  const Devices kOne = {{"10.0.0.9", "SN1", "M", ""}};
+  const Devices kOther = {{"10.0.0.9", "SN2", "M", ""}};
+  const Devices kTwo = {{"10.0.0.1", "SN2", "M", ""}, kOne[0]};
+  const Devices kNameless = {{"10.0.0.8", "", "M", ""}};
+  const Devices kNode = {{"/dev/usb/lp0\\1", "", "M", ""}};
+  const Devices kOtherNode = {{"/dev/usb/lp1\\1", "", "M", ""}};
+  const struct {
+    const char* options;
+    Devices before, after;
+    std::string reopened;  // empty: it is not asked
+    int missed = 0;        // searches without an answer
+  } kRows[] = {
+      {"", kOne, kTwo, "open 1"},
+      {"", kOne, kOther, ""},
+      {"", kOne, kOne, "open 0", 2},
+      {"", kOne, kOne, "", 3},
+      {" --serial SN1", kTwo, kOne, "open 0"},
+      {" --index 1", kTwo, kOne, "open 0"},
+      {" --address 10.0.0.9", kOne, kTwo, "open 10.0.0.9"},
+      {" --address 10.0.0.9", kOne, kOther, ""},
+      {"", kNameless, {kTwo[0], kNameless[0]}, "open 10.0.0.8"},
+      {" --usb", kNode, kNode, "open usb 0"},
+      {" --usb", kNode, kOtherNode, ""},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.options + std::string(": ") + row.reopened);
+    SetUp();
+    fake.devices = row.before;
+    fake.kind = row.options == std::string(" --usb") ? NUV_KIND_USB : NUV_KIND_NETWORK;
+    fake.at_end = [&row] {
+      fake.devices = row.after;
+      fake.missed_searches = row.missed;
+    };
+    fake.send_result = kCut;
+    fake.marks.answers = {kBefore, kTaken, kTaken};
+    Words arguments = Split("send" + std::string(row.options));
+    arguments.push_back(file);
+    EXPECT_EQ(Json(arguments).exit, row.reopened.empty() ? kConnectionProblem : kDone);
+    EXPECT_EQ(fake.marks.next > 1, !row.reopened.empty());
+    if (!row.reopened.empty()) {
+      EXPECT_EQ(fake.calls.back(), row.reopened);
+    }
+  }
+}
+
+TEST_F(SendTest, TellsWhatACutLeaves) {
+  fake.send_result = kCut;
+  const CommandRun all({"send", file}, system);
+  EXPECT_EQ(all.exit, kDone);
+  EXPECT_NE(all.err.find("connection was lost, but the printer has everything"), std::string::npos);
+  SetUp();
+  fake.send_result = kCut;
+  fake.marks.answers = {kBefore, {0, 7, 9}};
+  const CommandRun part({"send", file}, system);
+  EXPECT_NE(part.err.find("has 9 of 1000 bytes of it, as job 7"), std::string::npos) << part.err;
 }
 
 TEST_F(SendTest, SendsNothingToAPrinterThatIsNotReady) {

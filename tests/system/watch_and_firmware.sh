@@ -54,7 +54,7 @@ start --json send --watch job.nuv
 await out '"layer":1,'
 control '{"do": "state", "to": "error", "number": 17}'
 ends 1 "a print that fails"
-jq -es 'length == 4 and .[0].result == "accepted" and .[1].layers == 3 and .[2].error_number == 17
+jq -es 'length == 4 and .[0].result == "accepted" and .[0].job_index == 1 and .[1].layers == 3 and .[2].error_number == 17
         and .[3].error.code == "printer_error"' out > /dev/null || wrong "the lines of a failed print"
 
 control '{"do": "state", "to": "no-error"}'
@@ -70,6 +70,34 @@ control '{"do": "unplug"}'
 ends 5 "a printer that goes away"
 holds .error.code || wrong "the last line of a lost printer"
 control '{"do": "replug"}'
+control '{"do": "state", "to": "idle"}'
+
+# The connection ends behind so many bytes of a job's 21 bytes of lines.
+# cut_job FAULT BYTES EXIT WANTED WHAT
+cut_job() {
+  control '{"do": "fault", "fault": {"kind": "'"$1"'", "code": 503, "bytes": '"$2"'}}'
+  start --json send job.nuv
+  ends "$3" "$5"
+  jq -e "$4" out > /dev/null || wrong "$5"
+}
+cut_job drop-after 21 0 '.result == "accepted" and .bytes == 15 and .job_index == 2' "a cut behind the last byte"
+control '{"do": "state", "to": "idle"}'
+for fault in drop-after reset-after; do
+  cut_job $fault 10 5 '.error.code == "write_failed" and (.error.message | contains("has 8 of 15 bytes"))' \
+    "$fault within the data"
+  start --json send job.nuv
+  ends 1 "a job while a broken one is open"
+  start --json raw "F104 S2"
+  ends 0 "the broken job is abandoned"
+done
+control '{"do": "fault", "fault": {"kind": "refuse", "code": 500}}'
+start --json send job.nuv
+ends 1 "a job that is refused"
+jq -e '.error.code == "job_refused"' out > /dev/null || wrong "a job that is refused"
+start --json raw "F104 S2"
+ends 0 "the job whose refusal was a lie"
+start --json send job.nuv
+ends 0 "a job after a broken one"
 control '{"do": "state", "to": "idle"}'
 
 head -c 2000000 /dev/zero > board.img

@@ -29,14 +29,23 @@ std::string HintAfterCancelledJob() {
 
 Report RunSend(Context& context, const std::string& name) {
   const JobFile file = OpenJobFile(name);
-  OpenReadyPrinter(context, file);
+  const Printer printer = OpenReadyPrinter(context, file);
   const JobMark before = ReadJobMark();
-  const Transfer transfer =
+  Transfer transfer =
       RunTransfer(context, [&file] { return API_SendPrintFile(file.path.c_str(), nullptr); });
-  RequireSent(context, file, transfer, HintAfterCancelledJob);
+  if (transfer.result == NUV_PRINTER_REFUSED) throw JobRefused(TransferFailure(file, transfer));
   std::optional<int> job;
+  if (IsCut(transfer)) {
+    job = ConfirmCutJob(context, printer, before, transfer, TransferFailure(file, transfer));
+    transfer.result = NUV_OK;
+    transfer.sent = transfer.total;
+    if (!context.options.json) {
+      context.err << "nuvctl: the connection was lost, but the printer has everything\n";
+    }
+  }
+  RequireSent(context, file, transfer, HintAfterCancelledJob);
   try {
-    job = ConfirmJob(context, before, transfer.total);
+    if (!job) job = ConfirmJob(context, printer, before, transfer.total);
   } catch (CommandError& error) {
     error.shown.json = TransferJson(file, transfer, "not_confirmed");
     throw;

@@ -17,7 +17,9 @@ constexpr ResultRow kRows[] = {
     {NUV_NO_INSTANCE, "not_started", kLocalProblem, "the connection library is not started",
      "This is a fault of nuvctl itself; please report it."},
     {NUV_FAILED, "no_answer", kConnectionProblem, "the printer did not answer, or not as expected",
-     "Check that the printer is on and that no other program is connected to it, then try again."},
+     "Check that the printer is on and that no other program is connected to it. One that is busy, "
+     "or whose buffer is stuck, takes no data in time: wait until it is idle, or switch it off and "
+     "on."},
     {NUV_NOT_FOUND, "not_found", kNoPrinter, "no such printer was found",
      "Run 'nuvctl list' to see the printers in reach."},
     {NUV_CONNECTION_REFUSED, "not_opened", kConnectionProblem, "the printer could not be opened",
@@ -40,8 +42,9 @@ constexpr ResultRow kRows[] = {
      "the printer has no free buffer, or was lost while it had none",
      "Run 'nuvctl status'; when the printer does not answer, check its connection."},
     {NUV_WRITE_FAILED, "write_failed", kConnectionProblem,
-     "the connection was lost while data was being sent",
-     "Check the cable or network, and on the printer's panel that the unfinished job is gone."},
+     "the connection was lost, or the printer took no data in time",
+     "Check the cable or network; a printer that is busy, or whose buffer is stuck, takes no data "
+     "either."},
     {NUV_NO_JOB_SENDER, "wrong_machine", kFileProblem,
      "the file is made for a machine that cannot be sent to",
      "Export the file for the model of this printer."},

@@ -5,7 +5,6 @@
 
 #include "library.h"
 #include "printer_state.h"
-#include "printers.h"
 #include "text.h"
 
 namespace nuvctl {
@@ -43,9 +42,10 @@ void RequireReady() {
       throw CommandError("busy", kPrinterFailed, "The printer is printing, so nothing was sent",
                          "'nuvctl status' shows how long it takes; send again when it is idle.");
     case NUV_PRINTER_RECEIVING:
-      throw CommandError("busy", kPrinterFailed,
-                         "The printer is receiving another job, so nothing was sent",
-                         "Wait for it; a transfer that was cut off is cancelled at the printer.");
+      throw CommandError(
+          "busy", kPrinterFailed, "The printer is receiving another job, so nothing was sent",
+          "Wait for it. When nobody sends, an unfinished job is still open: 'nuvctl raw "
+          "\"F104 S2\"' abandons it.");
     case NUV_PRINTER_ERROR:
       throw CommandError("printer_error", kPrinterFailed,
                          "The printer reports error " + std::to_string(state.error_number) +
@@ -56,22 +56,25 @@ void RequireReady() {
   }
 }
 
-void OpenReadyPrinter(const Context& context, const JobFile& file) {
+Printer OpenReadyPrinter(const Context& context, const JobFile& file) {
   const Printer printer = OpenPrinter(context);
   RequireReady();
-  if (context.options.json) return;
+  if (context.options.json) return printer;
   context.err << "Sending " << Printable(file.name) << " to "
               << Printable(printer.serial.empty() ? printer.address : printer.serial) << "\n"
               << std::flush;
+  return printer;
+}
+
+CommandError TransferFailure(const JobFile& file, const Transfer& transfer) {
+  CommandError error = FailureOf(transfer.result, "Sending " + file.name);
+  error.shown.json = TransferJson(file, transfer, "failed");
+  return error;
 }
 
 void RequireSent(const Context& context, const JobFile& file, const Transfer& transfer,
                  std::string (*cancel_hint)()) {
-  if (transfer.result != NUV_OK) {
-    CommandError error = FailureOf(transfer.result, "Sending " + file.name);
-    error.shown.json = TransferJson(file, transfer, "failed");
-    throw error;
-  }
+  if (transfer.result != NUV_OK) throw TransferFailure(file, transfer);
   if (transfer.cancelled) {
     Report shown;
     shown.json = TransferJson(file, transfer, "cancelled");

@@ -6,6 +6,7 @@
 
 #include "context.h"
 #include "error.h"
+#include "printers.h"
 #include "transfer.h"
 
 namespace nuvctl {
@@ -22,7 +23,10 @@ JobFile OpenJobFile(const std::string& name);
 void RequireReady();
 
 // Opens the printer that the options choose, checks that it is ready and says what will be sent.
-void OpenReadyPrinter(const Context& context, const JobFile& file);
+Printer OpenReadyPrinter(const Context& context, const JobFile& file);
+
+// The failure of a transfer that the library ended with a result other than 0.
+CommandError TransferFailure(const JobFile& file, const Transfer& transfer);
 
 // Throws unless the whole file went out. `cancel_hint`: what a cancel means for the printer, asked
 // only when the transfer was cancelled.

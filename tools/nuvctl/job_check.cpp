@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 
-#include "error.h"
 #include "library.h"
 #include "printer_state.h"
 #include "wait.h"
@@ -12,6 +11,9 @@ namespace {
 
 // The last lines may still be in the printer's receive buffer when the transfer ends.
 constexpr int kAttempts = 10;
+
+// How to get rid of what a broken job leaves.
+constexpr char kAbandon[] = "'nuvctl raw \"F104 S2\"' abandons it.";
 
 CommandError NotTaken(const std::string& reason) {
   return CommandError("job_not_taken", kPrinterFailed,
@@ -28,10 +30,14 @@ CommandError Unconfirmed(const CommandError& cause) {
   return error;
 }
 
+bool HasAll(const JobMark& before, const JobMark& after, int total) {
+  return after.known && after.index != before.index && after.bytes == total;
+}
+
 std::optional<int> ConfirmByMark(System& system, const JobMark& before, JobMark after, int total) {
   const auto taken = [&] {
     after = ReadJobMark();
-    return after.known && after.index != before.index && after.bytes == total;
+    return HasAll(before, after, total);
   };
   if (WaitFor(system, kAttempts, taken)) return after.index;
   if (after.index == before.index) {
@@ -63,20 +69,79 @@ JobMark ReadJobMark() {
   return mark;
 }
 
-std::optional<int> ConfirmJob(const Context& context, const JobMark& before, int total) {
-  try {
-    const JobMark after = before.known ? ReadJobMark() : JobMark();
-    if (after.known) return ConfirmByMark(context.system, before, after, total);
-    ConfirmByState(context.system);
-    return std::nullopt;
-  } catch (const CommandError& error) {
-    if (error.code == "job_not_taken") throw;
-    throw Unconfirmed(error);
-  } catch (const std::logic_error& error) {
-    throw Unconfirmed(
-        CommandError("bad_reply", kPrinterFailed,
-                     std::string("its reply cannot be understood (") + error.what() + ")", ""));
+std::optional<int> ConfirmJob(const Context& context, const Printer& printer, const JobMark& before,
+                              int total) {
+  std::optional<CommandError> unanswered;
+  while (true) {
+    try {
+      if (unanswered) ReopenPrinter(context, printer);
+      const JobMark after = before.known ? ReadJobMark() : JobMark();
+      if (after.known) return ConfirmByMark(context.system, before, after, total);
+      ConfirmByState(context.system);
+      return std::nullopt;
+    } catch (const CommandError& error) {
+      if (error.code == "job_not_taken") throw;
+      // A printer may close the connection behind the last byte.
+      if (unanswered) throw Unconfirmed(*unanswered);
+      if (error.exit != kConnectionProblem) throw Unconfirmed(error);
+      unanswered = error;
+    } catch (const std::logic_error& error) {
+      throw Unconfirmed(
+          CommandError("bad_reply", kPrinterFailed,
+                       std::string("its reply cannot be understood (") + error.what() + ")", ""));
+    }
   }
+}
+
+bool IsCut(const Transfer& transfer) {
+  return !transfer.cancelled &&
+         (transfer.result == NUV_NO_BUFFER_SPACE || transfer.result == NUV_WRITE_FAILED);
+}
+
+int ConfirmCutJob(const Context& context, const Printer& printer, const JobMark& before,
+                  const Transfer& transfer, CommandError failure) {
+  JobMark after;
+  const auto taken = [&] {
+    after = ReadJobMark();
+    return transfer.reported && HasAll(before, after, transfer.total);
+  };
+  try {
+    // Without the count from before, a job of equal size would be taken for this one.
+    if (before.known) {
+      ReopenPrinter(context, printer);
+      if (WaitFor(context.system, kAttempts, taken)) return after.index;
+    }
+  } catch (const std::exception&) {
+    after = JobMark();  // what the printer has cannot be found out
+  }
+  if (after.known && after.index == before.index) {
+    failure.message += "; the printer has nothing of the job";
+    throw failure;
+  }
+  if (after.known) {
+    failure.message += "; the printer has " + std::to_string(after.bytes) +
+                       (transfer.reported ? " of " + std::to_string(transfer.total) : "") +
+                       " bytes of it, as job " + std::to_string(after.index);
+  } else if (transfer.reported && transfer.sent == transfer.total) {
+    CommandError unconfirmed = Unconfirmed(failure);
+    unconfirmed.shown = failure.shown;
+    unconfirmed.shown.json["result"] = "not_confirmed";
+    failure = unconfirmed;
+  }
+  failure.hint +=
+      std::string(" A printer keeps an unfinished job open (receiving) and takes no other: ") +
+      kAbandon;
+  throw failure;
+}
+
+CommandError JobRefused(CommandError failure) {
+  failure.code = "job_refused";
+  failure.message = "The printer refused to open the job";
+  failure.hint =
+      std::string(
+          "It prints, or an unfinished job is still open on it. When 'nuvctl status' says ") +
+      "receiving although nobody sends, " + kAbandon;
+  return failure;
 }
 
 }  // namespace nuvctl

@@ -5,6 +5,7 @@
 #include "error.h"
 #include "library.h"
 #include "table.h"
+#include "wait.h"
 
 namespace nuvctl {
 namespace {
@@ -203,6 +204,44 @@ Printer OpenPrinter(const Context& context) {
   if (options.address) return OpenByAddress(listing, *options.address);
   if (options.index) return OpenByIndex(listing, *options.index, options);
   return OpenByIndex(listing, FindIndex(listing, options), options);
+}
+
+void ReopenPrinter(const Context& context, const Printer& printer) {
+  constexpr int kSearches = 3;
+  // The place in the list may have changed. A printer that tells no serial number is known by its
+  // address; on USB by its node, which no option chooses.
+  Options options = context.options;
+  if (!options.address) {
+    options.serial.reset();
+    options.index.reset();
+    if (!printer.serial.empty()) {
+      options.serial = printer.serial;
+    } else if (options.usb || printer.address.empty()) {
+      options.index = printer.index;
+    } else {
+      options.address = printer.address;
+    }
+  }
+  API_NUVCONNECT_CloseDevice();
+  Printer found;
+  std::optional<CommandError> missing;
+  const auto opens = [&] {
+    try {
+      found = OpenPrinter({options, context.system, context.err, context.out, context.streams});
+      return true;
+    } catch (const CommandError& error) {
+      if (error.exit != kNoPrinter) throw;
+      missing = error;
+      return false;
+    }
+  };
+  if (!WaitFor(context.system, kSearches, opens)) throw *missing;
+  const bool same = printer.serial.empty()
+                        ? found.address == printer.address && !found.address.empty()
+                        : found.serial == printer.serial;
+  if (!same) {
+    throw CommandError("which_printer", kNoPrinter, "Another printer is in its place now", "");
+  }
 }
 
 }  // namespace nuvctl

@@ -38,6 +38,10 @@ void RequireListed(const Listing& listing, const Options& options);
 // none, several without a choice, or not to be opened.
 Printer OpenPrinter(const Context& context);
 
+// Opens `printer`, which was open before and is perhaps out of reach for a moment, anew. Throws
+// CommandError when it is not found, or when another one is in its place.
+void ReopenPrinter(const Context& context, const Printer& printer);
+
 }  // namespace nuvctl
 
 #endif  // NUVCTL_PRINTERS_H_
