@@ -4,6 +4,13 @@
 #include "transport/network_device_searcher.h"
 
 namespace Nuv::Connect {
+
+SearchTurn NetworkLink::WaitForTurn() {
+  const SearchSettings& settings = SearchSettings::Instance();
+  return SearchTurn(static_cast<uint16_t>(settings.port()),
+                    EffectiveTimeoutMs(settings.timeout_ms()));
+}
+
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
   const SearchSettings& settings = SearchSettings::Instance();
   if (net_.Search(settings.message(), static_cast<uint16_t>(settings.port()),

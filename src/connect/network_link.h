@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "transport/q_network_lib.h"
+#include "transport/search_turn.h"
 
 namespace Nuv::Connect {
 
@@ -17,6 +18,11 @@ class NetworkLink {
  public:
   // `replyTimeoutMs`: how long a reply is waited for.
   explicit NetworkLink(int replyTimeoutMs) : replyTimeoutMs_(replyTimeoutMs) {}
+
+  // Waits until a search with the process-wide settings may be made. To be held during
+  // EnumerateDevices and CollectReplies, and taken ahead of the channel's lock, which others need
+  // while this waits.
+  static SearchTurn WaitForTurn();
 
   // Searches with the process-wide settings; `found`: the printers' addresses.
   bool EnumerateDevices(std::vector<std::string>& found);

@@ -3,6 +3,9 @@
 #include <array>
 #include <limits>
 
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
+
 namespace Nuv::Connect {
 namespace {
 
@@ -43,13 +46,19 @@ bool SocketMode::SearchDevices(const std::string& message, int port, const std::
 bool SocketMode::Open(int index) {
   if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return false;
   const NetworkDevice& device = devices_[static_cast<size_t>(index)];
-  if (!socket_.Connect(device.address, device.port)) return false;
+  if (!Connect(device)) return false;
   current_ = device;
   return true;
 }
 
-bool SocketMode::Reopen(int /*index*/) {
-  return current_.valid && socket_.Connect(current_.address, current_.port);
+bool SocketMode::Reopen(int /*index*/) { return current_.valid && Connect(current_); }
+
+// A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
+bool SocketMode::Connect(const NetworkDevice& device) {
+  const std::string address = LiteralAddress(device.address);
+  if (!address.empty()) return socket_.Connect(address, device.port);
+  Platform::Diagnostic("connect: \"%s\" is no address", device.address.c_str());
+  return false;
 }
 
 bool SocketMode::Write(const uint8_t* data, size_t length) {

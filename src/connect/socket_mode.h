@@ -30,6 +30,7 @@ class SocketMode final : public LocalMode {
   bool Write(const uint8_t* data, size_t length) override;
 
  private:
+  bool Connect(const NetworkDevice& device);
   std::string ReadBlock() override { return ReadBlock(kTransferTimeoutMs); }
   std::string ReadBlock(int timeoutMs);
 

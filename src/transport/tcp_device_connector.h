@@ -28,8 +28,8 @@ class TcpDeviceConnector : public QObject {
   TcpDeviceConnector();
   ~TcpDeviceConnector() override;
 
-  // Connects to `host` (IPv4 address text or name), closing an earlier connection first. False when
-  // there is no connection within 30 s.
+  // Connects to `host` (IPv4 or IPv6 address text; a name fails at once), closing an earlier
+  // connection first. False when there is no connection within 30 s.
   bool Connect(const std::string& host, uint16_t port);
 
   // Closes the connection if there is one.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <deque>
+#include <functional>
+#include <stdexcept>
 
 #include "connect/connecting_framework.h"
 #include "connect/usb_mode.h"
@@ -19,6 +21,7 @@ struct UsbPrinter {
   std::string serial;
   std::string model = "Fabrix150 xP";
   bool opens = true;
+  std::string begoSerialReply = {};  // to 140
 };
 
 // What is attached, and what the open printer has to say.
@@ -26,6 +29,7 @@ struct Port {
   bool walks = true;  // the devices can be walked
   std::vector<UsbPrinter> printers;
   int open = -1;
+  std::function<void()> onOpen = [] {};
   std::vector<std::string> opened;  // the texts that Open was given
   std::deque<std::string> blocks;   // of the next reads; none left: time-out
   std::vector<std::string> written;
@@ -45,6 +49,7 @@ class ScriptedConnector final : public ConnectorBase {
     const size_t index = std::stoul(text);
     if (index >= count_ || !port_.printers[index].opens) return false;
     port_.open = static_cast<int>(index);
+    port_.onOpen();
     return true;
   }
   void Close() override { port_.open = -1; }
@@ -52,8 +57,9 @@ class ScriptedConnector final : public ConnectorBase {
     EXPECT_EQ(timeoutMs, 3000U);
     if (port_.open < 0) return kNotOpen;
     port_.written.emplace_back(data, data + length);
+    const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
+    if (port_.written.back() == "F140\r\n") port_.blocks = {printer.begoSerialReply};
     if (port_.written.back() == "F101\r\n") {
-      const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
       port_.blocks = {"F101 OK V:1 N:Name M:<" + printer.model + "> S:" + printer.serial + " ",
                       "C:7\r\n"};
     }
@@ -126,6 +132,40 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
   port.walks = false;
   EXPECT_EQ(List(), NUV_NOT_FOUND);
   EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "B") << "a failure leaves the table as it was";
+}
+
+TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
+  port.printers = {{"A", "BEGO VARSEO XS"}};
+  EXPECT_EQ(List(), NUV_FAILED);
+  EXPECT_THAT(port.opened, ElementsAre("0"));
+  EXPECT_EQ(port.open, -1) << "no answer to the serial query";
+  port.printers.front().begoSerialReply = "F140 OK\r\n";
+  EXPECT_THROW(List(), std::out_of_range);
+  EXPECT_THAT(port.opened, ElementsAre("0", "0"));
+  EXPECT_EQ(port.open, -1) << "thrown";
+}
+
+TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
+  const struct {
+    const char* what;
+    size_t attached;
+    std::chrono::minutes each;
+    size_t listed;
+  } kRows[] = {
+      {"many printers", 300, std::chrono::minutes(0), 256},
+      {"slow printers", 5, std::chrono::minutes(4), 3},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    port.printers.assign(row.attached, {"A"});
+    port.opened.clear();
+    port.onOpen = [&] { clock.Advance(row.each); };
+    EXPECT_EQ(List(), NUV_OK);
+    EXPECT_EQ(port.opened.size(), row.listed);
+    EXPECT_EQ(serials.size(), row.listed);
+    const int last = static_cast<int>(row.listed) - 1;
+    EXPECT_EQ(Info(last, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
+  }
 }
 
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
