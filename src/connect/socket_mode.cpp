@@ -5,6 +5,9 @@
 #include <chrono>
 #include <limits>
 
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
+
 namespace Nuv::Connect {
 namespace {
 
@@ -53,8 +56,14 @@ bool SocketMode::Reopen(bool /*inJob*/) {
   return current_.valid && Connect(NetworkDevice(current_));
 }
 
+// A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
 bool SocketMode::Connect(const NetworkDevice& device) {
-  opened_ = socket_.Connect(device.address, device.port);
+  const std::string address = LiteralAddress(device.address);
+  if (address.empty()) {
+    Platform::Diagnostic("connect: \"%s\" is no address", device.address.c_str());
+    return false;
+  }
+  opened_ = socket_.Connect(address, device.port);
   if (opened_) current_ = device;
   return opened_;
 }

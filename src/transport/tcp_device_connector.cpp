@@ -6,7 +6,6 @@
 #include <exception>
 
 #include "platform/diagnostics.h"
-#include "transport/host_addresses.h"
 #include "transport/socket_thread.h"
 
 using Nuv::Platform::Diagnostic;
@@ -17,13 +16,6 @@ constexpr qint64 kReadChunkBytes = 4096;
 // A printer that erases its memory takes nothing for longer than one write waits.
 constexpr int kMostStalls = 2;
 constexpr char kErrorE35[] = "E35";
-
-// Names are resolved here: the socket's own look-up would call back through an event loop.
-QHostAddress Resolve(const std::string& host) {
-  const std::vector<std::string> addresses = ResolveIPv4(host);
-  return addresses.empty() ? QHostAddress()
-                           : QHostAddress(QString::fromStdString(addresses.front()));
-}
 
 }  // namespace
 
@@ -39,9 +31,9 @@ TcpDeviceConnector::~TcpDeviceConnector() { Disconnect(); }
 
 bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
   Disconnect();
-  const QHostAddress address = Resolve(host);
+  const QHostAddress address(QString::fromStdString(host));
   if (address.isNull()) {
-    Diagnostic("connect: no address for \"%s\"", host.c_str());
+    Diagnostic("connect: \"%s\" is no address", host.c_str());
     return false;
   }
   // Unbuffered: a request goes out in the call that writes it and a reply is read in one more,

@@ -33,6 +33,12 @@ TEST_F(LocalSocketsTest, SearchesEveryNetworkOrOneAndReopensItsChoice) {
             NUV_NOT_FOUND)
       << "no way to that network";
   EXPECT_TRUE(found.empty());
+  framework.SetUpdPort(6999);
+  for (const char* address : {"", "10.77.2.1"}) {
+    EXPECT_EQ(framework.SearchNetworkDevice(found, address, "", 1), NUV_NOT_FOUND)
+        << "nobody answers on that port";
+  }
+  framework.SetUpdPort(kDefaultSearchPort);
 
   Channel().SetLocalOption(1);
   EXPECT_FALSE(Channel().OpenDevice()) << "none was chosen";

@@ -21,6 +21,7 @@ struct UsbPrinter {
   std::string serial;
   std::string model = "Fabrix150 xP";
   bool opens = true;
+  std::string begoSerialReply = {};  // to 140
 };
 
 // What is attached, and what the open printer has to say.
@@ -30,14 +31,15 @@ struct Port {
   int open = -1;
   int last = -1;                       // that was open
   LinkState look = LinkState::kAlive;  // of what is open
-  std::vector<std::string> opened;     // what Open was given; "same" and "again" when Reopen opened
+  std::function<void()> onOpen = [] {};
+  std::vector<std::string> opened;  // what Open was given; "same" and "again" when Reopen opened
   Platform::Clock* clock = nullptr;
   uint32_t readMs = 0;             // of each read
   std::deque<std::string> blocks;  // of the next reads; none left: time-out
   std::vector<std::string> written;
   uint32_t writeStatus = 0;
   std::vector<std::pair<uint32_t, uint32_t>> quietWaits;
-  std::function<void()> onRead;                      // in the middle of each read
+  std::function<void()> onRead;                     // in the middle of each read
   std::function<void(const std::string&)> onWrite;  // behind each write; may set the reply
   std::atomic<bool> reading{false};
   std::atomic<bool> overlapped{false};  // something was written meanwhile
@@ -57,6 +59,7 @@ class ScriptedConnector final : public ConnectorBase {
     if (index >= count_ || !port_.printers[index].opens) return false;
     port_.open = port_.last = static_cast<int>(index);
     port_.look = LinkState::kAlive;
+    port_.onOpen();
     return true;
   }
   void Close() override { port_.open = -1; }
@@ -79,8 +82,9 @@ class ScriptedConnector final : public ConnectorBase {
     if (port_.open < 0) return kNotOpen;
     port_.overlapped = port_.overlapped || port_.reading;
     port_.written.emplace_back(data, data + length);
+    const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
+    if (port_.written.back() == "F140\r\n") port_.blocks = {printer.begoSerialReply};
     if (port_.written.back() == "F101\r\n") {
-      const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
       port_.blocks = {"F101 OK V:1 N:Name M:<" + printer.model + "> S:" + printer.serial + " ",
                       "C:7\r\n"};
     }

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <stdexcept>
+
 #include "connect/connecting_framework.h"
 #include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
@@ -60,6 +63,40 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
   port.walks = false;
   EXPECT_EQ(List(), NUV_NOT_FOUND);
   EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "B") << "a failure leaves the table as it was";
+}
+
+TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
+  port.printers = {{"A", "BEGO VARSEO XS"}};
+  EXPECT_EQ(List(), NUV_FAILED);
+  EXPECT_THAT(port.opened, ElementsAre("0"));
+  EXPECT_EQ(port.open, -1) << "no answer to the serial query";
+  port.printers.front().begoSerialReply = "F140 OK\r\n";
+  EXPECT_THROW(List(), std::out_of_range);
+  EXPECT_THAT(port.opened, ElementsAre("0", "0"));
+  EXPECT_EQ(port.open, -1) << "thrown";
+}
+
+TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
+  const struct {
+    const char* what;
+    size_t attached;
+    std::chrono::minutes each;
+    size_t listed;
+  } kRows[] = {
+      {"many printers", 300, std::chrono::minutes(0), 256},
+      {"slow printers", 5, std::chrono::minutes(4), 3},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    port.printers.assign(row.attached, {"A"});
+    port.opened.clear();
+    port.onOpen = [&] { clock.Advance(row.each); };
+    EXPECT_EQ(List(), NUV_OK);
+    EXPECT_EQ(port.opened.size(), row.listed);
+    EXPECT_EQ(serials.size(), row.listed);
+    const int last = static_cast<int>(row.listed) - 1;
+    EXPECT_EQ(Info(last, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
+  }
 }
 
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {

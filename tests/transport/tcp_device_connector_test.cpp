@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -58,6 +60,18 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
   connector.DiscardInput();
   EXPECT_FALSE(connector.Connect("127.0.0.1", 1)) << "nobody listens there";
   EXPECT_FALSE(connector.Connect("", 1));
+  EXPECT_FALSE(connector.Connect("localhost", simulator->TcpPort())) << "no name is looked up";
+}
+
+TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {
+  asio::io_context io;
+  asio::ip::tcp::acceptor listening(io);
+  asio::error_code error;
+  listening.open(asio::ip::tcp::v6(), error);
+  if (!error) listening.bind({asio::ip::address_v6::loopback(), 0}, error);
+  if (error) GTEST_SKIP() << "no IPv6 here: " << error.message();
+  listening.listen();
+  EXPECT_TRUE(connector.Connect("::1", listening.local_endpoint().port()));
 }
 
 TEST_F(TcpDeviceConnectorTest, ExchangesTexts) {
