@@ -37,7 +37,8 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   }
   // Before the first exchange: a damaged file then costs the printer nothing.
   RawParts parts;
-  if (!ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!job || !ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
 
   const LinkClaim link(context_.state);
   IPrintFileLibrary& file = context_.printFiles;
@@ -51,7 +52,7 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
     return NUV_FAILED;
   }
   // A printer that has not opened the job would take the bytes that follow for commands.
-  F103proc opening(context_.Procs(), OpeningOf(file));
+  F103proc opening(context_.Procs(), *job);
   const int32_t opened = opening.ProcessAccepted(values);
   if (opened != NUV_OK) return opened;
   SendPart(context_.channel, parts.key, "key");

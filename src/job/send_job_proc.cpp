@@ -9,9 +9,11 @@
 namespace Nuv::Connect {
 
 int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!job) return NUV_FILE_NOT_READABLE;
   std::vector<std::string> values;
   if (F102proc(context_.Procs()).Process(values) != NUV_OK) return NUV_FAILED;
-  F103proc opening(context_.Procs(), OpeningOf(context_.printFiles));
+  F103proc opening(context_.Procs(), *job);
   if (opening.Process(values) != NUV_OK) return NUV_FAILED;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
