@@ -9,6 +9,7 @@
 #include "bench/bench.h"
 #include "command/command_factory.h"
 #include "command/general_command_proc.h"
+#include "tests/support/channel_stub.h"
 
 namespace {
 
@@ -33,24 +34,11 @@ using Nuv::Connect::GeneralCommandProc;
 constexpr size_t kKib = 1024;
 
 // A printer that always answers the same.
-class OneReply final : public Nuv::Connect::IConnect {
+class OneReply final : public ChannelStub {
  public:
   explicit OneReply(std::string reply) : reply_(std::move(reply)) {}
-  std::string ExecuteCommand(std::string) override { return reply_; }
-  std::string ReceiveReply() override { return reply_; }
-  bool SearchDevices(std::vector<std::string>&, std::string, std::string, int) override {
-    return false;
-  }
-  bool EnumerateDevices(int, std::vector<std::string>&) override { return false; }
-  bool ReadLocalData(std::vector<uint8_t>&) override { return false; }
-  bool ChooseDevice(int, int) override { return false; }
-  bool OpenDevice() override { return true; }
-  bool CloseDevice() override { return true; }
-  bool SendBytes(std::vector<uint8_t>) override { return true; }
-  void SetLocalOption(int) override {}
-  void SetSearchTimeout(int) override {}
-  void SetSearchPort(int) override {}
-  void SetSearchMessage(std::string) override {}
+  Nuv::Connect::Reply Transact(const Nuv::Connect::Request&) override { return {reply_}; }
+  Nuv::Connect::Reply ReadAgain(Nuv::Platform::Interrupt*) override { return {reply_}; }
 
  private:
   std::string reply_;
@@ -63,7 +51,7 @@ std::string Reply(const std::string& head, const std::string& field, size_t leng
   return reply + "\r\n";
 }
 
-void Run(Nuv::Connect::IConnect& printer, int32_t code) {
+void Run(Nuv::Connect::IChannel& printer, int32_t code) {
   GeneralCommandProc proc(Nuv::Command::CreateCommand(printer, code, {}));
   std::vector<std::string> values;
   if (proc.Process(values) != 0) std::abort();

@@ -152,7 +152,11 @@ TEST_F(ChannelTest, JobThatLostBytesIsNoSuccess) {
     const auto cut = [&] { return isCut && simulator->Totals().faultsApplied > 0; };
     const bool taken =
         Becomes([&] { return cut() || simulator->JobBytes().size() >= Wire(g_lines).size(); });
-    while (cut() && channel->Look().alive) std::this_thread::yield();
+    // Until the end has come over; not for ever, since a job with all confirmed is on its next
+    // connection by now.
+    for (int i = 0; i < 100 && cut() && channel->Look().alive; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     return taken;
   };
   WritePrintFile();
@@ -170,16 +174,18 @@ TEST_F(ChannelTest, JobThatLostBytesIsNoSuccess) {
       const size_t requests = std::string("F117\r\nF117\r\n").size();
       Commits("drop-after,code=103,bytes=" + std::to_string(requests + cut));
       isCut = true;
-      EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_WRITE_FAILED);
+      const int result = host.SendPrintFile(path.wstring(), nullptr);
       isCut = false;
       EXPECT_EQ(simulator->Totals().faultsApplied, 1U);
+      // With a small buffer the cut may fall into a question whose lines were all confirmed: the
+      // job goes on over a new connection.
+      EXPECT_TRUE(result == NUV_WRITE_FAILED || (result == NUV_OK && buffer < data.size()))
+          << result;
       ASSERT_TRUE(host.GetConnect()->OpenDevice());
-      if (simulator->Status().state == nuvsim::State::kReceiving) {
+      if (result != NUV_OK && simulator->Status().state == nuvsim::State::kReceiving) {
         EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_PRINTER_REFUSED);
         EXPECT_EQ(host.GetConnect()->ExecuteCommand("F104 S2\r\n"), "F104 OK\r");
         EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_OK);
-      } else {
-        EXPECT_EQ(cut, data.size()) << "it has everything";
       }
       ExpectJobArrived();
       simulator.reset();

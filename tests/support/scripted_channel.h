@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "command/i_channel.h"
+#include "tests/support/channel_stub.h"
 
 // A channel whose printer answers from a script, and a record of what went over it.
-class ScriptedChannel final : public Nuv::Connect::IChannel {
+class ScriptedChannel final : public ChannelStub {
  public:
   // The next replies to commands and to reads without a command, in order; none left: silence.
   void Replies(const std::vector<std::string>& replies) {
@@ -51,8 +51,6 @@ class ScriptedChannel final : public Nuv::Connect::IChannel {
   }
   void BeginJob(Nuv::Connect::JobKind kind) override { job = kind; }
   void EndJob() override { job = Nuv::Connect::JobKind::kNone; }
-  std::string ExecuteCommand(std::string command) override { return Transact({command}).text; }
-  std::string ReceiveReply() override { return ReadAgain(nullptr).text; }
   bool SendBytes(std::vector<uint8_t> bytes) override {
     if (writesUntilFailure == 0) return false;
     if (writesUntilFailure > 0) --writesUntilFailure;
@@ -66,18 +64,6 @@ class ScriptedChannel final : public Nuv::Connect::IChannel {
     unconfirmed_ = false;
     return opens;
   }
-
-  bool SearchDevices(std::vector<std::string>&, std::string, std::string, int) override {
-    return false;
-  }
-  bool EnumerateDevices(int, std::vector<std::string>&) override { return false; }
-  bool ReadLocalData(std::vector<uint8_t>&) override { return false; }
-  bool ChooseDevice(int, int) override { return false; }
-  bool CloseDevice() override { return true; }
-  void SetLocalOption(int) override {}
-  void SetSearchTimeout(int) override {}
-  void SetSearchPort(int) override {}
-  void SetSearchMessage(std::string) override {}
 
  private:
   bool Ended() const {
