@@ -102,7 +102,7 @@ bool WaitReadable(Handle socket, int64_t microseconds) {
   fd_set readable;
   FD_ZERO(&readable);
   FD_SET(Socket(socket), &readable);
-  const timeval limit = Limit(microseconds);
+  timeval limit = Limit(microseconds);
   return ::select(0, &readable, nullptr, nullptr, &limit) > 0;
 }
 
@@ -112,7 +112,7 @@ bool WaitWritable(Handle socket, int64_t microseconds) {
   FD_SET(Socket(socket), &writable);
   // A connection that could not be made is told here alone.
   fd_set failed = writable;
-  const timeval limit = Limit(microseconds);
+  timeval limit = Limit(microseconds);
   return ::select(0, nullptr, &writable, &failed, &limit) > 0;
 }
 
