@@ -72,6 +72,8 @@ class SystemCalls final : public DeviceCalls {
 
 bool MayTryAgain(int64_t result) { return result == -EAGAIN || result == -EINTR; }
 
+bool IsGone(int error) { return error == ENOENT || error == ENODEV || error == ENXIO; }
+
 // What helps, beside the system's own words.
 const char* AdviceFor(int error) {
   switch (error) {
@@ -134,41 +136,41 @@ bool UsbConnectorLinux::Reopen(bool samePlugging) {
   return Look() == LinkState::kAlive || OpenAgain(opened_, samePlugging);
 }
 
-bool UsbConnectorLinux::OpenAgain(const UsbNode& known, bool samePlugging) {
-  const auto found = FindPrinterNodes();
-  if (!found) return false;
-  const auto same = std::find_if(found->begin(), found->end(), [&](const UsbNode& node) {
-    return node.port == known.port && node.device == known.device &&
-           (!samePlugging || node.address == known.address);
-  });
-  if (same == found->end()) {
-    Report(known, "opening", ENODEV);
-    return false;
+bool UsbConnectorLinux::OpenAgain(UsbNode known, bool samePlugging) {
+  int error = OpenNode(known);
+  if (IsGone(error) && !samePlugging) {
+    const auto found = FindPrinterNodes().value_or(std::vector<UsbNode>());
+    const auto same = std::find_if(found.begin(), found.end(), [&](const UsbNode& node) {
+      return node.port == known.port && node.device == known.device;
+    });
+    if (same != found.end()) {
+      known = *same;
+      error = OpenNode(known);
+    }
   }
-  const bool isOpen = same->address == opened_.address && Look() == LinkState::kAlive;
-  return isOpen || OpenNode(*same);
+  if (error != 0) Report(known, "opening", error);
+  return error == 0;
 }
 
-bool UsbConnectorLinux::OpenNode(const UsbNode& meant) {
-  const int fd = calls_.Open(meant.path);
-  if (fd < 0) {
-    Report(meant, "opening", -fd);
-    return false;
+int UsbConnectorLinux::OpenNode(const UsbNode& meant) {
+  if (meant.path == opened_.path && Look() == LinkState::kAlive) {
+    return meant.address == opened_.address ? 0 : ENODEV;
   }
+  const int fd = calls_.Open(meant.path);
+  if (fd < 0) return -fd;
   // Since it was looked up, the node may have become another printer's. The driver tells which one
   // the handle is for, and that does not change any more.
   UsbAddress address;
   const int error = -calls_.AddressOf(fd, address);
   if (error != 0 || !(address == meant.address)) {
-    Report(meant, "opening", error != 0 ? error : ENODEV);
     calls_.Close(fd);
-    return false;
+    return error != 0 ? error : ENODEV;
   }
   Close();
   fd_ = fd;
   opened_ = meant;
   isNew_ = true;
-  return true;
+  return 0;
 }
 
 void UsbConnectorLinux::Close() {

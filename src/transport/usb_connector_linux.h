@@ -64,9 +64,11 @@ class UsbConnectorLinux final : public ConnectorBase {
   using Deadline = std::chrono::nanoseconds;
 
   Deadline DeadlineIn(uint32_t timeoutMs) const;
-  // Opens the printer with the port and the identity of `known`, under whatever node it is now.
-  bool OpenAgain(const UsbNode& known, bool samePlugging);
-  bool OpenNode(const UsbNode& meant);
+  // Opens `known`, or else, unless `samePlugging`, what was plugged in there since and is the same
+  // printer.
+  bool OpenAgain(UsbNode known, bool samePlugging);
+  // 0 or the system's error; ENODEV when the node has become another device's.
+  int OpenNode(const UsbNode& meant);
   // The events of the node, 0 when the deadline has passed.
   int Wait(short events, Deadline deadline);
   // Waits until the driver takes more, which is when it has got rid of what it has.

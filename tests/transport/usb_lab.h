@@ -6,6 +6,7 @@
 #include <umockdev.h>
 
 #include <map>
+#include <set>
 #include <string>
 
 #include "transport/usb_nodes.h"
@@ -31,7 +32,7 @@ class UsbLab : public ::testing::Test {
     const UsbAddress address{1, ++pluggings_};
     const std::string node = "usb/lp" + text;
     // A node can be made once only; the later ones are a name.
-    const std::string made = attached.count("/dev/" + node) == 0 ? "\nN: " + node : "";
+    const std::string made = made_.insert(number).second ? "\nN: " + node : "";
     attached["/dev/" + node] = address;
     const std::string lines =
         "P: " + usb + "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nA: idVendor=" + vendor +
@@ -48,6 +49,7 @@ class UsbLab : public ::testing::Test {
 
   // Takes the device of this node away; what has it open keeps it.
   void Detach(int number) {
+    attached.erase("/dev/usb/lp" + std::to_string(number));
     const std::string usb = "/sys" + usb_[number];
     const std::string interface = usb + usb.substr(usb.rfind('/')) + ":1.0";
     // What it takes away along with a device leaves links behind.
@@ -63,11 +65,12 @@ class UsbLab : public ::testing::Test {
     return umockdev_testbed_get_dev_fd(bed_, node.c_str());
   }
 
-  std::map<std::string, UsbAddress> attached;  // of each node that there was
+  std::map<std::string, UsbAddress> attached;  // of each node
 
  private:
   UMockdevTestbed* bed_ = nullptr;
   std::map<int, std::string> usb_;
+  std::set<int> made_;
   int pluggings_ = 0;
 };
 
