@@ -10,7 +10,8 @@
 namespace Nuv::Connect {
 
 // Thread-safety: every operation holds the channel's own lock for its duration, so one request
-// and its reply are never interleaved with another thread's.
+// and its reply are never interleaved with another thread's. A search of the network first waits
+// for other searches of this program and of the user's others, without the lock.
 // Errors: false, or an empty reply. The channel knows no error codes; callers judge the reply.
 // The order of the operations is binding: hosts call them through the virtual table.
 class IConnect {

@@ -90,7 +90,11 @@ NUV_API int API_SetBroadCastPort(int port);
 
 // Searches by the local link's own UDP search. `address`, `netmask` (null: empty): the one network
 // to search, both empty for every network of the host. `timeoutMs`: wait after the last answer.
-// `list`: the reply lines. Returns 0 or 2. Does not change the device tables.
+// `list`: the reply lines. Returns 0; 2 when none came or the message could not be sent. Does not
+// change the device tables.
+//
+// Every search of a network ends after ten such waits or 30 s, whichever is longer, and after 4096
+// replies or 1 MiB of them; the rest is dropped with a diagnostic.
 NUV_API int API_SearchNetworkDevice(char** list, int* count, int entrySize, const char* address,
                                     const char* netmask, int timeoutMs);
 
@@ -100,6 +104,10 @@ NUV_API int API_SearchNetworkDevice(char** list, int* count, int entrySize, cons
 // Returns 0; 1 negative kind, or a BEGO printer does not tell its serial number; 2 nothing found; 3
 // a printer could not be opened (the list then holds those before it). On 1, 2 and 3 the table of
 // an earlier listing stays. Closes what it opened.
+// A reply with a name in place of an address is a row with empty texts that cannot be chosen: names
+// are not looked up. After 256 rows, or 10 minutes of opening, the printers left are dropped with a
+// diagnostic. This and API_GetBroadCastResult search one at a time, in all programs of a user; who
+// comes later waits.
 NUV_API int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs);
 
 // Lists USB printers; *count: how many. Result as for API_GetDeviceList.
@@ -117,7 +125,7 @@ NUV_API int API_ChooseDevice(int kind, int index);
 // Returns 0; 2 no match; 3 not opened.
 NUV_API int API_ConnectDeviceBySN(int kind, const char* serial);
 
-// Opens the network printer of the last listing with exactly this IPv4 `address` (null: empty).
+// Opens the network printer of the last listing with exactly this `address` text (null: empty).
 // Returns 0 or 3.
 NUV_API int API_ConnectNetWorkDevice(const char* address);
 

@@ -25,7 +25,7 @@ constexpr ArgumentRule kArgumentRules[] = {
     {"job_name", Number::kNone},
     {"layers", Number::kWhole},
     {"layer_thickness_mm", Number::kDecimal},
-    {"print_minutes", Number::kDecimal},
+    {"print_minutes", Number::kWhole},
     {"resin_ml", Number::kDecimal},
     {"exposure_s", Number::kDecimal},
     {"bottom_exposure_s", Number::kDecimal},
@@ -59,26 +59,34 @@ std::string Quoted(std::string_view text) {
   return out + (text.size() > kShown ? "...'" : "'");
 }
 
+// Reads all of `text`, or nothing.
 template <typename T>
-bool IsNumber(std::string_view text) {
-  T value{};
+bool ReadNumber(std::string_view text, T* value) {
   const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || stop != end) return false;
-  if constexpr (std::is_floating_point_v<T>) return std::isfinite(value) && value >= 0;
-  return true;
+  const auto [stop, error] = std::from_chars(text.data(), end, *value);
+  return error == std::errc() && stop == end;
+}
+
+bool IsWhole(std::string_view text) {
+  uint32_t value = 0;
+  return ReadNumber(text, &value) && value <= kMaxWholeNumber;
+}
+
+bool IsDecimal(std::string_view text) {
+  double value = 0;
+  return ReadNumber(text, &value) && std::isfinite(value) && value >= 0;
 }
 
 Status CheckNumber(const Argument& argument) {
   const auto* rule = std::find_if(std::begin(kArgumentRules), std::end(kArgumentRules),
                                   [&](const auto& row) { return row.name == argument.name; });
   if (rule == std::end(kArgumentRules)) return {};
-  if (rule->number == Number::kWhole && !IsNumber<uint32_t>(argument.value)) {
-    return {Fault::kBadText, "argument " + argument.name +
-                                 ": expected a whole number from 0 to 4294967295, found " +
+  if (rule->number == Number::kWhole && !IsWhole(argument.value)) {
+    return {Fault::kBadText, "argument " + argument.name + ": expected a whole number from 0 to " +
+                                 std::to_string(kMaxWholeNumber) + ", found " +
                                  Quoted(argument.value)};
   }
-  if (rule->number == Number::kDecimal && !IsNumber<double>(argument.value)) {
+  if (rule->number == Number::kDecimal && !IsDecimal(argument.value)) {
     return {Fault::kBadText, "argument " + argument.name +
                                  ": expected a decimal number not below 0, found " +
                                  Quoted(argument.value)};

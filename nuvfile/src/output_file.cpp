@@ -61,8 +61,11 @@ Status OutputFile::AppendFile(OutputFile& other) {
 }
 
 Status OutputFile::WriteAtStart(const void* bytes, size_t length) {
-  std::rewind(file_.get());
-  if (std::fwrite(bytes, 1, length, file_.get()) != length) return WriteFault(errno);
+  // Not rewind: it writes what is buffered too, and forgets when that fails.
+  if (std::fseek(file_.get(), 0, SEEK_SET) != 0 ||
+      std::fwrite(bytes, 1, length, file_.get()) != length) {
+    return WriteFault(errno);
+  }
   return {};
 }
 

@@ -3,9 +3,16 @@
 #include "command/code_procs.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
 
 namespace Nuv::Connect {
 namespace {
+
+// A device that makes up answers, each leading to a printer that says nothing, holds no listing for
+// ever.
+constexpr size_t kMostListed = 256;
+constexpr std::chrono::minutes kMostListingTime(10);
 
 // Closes what is open when it goes, also when a reply throws: a USB printer is open to one program
 // at a time.
@@ -33,7 +40,7 @@ int ConnectingFramework::SearchNetworkDevice(std::vector<std::string>& found, st
                                              std::string netmask, int timeoutMs) {
   const bool searched =
       connect_.SearchDevices(found, std::move(address), std::move(netmask), timeoutMs);
-  return searched ? NUV_OK : NUV_NOT_FOUND;
+  return searched && !found.empty() ? NUV_OK : NUV_NOT_FOUND;
 }
 
 int ConnectingFramework::ConnectNetWorkDevice(std::string address) {
@@ -45,6 +52,7 @@ int ConnectingFramework::ChooseDevice(int kind, int index) {
 }
 
 int ConnectingFramework::GetBroadCastResult(std::vector<std::string>& replies, std::string filter) {
+  replies.clear();
   for (std::string& reply : connect_.CollectBroadcastReplies()) {
     if (reply.find(filter) != std::string::npos) replies.push_back(std::move(reply));
   }
@@ -63,12 +71,18 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
   if (!connect_.EnumerateDevices(kind, ids) || ids.empty()) return NUV_NOT_FOUND;
 
   DeviceTable table;
+  const auto giveUp = clock_.Now() + kMostListingTime;
   for (size_t i = 0; i < ids.size(); ++i) {
-    if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
+    if (table.size() == kMostListed || clock_.Now() >= giveUp) {
+      Platform::Diagnostic("listing: given up after %zu of %zu printers", i, ids.size());
+      break;
+    }
     DeviceEntry entry;
     entry[NUV_DEVICE_IDENTIFIER] = ids[i];
     entry.identity = connect_.Identity(kind, static_cast<int>(i));
-    {
+    // What cannot be a printer keeps its row, since rows are counted as the channel counts.
+    if (kind == NUV_KIND_USB || !LiteralAddress(ids[i]).empty()) {
+      if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
       const Closing closing(connect_);
       const int result = IdentifyDevice(entry);
       if (result != NUV_OK) return result;

@@ -18,7 +18,10 @@ namespace Nuv::Connect {
 // Thread-safety: none but for GiveUp; the channel serialises the calls.
 class LocalLink {
  public:
-  explicit LocalLink(std::unique_ptr<ConnectorBase> usb) : usb_(std::move(usb)) {}
+  // `clock` outlives the link.
+  explicit LocalLink(std::unique_ptr<ConnectorBase> usb,
+                     Platform::Clock& clock = Platform::SystemClock())
+      : usb_(std::move(usb), clock) {}
 
   // The search by UDP, in either mode, with the process-wide message and port; see SocketMode. 0 or
   // below as `timeoutMs` stands for the default. False: not made.

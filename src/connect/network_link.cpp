@@ -5,6 +5,12 @@
 
 namespace Nuv::Connect {
 
+SearchTurn NetworkLink::WaitForTurn() {
+  const SearchSettings& settings = SearchSettings::Instance();
+  return SearchTurn(static_cast<uint16_t>(settings.port()),
+                    EffectiveTimeoutMs(settings.timeout_ms()));
+}
+
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
   const SearchSettings& settings = SearchSettings::Instance();
   if (net_.Search(settings.message(), static_cast<uint16_t>(settings.port()),

@@ -8,6 +8,7 @@
 
 #include "platform/interrupt.h"
 #include "transport/q_network_lib.h"
+#include "transport/search_turn.h"
 
 namespace Nuv::Connect {
 
@@ -19,6 +20,11 @@ class NetworkLink {
   // `replyTimeoutMs`: how long a reply is waited for.
   explicit NetworkLink(int replyTimeoutMs, const TcpLimits& limits = {})
       : net_(limits), replyTimeoutMs_(replyTimeoutMs) {}
+
+  // Waits until a search with the process-wide settings may be made. To be held during
+  // EnumerateDevices and CollectReplies, and taken ahead of the channel's lock, which others need
+  // while this waits.
+  static SearchTurn WaitForTurn();
 
   // Searches with the process-wide settings; `found`: the printers' addresses.
   bool EnumerateDevices(std::vector<std::string>& found);

@@ -37,8 +37,13 @@ bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string a, s
 }
 
 bool NuvConnect::EnumerateDevices(int kind, std::vector<std::string>& found) {
+  if (kind != 0) {
+    const SearchTurn turn = NetworkLink::WaitForTurn();
+    const Lock lock(mutex_);
+    return network_.EnumerateDevices(found);
+  }
   const Lock lock(mutex_);
-  return kind == 0 ? local_.EnumerateDevices(found) : network_.EnumerateDevices(found);
+  return local_.EnumerateDevices(found);
 }
 
 bool NuvConnect::ReadLocalData(std::vector<uint8_t>& data) {
@@ -193,6 +198,7 @@ bool NuvConnect::ConnectAddress(const std::string& address) {
 }
 
 std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
+  const SearchTurn turn = NetworkLink::WaitForTurn();
   const Lock lock(mutex_);
   return network_.CollectReplies();
 }

@@ -1,10 +1,17 @@
 #include "connect/socket_mode.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <limits>
+
+#include "platform/diagnostics.h"
+#include "transport/broadcast_address.h"
 
 namespace Nuv::Connect {
 namespace {
+
+using std::chrono::milliseconds;
 
 // The search widens each byte of an answer to a character.
 std::string Narrow(const std::wstring& wide) {
@@ -42,39 +49,77 @@ bool SocketMode::SearchDevices(const std::string& message, int port, const std::
 
 bool SocketMode::Open(int index) {
   if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return false;
-  const NetworkDevice& device = devices_[static_cast<size_t>(index)];
-  if (!socket_.Connect(device.address, device.port)) return false;
-  current_ = device;
-  return true;
+  return Connect(devices_[static_cast<size_t>(index)]);
 }
 
 bool SocketMode::Reopen(bool /*inJob*/) {
-  return current_.valid && socket_.Connect(current_.address, current_.port);
+  return current_.valid && Connect(NetworkDevice(current_));
 }
 
-bool SocketMode::DiscardUntilQuiet(int quietMs, int /*limitMs*/) {
-  bool any = false;
-  while (!ReadBlock(quietMs, {}).empty()) any = true;
-  return any;
+// A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
+bool SocketMode::Connect(const NetworkDevice& device) {
+  const std::string address = LiteralAddress(device.address);
+  if (address.empty()) {
+    Platform::Diagnostic("connect: \"%s\" is no address", device.address.c_str());
+    return false;
+  }
+  opened_ = socket_.Connect(address, device.port);
+  if (opened_) current_ = device;
+  return opened_;
+}
+
+void SocketMode::Close() {
+  socket_.Close();
+  opened_ = false;
+}
+
+LinkState SocketMode::Look() {
+  Discard();
+  if (IsOpen()) return LinkState::kAlive;
+  return opened_ ? LinkState::kEnded : LinkState::kClosed;
+}
+
+bool SocketMode::Discard() {
+  DiscardLimit limit(limits_);
+  for (std::string block; !(block = ReadBlock(0, {})).empty();) {
+    if (!limit.Allows(block.size())) socket_.Close();
+  }
+  return limit.thrown() > 0;
+}
+
+bool SocketMode::DiscardUntilQuiet(int quietMs, int limitMs) {
+  using std::chrono::steady_clock;
+  const steady_clock::time_point end = steady_clock::now() + milliseconds(limitMs);
+  bool any = Discard();
+  for (;;) {
+    const auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
+    const auto waitMs = std::min<int64_t>(quietMs, left.count());
+    if (waitMs <= 0 || !socket_.WaitForInput(static_cast<int>(waitMs))) return any;
+    any = Discard() || any;
+  }
 }
 
 std::string SocketMode::Identity(int index) const {
   if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return {};
-  const NetworkDevice& device = devices_[static_cast<size_t>(index)];
-  return device.address + ":" + std::to_string(device.port);
+  return devices_[static_cast<size_t>(index)].Identity();
 }
 
 bool SocketMode::Write(const uint8_t* data, size_t length) {
-  while (!ReadBlock(0, {}).empty()) {
-  }
-  if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
-  return socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0;
+  Discard();
+  if (length == 0 || length > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
+  if (socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0) return true;
+  socket_.Close();
+  return false;
 }
 
-std::string SocketMode::ReadBlock(int timeoutMs, const GivenUp& /*givenUp*/) {
+std::string SocketMode::ReadBlock(int timeoutMs, const GivenUp& givenUp) {
+  constexpr int kSliceMs = 600;
+  for (int left = timeoutMs; !socket_.WaitForInput(std::min(left, kSliceMs)); left -= kSliceMs) {
+    if (left <= kSliceMs || (givenUp && givenUp())) return {};
+  }
   std::array<char, TcpClientSocket::kReadBytes> buffer{};
   int received = 0;
-  if (socket_.Receive(buffer.data(), timeoutMs, received) != 0) return {};
+  if (socket_.Receive(buffer.data(), 0, received) != 0) return {};
   // Ready without a byte: the printer has closed the connection.
   if (received == 0) socket_.Close();
   return {buffer.data(), static_cast<size_t>(received)};

@@ -15,6 +15,8 @@ namespace Nuv::Connect {
 // search found.
 class SocketMode final : public LocalMode {
  public:
+  explicit SocketMode(const TcpLimits& limits = {}) : limits_(limits), socket_(limits) {}
+
   // Searches with `message` on UDP `port`: the network of `address` with `netmask`, or every
   // network of the host when both are empty. `found`: the answers. False: the search could not be
   // made.
@@ -25,20 +27,29 @@ class SocketMode final : public LocalMode {
   bool Open(int index) override;
   // The address, since the printers of a later search may come in another order.
   bool Reopen(bool inJob) override;
-  void Close() override { socket_.Close(); }
+  void Close() override;
   bool IsOpen() const override { return socket_.IsOpen(); }
-  LinkState Look() override { return IsOpen() ? LinkState::kAlive : LinkState::kClosed; }
+  // Throws away what has come, so that an end behind it shows.
+  LinkState Look() override;
   bool DiscardUntilQuiet(int quietMs, int limitMs) override;
+  // What is not written in time leaves a part of a command on the wire: the connection is closed.
   bool Write(const uint8_t* data, size_t length) override;
+  // "address:port".
   std::string Identity(int index) const override;
 
  private:
   std::string ReadBlock(int timeoutMs, const GivenUp& givenUp) override;
+  bool Connect(const NetworkDevice& device);
+  // Throws away what has come. True when there was any. A printer that sends without a pause is
+  // dropped.
+  bool Discard();
 
+  const TcpLimits limits_;
   UdpSearchSocket search_;
   TcpClientSocket socket_;
   std::vector<NetworkDevice> devices_;
   NetworkDevice current_;  // the last that was opened
+  bool opened_ = false;    // since the last Close
 };
 
 }  // namespace Nuv::Connect

@@ -1,8 +1,12 @@
 #include "job/job_arguments.h"
 
+#include <charconv>
+#include <limits>
 #include <locale>
 #include <map>
 #include <sstream>
+
+#include "platform/diagnostics.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -20,8 +24,7 @@ Arguments Split(const std::string& text) {
 }
 
 // Read in the classic locale: a print file is the same file wherever it is opened.
-template <class Number>
-void Read(const Arguments& arguments, const char* name, Number& number) {
+void Read(const Arguments& arguments, const char* name, double& number) {
   const auto found = arguments.find(name);
   if (found == arguments.end()) return;
   std::istringstream text(found->second);
@@ -29,14 +32,32 @@ void Read(const Arguments& arguments, const char* name, Number& number) {
   if (!(text >> number)) number = 0;
 }
 
+bool ReadWhole(const Arguments& arguments, const char* name, int32_t& number) {
+  const auto found = arguments.find(name);
+  if (found == arguments.end()) return true;
+  const std::string& text = found->second;
+  uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size() ||
+      value > uint32_t{std::numeric_limits<int32_t>::max()}) {
+    Platform::Diagnostic("print file: argument %s is \"%s\", not a whole number up to 2147483647",
+                         name, text.c_str());
+    return false;
+  }
+  number = static_cast<int32_t>(value);
+  return true;
+}
+
 }  // namespace
 
-JobOpening ReadJobArguments(const std::string& arguments) {
-  const Arguments values = Split(arguments);
+std::optional<JobOpening> OpeningOf(IPrintFileLibrary& printFiles) {
+  const Arguments values = Split(printFiles.GetFileArguments());
   JobOpening job;
-  Read(values, "layers", job.layers);
+  if (!ReadWhole(values, "layers", job.layers) ||
+      !ReadWhole(values, "print_minutes", job.printMinutes)) {
+    return std::nullopt;
+  }
   Read(values, "layer_thickness_mm", job.layerThicknessMm);
-  Read(values, "print_minutes", job.printMinutes);
   Read(values, "resin_ml", job.resinMl);
   Read(values, "exposure_s", job.exposureS);
   Read(values, "bottom_exposure_s", job.bottomExposureS);
@@ -44,11 +65,6 @@ JobOpening ReadJobArguments(const std::string& arguments) {
   Read(values, "lift_mm_s", job.liftMmPerS);
   Read(values, "retract_mm_s", job.retractMmPerS);
   Read(values, "laser_power_percent", job.laserPowerPercent);
-  return job;
-}
-
-JobOpening OpeningOf(IPrintFileLibrary& printFiles) {
-  JobOpening job = ReadJobArguments(printFiles.GetFileArguments());
   job.dataBytes = printFiles.GetModelDataSize();
   return job;
 }

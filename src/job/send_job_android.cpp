@@ -41,7 +41,8 @@ int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
   // Before the first exchange: a damaged file then costs the printer nothing.
   Parts parts;
   const std::optional<FileDigest> digest = DigestOf(file_.path);
-  if (!digest || !ReadParts(parts)) return NUV_FILE_NOT_READABLE;
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!digest || !job || !ReadParts(parts)) return NUV_FILE_NOT_READABLE;
 
   std::vector<std::string> values;
   const std::optional<std::string> state = QueryState(context_);
@@ -51,7 +52,7 @@ int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
       SendThumbnail(parts.thumbnail) != NUV_OK) {
     return NUV_FAILED;
   }
-  F500proc opening(context_.Procs(), OpeningOf(context_.printFiles), file_.name);
+  F500proc opening(context_.Procs(), *job, file_.name);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   SendBlocks(parts.records, BlockHeader::kNone);

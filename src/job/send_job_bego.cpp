@@ -37,7 +37,8 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   }
   // Before the first exchange: a damaged file then costs the printer nothing.
   RawParts parts;
-  if (!ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!job || !ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
 
   IPrintFileLibrary& file = context_.printFiles;
   std::vector<std::string> values;
@@ -49,7 +50,7 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
           NUV_OK) {
     return NUV_FAILED;
   }
-  F103proc opening(context_.Procs(), OpeningOf(file));
+  F103proc opening(context_.Procs(), *job);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   SendPart(context_.channel, parts.key, "key");

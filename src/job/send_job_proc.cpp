@@ -9,9 +9,11 @@
 namespace Nuv::Connect {
 
 int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!job) return NUV_FILE_NOT_READABLE;
   const std::optional<std::string> state = QueryState(context_);
   if (!state) return NUV_FAILED;
-  F103proc opening(context_.Procs(), OpeningOf(context_.printFiles));
+  F103proc opening(context_.Procs(), *job);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);

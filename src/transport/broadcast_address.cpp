@@ -1,5 +1,7 @@
 #include "transport/broadcast_address.h"
 
+#include <QHostAddress>
+
 namespace {
 
 uint32_t PartToNumber(const std::string& part) {
@@ -39,3 +41,7 @@ std::string DirectedBroadcast(const std::string& address, const std::string& net
 }
 
 bool IsLoopback(const std::string& address) { return DottedToNumber(address) >> 24 == 127; }
+
+std::string LiteralAddress(const std::string& text) {
+  return QHostAddress(QString::fromStdString(text)).toString().toStdString();
+}

@@ -18,4 +18,7 @@ std::string DirectedBroadcast(const std::string& address, const std::string& net
 // True for an address of 127.0.0.0/8.
 bool IsLoopback(const std::string& address);
 
+// The plain form of a text that is an IPv4 or IPv6 address; empty for any other, names above all.
+std::string LiteralAddress(const std::string& text);
+
 #endif  // NUV_TRANSPORT_BROADCAST_ADDRESS_H_

@@ -29,8 +29,8 @@ class ConnectorBase {
   virtual bool SearchDevices() = 0;
 
   // Opens the printer whose place in the list `indexText` names in decimal (0 when it names none),
-  // as it was plugged in when it was listed. It is kept when it is open already and usable; one
-  // that is open beside it is closed once it stands.
+  // also when it has been plugged in anew since. It is kept when it is open already and usable;
+  // another one that is open is closed once it stands.
   virtual bool Open(const wchar_t* indexText) = 0;
 
   // Does nothing when none is open.
@@ -51,8 +51,8 @@ class ConnectorBase {
   virtual ~ConnectorBase() = default;
 
   // Opens the printer again that was opened last, unless it is open and usable: that on the same
-  // port with the same vendor, product and serial number, wherever it is in the list or if it is
-  // not. `samePlugging`: only as long as it has not been unplugged since.
+  // port with the same vendor, product and serial number, whatever a later search found.
+  // `samePlugging`: only when it has not been unplugged since.
   virtual bool Reopen(bool samePlugging) = 0;
 
   // Without waiting.

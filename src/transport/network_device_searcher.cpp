@@ -3,11 +3,13 @@
 #include <QHostAddress>
 #include <QNetworkInterface>
 #include <QUdpSocket>
+#include <algorithm>
 #include <unordered_set>
 
 #include "platform/diagnostics.h"
 #include "transport/broadcast_address.h"
 #include "transport/host_addresses.h"
+#include "transport/search_bounds.h"
 #include "transport/search_networks.h"
 #include "transport/socket_thread.h"
 
@@ -17,8 +19,6 @@ namespace {
 
 // A lab full of printers answers in one burst; the kernel keeps what is not yet read.
 constexpr int kReceiveBufferBytes = 1 << 20;
-
-constexpr char kLocalHost[] = "127.0.0.1";
 
 std::vector<HostInterface> Interfaces() {
   std::vector<HostInterface> interfaces;
@@ -35,15 +35,32 @@ std::vector<HostInterface> Interfaces() {
   return interfaces;
 }
 
+// The broadcast address of each network to search; two addresses on one network reach the same
+// printers.
+std::vector<std::string> Broadcasts() {
+  std::vector<std::string> broadcasts;
+  for (const HostNetwork& network : NetworksToSearch(ResolveIPv4(LocalHostName()), Interfaces())) {
+    std::string broadcast = DirectedBroadcast(network.address, network.netmask);
+    if (std::find(broadcasts.begin(), broadcasts.end(), broadcast) == broadcasts.end()) {
+      broadcasts.push_back(std::move(broadcast));
+    }
+  }
+  return broadcasts;
+}
+
 }  // namespace
 
 // Distinct reply texts in order of arrival; a thousand replies cost a thousand look-ups.
 class NetworkDeviceSearcher::Replies {
  public:
-  void Add(const std::string& text) {
-    if (!seen_.insert(text).second) return;
+  // False: it is one too many for `bounds`.
+  bool Add(const std::string& text, SearchBounds& bounds) {
+    if (seen_.count(text) != 0) return true;
+    if (!bounds.Takes(text.size())) return false;
     Diagnostic("search reply: %s", text.c_str());
+    seen_.insert(text);
     inOrder_.push_back(text);
+    return true;
   }
   std::vector<std::string> Take() { return std::move(inOrder_); }
 
@@ -52,17 +69,18 @@ class NetworkDeviceSearcher::Replies {
   std::vector<std::string> inOrder_;
 };
 
-NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message)
-    : message_(QByteArray::fromStdString(message)) {}
+NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message,
+                                             Nuv::Platform::Clock& clock)
+    : message_(QByteArray::fromStdString(message)), clock_(clock) {}
+
+std::chrono::milliseconds NetworkDeviceSearcher::Longest(int timeoutMs) {
+  return SearchBounds::Longest(timeoutMs) * Broadcasts().size();
+}
 
 std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeoutMs) {
   Replies replies;
-  std::unordered_set<std::string> searched;
-  for (const HostNetwork& network : NetworksToSearch(ResolveIPv4(LocalHostName()), Interfaces())) {
-    if (network.address == kLocalHost) continue;
-    const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
-    // Two addresses on one network reach the same printers.
-    if (searched.insert(broadcast).second) SearchNetwork(broadcast, port, timeoutMs, replies);
+  for (const std::string& broadcast : Broadcasts()) {
+    SearchNetwork(broadcast, port, timeoutMs, replies);
   }
   return replies.Take();
 }
@@ -87,14 +105,14 @@ void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t
   }
 
   const QByteArray echo = message_.toUpper();
-  while (socket.waitForReadyRead(timeoutMs)) {
-    while (socket.hasPendingDatagrams()) {
-      QByteArray text(static_cast<int>(socket.pendingDatagramSize()), '\0');
-      const qint64 size = socket.readDatagram(text.data(), text.size());
-      if (size < 0) break;
-      text.truncate(static_cast<int>(size));
-      // The host's own broadcast comes back to it.
-      if (text.toUpper() != echo) replies.Add(text.toStdString());
-    }
+  SearchBounds bounds(broadcast, timeoutMs, clock_);
+  while (const int waitMs = bounds.WaitMs()) {
+    if (!socket.hasPendingDatagrams() && !socket.waitForReadyRead(waitMs)) return;
+    QByteArray text(static_cast<int>(socket.pendingDatagramSize()), '\0');
+    const qint64 size = socket.readDatagram(text.data(), text.size());
+    if (size < 0) continue;
+    text.truncate(static_cast<int>(size));
+    // The host's own broadcast comes back to it.
+    if (text.toUpper() != echo && !replies.Add(text.toStdString(), bounds)) return;
   }
 }

@@ -3,22 +3,31 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "platform/clock.h"
 
 // Finds printers by broadcasting the search message on every IPv4 network of the host and
 // collecting the answers.
 //
 // Thread-safety: none; blocks its caller and needs no event loop. One search at a time, since every
-// search of the host binds the same port.
+// search of the host binds the same port: the caller holds a SearchTurn.
 class NetworkDeviceSearcher : public QObject {
  public:
-  explicit NetworkDeviceSearcher(const std::string& message);
+  // `clock` limits the search and outlives the searcher.
+  explicit NetworkDeviceSearcher(const std::string& message,
+                                 Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock());
+
+  // How long a search may last at most: SearchBounds on each network of the host.
+  static std::chrono::milliseconds Longest(int timeoutMs);
 
   // The distinct reply texts in order of first arrival. On each network the search ends when
   // `timeoutMs` (above 0) pass without a datagram, so it lasts that long per network plus the time
-  // that the answers take. A network that cannot be searched is passed over with a diagnostic.
+  // that the answers take, within SearchBounds. A network that cannot be searched is passed over
+  // with a diagnostic.
   std::vector<std::string> Search(uint16_t port, int timeoutMs);
 
  private:
@@ -27,6 +36,7 @@ class NetworkDeviceSearcher : public QObject {
   void SearchNetwork(const std::string& broadcast, uint16_t port, int timeoutMs, Replies& replies);
 
   QByteArray message_;
+  Nuv::Platform::Clock& clock_;
 };
 
 #endif  // NUV_TRANSPORT_NETWORK_DEVICE_SEARCHER_H_

@@ -1,7 +1,5 @@
 #include "transport/search_networks.h"
 
-#include <algorithm>
-
 #include "transport/broadcast_address.h"
 
 namespace {
@@ -19,14 +17,12 @@ std::string NetmaskOf(const std::string& address, const std::vector<HostInterfac
 std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
                                           const std::vector<HostInterface>& interfaces) {
   std::vector<HostNetwork> networks;
-  if (std::all_of(hostAddresses.begin(), hostAddresses.end(), IsLoopback)) {
-    for (const HostInterface& each : interfaces) {
-      if (each.running && !each.loopback) networks.push_back({each.address, each.netmask});
-    }
-  } else {
-    for (const std::string& address : hostAddresses) {
-      networks.push_back({address, NetmaskOf(address, interfaces)});
-    }
+  for (const std::string& address : hostAddresses) {
+    if (!IsLoopback(address)) networks.push_back({address, NetmaskOf(address, interfaces)});
+  }
+  if (!networks.empty()) return networks;
+  for (const HostInterface& each : interfaces) {
+    if (each.running && !each.loopback) networks.push_back({each.address, each.netmask});
   }
   return networks;
 }

@@ -18,9 +18,9 @@ struct HostNetwork {
   std::string netmask;  // empty: unknown, which is searched as 255.255.255.255
 };
 
-// The networks of the addresses that this host's own name resolves to. When all of those are in
-// 127.0.0.0/8, where no printer is (many Linux hosts resolve their name so), the networks of all
-// running interfaces instead.
+// The networks of the addresses that this host's own name resolves to, but for those in
+// 127.0.0.0/8, where no printer is. When nothing is left (many Linux hosts resolve their name so),
+// the networks of all running interfaces instead.
 std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
                                           const std::vector<HostInterface>& interfaces);
 

@@ -46,8 +46,10 @@ bool Start() {
 
 Handle Create(Kind kind) {
   const bool isTcp = kind == Kind::kTcp;
+  // Programs that the host starts do not get it.
   const SOCKET handle =
-      ::socket(AF_INET, isTcp ? SOCK_STREAM : SOCK_DGRAM, isTcp ? IPPROTO_TCP : IPPROTO_UDP);
+      WSASocketW(AF_INET, isTcp ? SOCK_STREAM : SOCK_DGRAM, isTcp ? IPPROTO_TCP : IPPROTO_UDP,
+                 nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
   if (handle == INVALID_SOCKET) return kNone;
   if (isTcp) {
     const char on = 1;

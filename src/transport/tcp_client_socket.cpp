@@ -45,11 +45,15 @@ int TcpClientSocket::Send(const char* data, int length) {
 }
 
 int TcpClientSocket::Receive(char* buffer, int timeoutMs, int& received) {
-  const int64_t wholeMs = std::max(timeoutMs, 0) / kMsPerSecond * kMsPerSecond;
-  if (!IsOpen() || !SocketSystem::WaitReadable(socket_, wholeMs * kMicrosecondsPerMs)) return -1;
+  const int wholeMs = std::max(timeoutMs, 0) / kMsPerSecond * kMsPerSecond;
+  if (!WaitForInput(wholeMs)) return -1;
   received =
       static_cast<int>(std::max<ptrdiff_t>(SocketSystem::Receive(socket_, buffer, kReadBytes), 0));
   return 0;
+}
+
+bool TcpClientSocket::WaitForInput(int timeoutMs) {
+  return IsOpen() && SocketSystem::WaitReadable(socket_, timeoutMs * kMicrosecondsPerMs);
 }
 
 void TcpClientSocket::Close() {

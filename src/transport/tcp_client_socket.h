@@ -32,6 +32,9 @@ class TcpClientSocket {
   // `buffer` (0 of them: the printer has closed the connection); -1 when closed or nothing came.
   int Receive(char* buffer, int timeoutMs, int& received);
 
+  // Whether Receive has something to tell at once, within `timeoutMs`. False when closed.
+  bool WaitForInput(int timeoutMs);
+
   void Close();
   bool IsOpen() const { return socket_ != SocketSystem::kNone; }
 

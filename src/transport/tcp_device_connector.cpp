@@ -6,7 +6,6 @@
 #include <exception>
 
 #include "platform/diagnostics.h"
-#include "transport/host_addresses.h"
 #include "transport/socket_thread.h"
 
 using Nuv::Platform::Diagnostic;
@@ -14,18 +13,9 @@ using Nuv::Platform::Diagnostic;
 namespace {
 
 constexpr qint64 kReadChunkBytes = 4096;
-// No reply of a printer is longer.
-constexpr size_t kMostReplyBytes = 65536;
 // A printer that erases its memory takes nothing for longer than one write waits.
 constexpr int kMostStalls = 2;
 constexpr char kErrorE35[] = "E35";
-
-// Names are resolved here: the socket's own look-up would call back through an event loop.
-QHostAddress Resolve(const std::string& host) {
-  const std::vector<std::string> addresses = ResolveIPv4(host);
-  return addresses.empty() ? QHostAddress()
-                           : QHostAddress(QString::fromStdString(addresses.front()));
-}
 
 }  // namespace
 
@@ -41,9 +31,9 @@ TcpDeviceConnector::~TcpDeviceConnector() { Disconnect(); }
 
 bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
   Disconnect();
-  const QHostAddress address = Resolve(host);
+  const QHostAddress address(QString::fromStdString(host));
   if (address.isNull()) {
-    Diagnostic("connect: no address for \"%s\"", host.c_str());
+    Diagnostic("connect: \"%s\" is no address", host.c_str());
     return false;
   }
   // Unbuffered: a request goes out in the call that writes it and a reply is read in one more,
@@ -107,7 +97,7 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
     arrived = socket_->waitForReadyRead(kReadSliceMs);
   }
   std::string text;
-  if (!arrived || !Take(text, kMostReplyBytes, Until::kShortRead)) return TcpResult::kNoReply;
+  if (!arrived || !Take(text, limits_.replyBytes, Until::kShortRead)) return TcpResult::kNoReply;
 
   if (text.find(expected) == std::string::npos) {
     return text.find(kErrorE35) != std::string::npos ? TcpResult::kE35 : TcpResult::kUnexpected;

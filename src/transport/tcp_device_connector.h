@@ -31,8 +31,9 @@ class TcpDeviceConnector : public QObject {
   explicit TcpDeviceConnector(const TcpLimits& limits = {});
   ~TcpDeviceConnector() override;
 
-  // Connects to `host` (IPv4 address text or name), closing an earlier connection first. False when
-  // there is no connection within the limit.
+  // Connects to `host` (IPv4 or IPv6 address text; a name fails at once), closing an earlier
+  // connection first. False when there is no connection within the
+  // limit.
   bool Connect(const std::string& host, uint16_t port);
 
   // Closes the connection if there is one.

@@ -16,6 +16,8 @@ struct TcpLimits {
   // `per64KiBMs` for each 64 KiB in all.
   int stallMs = 30000;
   int per64KiBMs = 1000;
+  // So much of a reply is kept; no printer's is longer.
+  size_t replyBytes = 65536;
   // Of what a printer sends without a pause so much is thrown away before it is dropped.
   int discardMs = 2000;
   size_t discardBytes = size_t{16} << 20;

@@ -5,6 +5,7 @@
 #include "platform/diagnostics.h"
 #include "transport/broadcast_address.h"
 #include "transport/host_addresses.h"
+#include "transport/search_bounds.h"
 #include "transport/search_networks.h"
 
 using Nuv::Platform::Diagnostic;
@@ -12,7 +13,7 @@ using Nuv::Platform::Diagnostic;
 namespace {
 
 constexpr int64_t kMicrosecondsPerMs = 1000;
-constexpr int64_t kDefaultWaitMs = 500;
+constexpr int kDefaultWaitMs = 500;
 constexpr std::chrono::milliseconds kPauseAfterSearch(100);
 constexpr size_t kReplyBytes = 255;
 
@@ -61,14 +62,15 @@ int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::str
 bool UdpSearchSocket::SearchNetwork(const char* message, int length, const std::string& broadcast,
                                     uint16_t port, int timeoutMs) {
   if (SocketSystem::SendTo(socket_, message, static_cast<size_t>(length), broadcast, port) < 0) {
-    Diagnostic("sendto error!, error code is %d\n", SocketSystem::LastError());
+    Diagnostic("sendto error!, error code is %d", SocketSystem::LastError());
     return false;
   }
-  const int64_t waitMs = timeoutMs > 0 ? timeoutMs : kDefaultWaitMs;
+  SearchBounds bounds(broadcast, timeoutMs > 0 ? timeoutMs : kDefaultWaitMs, clock_);
   char buffer[kReplyBytes];
-  while (SocketSystem::WaitReadable(socket_, waitMs * kMicrosecondsPerMs)) {
+  while (const int waitMs = bounds.WaitMs()) {
+    if (!SocketSystem::WaitReadable(socket_, waitMs * kMicrosecondsPerMs)) break;
     const ptrdiff_t size = SocketSystem::Receive(socket_, buffer, sizeof buffer);
-    if (size < 0) break;
+    if (size < 0 || !bounds.Takes(static_cast<size_t>(size))) break;
     std::wstring reply;
     for (ptrdiff_t i = 0; i < size; ++i) {
       reply += static_cast<wchar_t>(static_cast<unsigned char>(buffer[i]));

@@ -13,7 +13,7 @@
 // Thread-safety: none; the channel serialises the calls. All calls block.
 class UdpSearchSocket {
  public:
-  // `clock` paces the searches and outlives the socket.
+  // `clock` paces and limits the searches and outlives the socket.
   explicit UdpSearchSocket(Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock())
       : clock_(clock) {}
   ~UdpSearchSocket() { Close(); }
@@ -24,9 +24,9 @@ class UdpSearchSocket {
   void Close();
 
   // Searches every network of the host (see NetworksToSearch), one after the other. On each the
-  // search ends when `timeoutMs` (0 or below: 500) pass without an answer. A network that the
-  // message cannot be sent to ends the search; the answers until then stay. Does nothing when
-  // closed.
+  // search ends when `timeoutMs` (0 or below: 500) pass without an answer, or by SearchBounds. A
+  // network that the message cannot be sent to ends the search; the answers until then stay. Does
+  // nothing when closed.
   void BroadcastAll(const char* message, int length, uint16_t port, int timeoutMs);
 
   // Searches the one network of `address` with `netmask` (empty: 255.255.255.255 is asked). 1; 0

@@ -70,11 +70,6 @@ class SystemCalls final : public DeviceCalls {
   }
 };
 
-// The number alone comes round after 127 pluggings.
-bool IsSamePlugging(const UsbNode& a, const UsbNode& b) {
-  return a.address == b.address && a.port == b.port && a.device == b.device;
-}
-
 bool MayTryAgain(int64_t result) { return result == -EAGAIN || result == -EINTR; }
 
 // What helps, beside the system's own words.
@@ -131,23 +126,27 @@ std::vector<std::wstring>& UsbConnectorLinux::GetDevicePaths(std::vector<std::ws
 bool UsbConnectorLinux::Open(const wchar_t* indexText) {
   const long index = std::wcstol(indexText, nullptr, 10);
   if (index < 0 || static_cast<size_t>(index) >= nodes_.size()) return false;
-  const UsbNode& meant = nodes_[static_cast<size_t>(index)];
-  const bool isOpen = IsSamePlugging(meant, opened_) && Look() == LinkState::kAlive;
-  return isOpen || OpenNode(meant);
+  return OpenAgain(nodes_[static_cast<size_t>(index)], false);
 }
 
 bool UsbConnectorLinux::Reopen(bool samePlugging) {
   if (opened_.path.empty()) return false;
-  if (Look() == LinkState::kAlive) return true;
+  return Look() == LinkState::kAlive || OpenAgain(opened_, samePlugging);
+}
+
+bool UsbConnectorLinux::OpenAgain(const UsbNode& known, bool samePlugging) {
   const auto found = FindPrinterNodes();
   if (!found) return false;
   const auto same = std::find_if(found->begin(), found->end(), [&](const UsbNode& node) {
-    return samePlugging ? IsSamePlugging(node, opened_)
-                        : node.port == opened_.port && node.device == opened_.device;
+    return node.port == known.port && node.device == known.device &&
+           (!samePlugging || node.address == known.address);
   });
-  if (same != found->end()) return OpenNode(*same);
-  Nuv::Platform::Diagnostic("USB printer %s: not attached any more", opened_.path.c_str());
-  return false;
+  if (same == found->end()) {
+    Report(known, "opening", ENODEV);
+    return false;
+  }
+  const bool isOpen = same->address == opened_.address && Look() == LinkState::kAlive;
+  return isOpen || OpenNode(*same);
 }
 
 bool UsbConnectorLinux::OpenNode(const UsbNode& meant) {

@@ -64,6 +64,8 @@ class UsbConnectorLinux final : public ConnectorBase {
   using Deadline = std::chrono::nanoseconds;
 
   Deadline DeadlineIn(uint32_t timeoutMs) const;
+  // Opens the printer with the port and the identity of `known`, under whatever node it is now.
+  bool OpenAgain(const UsbNode& known, bool samePlugging);
   bool OpenNode(const UsbNode& meant);
   // The events of the node, 0 when the deadline has passed.
   int Wait(short events, Deadline deadline);

@@ -1,5 +1,6 @@
 #include "transport/usb_connector_win.h"
 
+#include <algorithm>
 #include <cwchar>
 
 #include "platform/diagnostics.h"
@@ -11,9 +12,21 @@ namespace {
 constexpr GUID kUsbPrinterClass = {
     0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
 
-// The rest of a late reply follows its first packet at once.
-constexpr uint32_t kQuietMs = 20;
-constexpr int kMostLateBlocks = 128;
+// How the system tells where a device is plugged in, and when that was.
+constexpr DEVPROPKEY kLocationPaths = {
+    {0xa45c254e, 0xdf1c, 0x4efd, {0x80, 0x20, 0x67, 0xd1, 0x46, 0xa8, 0x50, 0xe0}}, 37};
+constexpr DEVPROPKEY kLastArrival = {
+    {0x83da6326, 0x97a6, 0x4088, {0x94, 0x53, 0xa1, 0x92, 0x3f, 0x57, 0x3b, 0x29}}, 102};
+
+// A printer keeps what nobody has read for whoever opens it next.
+constexpr uint32_t kQuietMs = 100;
+// A reply that came twice is there already.
+constexpr uint32_t kExtraReplyMs = 5;
+constexpr uint32_t kMostDiscardMs = 2000;
+constexpr DWORD kSliceMs = 500;
+
+using GivenUp = std::function<bool()>;
+bool Never() { return false; }
 
 HANDLE OpenOverlapped(const std::wstring& path, DWORD access) {
   return CreateFileW(
@@ -35,24 +48,32 @@ void PrepareTransfer(OVERLAPPED& overlapped) {
   ResetEvent(overlapped.hEvent);
 }
 
-// Until a cancelled transfer has ended, the system still writes to its buffer and its record.
-void CancelPending(HANDLE handle, OVERLAPPED& overlapped) {
-  DWORD moved = 0;
-  CancelIo(handle);
-  GetOverlappedResult(handle, &overlapped, &moved, TRUE);
+bool Ends(const OVERLAPPED& overlapped, uint32_t timeoutMs, const GivenUp& givenUp) {
+  const ULONGLONG end = GetTickCount64() + timeoutMs;
+  for (;;) {
+    const ULONGLONG now = GetTickCount64();
+    const ULONGLONG left = now < end ? end - now : 0;
+    const auto slice = static_cast<DWORD>(std::min<ULONGLONG>(left, kSliceMs));
+    if (WaitForSingleObject(overlapped.hEvent, slice) == WAIT_OBJECT_0) return true;
+    if (left <= kSliceMs || givenUp()) return false;
+  }
 }
 
 // Waits for a transfer for which `started` was returned. False when it did not start or end in
 // time.
-bool Finish(BOOL started, HANDLE handle, OVERLAPPED& overlapped, uint32_t timeoutMs) {
+bool Finish(BOOL started, HANDLE handle, OVERLAPPED& overlapped, uint32_t timeoutMs,
+            const GivenUp& givenUp = Never) {
   if (started) return true;
   if (GetLastError() != ERROR_IO_PENDING) {
     CancelIo(handle);
     return false;
   }
-  if (WaitForSingleObject(overlapped.hEvent, timeoutMs) == WAIT_OBJECT_0) return true;
-  CancelPending(handle, overlapped);
-  return false;
+  if (Ends(overlapped, timeoutMs, givenUp)) return true;
+  // Until a cancelled transfer has ended, the system still writes to its buffer and its record. It
+  // may have ended by itself meanwhile.
+  DWORD moved = 0;
+  CancelIo(handle);
+  return GetOverlappedResult(handle, &overlapped, &moved, TRUE) != FALSE;
 }
 
 void CloseIfValid(HANDLE& handle) {
@@ -72,9 +93,10 @@ UsbConnectorWin::~UsbConnectorWin() {
   if (readOverlapped_.hEvent != nullptr) CloseHandle(readOverlapped_.hEvent);
 }
 
-bool UsbConnectorWin::SearchDevices() {
-  devicePaths_.clear();
-  deviceCount_ = 0;
+bool UsbConnectorWin::SearchDevices() { return Walk(devices_); }
+
+bool UsbConnectorWin::Walk(std::vector<Device>& devices) {
+  devices.clear();
   const HDEVINFO set = SetupDiGetClassDevsW(&interfaceClass_, nullptr, nullptr,
                                             DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
   if (set == INVALID_HANDLE_VALUE) return false;
@@ -82,7 +104,8 @@ bool UsbConnectorWin::SearchDevices() {
   devInfo_.cbSize = sizeof devInfo_;
   for (DWORD member = 0; walked && SetupDiEnumDeviceInfo(set, member, &devInfo_); ++member) {
     const Lookup found = LookUp(set);
-    walked = found != Lookup::kFailed && (found == Lookup::kOther || AddPath(set, member));
+    walked =
+        found != Lookup::kFailed && (found == Lookup::kOther || AddDevice(set, member, devices));
   }
   SetupDiDestroyDeviceInfoList(set);
   detailBuffer_ = {};
@@ -115,7 +138,7 @@ UsbConnectorWin::Lookup UsbConnectorWin::LookUp(HDEVINFO set) {
   return found;
 }
 
-bool UsbConnectorWin::AddPath(HDEVINFO set, DWORD member) {
+bool UsbConnectorWin::AddDevice(HDEVINFO set, DWORD member, std::vector<Device>& devices) {
   interfaceData_.cbSize = sizeof interfaceData_;
   if (!SetupDiEnumDeviceInterfaces(set, nullptr, &interfaceClass_, member, &interfaceData_)) {
     return false;
@@ -130,33 +153,98 @@ bool UsbConnectorWin::AddPath(HDEVINFO set, DWORD member) {
                                         &devInfo_)) {
     return false;
   }
-  devicePaths_.push_back(std::wstring(detail->DevicePath) + L"\\1");
-  ++deviceCount_;
+  devices.push_back({std::wstring(detail->DevicePath) + L"\\1", PropertyOf(set, kLocationPaths),
+                     PropertyOf(set, kLastArrival)});
   return true;
 }
 
+UsbConnectorWin::Property UsbConnectorWin::PropertyOf(HDEVINFO set, const DEVPROPKEY& key) {
+  DEVPROPTYPE type = 0;
+  DWORD size = 0;
+  SetupDiGetDevicePropertyW(set, &devInfo_, &key, &type, nullptr, 0, &size, 0);
+  Property value(size);
+  const BOOL read =
+      SetupDiGetDevicePropertyW(set, &devInfo_, &key, &type, value.data(), size, &size, 0);
+  return read ? value : Property();
+}
+
+bool UsbConnectorWin::IsAttached(const Device& device) {
+  std::vector<Device> devices;
+  const bool walked = Walk(devices);
+  return std::find(devices.begin(), devices.end(), device) != devices.end() || !walked;
+}
+
 std::vector<std::wstring>& UsbConnectorWin::GetDevicePaths(std::vector<std::wstring>& paths) {
-  paths = devicePaths_;
+  paths.clear();
+  for (const Device& device : devices_) paths.push_back(device.path);
   return paths;
 }
 
 bool UsbConnectorWin::Open(const wchar_t* indexText) {
-  if (deviceCount_ == 0) return false;
   const long index = std::wcstol(indexText, nullptr, 10);
-  if (index < 0 || static_cast<unsigned long>(index) >= deviceCount_) return false;
-  CloseHandles();
-  const std::wstring& path = devicePaths_[static_cast<size_t>(index)];
+  if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return false;
+  return OpenAgain(devices_[static_cast<size_t>(index)], false);
+}
+
+bool UsbConnectorWin::Reopen(bool samePlugging) {
+  if (opened_.path.empty()) return false;
+  return Look() == LinkState::kAlive || OpenAgain(opened_, samePlugging);
+}
+
+bool UsbConnectorWin::OpenAgain(const Device& known, bool samePlugging) {
+  std::vector<Device> devices;
+  Walk(devices);
+  const auto same = std::find_if(devices.begin(), devices.end(), [&](const Device& device) {
+    return device.path == known.path && device.port == known.port &&
+           (!samePlugging || device.arrival == known.arrival);
+  });
+  if (same == devices.end()) {
+    Nuv::Platform::Diagnostic("USB printer %ls is not attached any more", known.path.c_str());
+    return false;
+  }
+  return (isOpen_ && !isBroken_ && *same == opened_) || OpenDevice(*same);
+}
+
+bool UsbConnectorWin::OpenDevice(const Device& meant) {
   // First, since making them changes the error that a failed opening leaves.
   PrepareEvent(writeOverlapped_);
   PrepareEvent(readOverlapped_);
-  mayComeLate_ = false;
-  writeHandle_ = OpenOverlapped(path, GENERIC_WRITE);
-  if (writeHandle_ != INVALID_HANDLE_VALUE) readHandle_ = OpenOverlapped(path, GENERIC_READ);
-  isOpen_ = readHandle_ != INVALID_HANDLE_VALUE;
-  if (!isOpen_) {
-    Nuv::Platform::Diagnostic("USB printer %ld cannot be opened: error %lu", index, GetLastError());
+  HANDLE read = INVALID_HANDLE_VALUE;
+  HANDLE write = OpenOverlapped(meant.path, GENERIC_WRITE);
+  if (write != INVALID_HANDLE_VALUE) read = OpenOverlapped(meant.path, GENERIC_READ);
+  const DWORD error = read != INVALID_HANDLE_VALUE ? ERROR_SUCCESS : GetLastError();
+  // Since it was listed, it may have been plugged in anew.
+  if (error != ERROR_SUCCESS || !IsAttached(meant)) {
+    CloseIfValid(write);
+    CloseIfValid(read);
+    Nuv::Platform::Diagnostic("USB printer %ls cannot be opened: error %lu", meant.path.c_str(),
+                              error);
+    return false;
   }
-  return isOpen_;
+  CloseHandles();
+  writeHandle_ = write;
+  readHandle_ = read;
+  opened_ = meant;
+  isOpen_ = true;
+  isBroken_ = false;
+  listenMs_ = kQuietMs;
+  return true;
+}
+
+LinkState UsbConnectorWin::Look() {
+  if (!isOpen_) return LinkState::kClosed;
+  return isBroken_ || !IsAttached(opened_) ? LinkState::kEnded : LinkState::kAlive;
+}
+
+std::string UsbConnectorWin::Identity(size_t index) const {
+  if (index >= devices_.size()) return {};
+  std::string text;
+  for (const wchar_t unit : devices_[index].path) text += static_cast<char>(unit);  // ASCII
+  for (const Property* property : {&devices_[index].port, &devices_[index].arrival}) {
+    text += ' ';
+    for (const uint8_t part : *property) text += std::to_string(part) + '.';
+  }
+  return text;
 }
 
 void UsbConnectorWin::Close() {
@@ -172,43 +260,60 @@ void UsbConnectorWin::CloseHandles() {
 uint32_t UsbConnectorWin::Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) {
   if (!isOpen_) return kNotOpen;
   // So that no stale reply is left to be read. Whether the driver takes part is its own affair, so
-  // what may have come after a time-out is read away as well.
+  // what may have come is read away as well.
   PurgeComm(writeHandle_, PURGE_TXCLEAR | PURGE_RXCLEAR);
   PurgeComm(readHandle_, PURGE_TXCLEAR | PURGE_RXCLEAR);
-  if (mayComeLate_) ReadLateReply();
+  if (listenMs_ != 0) Discard(listenMs_, kQuietMs, kMostDiscardMs);
+  listenMs_ = 0;
   PrepareTransfer(writeOverlapped_);
   PurgeComm(writeHandle_, PURGE_RXCLEAR);
   DWORD written = 0;
   const BOOL started = WriteFile(writeHandle_, data, length, &written, &writeOverlapped_);
-  if (!Finish(started, writeHandle_, writeOverlapped_, timeoutMs)) return kTransferTimeout;
-  const BOOL done = GetOverlappedResult(writeHandle_, &writeOverlapped_, &written, FALSE);
-  return done ? 0 : GetLastError();
+  isBroken_ = isBroken_ || (!started && GetLastError() != ERROR_IO_PENDING);
+  if (!Finish(started, writeHandle_, writeOverlapped_, timeoutMs)) {
+    listenMs_ = kQuietMs;
+    return kTransferTimeout;
+  }
+  if (GetOverlappedResult(writeHandle_, &writeOverlapped_, &written, FALSE)) return 0;
+  isBroken_ = true;
+  return GetLastError();
 }
 
 uint32_t UsbConnectorWin::Read(uint8_t* buffer, uint32_t timeoutMs) {
+  return ReadUnless(Never, buffer, timeoutMs);
+}
+
+uint32_t UsbConnectorWin::ReadUnless(const GivenUp& givenUp, uint8_t* buffer, uint32_t timeoutMs) {
   if (!isOpen_) return kNotOpen;
+  listenMs_ = kQuietMs;
+  if (givenUp()) return kTransferTimeout;
   PrepareTransfer(readOverlapped_);
   DWORD received = 0;
   const BOOL started = ReadFile(readHandle_, buffer, kReadBytes, &received, &readOverlapped_);
-  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs)) {
-    mayComeLate_ = true;
-    return kTransferTimeout;
-  }
+  isBroken_ = isBroken_ || (!started && GetLastError() != ERROR_IO_PENDING);
+  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs, givenUp)) return kTransferTimeout;
   // A transfer that failed has put nothing into the buffer, which says the same.
-  GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
+  const BOOL done = GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
+  isBroken_ = isBroken_ || !done;
+  listenMs_ = kExtraReplyMs;
   return 0;
 }
 
-void UsbConnectorWin::ReadLateReply() {
-  mayComeLate_ = false;
+bool UsbConnectorWin::DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) {
+  return isOpen_ && Discard(quietMs, quietMs, limitMs);
+}
+
+bool UsbConnectorWin::Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limitMs) {
+  const ULONGLONG end = GetTickCount64() + limitMs;
   uint8_t stale[kReadBytes];
-  // A printer that never stops sending must not hold the caller.
-  for (int block = 0; block < kMostLateBlocks; ++block) {
+  bool any = false;
+  do {
     PrepareTransfer(readOverlapped_);
     DWORD received = 0;
     const BOOL started = ReadFile(readHandle_, stale, kReadBytes, &received, &readOverlapped_);
-    if (!Finish(started, readHandle_, readOverlapped_, kQuietMs)) return;
-    const BOOL done = GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
-    if (!done || received == 0) return;
-  }
+    if (!Finish(started, readHandle_, readOverlapped_, any ? quietMs : firstMs)) break;
+    if (!GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE)) break;
+    any = any || received > 0;
+  } while (GetTickCount64() < end);
+  return any;
 }

@@ -1,10 +1,11 @@
 #ifndef NUV_TRANSPORT_USB_CONNECTOR_WIN_H_
 #define NUV_TRANSPORT_USB_CONNECTOR_WIN_H_
 
-// The second needs the first.
+// The others need the first.
 // clang-format off
 #include <windows.h>
 #include <setupapi.h>
+#include <devpropdef.h>
 // clang-format on
 
 #include "transport/connector_base.h"
@@ -21,29 +22,55 @@ class UsbConnectorWin final : public ConnectorBase {
   UsbConnectorWin& operator=(const UsbConnectorWin&) = delete;
 
   bool SearchDevices() override;
-  // False also for an index outside of the list. Handles left from before are closed first.
+  // False also for an index outside of the list.
   bool Open(const wchar_t* indexText) override;
   void Close() override;
   uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override;
   uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override;
   std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override;
+  bool Reopen(bool samePlugging) override;
+  // Asks whether the printer is still listed: the system tells nothing of an open handle.
+  LinkState Look() override;
+  bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override;
+  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
+                      uint32_t timeoutMs) override;
+  std::string Identity(size_t index) const override;
 
  private:
   enum class Lookup { kPrinter, kOther, kFailed };
+  using Property = std::vector<uint8_t>;
 
+  struct Device {
+    std::wstring path;  // suffixed; it names vendor, product and serial number
+    Property port;      // empty: the system does not tell, as of the time
+    Property arrival;   // when it was plugged in
+    bool operator==(const Device& other) const {
+      return path == other.path && port == other.port && arrival == other.arrival;
+    }
+  };
+
+  // Replaces `devices` by what is attached; false as SearchDevices.
+  bool Walk(std::vector<Device>& devices);
   // What the device of `devInfo_` is, by its hardware ID.
   Lookup LookUp(HDEVINFO set);
-  // Adds the path of interface `member`. False when it cannot be read.
-  bool AddPath(HDEVINFO set, DWORD member);
-  void CloseHandles();
-  // Throws away a reply that came after a read had given it up.
-  void ReadLateReply();
+  // Adds the device of interface `member`. False when it cannot be read.
+  bool AddDevice(HDEVINFO set, DWORD member, std::vector<Device>& devices);
+  Property PropertyOf(HDEVINFO set, const DEVPROPKEY& key);
+  bool IsAttached(const Device& device);
 
-  std::vector<std::wstring> devicePaths_;
+  // Opens `known`, which may have been plugged in anew unless `samePlugging`.
+  bool OpenAgain(const Device& known, bool samePlugging);
+  bool OpenDevice(const Device& meant);
+  void CloseHandles();
+  // Throws input away: until none came for `firstMs`, or for `quietMs` after some. True: some.
+  bool Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limitMs);
+
+  std::vector<Device> devices_;
   GUID interfaceClass_;
-  uint32_t deviceCount_ = 0;
   bool isOpen_ = false;
-  bool mayComeLate_ = false;  // a read has timed out since the last write
+  bool isBroken_ = false;  // a transfer has failed
+  uint32_t listenMs_ = 0;  // how long a late reply is listened for before the next write
+  Device opened_;          // last; without a path: none
   SP_DEVINFO_DATA devInfo_{};
   SP_DEVICE_INTERFACE_DATA interfaceData_{};
   std::vector<uint8_t> detailBuffer_;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
 
@@ -64,6 +66,30 @@ TEST_F(DevicesTest, FailedListingLeavesTheTableAsItWas) {
   simulator->Unplug(1);
   EXPECT_EQ(List(), NUV_NOT_FOUND);
   EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "A2");
+}
+
+// The name would lead to the other simulator.
+TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
+  nuvsim::SimulatorConfig other;
+  other.printers = {nuvsim::LoopbackPrinter()};
+  nuvsim::Simulator named(std::move(other));
+  named.Start();
+  Start({Printer("A1")});
+  Commits("malformed,count=-1,text=F195 OK IP=<localhost> PORT=" + std::to_string(named.TcpPort()) +
+          " N=<named> M:0 CN:0");
+  ASSERT_EQ(List(), NUV_OK);
+  EXPECT_EQ(serials, (Strings{"", "A1"}));
+  EXPECT_EQ(Info(0, NUV_DEVICE_IDENTIFIER), "localhost");
+  EXPECT_EQ(Info(0, NUV_DEVICE_MODEL), "");
+  EXPECT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_CONNECTION_REFUSED);
+  EXPECT_EQ(framework.ConnectNetWorkDevice("localhost"), NUV_CONNECTION_REFUSED);
+  EXPECT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 1), NUV_OK);
+  // The local link's sockets.
+  IConnect* const channel = framework.GetConnect();
+  channel->SetLocalOption(1);
+  ASSERT_TRUE(channel->SearchDevices(serials, "10.77.1.1", "255.255.255.0", kSearchMs));
+  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
+  EXPECT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 1));
 }
 
 TEST_F(DevicesTest, BegoSerialQueryDecidesTheListing) {
@@ -159,11 +185,33 @@ TEST_F(DevicesTest, BroadcastResultFiltersReplies) {
   Strings replies;
   EXPECT_EQ(framework.GetBroadCastResult(replies, ""), NUV_OK);
   EXPECT_EQ(replies.size(), 2U);
-  replies.clear();
   EXPECT_EQ(framework.GetBroadCastResult(replies, "printer-A2"), NUV_OK);
-  EXPECT_THAT(replies, ElementsAre(HasSubstr("IP=<10.77.1.2>")));
-  replies.clear();
+  EXPECT_THAT(replies, ElementsAre(HasSubstr("IP=<10.77.1.2>"))) << "not those of before as well";
   EXPECT_EQ(framework.GetBroadCastResult(replies, "nothing"), NUV_NOT_FOUND);
+}
+
+// Searches of two channels at once would take each other's answers.
+TEST_F(DevicesTest, SearchesTakeTurns) {
+  Start({Printer("A1"), Printer("A2")});
+  ConnectingFramework other(clock, kReplyTimeoutMs);
+  framework.GetConnect()->SetSearchTimeout(kSearchMs);
+  for (int round = 0; round < 2; ++round) {
+    Strings listed;
+    Strings replies;
+    std::thread listing([&] { other.GetConnect()->EnumerateDevices(NUV_KIND_NETWORK, listed); });
+    EXPECT_EQ(framework.GetBroadCastResult(replies, ""), NUV_OK);
+    listing.join();
+    EXPECT_EQ(listed.size(), 2U);
+    EXPECT_EQ(replies.size(), 2U);
+  }
+}
+
+TEST_F(DevicesTest, ListingHandsItsTimeLimitOn) {
+  Start({Printer("A1")});
+  Commits("late,code=195,ms=30");
+  SearchSettings::Instance().set_timeout_ms(1);
+  EXPECT_EQ(List(), NUV_OK) << "would not have waited for the answer";
+  EXPECT_EQ(SearchSettings::Instance().timeout_ms(), kSearchMs) << "stays for later searches";
 }
 
 TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {

@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <deque>
+#include <functional>
+#include <stdexcept>
 
 #include "connect/connecting_framework.h"
-#include "connect/usb_mode.h"
+#include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
+#include "tests/connect/scripted_connector.h"
 #include "tests/support/manual_clock.h"
 
 namespace Nuv::Connect {
@@ -14,71 +16,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using Strings = std::vector<std::string>;
-
-struct UsbPrinter {
-  std::string serial;
-  std::string model = "Fabrix150 xP";
-  bool opens = true;
-};
-
-// What is attached, and what the open printer has to say.
-struct Port {
-  bool walks = true;  // the devices can be walked
-  std::vector<UsbPrinter> printers;
-  int open = -1;
-  std::vector<std::string> opened;  // the texts that Open was given
-  std::deque<std::string> blocks;   // of the next reads; none left: time-out
-  std::vector<std::string> written;
-  uint32_t writeStatus = 0;
-};
-
-class ScriptedConnector final : public ConnectorBase {
- public:
-  explicit ScriptedConnector(Port& port) : port_(port) {}
-  bool SearchDevices() override {
-    count_ = port_.printers.size();
-    return port_.walks;
-  }
-  bool Open(const wchar_t* indexText) override {
-    const std::wstring text = indexText;
-    port_.opened.emplace_back(text.begin(), text.end());
-    const size_t index = std::stoul(text);
-    if (index >= count_ || !port_.printers[index].opens) return false;
-    port_.open = static_cast<int>(index);
-    return true;
-  }
-  void Close() override { port_.open = -1; }
-  uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
-    if (port_.open < 0) return kNotOpen;
-    port_.written.emplace_back(data, data + length);
-    if (port_.written.back() == "F101\r\n") {
-      const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
-      port_.blocks = {"F101 OK V:1 N:Name M:<" + printer.model + "> S:" + printer.serial + " ",
-                      "C:7\r\n"};
-    }
-    return port_.writeStatus;
-  }
-  uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
-    EXPECT_EQ(timeoutMs, 3000U);
-    if (port_.blocks.empty()) return kTransferTimeout;
-    const std::string block = port_.blocks.front();
-    port_.blocks.pop_front();
-    EXPECT_LE(block.size(), kReadBytes);
-    std::copy(block.begin(), block.end(), buffer);
-    return 0;
-  }
-  std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override {
-    paths.clear();
-    for (size_t i = 0; i < count_; ++i)
-      paths.push_back(L"/dev/usb/lp" + std::to_wstring(i) + L"\\1");
-    return paths;
-  }
-
- private:
-  Port& port_;
-  size_t count_ = 0;
-};
 
 class UsbDevicesTest : public ::testing::Test {
  protected:
@@ -128,10 +65,45 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
   EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "B") << "a failure leaves the table as it was";
 }
 
+TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
+  port.printers = {{"A", "BEGO VARSEO XS"}};
+  EXPECT_EQ(List(), NUV_FAILED);
+  EXPECT_THAT(port.opened, ElementsAre("0"));
+  EXPECT_EQ(port.open, -1) << "no answer to the serial query";
+  port.printers.front().begoSerialReply = "F140 OK\r\n";
+  EXPECT_THROW(List(), std::out_of_range);
+  EXPECT_THAT(port.opened, ElementsAre("0", "0"));
+  EXPECT_EQ(port.open, -1) << "thrown";
+}
+
+TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
+  const struct {
+    const char* what;
+    size_t attached;
+    std::chrono::minutes each;
+    size_t listed;
+  } kRows[] = {
+      {"many printers", 300, std::chrono::minutes(0), 256},
+      {"slow printers", 5, std::chrono::minutes(4), 3},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    port.printers.assign(row.attached, {"A"});
+    port.opened.clear();
+    port.onOpen = [&] { clock.Advance(row.each); };
+    EXPECT_EQ(List(), NUV_OK);
+    EXPECT_EQ(port.opened.size(), row.listed);
+    EXPECT_EQ(serials.size(), row.listed);
+    const int last = static_cast<int>(row.listed) - 1;
+    EXPECT_EQ(Info(last, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
+  }
+}
+
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   IConnect* const channel = framework.GetConnect();
   EXPECT_FALSE(channel->OpenDevice());
-  EXPECT_THAT(port.opened, ElementsAre()) << "a negative index never reaches the connector";
+  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
+  EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
   ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 1), NUV_OK);
@@ -140,7 +112,65 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_TRUE(channel->OpenDevice());
   EXPECT_EQ(port.open, 1);
-  EXPECT_THAT(port.opened, ElementsAre("1", "2", "1"));
+  EXPECT_THAT(port.opened, ElementsAre("again", "1", "2", "again"));
+}
+
+TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
+  UsbMode mode(std::make_unique<ScriptedConnector>(port));
+  port.printers = {{"A"}};
+  ASSERT_TRUE(mode.EnumerateDevices(serials));
+  EXPECT_EQ(mode.Identity(0), "printer 0");
+  EXPECT_EQ(mode.Identity(-1), "");
+  ASSERT_TRUE(mode.Open(0));
+  const struct {
+    LinkState look;
+    bool inJob;
+    bool opens;
+    Strings asked;
+  } kRows[] = {{LinkState::kAlive, true, true, {"same"}},
+               {LinkState::kAlive, false, true, {"again"}},
+               {LinkState::kEnded, true, false, {}},
+               {LinkState::kEnded, false, true, {"again"}},
+               {LinkState::kClosed, true, true, {"same"}}};
+  for (const auto& row : kRows) {
+    port.opened.clear();
+    port.look = row.look;
+    if (row.look == LinkState::kClosed) mode.Close();
+    EXPECT_EQ(mode.Reopen(row.inJob), row.opens);
+    EXPECT_EQ(port.opened, row.asked);
+  }
+}
+
+TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
+  LocalLink link(std::make_unique<ScriptedConnector>(port), clock);
+  port.printers = {{"A"}};
+  port.clock = &clock;
+  port.readMs = 2900;
+  ASSERT_TRUE(link.EnumerateDevices(serials));
+  ASSERT_TRUE(link.Open(0));
+  port.blocks = std::deque<std::string>(20, "x");
+  const int64_t before = clock.SleptMs();
+  EXPECT_EQ(link.ReadReply(nullptr), std::string(10, 'x'));
+  EXPECT_EQ(clock.SleptMs() - before, 30000);
+
+  Platform::Interrupt interrupt;
+  EXPECT_NE(link.ReadReply(&interrupt), "");
+  interrupt.Raise();
+  EXPECT_EQ(link.ReadReply(&interrupt), "");
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(link.ReadReply(nullptr), "F9 OK\n") << "that was one call's";
+  link.Close();
+  std::vector<uint8_t> last;
+  EXPECT_TRUE(link.LastRead(last));
+
+  ASSERT_TRUE(link.Reopen(false));
+  link.GiveUp();
+  port.blocks = {"F9 OK\n"};
+  const uint8_t byte = 'x';
+  EXPECT_EQ(link.ReadReply(nullptr), "");
+  EXPECT_FALSE(link.Write(&byte, 1));
+  EXPECT_FALSE(link.Open(0));
+  EXPECT_FALSE(link.Reopen(false));
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {

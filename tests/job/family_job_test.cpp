@@ -73,6 +73,10 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
     size_t blocks;     // of bytes that are no command
     std::vector<std::pair<int, int>> errors;
   } kRows[] = {
+      {"layers", kZafelId, Argument("layers=2147483648"), NUV_FILE_NOT_READABLE, "", 0, {}},
+      {"minutes", kZafelId, Argument("print_minutes=1.2e2"), NUV_FILE_NOT_READABLE, "", 0, {}},
+      {"minutes", kBego, Argument("print_minutes=-1"), NUV_FILE_NOT_READABLE, "", 0, {}},
+      {"layers", kAndroid, Argument("layers="), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"102", kBego, Silent("F102"), NUV_FAILED, "F102", 0, {{-1, 102}}},
       {"354", kBego, Silent("F354"), NUV_FAILED, "F354", 0, {{-1, 354}}},
       {"353", kBego, Silent("F353"), NUV_FAILED, "F353", 0, {{-1, 353}}},

@@ -40,11 +40,7 @@ class FakePrintFiles final : public IPrintFileLibrary {
   std::string GetMachineID() override { return machineId; }
   std::string GetProjectID() override { return "P7"; }
   std::string GetMaterialID() override { return "Resin A"; }
-  std::string GetFileArguments() override {
-    return "layers=12\nlayer_thickness_mm=0.05\nprint_minutes=90\nresin_ml=7.5\nexposure_s=1.5\n"
-           "bottom_exposure_s=8\nlift_mm=6\nlift_mm_s=2.5\nretract_mm_s=3\n"
-           "laser_power_percent=80\nother=x\nbroken\n";
-  }
+  std::string GetFileArguments() override { return arguments; }
   int32_t GetModelDataSize() override {
     size_t total = 0;
     for (const std::string& line : lines) total += line.size();
@@ -66,6 +62,10 @@ class FakePrintFiles final : public IPrintFileLibrary {
   bool available = true;
   bool accepts = true;
   std::string machineId = kZafelId;
+  std::string arguments =
+      "layers=12\nlayer_thickness_mm=0.05\nprint_minutes=90\nresin_ml=7.5\nexposure_s=1.5\n"
+      "bottom_exposure_s=8\nlift_mm=6\nlift_mm_s=2.5\nretract_mm_s=3\n"
+      "laser_power_percent=80\nother=x\nbroken\n";
   Strings lines;
   int32_t unreadable = -1;
   std::string key, preview, l101, l102, l103;
@@ -157,6 +157,9 @@ inline Fault LostWithFreeBuffer(int bytes) {
 }
 inline Fault CancelledFrom(int question) {
   return [=](JobTest&) { g_host.cancelFrom = question; };
+}
+inline Fault Argument(const std::string& line) {
+  return [=](JobTest& t) { t.files.arguments = line + "\n"; };
 }
 inline Fault Damaged(std::string FakePrintFiles::*part) {
   return [=](JobTest& t) { t.files.damaged = &(t.files.*part); };

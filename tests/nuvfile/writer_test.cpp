@@ -2,6 +2,8 @@
 #include <random>
 
 #include "nuvfile/text_lines.h"
+#include "output_file.h"
+#include "sample_bytes.h"
 #include "test_files.h"
 
 namespace nuvfile {
@@ -27,7 +29,7 @@ TEST_F(WriterTest, ArgumentsTellTheLayers) {
   } kRows[] = {
       {{}, {}, "layers=0\n"},
       {{{"a", "x=y"}}, {"1", "2"}, "a=x=y\nlayers=2\n"},
-      {{{"layers", "3"}, {"vendor.note", ""}}, {"1"}, "layers=3\nvendor.note=\n"},
+      {{{"layers", "2147483647"}, {"vendor.note", ""}}, {"1"}, "layers=2147483647\nvendor.note=\n"},
   };
   for (const auto& row : kRows) {
     PrintFileContents contents;  // without any record
@@ -39,6 +41,27 @@ TEST_F(WriterTest, ArgumentsTellTheLayers) {
     EXPECT_EQ(file->line_count(), row.lines.size());
     EXPECT_EQ(file->model_bytes(), row.lines.size());
   }
+}
+
+std::vector<uint8_t> FromHex(const std::string& hex) {
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i < hex.size(); i += 2) {
+    bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+// The bytes of the format, and not only what the writer makes of them, are what others read.
+TEST_F(WriterTest, SampleFileIsTheOneOfTheFormat) {
+  const std::vector<uint8_t> sample = FromHex(kSampleBytes);
+  ASSERT_TRUE(WriteAndOpen(SampleContents(), SampleLines()));
+  EXPECT_EQ(ReadBytes(Path("a.nuv")), sample);
+  std::unique_ptr<PrintFile> file;
+  const Status status = PrintFile::Open(std::make_unique<MemorySource>(sample), &file);
+  ASSERT_TRUE(status.ok()) << status.message();
+  EXPECT_EQ(file->model_bytes(), 42U);
+  ASSERT_EQ(file->line_count(), SampleLines().size());
+  for (size_t i = 0; i < SampleLines().size(); ++i) EXPECT_EQ(LineText(*file, i), SampleLines()[i]);
 }
 
 // Enough lines that index and data cross their read buffers many times.
@@ -82,6 +105,10 @@ const struct {
     {"negative", Arguments({{"print_minutes", "-1"}}), Fault::kBadText, "argument print_minutes"},
     {"empty number", Arguments({{"lift_mm_s", ""}}), Fault::kBadText, "argument lift_mm_s"},
     {"part of a layer", Arguments({{"layers", "1.5"}}), Fault::kBadText, "argument layers"},
+    {"layers beyond 31 bits", Arguments({{"layers", "2147483648"}}), Fault::kBadText,
+     "argument layers: expected a whole number from 0 to 2147483647"},
+    {"minutes with an exponent", Arguments({{"print_minutes", "1.2e2"}}), Fault::kBadText,
+     "argument print_minutes: expected a whole number"},
     {"twice", Arguments({{"a", "1"}, {"a", "1"}}), Fault::kBadText, "more than once"},
     {"name", Arguments({{"a b", "1"}}), Fault::kBadText, "argument name 'a b'"},
     {"LF in a value", Arguments({{"a", "1\nb=2"}}), Fault::kBadText, "control characters"},
@@ -127,6 +154,22 @@ TEST_F(WriterTest, SystemFaultsAreTold) {
   EXPECT_EQ(WritePrintFile(Path("taken"), SampleContents(), LinesOf(lines)).fault(),
             Fault::kWriteFailed);
   EXPECT_EQ(FileNames(), std::vector<std::string>{"taken"});
+}
+
+// What is still in the buffer is written by a change of place or by the closing.
+TEST_F(WriterTest, FullDiskIsToldHoweverLateItShows) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+  std::filesystem::create_symlink("/dev/full", Path("a.nuv.partial"));
+  OutputFile file;
+  ASSERT_TRUE(file.Create(Path("a.nuv.partial")).ok());
+  ASSERT_TRUE(file.Append("a", 1).ok()) << "buffered";
+  EXPECT_EQ(file.RenameTo(Path("a.nuv")).fault(), Fault::kWriteFailed);
+  EXPECT_FALSE(std::filesystem::exists(Path("a.nuv")));
+
+  OutputFile other;
+  ASSERT_TRUE(other.Create(Path("a.nuv.partial")).ok());
+  ASSERT_TRUE(other.Append("a", 1).ok());
+  EXPECT_EQ(other.WriteAtStart("b", 1).fault(), Fault::kWriteFailed);
 }
 
 TEST_F(WriterTest, TextIsSplitIntoLines) {

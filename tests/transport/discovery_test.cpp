@@ -30,6 +30,18 @@ TEST(BroadcastAddressTest, ReachesTheWholeNetwork) {
   EXPECT_FALSE(IsLoopback("128.0.0.1"));
 }
 
+TEST(LiteralAddressTest, IsWhatNeedsNoLookUp) {
+  const struct {
+    const char* text;
+    const char* address;
+  } kRows[] = {
+      {"10.0.0.2", "10.0.0.2"}, {"10.0.0.2 ", "10.0.0.2"}, {"FE80::0:1", "fe80::1"},
+      {"::1", "::1"},           {"localhost", ""},         {"printer.example", ""},
+      {"10.0.0.2.example", ""}, {"10.0.0.256", ""},        {"", ""},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(LiteralAddress(row.text), row.address) << row.text;
+}
+
 TEST(DiscoveryReplyTest, FieldsAreReadFromTheReply) {
   const struct {
     const char* reply;

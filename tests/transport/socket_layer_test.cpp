@@ -4,12 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <deque>
 #include <memory>
 
 #include "nuvsim/simulator.h"
+#include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/watchdog.h"
+#include "tests/transport/peer.h"
+#include "transport/network_device_searcher.h"
+#include "transport/search_bounds.h"
 #include "transport/search_networks.h"
 #include "transport/tcp_client_socket.h"
+#include "transport/tcp_device_connector.h"
 #include "transport/udp_search_socket.h"
 
 namespace {
@@ -17,7 +24,7 @@ namespace {
 using ::testing::HasSubstr;
 using Texts = std::vector<std::string>;
 
-TEST(NetworksToSearchTest, NamesThatMeanLoopbackOnlySearchTheInterfaces) {
+TEST(NetworksToSearchTest, LoopbackAddressesAreLeftOut) {
   const std::vector<HostInterface> interfaces = {{"127.0.0.1", "255.0.0.0", true, true},
                                                  {"10.0.5.7", "255.255.0.0", true, false},
                                                  {"10.1.0.7", "255.255.0.0", false, false}};
@@ -26,7 +33,7 @@ TEST(NetworksToSearchTest, NamesThatMeanLoopbackOnlySearchTheInterfaces) {
     Texts networks;
   } kRows[] = {
       {{"10.0.5.7"}, {"10.0.5.7/255.255.0.0"}},
-      {{"127.0.1.1", "10.0.5.7"}, {"127.0.1.1/", "10.0.5.7/255.255.0.0"}},
+      {{"127.0.1.1", "10.0.5.7"}, {"10.0.5.7/255.255.0.0"}},
       {{"192.168.1.1"}, {"192.168.1.1/"}},
       {{"127.0.0.1", "127.0.1.1"}, {"10.0.5.7/255.255.0.0"}},
       {{}, {"10.0.5.7/255.255.0.0"}},
@@ -42,11 +49,12 @@ TEST(NetworksToSearchTest, NamesThatMeanLoopbackOnlySearchTheInterfaces) {
 
 class SocketLayerTest : public ::testing::Test {
  protected:
-  void Start(const std::string& address, bool discovery = false) {
+  void Start(const std::string& address, bool discovery = false, const std::string& name = "x") {
     nuvsim::SimulatorConfig config;
     config.discovery = discovery;
     config.printers = {nuvsim::LoopbackPrinter()};
     config.printers.front().address = address;
+    config.printers.front().name = name;
     simulator = std::make_unique<nuvsim::Simulator>(std::move(config));
     simulator->Start();
   }
@@ -105,6 +113,36 @@ TEST_F(SocketLayerTest, TcpEndsAndRefusals) {
   EXPECT_FALSE(socket.Connect("no.such.host.invalid", port));
 }
 
+TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
+  const Watchdog watchdog;
+  TcpLimits limits;
+  limits.stallMs = 100;
+  TcpClientSocket writer(limits);
+  Peer peer;
+  for (const char* const pending : {"", "L100 OK\r\n"}) {
+    ASSERT_TRUE(writer.Connect("", peer.port()));
+    peer.Accept();
+    peer.Says(pending);
+    const std::string endless(size_t{32} << 20, 'x');
+    EXPECT_EQ(writer.Send(endless.data(), static_cast<int>(endless.size())), -1);
+  }
+}
+
+TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
+  const Watchdog watchdog;
+  constexpr size_t kMore = 300;  // than the system keeps for one who does not accept
+  TcpLimits limits;
+  limits.connectMs = 100;
+  Peer peer;
+  std::deque<TcpClientSocket> sockets;
+  do {
+    sockets.emplace_back(limits);
+  } while (sockets.back().Connect("", peer.port()) && sockets.size() < kMore);
+  EXPECT_LT(sockets.size(), kMore);
+  EXPECT_FALSE(sockets.back().IsOpen());
+  EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.port()));
+}
+
 class UdpSearchTest : public SocketLayerTest {
  protected:
   static constexpr char kMessage[] = "F195\r\n";
@@ -119,9 +157,93 @@ class UdpSearchTest : public SocketLayerTest {
     ASSERT_TRUE(search.Open());
   }
 
+  // What a search of the first network gives, and how often it tells that it dropped the rest.
+  struct Found {
+    size_t answers = 0;
+    size_t bytes = 0;
+    size_t told = 0;
+  };
+  template <class Search>
+  static Found FoundBy(const Search& search) {
+    SetEnvironment("NUVCONNECT_DEBUG", "1");
+    ::testing::internal::CaptureStderr();
+    Found found;
+    for (const auto& answer : search()) {
+      ++found.answers;
+      found.bytes += answer.size();
+    }
+    const std::string text = ::testing::internal::GetCapturedStderr();
+    SetEnvironment("NUVCONNECT_DEBUG", "");
+    constexpr char kTold[] = "the rest is dropped\n";
+    for (size_t at = text.find(kTold); at != std::string::npos; at = text.find(kTold, at + 1)) {
+      ++found.told;
+    }
+    return found;
+  }
+  static Found Local(Nuv::Platform::Clock& limiting) {
+    return FoundBy([&] {
+      UdpSearchSocket local(limiting);
+      local.Open();
+      local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs);
+      return local.replies();
+    });
+  }
+  // On both networks: what is still on its way when the first is done comes to the second.
+  static Found Channel(Nuv::Platform::Clock& limiting) {
+    return FoundBy([&] {
+      NetworkDeviceSearcher searcher(kMessage, limiting);
+      return searcher.Search(kPort, kWaitMs);
+    });
+  }
+
   ManualClock clock;
   UdpSearchSocket search{clock};
 };
+
+// A second goes by with each look.
+class HurryingClock final : public Nuv::Platform::Clock {
+ public:
+  std::chrono::nanoseconds Now() const override { return ++now_; }
+  void SleepFor(std::chrono::milliseconds) override {}
+
+ private:
+  mutable std::chrono::seconds now_{0};
+};
+
+TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {
+  constexpr size_t kSeconds = 30;
+  EXPECT_EQ(SearchBounds::Longest(3000), std::chrono::seconds(kSeconds));
+  EXPECT_EQ(SearchBounds::Longest(4000), std::chrono::seconds(40)) << "ten time limits";
+  Start("10.77.1.2", true);
+  simulator->InjectFault(0, nuvsim::ParseFault("burst,count=-1,n=20000"));
+  HurryingClock hurrying;
+  const struct {
+    Nuv::Platform::Clock& clock;
+    size_t least;
+    size_t most;
+  } kRows[] = {{clock, SearchBounds::kMostAnswers, SearchBounds::kMostAnswers},
+               {hurrying, kSeconds - 5, kSeconds}};
+  for (const auto& row : kRows) {
+    const Found local = Local(row.clock);
+    EXPECT_GE(local.answers, row.least);
+    EXPECT_LE(local.answers, row.most);
+    EXPECT_EQ(local.told, 1U);
+    const Found channel = Channel(row.clock);
+    EXPECT_GE(channel.answers, row.least);
+    EXPECT_LE(channel.answers, 2 * row.most);
+    EXPECT_GE(channel.told, 1U);
+    EXPECT_LE(channel.told, 2U);
+  }
+}
+
+TEST_F(UdpSearchTest, LongAnswersEndTheSearchBeforeManyDo) {
+  constexpr size_t kNameBytes = 1000;
+  Start("10.77.1.2", true, std::string(kNameBytes, 'n'));
+  simulator->InjectFault(0, nuvsim::ParseFault("burst,count=-1,n=20000"));
+  const size_t bytes = Channel(clock).bytes;
+  EXPECT_GT(bytes, SearchBounds::kMostBytes - 2 * kNameBytes);
+  EXPECT_LE(bytes, 2 * SearchBounds::kMostBytes);
+}
 
 TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {
   Start("10.77.1.2", true);
@@ -135,8 +257,13 @@ TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {
 }
 
 TEST_F(UdpSearchTest, FailuresAreTold) {
+  SetEnvironment("NUVCONNECT_DEBUG", "1");
+  ::testing::internal::CaptureStderr();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.88.1.1", "255.255.255.0", kPort, kWaitMs), 0)
       << "no way to that network";
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+              ::testing::MatchesRegex("\\[NKG\\]sendto error!, error code is [0-9]+\n"));
+  SetEnvironment("NUVCONNECT_DEBUG", "");
   search.Close();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs), 0);
   search.BroadcastAll(kMessage, kLength, kPort, kWaitMs);

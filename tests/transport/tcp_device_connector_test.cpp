@@ -1,14 +1,20 @@
-// The TCP connector against the simulator, on the loopback network.
+// The TCP connector on the loopback network, against the simulator and against worse printers.
 
 #include "transport/tcp_device_connector.h"
 
 #include <gtest/gtest.h>
 
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <atomic>
 #include <chrono>
 #include <memory>
+#include <thread>
 
 #include "nuvsim/simulator.h"
 #include "tests/support/qt_warnings.h"
+#include "tests/support/watchdog.h"
+#include "tests/transport/peer.h"
 
 namespace {
 
@@ -54,6 +60,18 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
   connector.DiscardInput();
   EXPECT_FALSE(connector.Connect("127.0.0.1", 1)) << "nobody listens there";
   EXPECT_FALSE(connector.Connect("", 1));
+  EXPECT_FALSE(connector.Connect("localhost", simulator->TcpPort())) << "no name is looked up";
+}
+
+TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {
+  asio::io_context io;
+  asio::ip::tcp::acceptor listening(io);
+  asio::error_code error;
+  listening.open(asio::ip::tcp::v6(), error);
+  if (!error) listening.bind({asio::ip::address_v6::loopback(), 0}, error);
+  if (error) GTEST_SKIP() << "no IPv6 here: " << error.message();
+  listening.listen();
+  EXPECT_TRUE(connector.Connect("::1", listening.local_endpoint().port()));
 }
 
 TEST_F(TcpDeviceConnectorTest, ExchangesTexts) {
@@ -120,6 +138,173 @@ TEST_F(TcpDeviceConnectorTest, LongLineIsWrittenWhole) {
   connector.Disconnect();
   EXPECT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().bytesReceived == kBytes + 2; },
                                    seconds(60)));
+}
+
+// More than the buffers of two sockets take.
+constexpr size_t kEndless = size_t{32} << 20;
+
+class BadPrinterTest : public ::testing::Test {
+ protected:
+  BadPrinterTest() {
+    ExpectNoQtWarnings();
+    limits.stallMs = 300;
+  }
+
+  void Connect() {
+    connector = std::make_unique<TcpDeviceConnector>(limits);
+    ASSERT_TRUE(connector->Connect("127.0.0.1", peer.port()));
+    peer.Accept();
+  }
+  TcpResult Send(const std::string& text, bool patient = false) {
+    return connector->Send(text.data(), static_cast<int64_t>(text.size()), patient);
+  }
+
+  Watchdog watchdog;
+  TcpLimits limits;
+  Peer peer;
+  std::unique_ptr<TcpDeviceConnector> connector;
+  std::string reply;
+};
+
+TEST_F(BadPrinterTest, WriteThatIsNotTakenDropsTheConnection) {
+  // A printer that acknowledged something before it stopped reading made the wait spin.
+  for (const char* const pending : {"", "L100 OK\r\n"}) {
+    Connect();
+    peer.Says(pending);
+    EXPECT_EQ(Send(std::string(kEndless, 'x')), TcpResult::kNotSent);
+    EXPECT_EQ(Send("F102\r\n"), TcpResult::kNotConnected);
+    EXPECT_EQ(connector->Look(), LinkState::kEnded);
+  }
+}
+
+TEST_F(BadPrinterTest, SlowWriteEndsToo) {
+  limits.stallMs = 600;
+  limits.per64KiBMs = 0;
+  Connect();
+  std::thread reader([this] {
+    while (!peer.Reads(65536).empty()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  });
+  EXPECT_EQ(Send(std::string(kEndless, 'x'), true), TcpResult::kNotSent);
+  EXPECT_EQ(connector->Look(), LinkState::kAlive) << "it did take bytes";
+  connector->Disconnect();
+  reader.join();
+}
+
+TEST_F(BadPrinterTest, ImageIsWrittenWholeThoughThePrinterStalls) {
+  Connect();
+  const auto block = [](size_t number) {
+    return std::string(10240, static_cast<char>('a' + number % 26));
+  };
+  std::string image;
+  size_t blocks = 0;
+  for (int stall = 0; stall < 2; ++stall) {
+    const size_t before = image.size();
+    TcpResult result = TcpResult::kOk;
+    while (result == TcpResult::kOk) {
+      image += block(blocks);
+      result = Send(block(blocks++), true);
+    }
+    EXPECT_EQ(result, TcpResult::kNotSent);
+    EXPECT_EQ(connector->Look(), LinkState::kAlive);
+    const std::string taken = peer.Reads(image.size() - before - block(0).size());
+    EXPECT_EQ(taken, image.substr(before - (stall == 0 ? 0 : block(0).size()), taken.size()));
+  }
+  // What the last block still waits for goes out without further bytes.
+  EXPECT_EQ(Send("", true), TcpResult::kOk);
+  connector->Disconnect();
+  EXPECT_EQ(peer.Reads(kEndless), block(blocks - 2) + block(blocks - 1));
+}
+
+TEST_F(BadPrinterTest, SecondStallOfAnImageInARowIsTheLast) {
+  Connect();
+  EXPECT_EQ(Send(std::string(kEndless, 'x'), true), TcpResult::kNotSent);
+  EXPECT_EQ(Send("x", true), TcpResult::kNotSent);
+  EXPECT_EQ(Send("x", true), TcpResult::kNotConnected);
+}
+
+TEST_F(BadPrinterTest, OfAReplyTheLimitIsKept) {
+  const std::string longReply = std::string(10000, 'x') + "\r\n";
+  for (const size_t most : {limits.replyBytes, size_t{5000}}) {
+    limits.replyBytes = most;
+    Connect();
+    peer.Says(longReply);
+    ASSERT_EQ(connector->Receive("", reply, kReplyTimeoutMs), TcpResult::kOk);
+    EXPECT_EQ(reply, longReply.substr(0, most));
+    EXPECT_FALSE(connector->DiscardInput()) << "the rest is gone";
+  }
+}
+
+TEST_F(BadPrinterTest, PrinterThatSendsWithoutAPauseIsDropped) {
+  constexpr int kLongMs = 60000;
+  const struct {
+    int discardMs;
+    size_t discardBytes;
+    LinkState state;
+  } kRows[] = {
+      {kLongMs, 20000, LinkState::kAlive},
+      {kLongMs, 10000, LinkState::kEnded},
+      {0, 20000, LinkState::kEnded},
+  };
+  for (const auto& row : kRows) {
+    limits.discardMs = row.discardMs;
+    limits.discardBytes = row.discardBytes;
+    limits.replyBytes = 1;
+    for (const bool isReply : {false, true}) {
+      Connect();
+      peer.Says(std::string(15000, 'x'));
+      if (isReply) {
+        EXPECT_EQ(connector->Receive("", reply, kReplyTimeoutMs), TcpResult::kOk);
+      } else {
+        EXPECT_TRUE(connector->DiscardInput());
+      }
+      EXPECT_EQ(connector->Look(), row.state);
+    }
+  }
+}
+
+TEST_F(BadPrinterTest, LookTellsAnEndBehindWhatCameUnasked) {
+  connector = std::make_unique<TcpDeviceConnector>();
+  EXPECT_EQ(connector->Look(), LinkState::kClosed);
+  Connect();
+  EXPECT_EQ(connector->Look(), LinkState::kAlive);
+  peer.Says("late\r\n");
+  EXPECT_EQ(connector->Look(), LinkState::kAlive);
+  EXPECT_FALSE(connector->DiscardInput()) << "it is read away";
+  peer.Says("late\r\n");
+  peer.Closes();
+  for (int look = 0; look < 2; ++look) EXPECT_EQ(connector->Look(), LinkState::kEnded);
+  connector->Disconnect();
+  EXPECT_EQ(connector->Look(), LinkState::kClosed);
+}
+
+TEST_F(BadPrinterTest, DiscardsUntilQuiet) {
+  constexpr int kLongMs = 60000;
+  Connect();
+  EXPECT_FALSE(connector->DiscardUntilQuiet(1, kLongMs));
+  std::thread printer([this] {
+    for (int piece = 0; piece < 5; ++piece) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      peer.Says("late");
+    }
+    peer.Closes();
+  });
+  // Only the end of the connection ends this wait before its limits.
+  EXPECT_TRUE(connector->DiscardUntilQuiet(kLongMs, kLongMs));
+  EXPECT_EQ(connector->Look(), LinkState::kEnded);
+  printer.join();
+
+  Connect();
+  std::atomic<bool> over{false};
+  std::thread drips([&] {
+    for (int piece = 0; piece < 1000 && !over; ++piece) {
+      peer.Says("x");
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_TRUE(over) << "it went on as long as the printer did";
+  });
+  EXPECT_TRUE(connector->DiscardUntilQuiet(kLongMs, 50));
+  over = true;
+  drips.join();
 }
 
 }  // namespace

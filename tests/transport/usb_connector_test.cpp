@@ -1,9 +1,12 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <deque>
+#include <thread>
 
 #include "tests/support/manual_clock.h"
 #include "tests/transport/usb_lab.h"
@@ -15,15 +18,23 @@ using ::testing::ElementsAre;
 
 // A node on which every event is scripted: what a driver does and no file can be made to do.
 struct ScriptedNode final : DeviceCalls {
+  explicit ScriptedNode(const std::map<std::string, UsbAddress>& of) : attached(of) {}
   struct Input {
     std::string data;
     int error = 0;
     int events = POLLIN;
+    int afterMs = 0;  // from when it is first waited for
   };
 
   int Open(const std::string& node) override {
     opened.push_back(node);
-    return openError == 0 ? 7 : -openError;
+    if (openError != 0) return -openError;
+    outputEvents = POLLOUT;
+    return 7;
+  }
+  int AddressOf(int, UsbAddress& address) override {
+    address = attached.at(opened.back());
+    return addressError;
   }
   int64_t Read(int, uint8_t* buffer, size_t size) override {
     if (input.empty()) return -EAGAIN;
@@ -35,6 +46,7 @@ struct ScriptedNode final : DeviceCalls {
     return static_cast<int64_t>(next.data.size());
   }
   int64_t Write(int, const uint8_t* data, size_t size) override {
+    EXPECT_LE(size, 8192U) << "what the driver takes at once";
     if (takes.empty()) return -EAGAIN;
     const int64_t count = std::min<int64_t>(takes.front(), static_cast<int64_t>(size));
     takes.pop_front();
@@ -45,15 +57,21 @@ struct ScriptedNode final : DeviceCalls {
   }
   int Poll(int, short events, int timeoutMs) override {
     ++polls;
-    if ((events & POLLIN) != 0 && !input.empty()) return input.front().events;
+    const bool reads = (events & POLLIN) != 0 && !input.empty();
     if ((events & POLLOUT) != 0 && outputEvents != 0) return outputEvents;
-    clock.SleepFor(std::chrono::milliseconds(timeoutMs));
-    return 0;
+    if (events == 0) return outputEvents & ~POLLOUT;
+    const int sleptMs = reads ? std::min(timeoutMs, input.front().afterMs) : timeoutMs;
+    clock.SleepFor(std::chrono::milliseconds(sleptMs));
+    if (!reads) return 0;
+    input.front().afterMs -= sleptMs;
+    return input.front().afterMs == 0 ? input.front().events : 0;
   }
   void Close(int) override { ++closed; }
 
   ManualClock clock;
+  const std::map<std::string, UsbAddress>& attached;
   int openError = 0;
+  int addressError = 0;
   std::deque<Input> input;    // readable now
   std::deque<Input> answer;   // readable after the next write
   std::deque<int64_t> takes;  // of each write, or an error
@@ -64,8 +82,31 @@ struct ScriptedNode final : DeviceCalls {
   int polls = 0;
 };
 
+// The system's own calls on a real node, but for what only the driver answers.
+struct RealNode final : DeviceCalls {
+  int Open(const std::string& node) override { return SystemDeviceCalls().Open(node); }
+  int AddressOf(int, UsbAddress& found) override {
+    found = address;
+    return 0;
+  }
+  int64_t Read(int fd, uint8_t* buffer, size_t size) override {
+    return SystemDeviceCalls().Read(fd, buffer, size);
+  }
+  int64_t Write(int fd, const uint8_t* data, size_t size) override {
+    return SystemDeviceCalls().Write(fd, data, size);
+  }
+  int Poll(int fd, short events, int timeoutMs) override {
+    return SystemDeviceCalls().Poll(fd, events, timeoutMs);
+  }
+  void Close(int fd) override { SystemDeviceCalls().Close(fd); }
+
+  UsbAddress address;
+};
+
 class UsbConnectorTest : public UsbLab {
  protected:
+  static constexpr int kNewQuietMs = 100;
+
   std::vector<std::wstring> Found() {
     EXPECT_TRUE(connector.SearchDevices());
     std::vector<std::wstring> paths{L"left over"};
@@ -75,6 +116,18 @@ class UsbConnectorTest : public UsbLab {
     Attach(0, "11f1", "2601");
     ASSERT_TRUE(scripted.SearchDevices());
     ASSERT_TRUE(scripted.Open(L"0"));
+  }
+  // Past what every opened node is spared at first.
+  void OpenUsedScripted() {
+    OpenScripted();
+    node.takes = {1};
+    ASSERT_EQ(Write(scripted, "x"), 0U);
+    node.written.clear();
+  }
+  // Unplugged: the handle is of no more use, the node is gone.
+  void Unplug(int number) {
+    Detach(number);
+    node.outputEvents = POLLOUT | POLLHUP;
   }
   static uint32_t Write(UsbConnectorLinux& to, const std::string& text, uint32_t timeoutMs = 3000) {
     return to.Write(reinterpret_cast<const uint8_t*>(text.data()),
@@ -88,7 +141,7 @@ class UsbConnectorTest : public UsbLab {
   }
 
   UsbConnectorLinux connector;
-  ScriptedNode node;
+  ScriptedNode node{attached};
   UsbConnectorLinux scripted{node.clock, node};
   std::string block;  // of the last read
 };
@@ -104,6 +157,8 @@ TEST_F(UsbConnectorTest, ListsPrintersByTheNumberOfTheirNode) {
   EXPECT_THAT(Found(), ElementsAre(L"/dev/usb/lp9\\1", L"/dev/usb/lp10\\1")) << "anew, not added";
   Detach(9);
   EXPECT_THAT(Found(), ElementsAre(L"/dev/usb/lp10\\1"));
+  EXPECT_EQ(connector.Identity(0), "/dev/usb/lp10 1-10:1.0 11F1:260A:S1 1/1");
+  EXPECT_EQ(connector.Identity(1), "");
 }
 
 TEST_F(UsbConnectorTest, OpensByDecimalText) {
@@ -123,11 +178,83 @@ TEST_F(UsbConnectorTest, OpensByDecimalText) {
     node.opened.clear();
     EXPECT_EQ(scripted.Open(row.text), *row.node != '\0');
     EXPECT_EQ(node.opened.empty() ? "" : node.opened[0], row.node);
+    scripted.Close();
+    scripted.Close();
   }
-  EXPECT_EQ(node.closed, 3) << "one node is open at a time";
-  scripted.Close();
-  scripted.Close();
   EXPECT_EQ(node.closed, 4);
+}
+
+TEST_F(UsbConnectorTest, KeepsWhatIsOpenUntilTheNextStands) {
+  Attach(4, "11f1", "2601");
+  Attach(5, "11f1", "2602");
+  ASSERT_TRUE(scripted.SearchDevices());
+  ASSERT_TRUE(scripted.Open(L"0"));
+  const struct {
+    const char* what;
+    const wchar_t* text;
+    int openError;
+    bool opens;
+    int opened;
+    int closed;
+  } kRows[] = {{"is open", L"0", EBUSY, true, 0, 0},
+               {"no such index", L"99", 0, false, 0, 0},
+               {"another program holds it", L"1", EBUSY, false, 1, 0},
+               {"another printer", L"1", 0, true, 1, 1}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    node.openError = row.openError;
+    node.opened.clear();
+    EXPECT_EQ(scripted.Open(row.text), row.opens);
+    EXPECT_EQ(static_cast<int>(node.opened.size()), row.opened);
+    EXPECT_EQ(node.closed, row.closed);
+    EXPECT_EQ(scripted.Look(), LinkState::kAlive);
+  }
+}
+
+TEST_F(UsbConnectorTest, ReopensOnlyThePrinterThatWasOpen) {
+  const struct {
+    const char* what;
+    bool closes;   // this side, the printer
+    bool unplugs;  // the printer, whereupon this is plugged in:
+    int number, port;
+    const char* product;
+    const char* serial;
+    bool swaps;  // another one gets its node once it has been looked up
+    bool inJob;  // reopened there
+    bool idle;   // and elsewhere, also by its place in the list
+  } kRows[] = {
+      {"is open", false, false, 0, 0, "2601", "A", false, true, true},
+      {"closed", true, false, 0, 0, "2601", "A", false, true, true},
+      {"plugged in anew", false, true, 0, 0, "2601", "A", false, false, true},
+      {"plugged in anew while closed", true, true, 0, 0, "2601", "A", false, false, true},
+      {"another node", false, true, 3, 0, "2601", "A", false, false, true},
+      {"another port", false, true, 0, 3, "2601", "A", false, false, false},
+      {"another printer on the node", false, true, 0, 0, "2601", "B", false, false, false},
+      {"another model on the node", false, true, 0, 0, "2602", "A", false, false, false},
+      {"another printer after the look", false, true, 0, 0, "2601", "A", true, false, false},
+  };
+  EXPECT_FALSE(scripted.Reopen(false)) << "none was opened";
+  for (const auto& row : kRows) {
+    for (const bool inJob : {true, false}) {
+      SCOPED_TRACE(std::string(row.what) + (inJob ? " in a job" : ""));
+      Attach(0, "11f1", "2601", "A");
+      ASSERT_TRUE(scripted.SearchDevices());
+      ASSERT_TRUE(scripted.Open(L"0"));
+      const std::string listed = scripted.Identity(0);
+      if (row.closes) scripted.Close();
+      if (row.unplugs) {
+        Unplug(0);
+        Attach(row.number, "11f1", row.product, row.serial, row.port);
+      }
+      if (row.swaps) ++attached["/dev/usb/lp0"].device;
+      EXPECT_EQ(scripted.Reopen(inJob), inJob ? row.inJob : row.idle);
+      EXPECT_EQ(scripted.Open(L"0"), row.idle);
+      EXPECT_EQ(scripted.Identity(0), listed) << "the list stays as it was";
+      scripted.Close();
+      EXPECT_EQ(static_cast<int>(node.opened.size()), node.closed) << "none is left open";
+      Detach(row.number);
+    }
+  }
 }
 
 TEST_F(UsbConnectorTest, TellsWhyANodeCannotBeOpened) {
@@ -156,18 +283,52 @@ TEST_F(UsbConnectorTest, TellsWhyANodeCannotBeOpened) {
 TEST_F(UsbConnectorTest, TalksOverARealNode) {
   Attach(0, "11f1", "2601");
   ASSERT_THAT(Found(), ElementsAre(L"/dev/usb/lp0\\1"));
-  ASSERT_TRUE(connector.Open(L"0"));
-  EXPECT_EQ(Read(connector, 1), kTransferTimeout);
+  EXPECT_FALSE(connector.Open(L"0")) << "no node of the driver's";
+  RealNode node0;
+  UsbConnectorLinux real(Nuv::Platform::SystemClock(), node0);
+  node0.address = attached.at("/dev/usb/lp0");
+  ASSERT_TRUE(real.SearchDevices());
+  ASSERT_TRUE(real.Open(L"0"));
+  EXPECT_EQ(Read(real, 1), kTransferTimeout);
   ASSERT_EQ(write(Far(0), "late\r\n", 6), 6);
-  ASSERT_EQ(Write(connector, "F101\r\n"), 0U);
+  ASSERT_EQ(Write(real, "F101\r\n"), 0U);
   char line[16] = {};
   ASSERT_EQ(read(Far(0), line, sizeof line), 6);
   EXPECT_STREQ(line, "F101\r\n");
   ASSERT_EQ(write(Far(0), "F101 OK\r\n", 9), 9);
-  EXPECT_EQ(Read(connector), 0U);
+  EXPECT_EQ(Read(real), 0U);
   EXPECT_EQ(block, "F101 OK\r\n") << "not the late reply";
-  connector.Close();
-  EXPECT_EQ(Write(connector, "x"), kNotOpen);
+  real.Close();
+  EXPECT_EQ(Write(real, "x"), kNotOpen);
+}
+
+// The driver takes a block and reports an interruption all the same; a pipe that is full stands for
+// it, since its writer is interrupted as well.
+TEST(UsbNodeCalls, NoSignalEndsAWrite) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string more(static_cast<size_t>(fcntl(ends[1], F_GETPIPE_SZ)) + 1, 'x');
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  struct sigaction before {};
+  sigaction(SIGUSR1, &action, &before);
+  std::thread printer([&, writer = pthread_self()] {
+    char byte = 0;
+    EXPECT_EQ(read(ends[0], &byte, 1), 1);  // so the writer is at it
+    for (int i = 0; i < 50; ++i) {
+      pthread_kill(writer, SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    while (read(ends[0], &byte, 1) == 1) {
+    }
+  });
+  EXPECT_EQ(SystemDeviceCalls().Write(ends[1], reinterpret_cast<const uint8_t*>(more.data()),
+                                      more.size()),
+            static_cast<int64_t>(more.size()));
+  close(ends[1]);
+  printer.join();
+  close(ends[0]);
+  sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
@@ -178,29 +339,51 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
     uint32_t status;
     const char* written;
     int64_t sleptMs;
+    int opened;  // anew, so that the driver drops what the printer has not taken
   } kRows[] = {
-      {"at once", {8}, POLLOUT, 0, "01234567", 0},
-      {"in parts", {3, -EAGAIN, 1, -EINTR, 8}, POLLOUT, 0, "01234567", 0},
-      {"not taken", {}, 0, kTransferTimeout, "", 500},
-      {"taken by the driver only", {8}, 0, kTransferTimeout, "01234567", 500},
-      {"partly taken", {3, -EAGAIN}, 0, kTransferTimeout, "012", 500},
-      {"error", {3, -EIO}, POLLOUT, EIO, "012", 0},
-      {"gone", {-ENODEV}, POLLOUT, ENODEV, "", 0},
-      {"gone while it waits", {3, -EAGAIN}, POLLOUT | POLLHUP, ENODEV, "012", 0},
-      {"gone before the end", {8}, POLLOUT | POLLHUP, ENODEV, "01234567", 0},
+      {"at once", {8}, POLLOUT, 0, "01234567", 0, 0},
+      {"in parts", {3, -EAGAIN, 1, 8}, POLLOUT, 0, "01234567", 0, 0},
+      {"not taken", {}, 0, kTransferTimeout, "", 500, 1},
+      {"taken by the driver only", {8}, 0, kTransferTimeout, "01234567", 500, 1},
+      {"partly taken", {3, -EAGAIN}, 0, kTransferTimeout, "012", 500, 1},
+      {"interrupted: taken or not", {3, -EINTR, 8}, POLLOUT, EINTR, "012", 0, 1},
+      {"error", {3, -EIO}, POLLOUT, EIO, "012", 0, 0},
+      {"gone", {-ENODEV}, POLLOUT, ENODEV, "", 0, 0},
+      {"gone while it waits", {3, -EAGAIN}, POLLOUT | POLLHUP, ENODEV, "012", 0, 0},
+      {"gone before the end", {8}, POLLOUT | POLLHUP, ENODEV, "01234567", 0, 0},
   };
-  OpenScripted();
+  Attach(0, "11f1", "2601");
+  ASSERT_TRUE(scripted.SearchDevices());
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.what);
+    ASSERT_TRUE(scripted.Open(L"0"));
+    node.opened.clear();
     node.takes = row.takes;
     node.outputEvents = row.outputEvents;
     node.written.clear();
     const int64_t before = node.clock.SleptMs();
     EXPECT_EQ(Write(scripted, "01234567", 500), row.status);
     EXPECT_EQ(node.written, row.written);
-    EXPECT_EQ(node.clock.SleptMs() - before, row.sleptMs);
+    EXPECT_EQ(node.clock.SleptMs() - before, kNewQuietMs + row.sleptMs);
+    EXPECT_EQ(static_cast<int>(node.opened.size()), row.opened);
+    scripted.Close();
   }
+  ASSERT_TRUE(scripted.Open(L"0"));
   EXPECT_EQ(Write(scripted, ""), 0U);
+  node.takes = {8192, 8192, 8192};
+  EXPECT_EQ(Write(scripted, std::string(20000, 'x')), 0U);
+
+  // Dropped, and then another program has it, or another printer is there.
+  node.openError = EBUSY;
+  node.outputEvents = 0;
+  EXPECT_EQ(Write(scripted, "x"), kNotOpen);
+  EXPECT_EQ(scripted.Look(), LinkState::kClosed);
+  node.openError = 0;
+  ASSERT_TRUE(scripted.Open(L"0"));
+  Detach(0);
+  Attach(0, "11f1", "2601");
+  node.outputEvents = 0;
+  EXPECT_EQ(Write(scripted, "x"), kNotOpen);
 }
 
 TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
@@ -235,18 +418,57 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
   }
 }
 
-TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
+TEST_F(UsbConnectorTest, ReadsNoLongerThanItsCallerWaits) {
   OpenScripted();
-  node.input = {{"late "}, {""}, {"reply\r\n"}};
-  node.answer = {{"mine\r\n"}};
-  node.takes = {100};
-  ASSERT_EQ(Write(scripted, "F102\r\n"), 0U);
-  EXPECT_EQ(Read(scripted), 0U);
-  EXPECT_EQ(block, "mine\r\n");
+  uint8_t buffer[kReadBytes] = {};
+  const auto givenUp = [&] { return node.clock.SleptMs() >= 700; };
+  EXPECT_EQ(scripted.ReadUnless(givenUp, buffer, 30000), kTransferTimeout);
+  EXPECT_EQ(node.clock.SleptMs(), 1000) << "seen within half a second";
+}
+
+TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
+  using Inputs = std::deque<ScriptedNode::Input>;
+  const struct {
+    const char* what;
+    bool isNew;  // opened since the last write
+    Inputs input;
+    int64_t sleptMs;
+  } kRows[] = {
+      {"nothing", false, {}, 0},
+      {"with its rest", false, {{"late "}, {""}, {"reply\r\n", 0, POLLIN, 19}}, 19 + 20},
+      {"nothing from before the opening", true, {}, kNewQuietMs},
+      {"to the one before", true, {{"la", 0, POLLIN, 99}, {"te\r\n", 0, POLLIN, 99}}, 298},
+      {"without an end", true, Inputs(100, {"late ", 0, POLLIN, 50}), 2000},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    OpenUsedScripted();
+    if (row.isNew) {
+      scripted.Close();
+      ASSERT_TRUE(scripted.Open(L"0"));
+    }
+    const int64_t before = node.clock.SleptMs();
+    node.input = row.input;
+    node.takes = {100};
+    ASSERT_EQ(Write(scripted, "F102\r\n"), 0U);
+    EXPECT_EQ(node.clock.SleptMs() - before, row.sleptMs);
+    node.input = {{"mine\r\n"}};
+    EXPECT_EQ(Read(scripted), 0U);
+    EXPECT_EQ(block, "mine\r\n");
+    scripted.Close();
+    Detach(0);
+  }
+  OpenUsedScripted();
+  EXPECT_FALSE(scripted.DiscardUntilQuiet(250, 2000));
+  node.input = {{"late", 0, POLLIN, 249}};
+  EXPECT_TRUE(scripted.DiscardUntilQuiet(250, 2000));
+  EXPECT_TRUE(node.input.empty());
 }
 
 TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
-  OpenScripted();
+  OpenUsedScripted();
+  const int64_t before = node.clock.SleptMs();
+  node.polls = 0;
   node.outputEvents = POLLOUT | POLLHUP;
   for (int i = 0; i < 3; ++i) {
     node.input = {{"", i == 0 ? EIO : ENODEV, i == 1 ? POLLIN : POLLIN | POLLHUP}};
@@ -254,8 +476,9 @@ TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
     EXPECT_EQ(Read(scripted), kTransferTimeout);
     EXPECT_EQ(Write(scripted, "x"), static_cast<uint32_t>(i == 0 ? EIO : ENODEV));
   }
-  EXPECT_EQ(node.clock.SleptMs(), 0) << "a printer that has gone is not waited for";
+  EXPECT_EQ(node.clock.SleptMs(), before) << "a printer that has gone is not waited for";
   EXPECT_LT(node.polls, 20);
+  EXPECT_EQ(scripted.Look(), LinkState::kEnded);
   scripted.Close();
   node.outputEvents = POLLOUT;
   node.takes = {1};

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "tests/wine/usb_device.h"
 
@@ -23,7 +24,9 @@ class PipePrinter {
  public:
   using Answer = std::function<std::string(const std::string& request)>;
 
-  explicit PipePrinter(Answer answer) : thread_([this, answer] { Serve(answer); }) {
+  // `greeting`: what it still has to say when a host opens the device.
+  explicit PipePrinter(Answer answer, std::string greeting = {})
+      : thread_([this, answer, greeting] { Serve(answer, greeting); }) {
     while (!ready_) std::this_thread::yield();
   }
   ~PipePrinter() {
@@ -34,16 +37,18 @@ class PipePrinter {
   void AwaitClosed(int hosts) const {
     while (closed_ < hosts) std::this_thread::yield();
   }
+  int closed() const { return closed_; }
   PipePrinter(const PipePrinter&) = delete;
   PipePrinter& operator=(const PipePrinter&) = delete;
 
  private:
-  void Serve(const Answer& answer) {
+  void Serve(const Answer& answer, std::string greeting) {
     wine::DevicePipe pipe;
     ready_ = true;
     std::string request;
     while (!ended_) {
       if (!pipe.Receive(request)) ++closed_;
+      if (pipe.connected() && !greeting.empty()) pipe.Send(std::exchange(greeting, {}));
       if (!request.empty()) pipe.Send(answer(request));
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
@@ -59,8 +64,9 @@ std::string Echo(const std::string& request) { return request; }
 
 class UsbConnectorTest : public ::testing::Test {
  protected:
-  void Attach(const std::wstring& id, const std::wstring& serial = L"S1") {
-    devices.push_back(std::make_unique<wine::RegisteredDevice>(id, serial, L"USB\\" + id));
+  void Attach(const std::wstring& id, const std::wstring& serial = L"S1",
+              const std::wstring& port = L"USB(1)") {
+    devices.push_back(std::make_unique<wine::RegisteredDevice>(id, serial, L"USB\\" + id, port));
   }
   std::vector<std::wstring> Found() {
     EXPECT_TRUE(connector.SearchDevices());
@@ -134,6 +140,63 @@ TEST_F(UsbConnectorTest, OpensByDecimalText) {
   EXPECT_EQ(Read(), kNotOpen);
 }
 
+TEST_F(UsbConnectorTest, KeepsWhatIsOpenUntilTheNextStands) {
+  const PipePrinter printer(Echo);
+  Attach(L"VID_11F1&PID_2601", L"S1");
+  Attach(L"VID_11F1&PID_2601", L"S2");
+  ASSERT_TRUE(connector.SearchDevices());
+  EXPECT_NE(connector.Identity(0), connector.Identity(1));
+  EXPECT_EQ(connector.Identity(2), "");
+  EXPECT_EQ(connector.Look(), LinkState::kClosed);
+  const bool isFirst = connector.Identity(0).find("#s1#") != std::string::npos;
+  ASSERT_TRUE(connector.Open(isFirst ? L"0" : L"1"));
+  devices.pop_back();
+  EXPECT_TRUE(connector.Open(isFirst ? L"0" : L"1"));
+  EXPECT_FALSE(connector.Open(isFirst ? L"1" : L"0")) << "it has gone";
+  EXPECT_FALSE(connector.Open(L"99"));
+  EXPECT_EQ(connector.Look(), LinkState::kAlive);
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
+  EXPECT_EQ(printer.closed(), 0);
+}
+
+TEST_F(UsbConnectorTest, ReopensOnlyThePrinterThatWasOpen) {
+  const struct {
+    const char* what;
+    bool unplugs;  // whereupon this is plugged in:
+    const wchar_t* serial;
+    const wchar_t* port;
+    bool inJob;  // reopened there
+    bool idle;   // and elsewhere, also by its place in the list
+  } kRows[] = {{"closed", false, L"S1", L"USB(1)", true, true},
+               {"plugged in anew", true, L"S1", L"USB(1)", false, true},
+               {"another port", true, L"S1", L"USB(2)", false, false},
+               {"another printer", true, L"S2", L"USB(1)", false, false}};
+  const PipePrinter printer(Echo);
+  EXPECT_FALSE(connector.Reopen(false)) << "none was opened";
+  int opened = 0;
+  for (const auto& row : kRows) {
+    for (const bool inJob : {true, false}) {
+      SCOPED_TRACE(std::string(row.what) + (inJob ? " in a job" : ""));
+      Open();
+      const std::string listed = connector.Identity(0);
+      if (row.unplugs) {
+        devices.clear();
+        EXPECT_EQ(connector.Look(), LinkState::kEnded);
+      }
+      connector.Close();
+      printer.AwaitClosed(++opened);
+      if (row.unplugs) Attach(L"VID_11F1&PID_2601", row.serial, row.port);
+      EXPECT_EQ(connector.Reopen(inJob), inJob ? row.inJob : row.idle);
+      EXPECT_EQ(connector.Open(L"0"), row.idle);
+      EXPECT_EQ(connector.Identity(0), listed) << "the list stays as it was";
+      EXPECT_EQ(connector.Look(), row.idle ? LinkState::kAlive : LinkState::kClosed);
+      connector.Close();
+      if (row.idle) printer.AwaitClosed(++opened);
+      devices.clear();
+    }
+  }
+}
+
 TEST_F(UsbConnectorTest, RefusesADeviceThatHasGone) {
   Attach(L"VID_11F1&PID_2601");
   ASSERT_TRUE(connector.SearchDevices());
@@ -160,6 +223,16 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
   ASSERT_TRUE(connector.Open(L"0"));
   EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout);
   EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout) << "the first left nothing pending";
+  // What answers to the part that it took is no answer to what follows.
+  std::string request;
+  stuck.Receive(request);
+  stuck.Send("late\r\n");
+  EXPECT_EQ(Write("F102\r\n"), 0U);
+  stuck.Receive(request);
+  EXPECT_EQ(request, "F102\r\n");
+  stuck.Send("mine\r\n");
+  EXPECT_EQ(Read(), 0U);
+  EXPECT_EQ(block, "mine\r\n");
 }
 
 TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
@@ -191,6 +264,31 @@ TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
   EXPECT_EQ(Read(kShortMs), kTransferTimeout);
   while (!answered) std::this_thread::yield();
   EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
+}
+
+TEST_F(UsbConnectorTest, ThrowsAwayWhatNobodyAskedFor) {
+  const PipePrinter printer(
+      [](const std::string& request) {
+        return request == "twice" ? std::string(600, 'z') : request;
+      },
+      "for the host before\r\n");
+  Open();
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
+  // A second reply stands behind the first.
+  EXPECT_EQ(Exchange("twice"), std::string(kReadBytes, 'z'));
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
+  EXPECT_FALSE(connector.DiscardUntilQuiet(kShortMs, kWaitMs));
+  EXPECT_EQ(Write("F102\r\n"), 0U);
+  EXPECT_TRUE(connector.DiscardUntilQuiet(kShortMs, kWaitMs));
+}
+
+TEST_F(UsbConnectorTest, ReadsNoLongerThanItsCallerWaits) {
+  const PipePrinter printer(Echo);
+  Open();
+  uint8_t buffer[kReadBytes] = {};
+  int asked = 0;
+  EXPECT_EQ(connector.ReadUnless([&] { return ++asked == 2; }, buffer, 600000), kTransferTimeout);
+  EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n") << "nothing is pending";
 }
 
 TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {

@@ -18,6 +18,12 @@ constexpr wchar_t kPrinterClass[] = L"{28d78fad-5a12-11d1-ae5b-0000f803a8c2}";
 // A device without a set-up class is left out of every list.
 constexpr wchar_t kUsbSetupClass[] = L"{36fc9e60-c465-11cf-8056-444553540000}";
 constexpr wchar_t kSystemKey[] = L"System\\CurrentControlSet\\";
+// Where the system keeps when and where a device was plugged in, and as what.
+constexpr wchar_t kArrivalKey[] = L"\\Properties\\{83da6326-97a6-4088-9453-a1923f573b29}\\0066";
+constexpr wchar_t kPortKey[] = L"\\Properties\\{a45c254e-df1c-4efd-8020-67d146a850e0}\\0025";
+constexpr DWORD kPropertyTypes = 0xffff0000;
+constexpr DWORD kTypeTime = 0x10;
+constexpr DWORD kTypeTexts = 0x2012;
 constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\1";
 constexpr DWORD kPipeBytes = 65536;
 constexpr DWORD kEnds = 8;
@@ -69,7 +75,7 @@ HANDLE LinkToPipes(const std::wstring& device) {
 }  // namespace
 
 RegisteredDevice::RegisteredDevice(const std::wstring& vendorAndProduct, const std::wstring& serial,
-                                   const std::wstring& hardwareId) {
+                                   const std::wstring& hardwareId, const std::wstring& port) {
   const std::wstring instance = L"USB\\" + vendorAndProduct + L"\\" + serial;
   const std::wstring device = L"USB#" + vendorAndProduct + L"#" + serial + L"#" + kPrinterClass;
   path_ = L"\\\\?\\" + Lower(device);
@@ -82,6 +88,16 @@ RegisteredDevice::RegisteredDevice(const std::wstring& vendorAndProduct, const s
     WriteValue(instanceKey_, L"HardwareID", REG_MULTI_SZ, list.c_str(),
                (list.size() + 1) * sizeof(wchar_t));
   }
+  // Later ones have a later time, also within one tick of the clock.
+  static DWORD64 pluggings = 0;
+  FILETIME now{};
+  GetSystemTimeAsFileTime(&now);
+  const DWORD64 arrival = (DWORD64{now.dwHighDateTime} << 32) + now.dwLowDateTime + ++pluggings;
+  WriteValue(instanceKey_ + kArrivalKey, nullptr, kPropertyTypes | kTypeTime, &arrival,
+             sizeof arrival);
+  const std::wstring ports = port + L'\0';
+  WriteValue(instanceKey_ + kPortKey, nullptr, kPropertyTypes | kTypeTexts, ports.c_str(),
+             (ports.size() + 1) * sizeof(wchar_t));
   WriteText(interfaceKey_, L"DeviceInstance", instance);
   WriteText(interfaceKey_ + L"\\#", L"SymbolicLink", path_);
   const DWORD linked = 1;

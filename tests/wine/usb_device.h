@@ -18,9 +18,9 @@ namespace wine {
 class RegisteredDevice {
  public:
   // `vendorAndProduct` as in "VID_11F1&PID_2601"; `hardwareId` the device's own text (empty: it has
-  // none).
+  // none). Each object is a plugging in of its own, as the system tells by the time of it.
   RegisteredDevice(const std::wstring& vendorAndProduct, const std::wstring& serial,
-                   const std::wstring& hardwareId);
+                   const std::wstring& hardwareId, const std::wstring& port = L"USB(1)");
   ~RegisteredDevice();
   RegisteredDevice(const RegisteredDevice&) = delete;
   RegisteredDevice& operator=(const RegisteredDevice&) = delete;

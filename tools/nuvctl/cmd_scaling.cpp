@@ -57,10 +57,10 @@ std::optional<Scaling> ScalingOf(const std::vector<float>& factors) {
 
 Action DeclareScaling(CLI::App& app) {
   const auto factors = std::make_shared<std::vector<float>>();
-  app.add_option("X1 X2 Y1 Y2 Z1 Z2", *factors,
-                 "The six new factors; without them the factors are shown")
+  // CLI11 takes no name with blanks in it.
+  app.add_option("FACTORS", *factors, "The six new factors; without them the factors are shown")
       ->expected(static_cast<int>(kFactors))
-      ->type_name("");
+      ->option_text("X1 X2 Y1 Y2 Z1 Z2");
   return [factors](Context& context) {
     const std::optional<Scaling> wanted = ScalingOf(*factors);
     OpenPrinter(context);

@@ -64,12 +64,12 @@ constexpr std::int64_t kMaxDatagrams = 100000;
 constexpr std::int64_t kMaxDelayMs = 3600000;
 constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
 
-const FaultRow& RowOf(FaultKind kind) {
+FaultRow RowOf(FaultKind kind) {
   return *std::find_if(std::begin(kRows), std::end(kRows),
                        [kind](const FaultRow& row) { return row.kind == kind; });
 }
 
-const FaultRow& RowOf(const std::string& name, const std::string& path) {
+FaultRow RowOf(const std::string& name, const std::string& path) {
   const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
                                  [&name](const FaultRow& each) { return name == each.name; });
   if (row != std::end(kRows)) return *row;
@@ -89,7 +89,7 @@ std::int64_t MaxSize(const FaultRow& row) {
 }  // namespace
 
 Fault MakeFault(FaultKind kind, int code, int count) {
-  const FaultRow& row = RowOf(kind);
+  const FaultRow row = RowOf(kind);
   Fault fault;
   fault.kind = kind;
   fault.code = code;
@@ -106,7 +106,7 @@ Fault ParseFault(const nlohmann::json& value, const std::string& path) {
   JsonObject object(value, path);
   std::string name;
   object.Read("kind", name);
-  const FaultRow& row = RowOf(name, object.PathOf("kind"));
+  const FaultRow row = RowOf(name, object.PathOf("kind"));
   Fault fault = MakeFault(row.kind);
   object.ReadInteger("code", 0, kMaxInt, fault.code);
   object.ReadInteger("count", -1, kMaxInt, fault.count);

@@ -22,9 +22,10 @@ inline constexpr uint64_t kMaxRecordLength = uint64_t{16} * 1024 * 1024;
 inline constexpr uint64_t kRecordFrameLength = 8;  // name and length in front of the payload
 inline constexpr uint64_t kMaxPreviewLength = uint64_t{64} * 1024 * 1024;
 inline constexpr uint64_t kMaxLineLength = uint64_t{16} * 1024 * 1024;
-// Callers count model bytes and lines in signed 32-bit integers.
+// Callers count model bytes, lines, layers and minutes in signed 32-bit integers.
 inline constexpr uint64_t kMaxModelBytes = 0x7FFFFFFF;
 inline constexpr uint64_t kMaxLines = 0x7FFFFFFF;
+inline constexpr uint32_t kMaxWholeNumber = 0x7FFFFFFF;
 
 struct Argument {
   std::string name;
@@ -38,8 +39,8 @@ Status CheckMachineId(std::string_view id);
 Status CheckId(std::string_view what, std::string_view id);
 
 // Names of 1 to 64 letters, digits, '_', '.' or '-', each at most once; values without
-// control characters; the arguments that job opening reads as numbers (layers,
-// print_minutes, ...) are finite decimal numbers not below 0, `layers` a whole one.
+// control characters; the arguments that job opening reads as numbers are finite decimal
+// numbers not below 0, `layers` and `print_minutes` in digits alone, up to 2147483647.
 Status CheckArguments(const std::vector<Argument>& arguments);
 
 // No CR, no LF, at most 16 MiB, and not 'F' followed by a digit: the printer would

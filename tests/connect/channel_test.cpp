@@ -1,0 +1,276 @@
+// What the channel keeps of a connection: what is owed and confirmed, which printer it is, and what
+// happens to the link that is left.
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/connect/job_lab.h"
+#include "tests/connect/scripted_connector.h"
+#include "tests/support/environment.h"
+
+namespace Nuv::Connect {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Strings = std::vector<std::string>;
+
+TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
+  const struct {
+    const char* name;
+    Strings events;  // "F..." a request, "<..." a reply, "x" thrown away, else data
+    bool unconfirmed;
+    bool owes;
+  } kRows[] = {
+      {"nothing written", {}, false, false},
+      {"data", {"line"}, true, false},
+      {"answered request", {"line", "F117\r\n", "<F117 OK S:1\r\n"}, false, false},
+      {"unanswered request", {"line", "F117\r\n"}, true, true},
+      {"another's code", {"line", "F117\r\n", "<F102 OK\r\n"}, true, false},
+      {"a longer code", {"line", "F117\r\n", "<F1170 OK\r\n"}, true, false},
+      {"another letter", {"line", "F117\r\n", "<X117 OK\r\n"}, false, false},
+      {"data behind the request", {"F117\r\n", "line", "<F117 OK\r\n"}, true, false},
+      {"late answer to an earlier one",
+       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\n"},
+       true,
+       true},
+      {"both answers",
+       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\n", "<F117 OK\r\n"},
+       false,
+       false},
+      {"both in one piece",
+       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\nF117 OK\r\n"},
+       false,
+       false},
+      {"one thrown away", {"F117\r\n", "line", "F117\r\n", "x", "<F117 OK\r\n"}, false, false},
+      {"two pieces of one", {"line", "F117\r\n", "<F117 O", "<K S:1\r\n"}, false, false},
+      {"the first of them only", {"line", "F117\r\n", "<F117 O"}, false, true},
+      {"a reply that nobody asked for", {"line", "<F117 OK\r\n"}, true, false},
+      {"a raw line that is no command", {"hello\r\n", "<ello OK\r\n"}, true, false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    ReplyLedger ledger;
+    for (const std::string& event : row.events) {
+      if (event == "x") {
+        ledger.Discarded();
+      } else if (event.front() == '<') {
+        ledger.Answered(event.substr(1));
+      } else {
+        ledger.Wrote(event.size());
+        if (event.front() == 'F') ledger.Asked(event);
+      }
+    }
+    EXPECT_EQ(ledger.unconfirmed(), row.unconfirmed);
+    EXPECT_EQ(ledger.owes(), row.owes);
+    ledger.Reset();
+    EXPECT_FALSE(ledger.unconfirmed() || ledger.owes());
+  }
+}
+
+class ChannelTest : public JobLab {
+ protected:
+  // A second printer in the search, at index 1.
+  void StartTwo() {
+    Start({Printer("A1"), Printer("A2", "Zafel Superfine", kSecondNetwork)});
+    ASSERT_EQ(List(), NUV_OK);
+  }
+};
+
+// The printer answers the first request late, so that it is sent again and answered twice.
+TEST_F(ChannelTest, SecondAnswerIsNotTakenForTheNextQuestion) {
+  StartConnected(Printer("A1"));
+  int power = 0;
+  int micrometres = 0;
+  Commits("late,code=159,ms=700");
+  Commits("late,code=159,ms=150");
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kLaserPower, &power), NUV_OK);
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_OK);
+  EXPECT_EQ(power, 80);
+  EXPECT_EQ(micrometres, 0);
+  // One that comes too late even for that names another setting than was asked for.
+  Commits("other-code,code=159,text=F159 OK S0 V80");
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_FAILED);
+  EXPECT_EQ(micrometres, 0);
+  EXPECT_THAT(errors(), ElementsAre(std::pair(1, 159)));
+}
+
+TEST_F(ChannelTest, IndexThatMeansAnotherPrinterNowIsRefused) {
+  StartTwo();
+  IConnect* const channel = framework.GetConnect();
+  simulator->Unplug(0);
+  ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_NETWORK, serials));
+  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A1"), NUV_CONNECTION_REFUSED);
+  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_CONNECTION_REFUSED)
+      << "index 1 is nobody's";
+  ASSERT_EQ(List(), NUV_OK);
+  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_OK);
+  EXPECT_EQ(NameOfCurrent(), "printer-A2");
+}
+
+TEST_F(ChannelTest, CloseOfTheInterfaceEndsNoQuery) {
+  StartConnected(Printer("A1"));
+  WritePrintFile();
+  framework.Close();
+  EXPECT_EQ(NameOfCurrent(), "printer-A1");
+  EXPECT_EQ(Send(), NUV_OK);
+  ExpectJobArrived();
+}
+
+// The pauses of a transfer last until the printer has taken what was written, or has ended the
+// connection.
+class HandshakeClock final : public Platform::Clock {
+ public:
+  std::chrono::nanoseconds Now() const override { return std::chrono::milliseconds(slept_); }
+  void SleepFor(std::chrono::milliseconds duration) override {
+    slept_ += duration.count();
+    if (settled) {
+      EXPECT_TRUE(settled());
+    }
+  }
+  std::function<bool()> settled;
+
+ private:
+  int64_t slept_ = 0;
+};
+
+std::atomic<size_t> g_lines{0};  // of the job under way, sent so far
+
+// Wherever the printer ends the connection, a job that lost a byte is no success. The printer keeps
+// the broken one open until it is told.
+TEST_F(ChannelTest, JobThatLostBytesIsNoSuccess) {
+  lines = {"G1 X1", "G1 X2 Y3", "G28"};
+  const std::string data = Wire(lines.size());
+  HandshakeClock handshake;
+  ConnectingFramework host(handshake, kReplyTimeoutMs);
+  auto* const channel = dynamic_cast<IChannel*>(host.GetConnect());
+  bool isCut = false;  // the job under way
+  host.RegisterSendDataStartCallback([] { g_lines = 0; });
+  host.RegisterSendDataUpdateCallback([](int, int) { ++g_lines; });
+  handshake.settled = [&] {
+    const auto cut = [&] { return isCut && simulator->Totals().faultsApplied > 0; };
+    const bool taken =
+        Becomes([&] { return cut() || simulator->JobBytes().size() >= Wire(g_lines).size(); });
+    while (cut() && channel->Look().alive) std::this_thread::yield();
+    return taken;
+  };
+  WritePrintFile();
+  for (const size_t buffer : {size_t{65536}, size_t{12}}) {
+    for (size_t cut = 1; cut <= data.size(); cut += 3) {
+      SCOPED_TRACE(std::to_string(buffer) + " free, cut after " + std::to_string(cut));
+      auto printer = Printer("A1");
+      printer.bufferBytes = buffer;
+      printer.drainRate = 100000;
+      Start({printer});
+      serials.clear();
+      ASSERT_EQ(host.GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
+      ASSERT_EQ(host.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
+      // The opening has two requests for the free buffer behind it.
+      const size_t requests = std::string("F117\r\nF117\r\n").size();
+      Commits("drop-after,code=103,bytes=" + std::to_string(requests + cut));
+      isCut = true;
+      EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_WRITE_FAILED);
+      isCut = false;
+      EXPECT_EQ(simulator->Totals().faultsApplied, 1U);
+      ASSERT_TRUE(host.GetConnect()->OpenDevice());
+      if (simulator->Status().state == nuvsim::State::kReceiving) {
+        EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_PRINTER_REFUSED);
+        EXPECT_EQ(host.GetConnect()->ExecuteCommand("F104 S2\r\n"), "F104 OK\r");
+        EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_OK);
+      } else {
+        EXPECT_EQ(cut, data.size()) << "it has everything";
+      }
+      ExpectJobArrived();
+      simulator.reset();
+    }
+  }
+}
+
+class LeftLinkTest : public ChannelTest {
+ protected:
+  void SetUp() override {
+    ChannelTest::SetUp();
+    if (IsSkipped()) return;
+    port.printers = {{"U1"}};
+    Start({Printer("A1")});
+    for (const int kind : {NUV_KIND_USB, NUV_KIND_NETWORK}) {
+      ASSERT_EQ(host.GetDeviceList(kind, serials, kSearchMs), NUV_OK);
+    }
+  }
+
+  Port port;
+  ConnectingFramework host{clock, kReplyTimeoutMs, std::make_unique<ScriptedConnector>(port)};
+};
+
+TEST_F(LeftLinkTest, IsClosedForOthersButStillTellsWhatWasRead) {
+  IConnect* const channel = host.GetConnect();
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(channel->ReceiveReply(), "F9 OK");
+  EXPECT_EQ(host.ChooseDevice(NUV_KIND_NETWORK, 7), NUV_CONNECTION_REFUSED);
+  EXPECT_EQ(port.open, 0) << "a failed choice closes nothing of the other link";
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
+  EXPECT_EQ(port.open, -1);
+  std::vector<uint8_t> last;
+  EXPECT_TRUE(channel->ReadLocalData(last));
+  EXPECT_EQ(std::string(last.begin(), last.end()), "F9 OK\n");
+  ASSERT_TRUE(Becomes([&] { return simulator->Status().connected; }));
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  EXPECT_TRUE(Becomes([&] { return !simulator->Status().connected; }));
+  channel->CloseDevice();
+  EXPECT_FALSE(channel->ReadLocalData(last)) << "closed by the host";
+}
+
+TEST_F(LeftLinkTest, UsbPrinterIsKeptUnlessItOwesAnAnswer) {
+  IConnect* const channel = host.GetConnect();
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  port.opened.clear();
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
+  EXPECT_TRUE(channel->OpenDevice());
+  EXPECT_THAT(port.opened, IsEmpty()) << "open, alive and nothing owed";
+  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
+  EXPECT_TRUE(channel->OpenDevice());
+  EXPECT_THAT(port.opened, ElementsAre("again")) << "an answer may still come on the old one";
+  // Answers that are owed behind an answered request are waited for.
+  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
+  port.blocks = {"F9 OK\n"};
+  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
+  EXPECT_THAT(port.quietWaits, IsEmpty()) << "behind an unanswered one nothing is";
+  EXPECT_EQ(channel->ExecuteCommand("F8\r\n"), "");
+  EXPECT_THAT(port.quietWaits, ElementsAre(std::pair(250U, 2000U)));
+}
+
+// What is plugged into the port of the printer that a job goes to has not the beginning of the job.
+TEST_F(LeftLinkTest, PrinterThatIsUnpluggedInAJobIsNotReplaced) {
+  WritePrintFile();
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  port.onWrite = [&](const std::string& request) {
+    // Opening, buffer, then no space: the wait begins.
+    port.blocks = {request.substr(0, 4) + (request == "F117\r\n" ? " OK S:4\r\n" : " OK S:0\r\n")};
+    if (request == "F117\r\n") port.look = LinkState::kEnded;
+  };
+  EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_NO_BUFFER_SPACE);
+  EXPECT_TRUE(host.GetConnect()->OpenDevice()) << "behind the job it is found again";
+}
+
+TEST_F(LeftLinkTest, NothingIsWrittenIntoAnothersExchange) {
+  IConnect* const channel = host.GetConnect();
+  ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  std::thread sending;
+  port.onRead = [&] {
+    sending = std::thread([&] { EXPECT_TRUE(channel->SendBytes({'x'})); });
+    // Without the lock it would be through long before.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    port.onRead = nullptr;
+    port.blocks = {"F9 OK\n"};
+  };
+  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
+  sending.join();
+  EXPECT_FALSE(port.overlapped);
+  EXPECT_EQ(port.written.back(), "x");
+}
+
+}  // namespace
+}  // namespace Nuv::Connect

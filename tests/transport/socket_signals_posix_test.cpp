@@ -1,0 +1,70 @@
+// Waits of the local link's sockets in a host that handles signals.
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "tests/support/watchdog.h"
+#include "tests/transport/peer.h"
+#include "transport/tcp_client_socket.h"
+
+namespace {
+
+// Signals to the thread that made it, every few milliseconds, until the end or `kMost` of them.
+class Signals {
+ public:
+  static constexpr int kMost = 500;
+
+  Signals() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &action, nullptr);
+    thread_ = std::thread([this, target = pthread_self()] {
+      while (!over_ && sent_ < kMost) {
+        pthread_kill(target, SIGUSR1);
+        ++sent_;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      }
+    });
+  }
+  ~Signals() {
+    over_ = true;
+    thread_.join();
+  }
+  int sent() const { return sent_; }
+
+ private:
+  std::atomic<int> sent_{0};
+  std::atomic<bool> over_{false};
+  std::thread thread_;
+};
+
+TEST(SocketSignalsTest, WaitGoesOnWithTheTimeThatIsLeft) {
+  constexpr int64_t kMicroseconds = 50000;
+  const SocketSystem::Handle silent = SocketSystem::Create(SocketSystem::Kind::kUdp);
+  const Signals alarms;
+  EXPECT_FALSE(SocketSystem::WaitReadable(silent, kMicroseconds));
+  EXPECT_LT(alarms.sent(), Signals::kMost) << "it waited as long as there were signals";
+  SocketSystem::Close(silent);
+}
+
+TEST(SocketSignalsTest, WriteIsNotCut) {
+  const Watchdog watchdog;
+  constexpr size_t kBytes = size_t{32} << 20;
+  const std::string line(kBytes, 'x');
+  Peer peer;
+  TcpClientSocket socket;
+  const Signals alarms;
+  ASSERT_TRUE(socket.Connect("", peer.port()));
+  peer.Accept();
+  std::thread reader([&] { EXPECT_EQ(peer.Reads(kBytes).size(), kBytes); });
+  EXPECT_EQ(socket.Send(line.data(), static_cast<int>(kBytes)), 0);
+  reader.join();
+}
+
+}  // namespace
