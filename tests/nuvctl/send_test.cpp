@@ -37,7 +37,7 @@ TEST_F(SendTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
       {"first job ever", "accepted", kDone, {{0, 0, 0}, {0, 1, 1000}}},
       {"taken late", "accepted", kDone, {kBefore, kBefore, {0, 7, 900}, kTaken}},
       {"old job of equal size", "job_not_taken", kPrinterFailed, {{0, 6, 1000}}},
-      {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 999}}},
+      {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 9}}, {1000}, 0, true},
       {"prints",
        "accepted",
        kDone,

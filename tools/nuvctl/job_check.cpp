@@ -12,13 +12,16 @@ namespace {
 // The last lines may still be in the printer's receive buffer when the transfer ends.
 constexpr int kAttempts = 10;
 
-// How to get rid of what a broken job leaves.
-constexpr char kAbandon[] = "'nuvctl raw \"F104 S2\"' abandons it.";
+constexpr char kUnfinishedHint[] =
+    "A printer keeps an unfinished job open (receiving) and takes no other: 'nuvctl raw \"F104 "
+    "S2\"' "
+    "abandons it.";
 
-CommandError NotTaken(const std::string& reason) {
+CommandError NotTaken(
+    const std::string& reason,
+    const std::string& hint = "Look at the printer's panel, then send the file again.") {
   return CommandError("job_not_taken", kPrinterFailed,
-                      "The printer did not take the job: " + reason,
-                      "Look at the printer's panel, then send the file again.");
+                      "The printer did not take the job: " + reason, hint);
 }
 
 CommandError Unconfirmed(const CommandError& cause) {
@@ -44,7 +47,8 @@ std::optional<int> ConfirmByMark(System& system, const JobMark& before, JobMark 
     throw NotTaken("its last job is still number " + std::to_string(before.index));
   }
   throw NotTaken("its job " + std::to_string(after.index) + " holds " +
-                 std::to_string(after.bytes) + " of " + std::to_string(total) + " bytes");
+                     std::to_string(after.bytes) + " of " + std::to_string(total) + " bytes",
+                 kUnfinishedHint);
 }
 
 void ConfirmByState(System& system) {
@@ -128,9 +132,7 @@ int ConfirmCutJob(const Context& context, const Printer& printer, const JobMark&
     unconfirmed.shown.json["result"] = "not_confirmed";
     failure = unconfirmed;
   }
-  failure.hint +=
-      std::string(" A printer keeps an unfinished job open (receiving) and takes no other: ") +
-      kAbandon;
+  failure.hint += std::string(" ") + kUnfinishedHint;
   throw failure;
 }
 
@@ -138,9 +140,8 @@ CommandError JobRefused(CommandError failure) {
   failure.code = "job_refused";
   failure.message = "The printer refused to open the job";
   failure.hint =
-      std::string(
-          "It prints, or an unfinished job is still open on it. When 'nuvctl status' says ") +
-      "receiving although nobody sends, " + kAbandon;
+      "It prints, or an unfinished job is still open on it. When 'nuvctl status' says receiving "
+      "although nobody sends, 'nuvctl raw \"F104 S2\"' abandons it.";
   return failure;
 }
 
