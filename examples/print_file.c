@@ -31,12 +31,22 @@ static int send_file(int kind, const char* file) {
   return result;
 }
 
+/* C cannot catch the exceptions that a garbled reply raises: they become the result 1. */
+static void ask_for_results(void) {
+#if defined(_WIN32)
+  _putenv_s("NUVCONNECT_NO_EXCEPTIONS", "1");
+#else
+  setenv("NUVCONNECT_NO_EXCEPTIONS", "1", 1);
+#endif
+}
+
 int main(int argc, char** argv) {
   if (argc != 3) {
     fprintf(stderr, "usage: print_file usb|network FILE\n");
     return 2;
   }
   const int kind = strcmp(argv[1], "usb") == 0 ? NUV_KIND_USB : NUV_KIND_NETWORK;
+  ask_for_results();
   API_Initial();
   const int count = list_printers(kind);
   for (int i = 0; i < count; ++i) printf("printer %d: %s\n", i, serials[i]);

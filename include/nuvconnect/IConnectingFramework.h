@@ -20,7 +20,8 @@ enum class PrinterParameter : int { kLaserPower = 0, kZCompensation = 1 };
 // Thread-safety: operations may be called from any thread; the channel serialises the traffic.
 // Choosing, listing and jobs change what is current, so one thread at a time does those.
 // Errors: the result codes of ResultCodes.h. A malformed number in a printer's reply leaves an
-// operation as std::invalid_argument or std::out_of_range; nothing else is thrown.
+// operation as std::invalid_argument or std::out_of_range; the listing of a BEGO printer that names
+// no serial number ends with std::out_of_range. NUVCONNECT_NO_EXCEPTIONS changes nothing here.
 // Outputs: on failure an operation leaves its outputs at 0 or empty unless its export says else.
 // The order of the operations is binding: hosts call them through the virtual table.
 class IConnectingFramework {

@@ -25,9 +25,15 @@
 // called from any thread; one request and its reply are never mixed with another's. Listing,
 // choosing and jobs change what is current: do those from one thread at a time.
 //
-// Errors in numbers. A reply whose field is no number leaves the call as the C++ exception
+// Exceptions. A reply whose field is no number leaves the call as the C++ exception
 // std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
-// argument out of range"). No other exception leaves the library. docs/protocol.md has the wire.
+// argument out of range"); a lack of memory as std::bad_alloc. docs/protocol.md has the wire.
+// A host that cannot catch them (in C, in another language, or of another compiler than the
+// library's) is ended by one garbled reply unless it sets the environment variable
+// NUVCONNECT_NO_EXCEPTIONS, to whatever value, before API_Initial, which reads it. Each then becomes
+// the result 1, or false; outputs are those of any failed call; the error-code callback is called
+// with (1, command), the command 0 where none is to blame; a diagnostic has the text. What a
+// callback of the host throws passes through the library unchanged in any case.
 //
 // What crosses the boundary as a C++ object (the interface of GetConnectingInstance, the strings
 // of NuvPrintingInfoCallback) needs the compiler that built the library; all else is plain C.
@@ -65,7 +71,7 @@ extern "C" {
 
 // ---- Life cycle ---------------------------------------------------------------------------------
 
-// Creates the framework; a second call does nothing. Returns 0.
+// Creates the framework; a second call does nothing. Returns 0 (1: no memory, see Exceptions).
 NUV_API int API_Initial(void);
 
 // Ends the status thread and destroys the framework with its connection and callbacks. The thread's
@@ -215,7 +221,7 @@ NUV_API bool API_NUVCONNECT_CloseDevice(void);
 
 // Sends `command` (null: empty; the caller writes the line end) and writes the reply line, without
 // its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. An empty
-// reply when the printer did not answer. Returns 0.
+// reply when the printer did not answer. Returns 0 (1: see Exceptions).
 NUV_API int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen);
 
 // Reads one more reply line without sending, in the same way.
@@ -225,8 +231,7 @@ NUV_API int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen);
 
 // Scaling of the build in X, Y and Z, two factors each, above 0 and at most 10 (the printer refuses
 // others with 29): set by command 370, six decimals; read from keys X, Y, Z of command 369, where a
-// missing factor is 0 and a malformed one leaves as std::invalid_argument ("invalid stof argument")
-// or std::out_of_range.
+// missing factor is 0 and a malformed one is an exception as above, with "stof" for "stoi".
 NUV_API int API_SetBCPScaling(float x1, float x2, float y1, float y2, float z1, float z2);
 NUV_API int API_GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1, float* z2);
 

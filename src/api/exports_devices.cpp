@@ -3,9 +3,9 @@
 #include "api/marshalling.h"
 #include "nuvconnect/NuvConnect5.h"
 
-using Nuv::Api::CopyText;
 using Nuv::Api::CopyTextCut;
 using Nuv::Api::StringList;
+using Nuv::Api::Strings;
 using Nuv::Api::TextOrEmpty;
 using Nuv::Api::WithFramework;
 
@@ -36,11 +36,8 @@ int API_SearchUSBDevice(int* count) {
 }
 
 int API_GetDeviceInfo(char* out, int kind, int index, int field) {
-  return WithFramework([&](auto& framework) {
-    std::string value;
-    const int result = framework.GetDeviceInfo(value, kind, index, field);
-    CopyText(value, out);
-    return result;
+  return Strings(std::array{out}, [&](auto& framework, auto& value) {
+    return framework.GetDeviceInfo(value, kind, index, field);
   });
 }
 
@@ -64,24 +61,39 @@ int API_GetBroadCastResult(char** list, int* count, int entrySize, const char* f
   });
 }
 
+namespace {
+
+// A reply of the channel, cut to `maxLen`.
+template <class Operation>
+int Reply(char* reply, int maxLen, Operation&& operation) {
+  std::string text;
+  return WithFramework(
+      [&](auto& framework) {
+        text = operation(*framework.GetConnect());
+        return NUV_OK;
+      },
+      [&](int /*result*/) { CopyTextCut(text, reply, maxLen); });
+}
+
+}  // namespace
+
 bool API_NUVCONNECT_OpenDevice(void) {
-  return g_framework != nullptr && g_framework->GetConnect()->OpenDevice();
+  return WithFramework([](auto& framework) {
+           return framework.GetConnect()->OpenDevice() ? NUV_OK : NUV_FAILED;
+         }) == NUV_OK;
 }
 
 bool API_NUVCONNECT_CloseDevice(void) {
-  return g_framework != nullptr && g_framework->GetConnect()->CloseDevice();
+  return WithFramework([](auto& framework) {
+           return framework.GetConnect()->CloseDevice() ? NUV_OK : NUV_FAILED;
+         }) == NUV_OK;
 }
 
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen) {
-  return WithFramework([&](auto& framework) {
-    CopyTextCut(framework.GetConnect()->ExecuteCommand(TextOrEmpty(command)), reply, maxLen);
-    return NUV_OK;
-  });
+  return Reply(reply, maxLen,
+               [&](auto& channel) { return channel.ExecuteCommand(TextOrEmpty(command)); });
 }
 
 int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen) {
-  return WithFramework([&](auto& framework) {
-    CopyTextCut(framework.GetConnect()->ReceiveReply(), reply, maxLen);
-    return NUV_OK;
-  });
+  return Reply(reply, maxLen, [](auto& channel) { return channel.ReceiveReply(); });
 }

@@ -6,6 +6,7 @@
 #include "nuvconnect/NuvConnect5.h"
 
 using Nuv::Api::Bytes;
+using Nuv::Api::Guarded;
 using Nuv::Api::OneString;
 using Nuv::Api::Strings;
 using Nuv::Api::WithFramework;
@@ -29,8 +30,10 @@ int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback, unsigned 
 }
 
 int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback) {
-  return WithFramework(
-      [&](auto& framework) { return framework.RegisterErrorCodeCallback(callback); });
+  return WithFramework([&](auto& framework) {
+    g_errorCode = callback;
+    return framework.RegisterErrorCodeCallback(callback);
+  });
 }
 
 int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback) {
@@ -100,9 +103,11 @@ int API_SetFWUpdateFileInfo_Engine(unsigned int size, const char* path) {
 }
 
 int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const char* path) {
-  const std::string name(path);
-  return WithFramework(
-      [&](auto& framework) { return framework.SetFWUpdateFileInfo_Android(kind, size, name); });
+  return Guarded([&] {
+    const std::string name(path);
+    return WithFramework(
+        [&](auto& framework) { return framework.SetFWUpdateFileInfo_Android(kind, size, name); });
+  });
 }
 
 int API_StartFWUpdateFileInfo_LCM(const char* path) {

@@ -1,6 +1,8 @@
+#include "api/exceptions.h"
 #include "api/global_instance.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/NuvConnect5.h"
+#include "platform/environment.h"
 
 using Nuv::Connect::ConnectingFramework;
 using Nuv::Connect::IConnectingFramework;
@@ -8,8 +10,12 @@ using Nuv::Connect::IConnectingFramework;
 IConnectingFramework* g_framework = nullptr;
 
 int API_Initial(void) {
-  if (g_framework == nullptr) g_framework = new ConnectingFramework();
-  return NUV_OK;
+  if (g_framework != nullptr) return NUV_OK;
+  g_noExceptions = Nuv::Platform::IsInEnvironment("NUVCONNECT_NO_EXCEPTIONS");
+  return Nuv::Api::Guarded([] {
+    g_framework = new ConnectingFramework();
+    return NUV_OK;
+  });
 }
 
 void API_Close(void) {
@@ -17,6 +23,7 @@ void API_Close(void) {
   g_framework->Close();
   delete g_framework;
   g_framework = nullptr;
+  g_errorCode = nullptr;
 }
 
 IConnectingFramework* GetConnectingInstance(void) { return new ConnectingFramework(); }

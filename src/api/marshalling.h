@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "api/exceptions.h"
 #include "api/global_instance.h"
 #include "nuvconnect/NuvConnect5.h"
 
@@ -16,7 +17,16 @@ namespace Nuv::Api {
 // Calls `operation` with the framework; -1 when there is none.
 template <class Operation>
 int WithFramework(Operation&& operation) {
-  return g_framework == nullptr ? NUV_NO_INSTANCE : operation(*g_framework);
+  if (g_framework == nullptr) return NUV_NO_INSTANCE;
+  return Guarded([&] { return operation(*g_framework); });
+}
+
+// The same, and calls `copy` with the result, also after a failure.
+template <class Operation, class Copy>
+int WithFramework(Operation&& operation, Copy&& copy) {
+  const int result = WithFramework(operation);
+  if (g_framework != nullptr) copy(result);
+  return result;
 }
 
 // The text of an argument that may be null.
@@ -41,24 +51,20 @@ void CopyList(const std::vector<std::string>& strings, char** list, int* count, 
 // An export with one string output: written only when the operation returned 0.
 template <class Operation>
 int OneString(char* out, Operation&& operation) {
-  return WithFramework([&](Connect::IConnectingFramework& framework) {
-    std::string text;
-    const int result = operation(framework, text);
-    if (result == NUV_OK) CopyText(text, out);
-    return result;
-  });
+  std::string text;
+  return WithFramework([&](auto& framework) { return operation(framework, text); },
+                       [&](int result) {
+                         if (result == NUV_OK) CopyText(text, out);
+                       });
 }
 
 // An export with several string outputs: all written whatever the operation returned. `operation`
 // takes the framework and one string for each of `outs`.
 template <size_t N, class Operation, size_t... I>
 int Strings(const std::array<char*, N>& outs, Operation&& operation, std::index_sequence<I...>) {
-  return WithFramework([&](Connect::IConnectingFramework& framework) {
-    std::array<std::string, N> texts;
-    const int result = operation(framework, texts[I]...);
-    for (size_t i = 0; i < N; ++i) CopyText(texts[i], outs[i]);
-    return result;
-  });
+  std::array<std::string, N> texts;
+  return WithFramework([&](auto& framework) { return operation(framework, texts[I]...); },
+                       [&](int /*result*/) { (CopyText(texts[I], outs[I]), ...); });
 }
 template <size_t N, class Operation>
 int Strings(const std::array<char*, N>& outs, Operation&& operation) {
@@ -68,12 +74,9 @@ int Strings(const std::array<char*, N>& outs, Operation&& operation) {
 // An export with a string list: copied whatever the operation returned.
 template <class Operation>
 int StringList(char** list, int* count, int entrySize, Operation&& operation) {
-  return WithFramework([&](Connect::IConnectingFramework& framework) {
-    std::vector<std::string> strings;
-    const int result = operation(framework, strings);
-    CopyList(strings, list, count, entrySize);
-    return result;
-  });
+  std::vector<std::string> strings;
+  return WithFramework([&](auto& framework) { return operation(framework, strings); },
+                       [&](int /*result*/) { CopyList(strings, list, count, entrySize); });
 }
 
 }  // namespace Nuv::Api

@@ -89,7 +89,7 @@ TransactionStatus CommandBase::ParseReply(const std::string& reply) {
   AppendTokens(reply, replyTokens_);
   if (replyTokens_.size() < 2) return kNoReply;
   // The first character echoes the request's "F" and is not checked.
-  replyCode_ = ParseDecimal(replyTokens_[0].substr(1));
+  replyCode_ = ParseDecimal(replyTokens_[0].substr(1), code_);
   if (replyCode_ != code_) return kOtherReply;
   replyOk_ = IsReplyOk(replyTokens_);
   return kReplied;

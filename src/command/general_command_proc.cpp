@@ -35,7 +35,7 @@ std::string GeneralCommandProc::GetStringValue(const std::string& key) const {
 
 int32_t GeneralCommandProc::GetIntValue(const std::string& key) const {
   const std::string text = GetStringValue(key);
-  return text.empty() ? 0 : Command::ParseDecimal(text);
+  return text.empty() ? 0 : Command::ParseDecimal(text, GetCode());
 }
 
 }  // namespace Nuv::Connect

@@ -1,6 +1,7 @@
 // Finding, listing and choosing printers.
 
 #include "command/code_procs.h"
+#include "command/reply_error.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -113,12 +114,15 @@ int ConnectingFramework::QueryBegoSerial(std::string& serial) {
   F140Proc proc({connect_, NewJobContext().MakeErrorCallback(), clock_});
   std::vector<std::string> lines;
   const int result = proc.Process(lines);
-  if (result == NUV_OK) serial = lines.at(0);
-  return result;
+  if (result != NUV_OK) return result;
+  if (lines.empty()) throw Command::NoSerialNumber(Command::F140Cmd::kCode);
+  serial = lines.front();
+  return NUV_OK;
 }
 
 int ConnectingFramework::SearchUSBDevice(int* count) {
   std::vector<std::string> serials;
+  *count = 0;  // it may throw
   const int result = GetDeviceList(NUV_KIND_USB, serials, 0);
   *count = static_cast<int>(serials.size());
   return result;

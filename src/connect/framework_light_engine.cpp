@@ -49,7 +49,7 @@ int ConnectingFramework::GetPDSensorData(int laser, int* minimum, int* maximum, 
   // By position: the reply's fields are pairs of a letter and a value, without keys to look up.
   std::array<int, kReadings> readings{};
   for (size_t i = 0; i < std::min(kReadings, query.values().size()); ++i) {
-    readings[i] = Command::ParseDecimal(query.values()[i]);
+    readings[i] = Command::ParseDecimal(query.values()[i], query.code());
   }
   *minimum = readings[0];
   *maximum = readings[1];

@@ -50,10 +50,13 @@ int ConnectingFramework::GetPrintingStatus(int* layer, int* progressPercent, int
   const int result = query.Run(102);
   if (result != NUV_OK) return result;
   if (query.Number("S") != NUV_PRINTER_PRINTING) return query.Fail(NUV_NOT_PRINTING);
-  *layer = query.Number("L");
-  *minutesLeft = query.Number("T");
+  // All are read before the first is written: one that is malformed throws.
+  const int layerNumber = query.Number("L");
+  const int minutes = query.Number("T");
   const std::string progress = query.Text("C");
-  *progressPercent = Command::ParseDecimal(progress.substr(0, progress.find('%')));
+  *progressPercent = Command::ParseDecimal(progress.substr(0, progress.find('%')), query.code());
+  *layer = layerNumber;
+  *minutesLeft = minutes;
   return NUV_OK;
 }
 

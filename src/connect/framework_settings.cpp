@@ -19,12 +19,12 @@ std::string Joined(float first, float second) {
 }
 
 // The reverse; a factor that is missing is 0.
-Pair Split(const std::string& text) {
+Pair Split(const std::string& text, int32_t code) {
   Pair pair{};
   if (text.empty()) return pair;
-  pair[0] = Command::ParseFraction(text);
+  pair[0] = Command::ParseFraction(text, code);
   const size_t comma = text.find(',');
-  if (comma != std::string::npos) pair[1] = Command::ParseFraction(text.substr(comma + 1));
+  if (comma != std::string::npos) pair[1] = Command::ParseFraction(text.substr(comma + 1), code);
   return pair;
 }
 
@@ -45,9 +45,9 @@ int ConnectingFramework::GetBCPScaling(float* x1, float* x2, float* y1, float* y
   Query query = NewQuery();
   const int result = query.RunDirect<Command::F369Cmd>();
   if (result != NUV_OK) return result;
-  const Pair x = Split(query.Text("X"));
-  const Pair y = Split(query.Text("Y"));
-  const Pair z = Split(query.Text("Z"));
+  const Pair x = Split(query.Text("X"), query.code());
+  const Pair y = Split(query.Text("Y"), query.code());
+  const Pair z = Split(query.Text("Z"), query.code());
   *x1 = x[0];
   *x2 = x[1];
   *y1 = y[0];
@@ -86,7 +86,7 @@ int ConnectingFramework::GetParameter(PrinterParameter parameter, int* value) {
                          Number(parameter).c_str(), query.values().front().c_str());
     return query.Fail(NUV_FAILED);
   }
-  *value = Command::ParseDecimal(query.values()[kValuePlace]);
+  *value = Command::ParseDecimal(query.values()[kValuePlace], query.code());
   return NUV_OK;
 }
 

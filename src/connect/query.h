@@ -77,6 +77,9 @@ class Query {
   std::string Text(const char* key) const { return proc_->GetStringValue(key); }
   const Command::ResultMap& Fields() const;
 
+  // Of the command that was run last.
+  int32_t code() const { return code_; }
+
   // The values of the reply in its order.
   const std::vector<std::string>& values() const { return values_; }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "job/host_call.h"
 #include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -57,7 +58,7 @@ int32_t LineTransfer::Write(std::vector<uint8_t>&& line, uint64_t cost) {
   }
   sent_ += textBytes;
   const float percent = static_cast<float>(sent_) / static_cast<float>(total_) * kPercent;
-  if (progress_ != nullptr) progress_(percent);
+  if (progress_ != nullptr) CallHost(progress_, percent);
   context_.callbacks.ReportSent(total_, sent_);
   // All that was charged so far is taken off each time: the estimate shrinks faster than the buffer
   // fills, so the printer is asked again before it can overflow.

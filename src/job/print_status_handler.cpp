@@ -87,8 +87,8 @@ class StatusLoop {
     }
     PrintingInfo info;
     // A printing printer without these is as wrong as one with a malformed number: both throw.
-    info.layer = Command::ParseDecimal(identity.GetStringValue("L"));
-    info.minutesLeft = Command::ParseDecimal(identity.GetStringValue("T"));
+    info.layer = Command::ParseDecimal(identity.GetStringValue("L"), identity.GetCode());
+    info.minutesLeft = Command::ParseDecimal(identity.GetStringValue("T"), identity.GetCode());
     info.stateText = identity.GetStringValue("R");
     info.controller = identity.GetStringValue("C");
     if (state_->closing.raised()) return std::nullopt;

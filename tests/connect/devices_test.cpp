@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "command/reply_error.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
 
@@ -99,6 +100,8 @@ TEST_F(DevicesTest, BegoSerialQueryDecidesTheListing) {
   EXPECT_THAT(errors(), ElementsAre(std::pair(-1, 140)));
   Commits("other-code,code=140,text=F140 OK");  // "OK" twice and no serial number behind it
   EXPECT_EQ(List(), NUV_OK);
+  Commits("answer,code=140,text=F140 OK");
+  EXPECT_THROW(List(), Command::NoSerialNumber);
 }
 
 TEST_F(DevicesTest, SerialNumberConnectsOnTheSecondCall) {

@@ -7,10 +7,10 @@
 #include <array>
 #include <functional>
 #include <regex>
-#include <stdexcept>
 #include <tuple>
 #include <type_traits>
 
+#include "command/reply_error.h"
 #include "tests/connect/lab.h"
 
 namespace Nuv::Connect {
@@ -112,7 +112,7 @@ const std::vector<Row>& Rows() {
     {192, "F192 S0", "OK IP=10.0.0.5 MAC=02:00:00:00:00:02", Calls(&F::GetMacAddressLan), {}, {"02:00:00:00:00:02"}},
     {310, "F310", "OK V:2.1.0 L:1.4", Calls(&F::GetAndroidVersion), {}, {"2.1.0"}},
     {504, "F504 A0", "OK V:3.0.2", Calls(&F::GetLCMPanelVersion), {}, {"3.0.2"}},
-    {157, "F157", "OK I3 S6750", Calls(&F::GetCurrJobIndexAndTotalSize), {3, 6750}, {}},
+    {157, "F157", "OK I3 S2147483647", Calls(&F::GetCurrJobIndexAndTotalSize), {3, 2147483647}, {}},
     {169, "F169 S1", "OK S12 F10 C1 E2", Calls(&F::GetJobCounter, 1), {12, 10, 1, 2}, {}},
     {170, "F170", "OK I5", Calls(&F::GetLastUpdatedIndex), {5}, {}},
     {171, "F171 S5", "OK", Calls(&F::SetLastUpdatedIndex, 5), {}, {}},
@@ -153,6 +153,17 @@ class OperationsTest : public Lab {
     return row.run(framework, out);
   }
 
+  // The command's code that an exception of this class carries out of the operation.
+  template <typename Exception>
+  int CodeThrown(const Row& row) {
+    try {
+      Run(row);
+    } catch (const Exception& error) {
+      return error.code();
+    }
+    return 0;
+  }
+
   std::vector<int> Numbers(const Row& row) const {
     return {out.i.begin(), out.i.begin() + static_cast<std::ptrdiff_t>(row.numbers.size())};
   }
@@ -175,7 +186,7 @@ std::string Head(const Row& row) { return "F" + std::to_string(row.code) + " "; 
 // Every number of the reply replaced; texts come along, which does not matter.
 std::string WithNumbers(const std::string& reply, const std::string& number) {
   // "$01" because a digit may follow.
-  return std::regex_replace(reply, std::regex("([:A-Z]-?)\\d+(?= |$)"), "$01" + number);
+  return std::regex_replace(reply, std::regex("([:A-Z])-?\\d+(?= |$)"), "$01" + number);
 }
 
 TEST_F(OperationsTest, RequestReplyAndOutputs) {
@@ -206,10 +217,10 @@ TEST_F(OperationsTest, FailuresClearTheOutputsAndTellTheHostOnce) {
     ExpectFailed(row, Run(row), NUV_FAILED);
     if (row.numbers.empty() || row.code == 219) continue;
     Answers(row.code, Head(row) + WithNumbers(row.reply, "abc"));
-    EXPECT_THROW(Run(row), std::invalid_argument);
+    EXPECT_EQ(CodeThrown<Command::MalformedNumber>(row), row.code);
     EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
-    Answers(row.code, Head(row) + WithNumbers(row.reply, "99999999999"));
-    EXPECT_THROW(Run(row), std::out_of_range);
+    Answers(row.code, Head(row) + WithNumbers(row.reply, "2147483648"));
+    EXPECT_EQ(CodeThrown<Command::NumberOutOfRange>(row), row.code);
     EXPECT_EQ(Texts(row), Strings(row.texts.size()));
   }
 }
@@ -226,9 +237,9 @@ TEST_F(OperationsTest, ScalingFactors) {
   EXPECT_EQ(read(), NUV_OK);
   EXPECT_EQ(out.f, (Factors{1.5F, 0.25F, 1, 2, -3, 4}));
   Answers(369, "F369 OK X:1.5 Z:,2");
-  EXPECT_THROW(read(), std::invalid_argument);
+  EXPECT_THROW(read(), Command::MalformedNumber);
   Answers(369, "F369 OK X:1.5 Y:1e99,1");
-  EXPECT_THROW(read(), std::out_of_range);
+  EXPECT_THROW(read(), Command::NumberOutOfRange);
   Answers(369, "F369 OK X:1.5");
   EXPECT_EQ(read(), NUV_OK);
   EXPECT_EQ(out.f, (Factors{1.5F, 0, 0, 0, 0, 0}));

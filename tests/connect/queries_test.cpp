@@ -65,10 +65,10 @@ TEST_F(QueriesTest, ProgressIsTheNumberBeforeThePercentSign) {
     const char* reply;
     int progress;  // -1: the conversion fails
   };
-  for (const Row& row : {Row{"F102 OK S:1 C:45%", 45},
+  for (const Row& row : {Row{"F102 OK S:1 L:9 T:9 C:45%", 45},
                          {"F102 OK S:1 C:45", 45},
                          {"F102 OK S:1 C:45%60", 45},
-                         {"F102 OK S:1", -1},
+                         {"F102 OK S:1 L:9 T:9", -1},
                          {"F102 OK S:1 C:%", -1}}) {
     SCOPED_TRACE(row.reply);
     // Everything behind the replaced head is out of the first token's place.
@@ -76,6 +76,7 @@ TEST_F(QueriesTest, ProgressIsTheNumberBeforeThePercentSign) {
     int layer = 0, progress = 0, minutes = 0;
     if (row.progress < 0) {
       EXPECT_THROW(framework.GetPrintingStatus(&layer, &progress, &minutes), std::invalid_argument);
+      EXPECT_EQ(layer + minutes, 0) << "left as after every failure";
     } else {
       EXPECT_EQ(framework.GetPrintingStatus(&layer, &progress, &minutes), NUV_OK);
       EXPECT_EQ(progress, row.progress);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "job/command_text.h"
+#include "job/host_call.h"
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
 #include "tests/job/job_fixture.h"
@@ -222,6 +223,32 @@ TEST_F(JobTest, MalformedBufferFigureLeavesTheLinkFree) {
   printer.Replies({"F102 OK S:0", "F103 OK", "F117 OK S:99", "F117 OK S:abc"});
   EXPECT_THROW(Send(), std::invalid_argument);
   EXPECT_EQ(files.closes, 1);
+}
+
+// An export tells by the mark whether the exception that passes through it is the host's.
+TEST_F(JobTest, HostThatThrowsIsMarkedAsSuch) {
+  struct Thrown {};
+  const auto progress = [](float) { throw Thrown(); };
+  const std::function<void()> calls[] = {
+      [this] {
+        callbacks.errorCode = [](int, int) { throw Thrown(); };
+        Silent("F103")(*this);
+      },
+      [this] { callbacks.sendStart = [] { throw Thrown(); }; },
+      [this] { callbacks.sendUpdate = [](int, int) { throw Thrown(); }; },
+      [this] { callbacks.sendCancel = []() -> bool { throw Thrown(); }; },
+      [this, progress] { SendPrintFile(Context(), path.wstring(), progress); },
+  };
+  for (const auto& prepare : calls) {
+    StartAnew();
+    files.lines = {"one"};
+    HostThrew() = false;
+    EXPECT_THROW((prepare(), Send()), Thrown);
+    EXPECT_TRUE(HostThrew());
+  }
+  StartAnew();
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_FALSE(HostThrew()) << "the last callback returned";
 }
 
 // The print-file library of the process holds one open file; commands need only their own link.
