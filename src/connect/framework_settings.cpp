@@ -81,7 +81,7 @@ int ConnectingFramework::GetParameter(PrinterParameter parameter, int* value) {
   const int result = query.Run(159, {Number(parameter)});
   if (result != NUV_OK || query.values().size() <= kValuePlace) return result;
   // The late answer to a question for the other setting has the same code.
-  if (query.values().front() != Number(parameter)) {
+  if (Command::ParseDecimal(query.values().front(), query.code()) != static_cast<int>(parameter)) {
     Platform::Diagnostic("F159: asked for setting %s, the answer is of setting %s",
                          Number(parameter).c_str(), query.values().front().c_str());
     return query.Fail(NUV_FAILED);

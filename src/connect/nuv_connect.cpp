@@ -164,6 +164,13 @@ LinkLook NuvConnect::Look() {
   return {State() == LinkState::kAlive, ledger_.unconfirmed()};
 }
 
+void NuvConnect::EndJob() {
+  // The last block of an image may still be queued for a printer that took nothing for a while.
+  if (job_.exchange(JobKind::kNone) != JobKind::kImage) return;
+  const Lock lock(mutex_);
+  if (isNetwork_) network_.Write(nullptr, 0, true);
+}
+
 void NuvConnect::GiveUp() {
   gaveUp_ = true;
   network_.GiveUp();

@@ -44,7 +44,7 @@ class NuvConnect final : public IChannel {
   Reply ReadAgain(Platform::Interrupt* interrupt) override;
   LinkLook Look() override;
   void BeginJob(JobKind kind) override { job_ = kind; }
-  void EndJob() override { job_ = JobKind::kNone; }
+  void EndJob() override;
 
   // From now on whoever waits for a reply has none within 600 ms, and opening and writing fail, but
   // for a connection being made or a write under way. Takes no lock, so that it reaches the

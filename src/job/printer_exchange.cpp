@@ -1,10 +1,10 @@
 #include "job/printer_exchange.h"
 
-#include <stdexcept>
 #include <vector>
 
 #include "command/command_factory.h"
 #include "command/general_command_proc.h"
+#include "command/reply_error.h"
 #include "job/machine_ids.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -64,8 +64,8 @@ void AbandonJob(const JobContext& context) {
   std::vector<std::string> values;
   try {
     proc.Process(values);
-  } catch (const std::logic_error& error) {
-    Platform::Diagnostic("order to abandon the job: %s", error.what());
+  } catch (const Command::ReplyError&) {
+    Platform::Diagnostic("the answer to the order to abandon the job cannot be read");
   }
 }
 

@@ -7,7 +7,6 @@
 #include "connect/search_settings.h"
 #include "connect/socket_mode.h"
 #include "tests/connect/lab.h"
-#include "tests/support/watchdog.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -99,7 +98,6 @@ class SocketModeTest : public Lab {
 
   static constexpr int kLongMs = 20000;
 
-  Watchdog watchdog;
   std::unique_ptr<SocketMode> mode = std::make_unique<SocketMode>();
 };
 

@@ -32,7 +32,8 @@ struct Port {
   int last = -1;                       // that was open
   LinkState look = LinkState::kAlive;  // of what is open
   std::function<void()> onOpen = [] {};
-  std::vector<std::string> opened;  // what Open was given; "same" and "again" when Reopen opened
+  std::vector<std::string> opened;  // the texts that Open was given, and "same", "again"
+  int closes = 0;
   Platform::Clock* clock = nullptr;
   uint32_t readMs = 0;             // of each read
   std::deque<std::string> blocks;  // of the next reads; none left: time-out
@@ -62,9 +63,11 @@ class ScriptedConnector final : public ConnectorBase {
     port_.onOpen();
     return true;
   }
-  void Close() override { port_.open = -1; }
+  void Close() override {
+    ++port_.closes;
+    port_.open = -1;
+  }
   bool Reopen(bool samePlugging) override {
-    if (Look() == LinkState::kAlive) return true;
     port_.opened.emplace_back(samePlugging ? "same" : "again");
     port_.open = port_.last;
     port_.look = LinkState::kAlive;

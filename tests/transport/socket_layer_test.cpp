@@ -10,7 +10,6 @@
 #include "nuvsim/simulator.h"
 #include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
-#include "tests/support/watchdog.h"
 #include "tests/transport/peer.h"
 #include "transport/network_device_searcher.h"
 #include "transport/search_bounds.h"
@@ -114,7 +113,6 @@ TEST_F(SocketLayerTest, TcpEndsAndRefusals) {
 }
 
 TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
-  const Watchdog watchdog;
   TcpLimits limits;
   limits.stallMs = 100;
   TcpClientSocket writer(limits);
@@ -129,7 +127,6 @@ TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
 }
 
 TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
-  const Watchdog watchdog;
   constexpr size_t kMore = 300;  // than the system keeps for one who does not accept
   TcpLimits limits;
   limits.connectMs = 100;

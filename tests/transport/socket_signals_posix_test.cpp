@@ -9,7 +9,6 @@
 #include <string>
 #include <thread>
 
-#include "tests/support/watchdog.h"
 #include "tests/transport/peer.h"
 #include "transport/tcp_client_socket.h"
 
@@ -54,7 +53,6 @@ TEST(SocketSignalsTest, WaitGoesOnWithTheTimeThatIsLeft) {
 }
 
 TEST(SocketSignalsTest, WriteIsNotCut) {
-  const Watchdog watchdog;
   constexpr size_t kBytes = size_t{32} << 20;
   const std::string line(kBytes, 'x');
   Peer peer;

@@ -13,7 +13,6 @@
 
 #include "nuvsim/simulator.h"
 #include "tests/support/qt_warnings.h"
-#include "tests/support/watchdog.h"
 #include "tests/transport/peer.h"
 
 namespace {
@@ -159,7 +158,6 @@ class BadPrinterTest : public ::testing::Test {
     return connector->Send(text.data(), static_cast<int64_t>(text.size()), patient);
   }
 
-  Watchdog watchdog;
   TcpLimits limits;
   Peer peer;
   std::unique_ptr<TcpDeviceConnector> connector;
