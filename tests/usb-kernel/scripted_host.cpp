@@ -2,7 +2,12 @@
 // counted while printers come and go. Each line is answered by one:
 //   list            RESULT and the names found         choose INDEX    RESULT
 //   state           RESULT and the printer's state     send FILE       RESULT
+//   raw COMMAND     the reply on the raw channel       leave           closes the raw channel
 //   held            open handles and threads           processor       milliseconds used so far
+//   signals         from then on one every millisecond
+#include <signal.h>
+#include <sys/time.h>
+
 #include <ctime>
 #include <filesystem>
 #include <iostream>
@@ -34,6 +39,24 @@ std::string State() {
   return std::to_string(result) + " " + std::to_string(state);
 }
 
+// The reply's line without its end.
+std::string Raw(const std::string& command) {
+  if (!API_NUVCONNECT_OpenDevice()) return "not opened";
+  char reply[kEntryBytes + 1] = {};
+  API_NUVCONNECT_ExecutiveCommand((command + "\r\n").c_str(), reply, kEntryBytes);
+  const std::string line = reply;
+  return line.substr(0, line.find('\r'));
+}
+
+void StartSignals() {
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGALRM, &action, nullptr);
+  const itimerval everyMillisecond{{0, 1000}, {0, 1000}};
+  setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
+}
+
 size_t Entries(const char* folder) {
   return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder),
                                            std::filesystem::directory_iterator()));
@@ -49,6 +72,12 @@ std::string Answer(const std::string& line) {
   if (what == "send") {
     const std::wstring path(argument.begin(), argument.end());
     return std::to_string(API_SendPrintFile(path.c_str(), nullptr));
+  }
+  if (what == "raw") return Raw(argument);
+  if (what == "leave") return API_NUVCONNECT_CloseDevice() ? "left" : "not left";
+  if (what == "signals") {
+    StartSignals();
+    return "started";
   }
   if (what == "held") {
     return std::to_string(Entries("/proc/self/fd")) + " " +
