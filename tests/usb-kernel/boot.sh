@@ -29,7 +29,7 @@ fetch_kernel() {
 add_module() {
   local name=${1//-/_} file each
   [[ " ${loaded:-} " == *" $name "* ]] && return
-  file=$(find "$kernel"/lib/modules -name "$name.ko*" -o -name "${name//_/-}.ko*" | head -n 1)
+  file=$(find "$kernel" -name "$name.ko*" -o -name "${name//_/-}.ko*" | head -n 1)
   [ -n "$file" ] || return 0  # built in
   for each in $(modinfo -F depends "$file" | tr , ' '); do add_module "$each"; done
   loaded="${loaded:-} $name"
