@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <thread>
 
 #include "command/reply_error.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
+#include "transport/search_turn.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -207,6 +209,23 @@ TEST_F(DevicesTest, SearchesTakeTurns) {
     EXPECT_EQ(listed.size(), 2U);
     EXPECT_EQ(replies.size(), 2U);
   }
+}
+
+// Another program's search is played by its lock file.
+TEST_F(DevicesTest, WaitingForATurnHoldsUpNoQuery) {
+  StartConnected(Printer("A1"));
+  QLockFile others(SearchLockFile(kDefaultSearchPort));
+  ASSERT_TRUE(others.tryLock(0));
+  std::atomic<bool> done{false};
+  std::thread searching([&] {
+    EXPECT_EQ(Search().size(), 1U);
+    done = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(NameOfCurrent(), "printer-A1");
+  EXPECT_FALSE(done) << "the query came only after the search";
+  others.unlock();
+  searching.join();
 }
 
 TEST_F(DevicesTest, ListingHandsItsTimeLimitOn) {
