@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "tests/connect/job_lab.h"
@@ -67,6 +69,16 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
     ledger.Reset();
     EXPECT_FALSE(ledger.unconfirmed() || ledger.owes());
   }
+}
+
+// docs/protocol.md promises hosts how long a printer is waited for.
+TEST(ReplyLimitTest, IsThatOfTheProtocol) {
+  std::ifstream file(NUV_PROTOCOL_PAGE);
+  std::stringstream page;
+  page << file.rdbuf();
+  EXPECT_THAT(page.str(),
+              ::testing::HasSubstr("may take up to " +
+                                   std::to_string(NuvConnect::kReplyTimeoutMs / 1000) + " s to"));
 }
 
 class ChannelTest : public JobLab {

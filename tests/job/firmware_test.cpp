@@ -102,6 +102,20 @@ TEST_F(FirmwareTest, LinkIsClaimedMeanwhileAndOneTransferRunsAtATime) {
   EXPECT_EQ(printer.Blocks(), 1U);
 }
 
+// The printer takes every line for a part of the image until it has waited a second for one.
+TEST_F(FirmwareTest, StatusThreadIsQuietBehindAnAcceptedAnnouncementOnly) {
+  EXPECT_EQ(AnnounceImage(Context(), [] { return NUV_PRINTER_REFUSED; }), NUV_PRINTER_REFUSED);
+  EXPECT_LE(state.quietUntil.load(), clock.Now());
+  EXPECT_EQ(AnnounceImage(Context(),
+                          [this] {
+                            EXPECT_FALSE(state.linkFree);
+                            EXPECT_EQ(printer.job, JobKind::kImage);
+                            return NUV_OK;
+                          }),
+            NUV_OK);
+  EXPECT_EQ(state.quietUntil.load(), clock.Now() + std::chrono::seconds(1));
+}
+
 // A callback must not throw; when it does, the next transfer works all the same.
 TEST_F(FirmwareTest, ThrowingCallbackLeavesTheLinkFree) {
   callbacks.sendUpdate = [](int, int) { throw std::runtime_error("host"); };
