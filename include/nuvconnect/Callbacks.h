@@ -38,8 +38,8 @@ extern "C" {
 // A command failed. `code`: its number, such as 102. `result`: what the failing call returns. In a
 // print job or command text, and of the serial query (140) of a listing, what became of the command
 // instead: -1 nothing usable came back, -2 a reply to another command, 29 refused. Of the commands
-// of a job only 103, 500, 104 and the free-buffer queries (117, 503) are told as refused; the result
-// of the job itself is not told. Called on the thread of the failing call.
+// of a job only 103, 500, 104 and the free-buffer queries (117, 503) are told as refused; the
+// result of the job itself is not told. Called on the thread of the failing call.
 typedef void (*NuvErrorCodeCallback)(int result, int code);
 
 // A job or firmware transfer starts, also an empty one. Called on the sending thread.
