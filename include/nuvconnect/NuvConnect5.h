@@ -75,9 +75,9 @@ extern "C" {
 NUV_API int API_Initial(void);
 
 // Ends the status thread and destroys the framework with its connection and callbacks. The thread's
-// sleep ends at once, and its wait for a reply within 0.6 s on the network and 9 s on USB. Waits
-// for a connection that the thread is making (up to 30 s when the printer's address does not
-// answer) and for the printing-info callback; inside that callback for neither (Callbacks.h).
+// sleep ends at once, and its wait for a reply within 0.6 s. Waits for a connection that the thread
+// is making (up to 30 s when the printer's address does not answer) and for the printing-info
+// callback; inside that callback for neither (Callbacks.h).
 // Harmless without a framework. Not while another thread is inside an export.
 NUV_API void API_Close(void);
 
@@ -123,7 +123,10 @@ NUV_API int API_SearchUSBDevice(int* count);
 // Returns 0, or 2 (no such device); `out` is written in both cases, empty after a failure.
 NUV_API int API_GetDeviceInfo(char* out, int kind, int index, int field);
 
-// Opens device `index` of `kind` and makes it current. Returns 0 or 3; on 3 the earlier one stays.
+// Opens device `index` of `kind` and makes it current. Returns 0 or 3; on 3 the earlier choice
+// stays: a USB printer then is still open, a network printer is not when another one was tried. A
+// USB printer that is open already is kept; one that was plugged in anew since the listing is found
+// again on its port.
 NUV_API int API_ChooseDevice(int kind, int index);
 
 // Opens the first listed device of `kind` whose serial number is exactly `serial` (not null).
