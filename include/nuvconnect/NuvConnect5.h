@@ -30,9 +30,9 @@
 // argument out of range"); a lack of memory as std::bad_alloc. docs/protocol.md has the wire.
 // A host that cannot catch them (in C, in another language, or of another compiler than the
 // library's) is ended by one garbled reply unless it sets the environment variable
-// NUVCONNECT_NO_EXCEPTIONS, to whatever value, before API_Initial, which reads it. Each then becomes
-// the result 1, or false; outputs are those of any failed call; the error-code callback is called
-// with (1, command), the command 0 where none is to blame; a diagnostic has the text. What a
+// NUVCONNECT_NO_EXCEPTIONS, to whatever value, before API_Initial, which reads it. Each then
+// becomes the result 1, or false; outputs are those of any failed call; the error-code callback is
+// called with (1, command), the command 0 where none is to blame; a diagnostic has the text. What a
 // callback of the host throws passes through the library unchanged in any case.
 //
 // What crosses the boundary as a C++ object (the interface of GetConnectingInstance, the strings
