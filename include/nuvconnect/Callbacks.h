@@ -6,7 +6,8 @@
 // the new one. The printing-info callback is the exception: the first one stays.
 //
 // What a callback may call. No callback is made with a lock held, so no call of the library blocks
-// for ever. But some would disturb what the callback reports on:
+// for ever. But some would disturb what the callback reports on; and whatever lists or chooses
+// printers inside a job or transfer sends the rest of it to another one:
 //   callback        queries, settings, Register..  jobs, firmware      API_Close
 //   error code      yes (1)                         no (2)              no
 //   start, update,  yes; during a firmware          no: returns 1       no
@@ -34,9 +35,11 @@ extern "C" {
 #include <stdbool.h>
 #endif
 
-// A command failed. `result`: the code that the failing call returns or, from the processors that
-// open a job, the transaction status (-1 nothing usable came back, -2 a reply to another command).
-// `code`: number of the printer command, such as 102. Called on the thread of the failing call.
+// A command failed. `code`: its number, such as 102. `result`: what the failing call returns. In a
+// print job or command text, and of the serial query (140) of a listing, what became of the command
+// instead: -1 nothing usable came back, -2 a reply to another command, 29 refused. Of the commands
+// of a job only 103, 500, 104 and the free-buffer queries (117, 503) are told as refused; the
+// result of the job itself is not told. Called on the thread of the failing call.
 typedef void (*NuvErrorCodeCallback)(int result, int code);
 
 // A job or firmware transfer starts, also an empty one. Called on the sending thread.

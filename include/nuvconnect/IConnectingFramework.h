@@ -33,6 +33,7 @@ class IConnectingFramework {
   virtual int SearchNetworkDevice(std::vector<std::string>& found, std::string address,
                                   std::string netmask, int timeoutMs) = 0;
   virtual int ConnectNetWorkDevice(std::string address) = 0;
+  // Appends to `serials`.
   virtual int GetDeviceList(int kind, std::vector<std::string>& serials, int timeoutMs) = 0;
   virtual int ChooseDevice(int kind, int index) = 0;
 
@@ -69,11 +70,14 @@ class IConnectingFramework {
   virtual int GetApAttribute(std::string name, int* signal, int* security) = 0;
   virtual int DisconnectAp() = 0;
 
-  // The raw channel; owned by the framework and not to be destroyed by the caller.
+  // The raw channel; owned by the framework and not to be destroyed by the caller. Its
+  // EnumerateDevices finds printers that ChooseDevice and ConnectNetWorkDevice then reach, without
+  // opening each as GetDeviceList does, which disturbs the frameworks that hold one.
   virtual IConnect* GetConnect() = 0;
 
-  // Raises the closing flag, which ends the status thread; destruction waits for that thread (but
-  // not on the thread itself, inside the printing-info callback) and frees everything.
+  // Raises the closing flag, which ends the status thread, and nothing else: queries and jobs work
+  // on. Destruction gives up waiting for replies, waits for the thread as API_Close tells (not on
+  // the thread itself, inside the printing-info callback) and frees everything.
   virtual void Close() = 0;
 
   // Progress, versions and features.

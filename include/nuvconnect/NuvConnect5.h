@@ -4,8 +4,10 @@
 //
 // Results. Every int export returns -1 (NUV_NO_INSTANCE), and touches no argument, while no
 // framework exists; otherwise a code of ResultCodes.h. A query returns 0, 1 when the printer did
-// not answer (up to 36 s per attempt on the network, three attempts), or 29 when it answered
-// without "OK"; each failed query also calls the error-code callback once with (result, command).
+// not answer, or 29 when it answered without "OK"; each failed query also calls the error-code
+// callback once with (result, command). There are three attempts with pauses of 1 s, so a printer
+// that says nothing holds a query for 110 s on the network (36 s each) and 11 s on USB (3 s each),
+// and one that has ended the connection for 2 s.
 //
 // Strings are 8-bit and NUL-terminated. `char* out` buffers are filled by unbounded copies: the
 // library asks for no size and copies whatever the printer reported, so give each NUV_TEXT_BYTES
@@ -21,9 +23,18 @@
 // Integer outputs of a failed query are 0 unless said otherwise. A null pointer is allowed only
 // where said.
 //
+// Paths of type `wchar_t` become the bytes that open the file and name it to printers: UTF-8 on
+// Linux, whatever the locale; the system's ANSI code page on Windows. 4 when there is no such form.
+//
 // Threads. API_Initial first, API_Close last, neither beside another call. All others may be
 // called from any thread; one request and its reply are never mixed with another's. Listing,
 // choosing and jobs change what is current: do those from one thread at a time.
+//
+// Several printers in one program need a framework each (GetConnectingInstance). A printer serves
+// one client, so list with all of them before connecting the first: a listing opens every printer,
+// and one that is held by another framework does not open or says nothing. Callbacks do not tell
+// which printer they are about: give each framework its own functions. One print file is sent at a
+// time in the whole program; all else runs side by side. Search settings are common to all.
 //
 // Exceptions. A reply whose field is no number leaves the call as the C++ exception
 // std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
@@ -75,10 +86,10 @@ extern "C" {
 NUV_API int API_Initial(void);
 
 // Ends the status thread and destroys the framework with its connection and callbacks. The thread's
-// sleep ends at once, and its wait for a reply within 0.6 s. Waits for a connection that the thread
-// is making (up to 30 s when the printer's address does not answer) and for the printing-info
-// callback; inside that callback for neither (Callbacks.h).
-// Harmless without a framework. Not while another thread is inside an export.
+// sleep ends at once, its wait for a reply within 0.6 s. Waited for are a connection that the
+// thread is making and a write under way (30 s each at most, on USB 5 s), and the printing-info
+// callback, in which a job now ends with 1, 16 or 20. Inside that callback nothing is waited for
+// (Callbacks.h). Harmless without a framework. Not while another thread is inside an export.
 NUV_API void API_Close(void);
 
 #ifdef __cplusplus
@@ -95,47 +106,62 @@ NUV_API int API_SetUpdPort(int port);
 NUV_API int API_SetBroadCastPort(int port);
 
 // Searches by the local link's own UDP search. `address`, `netmask` (null: empty): the one network
-// to search, both empty for every network of the host. `timeoutMs`: wait after the last answer.
-// `list`: the reply lines. Returns 0; 2 when none came or the message could not be sent. Does not
-// change the device tables.
+// to search, both empty for every network of the host. `timeoutMs`: wait after the last answer, 0
+// or below for 3000. `list`: the replies as they came, also equal ones, cut at 255 bytes. Returns
+// 0; 2 when none came or the message could not be sent. Changes nothing that an index counts in.
 //
 // Every search of a network ends after ten such waits or 30 s, whichever is longer, and after 4096
 // replies or 1 MiB of them; the rest is dropped with a diagnostic.
 NUV_API int API_SearchNetworkDevice(char** list, int* count, int entrySize, const char* address,
                                     const char* netmask, int timeoutMs);
 
-// Lists the printers of `kind` (0 USB, 1 network) by opening each in turn and asking its identity
-// (command 101). `list`: their serial numbers. `timeoutMs`: how long the network search waits after
-// the last answer on each network, 0 or below for 3000; it stays set for later searches.
-// Returns 0; 1 negative kind, or a BEGO printer does not tell its serial number; 2 nothing found; 3
-// a printer could not be opened (the list then holds those before it). On 1, 2 and 3 the table of
-// an earlier listing stays. Closes what it opened.
-// A reply with a name in place of an address is a row with empty texts that cannot be chosen: names
-// are not looked up. After 256 rows, or 10 minutes of opening, the printers left are dropped with a
-// diagnostic. This and API_GetBroadCastResult search one at a time, in all programs of a user; who
-// comes later waits.
+// Lists the printers of `kind` (0 USB, any other the network) by opening each in turn and asking
+// its identity (command 101). `list`: their serial numbers; of a BEGO printer the whole one
+// (command 140), of which API_GetPrinterInfo has the last six characters. `timeoutMs`: how long the
+// network search waits after the last answer on each network, 0 or below for 3000; it stays set for
+// later searches. Opening the first one closes what was open; afterwards nothing is open.
+// Returns 0; 1 negative kind, or a BEGO printer does not tell its serial number; 2 nothing found,
+// and nothing closed; 3 a printer could not be opened.
+//
+// A printer that opens but says nothing (110 s) is a row with empty texts. So is an answer with a
+// name in place of an address: names are not looked up, and such a row cannot be chosen. After 256
+// rows, or 10 minutes of opening, the printers left are dropped with a diagnostic.
+//
+// Each listing makes a new search, in which the indexes of API_ChooseDevice and the addresses of
+// API_ConnectNetWorkDevice count from then on. One that succeeds also fills the table (of kind 0 or
+// 1) behind API_GetDeviceInfo and API_ConnectDeviceBySN; after 1, 2 and 3 that is still the earlier
+// one. When a printer has ended the listing (3, or 1), *count is its index and `list` has those
+// before it. Those behind it are opened by API_ChooseDevice from *count + 1 on (3: there is none,
+// or it does not open either) and asked who they are, or by their address.
+//
+// This and API_GetBroadCastResult search one at a time, in all programs of a user; who comes later
+// waits.
 NUV_API int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs);
 
-// Lists USB printers; *count: how many. Result as for API_GetDeviceList.
+// Lists USB printers as API_GetDeviceList does, with a `timeoutMs` of 0, which resets the time
+// limit of network searches to 3000. *count: how many were listed.
 NUV_API int API_SearchUSBDevice(int* count);
 
 // One text of a listed device: `index` in the table of `kind`, `field` 0 to 3 (NuvDeviceField).
 // Returns 0, or 2 (no such device); `out` is written in both cases, empty after a failure.
 NUV_API int API_GetDeviceInfo(char* out, int kind, int index, int field);
 
-// Opens device `index` of `kind` and makes it current. Returns 0 or 3; on 3 the earlier choice
-// stays: a USB printer then is still open, a network printer is not when another one was tried. A
-// USB printer that is open already is kept; one that was plugged in anew since the listing is found
-// again on its port.
+// Opens device `index` of `kind` and makes it current; what is open of the other kind is closed.
+// A USB printer that is open already is kept open; one that was plugged in anew since the listing
+// is found again on its port. Returns 0 or 3. After 3 the earlier choice stays, and its connection
+// too, except that one on the network is closed before another on the network is tried
+// (API_NUVCONNECT_OpenDevice makes it again).
 NUV_API int API_ChooseDevice(int kind, int index);
 
 // Opens the first listed device of `kind` whose serial number is exactly `serial` (not null).
-// When that kind has not been listed yet, this call lists it and returns 2; call again to connect.
-// Returns 0; 2 no match; 3 not opened.
+// While the table of that kind is empty, this call lists it (time limit 0) and returns 2, whatever
+// became of the listing, but 1 for a BEGO printer without a serial number; call again to connect.
+// Returns 0; 2 no match; 3 not opened, or a later listing found another printer at that index. As
+// to the earlier choice see API_ChooseDevice.
 NUV_API int API_ConnectDeviceBySN(int kind, const char* serial);
 
-// Opens the network printer of the last listing with exactly this `address` text (null: empty).
-// Returns 0 or 3.
+// Opens the network printer of the last listing, also a failed one, with exactly this `address`
+// text (null: empty). Returns 0 or 3; as to the earlier choice see API_ChooseDevice.
 NUV_API int API_ConnectNetWorkDevice(const char* address);
 
 // Runs one network search with the stored port and time limit. `list`: the distinct reply lines
@@ -144,13 +170,13 @@ NUV_API int API_GetBroadCastResult(char** list, int* count, int entrySize, const
 
 // ---- Identity and state -------------------------------------------------------------------------
 
-// Firmware version, printer name, model name, serial number, controller version: keys V, N, M, S, C
-// of command 101.
+// Firmware version, printer name, model name, serial number (of a BEGO printer its last six
+// characters), controller version: keys V, N, M, S, C of command 101.
 NUV_API int API_GetPrinterInfo(char* version, char* name, char* model, char* serial,
                                char* controller);
 
-// The same of a BEGO printer, and its date of manufacture (year month day): keys V, N, M, S, C, D
-// of command 354. 29 from any other model.
+// The same of a BEGO printer, its serial number whole, and its date of manufacture (year month
+// day): keys V, N, M, S, C, D of command 354. 29 from any other model.
 NUV_API int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial,
                                     char* controller, char* date);
 
@@ -162,7 +188,7 @@ NUV_API int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode);
 
 // Current layer (key L), progress in percent 0 to 100 (the number in key C) and minutes left (key
 // T) of command 102. Returns 22 when the printer is not printing; the outputs are then, as after
-// every failure, left as they were.
+// every failure, left as they were. A reply without key C counts as a malformed number.
 NUV_API int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutesLeft);
 
 // Layers (key L) and minutes (key T) of the whole current or last job, of command 107.
@@ -170,44 +196,69 @@ NUV_API int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes);
 
 // ---- Resin --------------------------------------------------------------------------------------
 
-// Resin state (key S), resin left in ml (R), resin code (C), tank volume in ml (V), lot (Q) of
-// command 105. A refusal that names the resin's state returns 10 to 14 (ResultCodes.h), or 1 for a
-// state that is none of those; one without a state, from a model that has no such query, 29.
+// Each model answers one of these three.
+//
+// All but those named below: resin state (key S), resin left in ml (R), resin code (C), tank volume
+// in ml (V), lot (Q) of command 105. A refusal that names the resin's state returns 10 to 14
+// (ResultCodes.h), or 1 for a state that is none of those; one without a state, from a model that
+// has no such query, 29.
 NUV_API int API_GetResinInfo2(int* state, int* remaining, char* resinCode, int* tankVolume,
                               char* lot);
 
-// Of the models "Zafel 1.0" and "Zafel 1.0A": resin state (key S), resin left in ml (R), use-by
+// "Zafel 1.0" and "Zafel 1.0A": resin state (key S), resin left in ml (R), use-by
 // date as year month day (D), resin type (T) of command 120. Results as API_GetResinInfo2.
 NUV_API int API_GetResinInfo(int* state, int* remaining, char* date, char* type);
 
-// Resin name, lot, use-by date, resin left in ml of a BEGO printer: keys N, L, D, V of command 356.
+// BEGO printers: resin name, lot, use-by date, resin left in ml: keys N, L, D, V of command 356.
+// 29 from any other model.
 NUV_API int API_GetResinInfo_BEGO(char* name, char* lot, char* expiry, char* volume);
 
 // ---- Jobs ---------------------------------------------------------------------------------------
 
-// Sends the print file at `path` to the current printer; returns when it is sent, cancelled or
-// failed, about 100 ms a line. `progress` (may be null) gets the percentage after each line. The
-// send callbacks run on this thread. One job at a time; a second one meanwhile returns 1.
-// Returns 0 sent, or cancelled through the cancel callback (command 104 with 2 then abandons the
-// job on the printer); 4 the file cannot be opened, is damaged, or cannot be read on; 16 no free
-// buffer (command 117, or 503 for Android-board machines), or the printer was lost while waiting
-// for some; 20 a line could not be written; 21 no sender for the file's machine ID; 23 the NuvFile
-// library cannot be loaded; 29 a BEGO or Android printer refused to open the job; 1 the opening
-// exchange failed. Diagnostics name the cause. A file name with a line end, or for an Android
-// printer with ">", cannot be sent (4).
+// Sends the print file at `path` to the current printer, about 100 ms a line; while the printer has
+// no room in its buffer it waits, for ever if need be: only the cancel callback ends that.
+// `progress` (may be null) gets the percentage after each line. The send callbacks run on this
+// thread. Diagnostics name the cause of a failure.
+// Returns
+//   0   all was handed over, on connections that the printer had not ended when they were looked at
+//       (see below), or the cancel callback ended it (command 104 with 2 then abandons the job);
+//   1   a command of the opening was not answered; or another print file is being sent in this
+//       program, or command text or firmware by this framework;
+//   4   the file is no regular file, cannot be opened, is damaged, or cannot be sent: `layers` and
+//       `print_minutes` must be plain decimals up to 2147483647, and its name, for BEGO and Android
+//       printers, without line ends, for these also without ">"; or it cannot be read on, which
+//       abandons the job as a cancel does;
+//   16  no free buffer when the job was opened (not for Android printers, which are waited for), or
+//       the printer could not be opened again while it was waited for;
+//   20  a line was not taken, or the printer ended the connection and nothing it sent confirms that
+//       it had taken what was written before. After 100 %: not confirmed, as a printer that closes
+//       behind the last byte looks the same;
+//   21  no sender for the file's machine ID; 23 the NuvFile library cannot be loaded;
+//   29  the printer refused to open the job (command 103 or 500).
+//
+// The printer does not say that it has the data; API_GetCurrJobIndexAndTotalSize, asked before and
+// after, does: a new index, and the bytes that the update callback had as `total`. Connect again
+// before asking after 16 or 20.
+//
+// After 16, 20, or an exception of a malformed reply (1: see Exceptions), the job may be open on
+// the printer, which keeps it: state 2, and the next opening ends with 29, until the raw command
+// "F104 S2\r\n" abandons it. That also ends a running print, so look at the state first.
 NUV_API int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback progress);
 
-// Sends a plain text file of printer commands, line by line, each ended CR LF. As above, but with
-// no opening exchange; a cancel returns 0 and sends no command 104. Returns 0, 1, 4, 16 or 20.
+// Sends a plain text file of printer commands, line by line, each ended CR LF; empty lines are left
+// out. As above, but with no opening, and a cancel (0) sends no command 104. The file is read into
+// memory before the first byte goes out. Returns 0; 1 a job or firmware transfer of this framework
+// is running; 4 no regular file, not readable, or above 2147483647 bytes of text; 16; 20.
 NUV_API int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback progress);
 
 // ---- Callbacks: Callbacks.h says what each is told and on which thread. Return 0. ---------------
 
 #ifdef __cplusplus
 // The first call with a callback starts the status thread, which every `intervalMs` milliseconds
-// (at least 1000) reopens the connection, asks the printer (commands 101 and 107) and reports a
-// running print; later calls change nothing. It sends nothing while a job or an image is sent. What
-// goes wrong there is told by diagnostics only. 1: the system gave no thread.
+// (at least 1000) reopens the connection (API_NUVCONNECT_OpenDevice), asks the printer (commands
+// 101 and 107) and reports a running print; later calls change nothing. It sends nothing while a
+// job or an image is sent. What goes wrong there is told by diagnostics only. 1: the system gave no
+// thread.
 NUV_API int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
                                              unsigned int intervalMs);
 #endif
@@ -218,13 +269,15 @@ NUV_API int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callbac
 
 // ---- Raw channel --------------------------------------------------------------------------------
 
-// Reopens the last chosen printer; closes it. False without a framework.
+// Reopens the last chosen printer, never another one at its place; closes it. A network connection
+// is made anew, a USB printer that is open and owes no reply is kept, and one that was plugged in
+// anew at the same port is found. False without a framework.
 NUV_API bool API_NUVCONNECT_OpenDevice(void);
 NUV_API bool API_NUVCONNECT_CloseDevice(void);
 
 // Sends `command` (null: empty; the caller writes the line end) and writes the reply line, without
-// its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. An empty
-// reply when the printer did not answer. Returns 0 (1: see Exceptions).
+// its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. One attempt:
+// an empty reply when none came in 36 s (USB: 3 s). Returns 0 (1: see Exceptions).
 NUV_API int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen);
 
 // Reads one more reply line without sending, in the same way.
@@ -244,7 +297,8 @@ NUV_API int API_SetNickName(const char* name);
 NUV_API int API_GetNickName(char* out);
 
 // Laser power in percent, 0 to 100 (laser printers), and Z compensation in micrometres, -500 to
-// 500: set by command 332, read from the second value of command 159. 29 outside the range.
+// 500: set by command 332, read from the second value of command 159 (1 when the reply is about the
+// other setting). 29 outside the range.
 NUV_API int API_SetLaserPower(int percent);
 NUV_API int API_GetLaserPower(int* percent);
 NUV_API int API_SetZCompensation(int micrometres);
@@ -372,8 +426,9 @@ NUV_API int API_StartFWUpdateFileInfo_LCM(const char* path);
 // Sends an announced image of `length` bytes (below 1: an empty one) in blocks of at most 10240
 // bytes, about 15 ms each, on this thread, with the send callbacks. The image is copied first.
 // Return 0, or 2 when the cancel callback stopped it (before the next command then reopen the
-// connection or wait 1 s), or 1 while a job or another transfer is running. A lost connection is no
-// failure here: what the printer answers to the next command tells.
+// connection or wait 1 s), or 1 while a job or another transfer of this framework is running. A
+// lost connection is no failure here: what the printer answers to the next command tells. On the
+// network a printer that erases its memory may take nothing for 60 s; then it is dropped.
 NUV_API int API_SendFWData(const unsigned char* data, int length);
 NUV_API int API_SendFWDataAndroid(const unsigned char* data, int length);
 

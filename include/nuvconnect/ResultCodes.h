@@ -8,11 +8,11 @@
 enum NuvResult {
   NUV_NO_INSTANCE = -1,        // no framework: API_Initial was not called, or API_Close was
   NUV_OK = 0,                  // done; a cancelled print job reports NUV_OK too
-  NUV_FAILED = 1,              // invalid device kind, or the printer did not answer the command
+  NUV_FAILED = 1,              // the printer did not answer; invalid kind; another job is running
   NUV_NOT_FOUND = 2,           // no device, index out of range, search failed
   NUV_CANCELLED = 2,           // a firmware transfer was cancelled
   NUV_CONNECTION_REFUSED = 3,  // the device could not be opened
-  NUV_FILE_NOT_READABLE = 4,   // the file cannot be opened, or is damaged
+  NUV_FILE_NOT_READABLE = 4,   // the file cannot be opened, is damaged, or cannot be sent
 
   // Resin refusals: the printer answered a resin query without "OK" and named its resin state.
   NUV_RESIN_EMPTY = 10,           // resin state 4: too little resin left
@@ -22,7 +22,7 @@ enum NuvResult {
   NUV_RESIN_WRONG_TYPE = 14,      // resin state 3: not a resin for this printer
 
   NUV_NO_BUFFER_SPACE = 16,  // the printer has no free buffer, or was lost while waiting for it
-  NUV_WRITE_FAILED = 20,     // a line of a job could not be written
+  NUV_WRITE_FAILED = 20,     // a line of a job could not be written, or is not confirmed
   NUV_NO_JOB_SENDER = 21,    // no sender for the machine ID in the print file
   NUV_NOT_PRINTING = 22,     // the printer is not printing
   NUV_NUVFILE_MISSING = 23,  // the print-file library NuvFile cannot be loaded
@@ -34,10 +34,10 @@ enum NuvDeviceKind { NUV_KIND_USB = 0, NUV_KIND_NETWORK = 1 };
 
 // Positions of the strings that API_GetDeviceInfo hands out.
 enum NuvDeviceField {
-  NUV_DEVICE_IDENTIFIER = 0,    // how the link enumerated it: an IPv4 address, a device path
+  NUV_DEVICE_IDENTIFIER = 0,    // how the link found it: an IP address; a device path and "\1"
   NUV_DEVICE_SERIAL = 1,        // serial number
   NUV_DEVICE_MODEL = 2,         // model name
-  NUV_DEVICE_SUPPLEMENTARY = 3  // nickname, for models that list one; else empty
+  NUV_DEVICE_SUPPLEMENTARY = 3  // nickname of Zafel Superfine, Fabrix100 xP, Moldrix100 xP
 };
 
 // Printer states reported by API_GetPrinterStatus.
