@@ -87,9 +87,10 @@ NUV_API int API_Initial(void);
 
 // Ends the status thread and destroys the framework with its connection and callbacks. The thread's
 // sleep ends at once, its wait for a reply within 0.6 s. Waited for are a connection that the
-// thread is making and a write under way (30 s each at most, on USB 5 s), and the printing-info
-// callback, in which a job now ends with 1, 16 or 20. Inside that callback nothing is waited for
-// (Callbacks.h). Harmless without a framework. Not while another thread is inside an export.
+// thread is making and a write under way (about 30 s each at most, on USB 7 s), and the
+// printing-info callback, in which a job now ends with 1, 16 or 20. Inside that callback nothing is
+// waited for (Callbacks.h). Harmless without a framework. Not while another thread is inside an
+// export.
 NUV_API void API_Close(void);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
 // Whether the printer really took a print job.
 //
-// A job can look sent although the printer has nothing of it: it may refuse the opening command
-// unnoticed and then drop the data. So its job counter is read before and after.
+// The printer acknowledges no data, so a job can look sent although it has not all of it. So its
+// job counter is read before and after.
 #ifndef NUVCTL_JOB_CHECK_H_
 #define NUVCTL_JOB_CHECK_H_
 
