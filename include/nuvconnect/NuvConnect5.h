@@ -148,9 +148,10 @@ NUV_API int API_SearchUSBDevice(int* count);
 NUV_API int API_GetDeviceInfo(char* out, int kind, int index, int field);
 
 // Opens device `index` of `kind` and makes it current; what is open of the other kind is closed.
-// A USB printer that is open already is kept open. Returns 0 or 3. After 3 the earlier choice
-// stays, and its connection too, except that one on the network is closed before another on the
-// network is tried (API_NUVCONNECT_OpenDevice makes it again).
+// A USB printer that is open already is kept open; one that was plugged in anew since the listing
+// is found again on its port. Returns 0 or 3. After 3 the earlier choice stays, and its connection
+// too, except that one on the network is closed before another on the network is tried
+// (API_NUVCONNECT_OpenDevice makes it again).
 NUV_API int API_ChooseDevice(int kind, int index);
 
 // Opens the first listed device of `kind` whose serial number is exactly `serial` (not null).

@@ -44,8 +44,6 @@ std::vector<std::string> TableCommand::GetReplyKeys() const {
   return row_.keys == Keys::kLetter ? LetterKeys(replyTokens_) : ColonKeys(replyTokens_);
 }
 
-ResultMap TableCommand::GetResultMap() const {
-  return ReadRecord(replyTokens_, row_.record);
-}
+ResultMap TableCommand::GetResultMap() const { return ReadRecord(replyTokens_, row_.record); }
 
 }  // namespace Nuv::Command

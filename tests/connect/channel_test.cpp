@@ -278,10 +278,10 @@ TEST_F(LeftLinkTest, NothingIsWrittenIntoAnothersExchange) {
   ASSERT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
   std::thread sending;
   port.onRead = [&] {
+    if (sending.joinable()) return;
     sending = std::thread([&] { EXPECT_TRUE(channel->SendBytes({'x'})); });
     // Without the lock it would be through long before.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    port.onRead = nullptr;
     port.blocks = {"F9 OK\n"};
   };
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");

@@ -154,6 +154,9 @@ class UdpSearchTest : public SocketLayerTest {
     ASSERT_TRUE(search.Open());
   }
 
+  // A flood takes the simulator a while to make; once it runs, the search ends by its bounds.
+  static constexpr int kFloodWaitMs = 3000;
+
   // What a search of the first network gives, and how often it tells that it dropped the rest.
   struct Found {
     size_t answers = 0;
@@ -181,7 +184,7 @@ class UdpSearchTest : public SocketLayerTest {
     return FoundBy([&] {
       UdpSearchSocket local(limiting);
       local.Open();
-      local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs);
+      local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kFloodWaitMs);
       return local.replies();
     });
   }
@@ -189,7 +192,7 @@ class UdpSearchTest : public SocketLayerTest {
   static Found Channel(Nuv::Platform::Clock& limiting) {
     return FoundBy([&] {
       NetworkDeviceSearcher searcher(kMessage, limiting);
-      return searcher.Search(kPort, kWaitMs);
+      return searcher.Search(kPort, kFloodWaitMs);
     });
   }
 

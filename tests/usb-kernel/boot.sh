@@ -8,7 +8,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 bin=$(cd "$1/bin" && pwd)
 cpus=$2 script=$3
 work=$(cd "$1/.." && pwd)/usb-kernel
-limit=${NUV_USB_KERNEL_SECONDS:-300}
+limit=${NUV_USB_KERNEL_SECONDS:-450}
 
 # The kernel that linux-image-amd64 stands for, unpacked and not installed; kept for the next run.
 # The cloud kernels, which a virtual machine would otherwise have, lack the modules.

@@ -66,7 +66,7 @@ another_one_in_its_place() {
   local before
   before=$(requests 0 F117)
   printf 'send /tmp/job.nuv\n' >&"${HOST[1]}"
-  wait_until eval "[ \$(requests 0 F117) -gt $((before + 1)) ]" || return 1
+  wait_until eval "[ \$(requests 0 F117) -gt $((before + 3)) ]" || return 1
   kill -STOP "$HOST_PID"
   before=$(requests 1 .)
   unplug 0 /dev/usb/lp0
