@@ -1,5 +1,6 @@
 /* Finds a printer, connects to the first one and sends it a print file. Plain C.
    Usage: print_file usb|network FILE */
+#include <locale.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -46,6 +47,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const int kind = strcmp(argv[1], "usb") == 0 ? NUV_KIND_USB : NUV_KIND_NETWORK;
+  setlocale(LC_ALL, ""); /* the path is in its characters */
   ask_for_results();
   API_Initial();
   const int count = list_printers(kind);

@@ -156,6 +156,7 @@ void NuvConnect::DiscardStaleInput() {
 bool NuvConnect::SendBytes(std::vector<uint8_t> bytes) {
   if (bytes.empty()) return false;
   const Lock lock(mutex_);
+  ledger_.Wrote(bytes.size());
   return Write(bytes.data(), bytes.size());
 }
 
@@ -211,7 +212,6 @@ std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
 }
 
 bool NuvConnect::Write(const uint8_t* data, size_t length) {
-  ledger_.Wrote(length);
   return isNetwork_ ? network_.Write(data, length, job_ == JobKind::kImage)
                     : local_.Write(data, length);
 }

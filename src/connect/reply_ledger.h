@@ -8,8 +8,9 @@
 
 namespace Nuv::Connect {
 
-// What was written on one connection, and which of it the printer's replies have confirmed. A
-// printer answers its requests in their order, each with one line.
+// The data that was written on one connection, and how much of it the printer's replies to the
+// requests between have confirmed. A printer answers its requests in their order, each with one
+// line.
 //
 // Thread-safety: none; the channel keeps it under its lock.
 class ReplyLedger {
@@ -17,9 +18,9 @@ class ReplyLedger {
   // A new connection: nothing written, nothing owed.
   void Reset() { *this = ReplyLedger(); }
 
-  // `size` bytes were handed to the link, whether or not it took them all.
+  // `size` bytes of data were handed to the link, whether or not it took them all.
   void Wrote(size_t size) { written_ += size; }
-  // They were `request`, which owes an answer.
+  // A request was written, which owes an answer.
   void Asked(const std::string& request);
 
   // A reply was read. With the code of its request it confirms all that was written until that.
@@ -37,7 +38,7 @@ class ReplyLedger {
  private:
   struct Debt {
     std::string code;   // as written in the request
-    uint64_t position;  // bytes written until the end of the request
+    uint64_t position;  // bytes written until the request
   };
 
   std::deque<Debt> owed_;

@@ -18,7 +18,7 @@ constexpr std::chrono::seconds kPrinterWaits(1);
 int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>& announce) {
   const JobClaim claim(context.state.jobRunning);
   if (!claim.held()) return NUV_FAILED;
-  const LinkClaim link(context, JobKind::kImage);
+  const LinkClaim link(context, JobKind::kLines);
   const int32_t result = announce();
   if (result == NUV_OK) context.state.quietUntil = context.clock.Now() + kPrinterWaits;
   return result;

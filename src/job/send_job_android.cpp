@@ -48,15 +48,15 @@ int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
   const std::optional<std::string> state = QueryState(context_);
   if (!state ||
       F508proc(context_.Procs(), digest->bytes, digest->sha1, file_.name).Process(values) !=
-          NUV_OK ||
-      SendThumbnail(parts.thumbnail) != NUV_OK) {
+          NUV_OK) {
     return NUV_FAILED;
   }
+  const int32_t sent = SendThumbnail(parts.thumbnail);
+  if (sent != NUV_OK) return sent;
   F500proc opening(context_.Procs(), *job, file_.name);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
-  SendBlocks(parts.records, BlockHeader::kNone);
-  return NUV_OK;
+  return SendBlocks(parts.records, BlockHeader::kNone);
 }
 
 int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) const {
@@ -66,22 +66,20 @@ int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail)
   const int32_t result = announcement.Process(values);
   if (result != NUV_OK) return result;
   // A printer that does not want a thumbnail prints all the same.
-  if (announcement.accepted()) {
-    SendBlocks(thumbnail, BlockHeader::kL105);
-  } else {
-    Diagnostic("job: the printer refused the thumbnail");
-  }
+  if (announcement.accepted()) return SendBlocks(thumbnail, BlockHeader::kL105);
+  Diagnostic("job: the printer refused the thumbnail");
   return NUV_OK;
 }
 
-// Unchecked: the query of the transfer confirms it.
-void SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const {
-  bool written = true;
+// The query of the transfer confirms them.
+int32_t SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes,
+                                       BlockHeader header) const {
   for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {
-    const bool block = context_.channel.SendBytes(blocks.Next());
-    if (written && !block) Diagnostic("job: a block before the data lines was not written");
-    written = written && block;
+    if (context_.channel.SendBytes(blocks.Next())) continue;
+    Diagnostic("job: a block before the data lines was not written");
+    return NUV_WRITE_FAILED;
   }
+  return NUV_OK;
 }
 
 }  // namespace Nuv::Connect

@@ -20,10 +20,11 @@ bool ReadParts(IPrintFileLibrary& file, RawParts& parts) {
   return file.GetAESkey(parts.key) && file.ReadL102(parts.l102) && file.ReadL103(parts.l103);
 }
 
-// Unchecked: the query behind confirms it.
-void SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
-  if (part.empty()) return;
-  if (!channel.SendBytes(std::move(part))) Platform::Diagnostic("job: %s not written", name);
+// The query behind it confirms it.
+bool SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
+  if (part.empty() || channel.SendBytes(std::move(part))) return true;
+  Platform::Diagnostic("job: %s not written", name);
+  return false;
 }
 
 }  // namespace
@@ -53,9 +54,11 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   F103proc opening(context_.Procs(), *job);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
-  SendPart(context_.channel, parts.key, "key");
-  SendPart(context_.channel, parts.l102, "record L102");
-  SendPart(context_.channel, parts.l103, "record L103");
+  if (!SendPart(context_.channel, parts.key, "key") ||
+      !SendPart(context_.channel, parts.l102, "record L102") ||
+      !SendPart(context_.channel, parts.l103, "record L103")) {
+    return NUV_WRITE_FAILED;
+  }
   freeBuffer = QueryFreeBufferSize(context_, kBegoMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
 }

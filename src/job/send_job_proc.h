@@ -54,7 +54,7 @@ class SendJobProcBEGO final : public ISendJobProc {
       : context_(context), file_(std::move(file)) {}
 
   // 1 an exchange failed, 4 a part of the file cannot be read or its name cannot be sent, 16 the
-  // printer has no free buffer, 29 it refused to open the job.
+  // printer has no free buffer, 20 a part could not be written, 29 it refused to open the job.
   int32_t PrepareJob(uint64_t& freeBuffer) override;
 
  private:
@@ -70,8 +70,8 @@ class SendJobProcAndroid final : public ISendJobProc {
   SendJobProcAndroid(const JobContext& context, JobFile file)
       : context_(context), file_(std::move(file)) {}
 
-  // 1 an exchange failed, 4 the file or a part of it cannot be read or its name cannot be sent, 29
-  // the printer refused to open the job.
+  // 1 an exchange failed, 4 the file or a part of it cannot be read or its name cannot be sent, 20
+  // a part could not be written, 29 the printer refused to open the job.
   int32_t PrepareJob(uint64_t& freeBuffer) override;
 
  private:
@@ -82,7 +82,7 @@ class SendJobProcAndroid final : public ISendJobProc {
 
   bool ReadParts(Parts& parts) const;
   int32_t SendThumbnail(const std::vector<uint8_t>& thumbnail) const;
-  void SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const;
+  int32_t SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const;
 
   const JobContext& context_;
   const JobFile file_;

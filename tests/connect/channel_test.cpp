@@ -29,6 +29,8 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
       {"data", {"line"}, true, false},
       {"answered request", {"line", "F117\r\n", "<F117 OK S:1\r\n"}, false, false},
       {"unanswered request", {"line", "F117\r\n"}, true, true},
+      {"no data", {"F117\r\n"}, false, true},
+      {"sent again, answered once", {"line", "F117\r\n", "F117\r\n", "<F117 OK\r\n"}, false, true},
       {"another's code", {"line", "F117\r\n", "<F102 OK\r\n"}, true, false},
       {"a longer code", {"line", "F117\r\n", "<F1170 OK\r\n"}, true, false},
       {"another letter", {"line", "F117\r\n", "<X117 OK\r\n"}, false, false},
@@ -60,8 +62,11 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
       } else if (event.front() == '<') {
         ledger.Answered(event.substr(1));
       } else {
-        ledger.Wrote(event.size());
-        if (event.front() == 'F') ledger.Asked(event);
+        if (event.front() == 'F') {
+          ledger.Asked(event);
+        } else {
+          ledger.Wrote(event.size());
+        }
       }
     }
     EXPECT_EQ(ledger.unconfirmed(), row.unconfirmed);

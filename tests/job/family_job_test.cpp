@@ -60,10 +60,6 @@ TEST_F(FamilyJobTest, AndroidDigestThumbnailOpeningRecordsData) {
 
 // A printer that refuses the opening would take the bytes behind it for commands.
 TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
-  const auto lostAtTheKey = [](JobTest& t) {
-    t.printer.writesUntilFailure = 0;
-    t.printer.Always("F117", "");
-  };
   const struct {
     const char* name;
     const char* machineId;
@@ -84,7 +80,8 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
       {"355", kBego, Silent("F355"), NUV_FAILED, "F355", 0, {{-1, 355}}},
       {"refused", kBego, Refused("F103"), NUV_PRINTER_REFUSED, "F103", 0, {{29, 103}}},
       {"full", kBego, FreeBuffer(0), NUV_NO_BUFFER_SPACE, "F117", 3, {}},
-      {"lost at the key", kBego, lostAtTheKey, NUV_NO_BUFFER_SPACE, "F117", 0, {{-1, 117}}},
+      {"key not written", kBego, WritesFailAfter(0), NUV_WRITE_FAILED, "F103", 0, {}},
+      {"record not written", kBego, WritesFailAfter(2), NUV_WRITE_FAILED, "L102", 2, {}},
       {"key", kBego, Damaged(&FakePrintFiles::key), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"record", kBego, Damaged(&FakePrintFiles::l103), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"102", kAndroid, Silent("F102"), NUV_FAILED, "F102", 0, {{-1, 102}}},
@@ -94,7 +91,8 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
       {"refused", kAndroid, Refused("F500"), NUV_PRINTER_REFUSED, "F500", 1, {{29, 500}}},
       {"preview", kAndroid, Damaged(&FakePrintFiles::preview), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"record", kAndroid, Damaged(&FakePrintFiles::l101), NUV_FILE_NOT_READABLE, "", 0, {}},
-      {"lost in the records", kAndroid, WritesFailAfter(1), NUV_WRITE_FAILED, "F503", 1, {}},
+      {"thumbnail not written", kAndroid, WritesFailAfter(0), NUV_WRITE_FAILED, "F501", 0, {}},
+      {"records not written", kAndroid, WritesFailAfter(1), NUV_WRITE_FAILED, "F500", 1, {}},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(std::string(row.machineId) + ": " + row.name);

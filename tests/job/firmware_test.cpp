@@ -91,6 +91,7 @@ TEST_F(FirmwareTest, LinkIsClaimedMeanwhileAndOneTransferRunsAtATime) {
   int32_t announced = -1;
   g_meanwhile = [&] {
     EXPECT_FALSE(state.linkFree);
+    EXPECT_EQ(printer.job, JobKind::kImage);
     second = SendImage(1, BlockHeader::kL105);
     announced = AnnounceImage(Context(), [] { return NUV_OK; });
     EXPECT_FALSE(state.linkFree) << "still the first one's";
@@ -109,7 +110,8 @@ TEST_F(FirmwareTest, StatusThreadIsQuietBehindAnAcceptedAnnouncementOnly) {
   EXPECT_EQ(AnnounceImage(Context(),
                           [this] {
                             EXPECT_FALSE(state.linkFree);
-                            EXPECT_EQ(printer.job, JobKind::kImage);
+                            EXPECT_EQ(printer.job, JobKind::kLines)
+                                << "a command that is not taken ends";
                             return NUV_OK;
                           }),
             NUV_OK);
