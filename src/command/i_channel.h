@@ -63,7 +63,8 @@ class IChannel : public IConnect {
   // From BeginJob to EndJob a USB printer that was unplugged is not opened again: what is plugged
   // in has not the beginning of the stream.
   virtual void BeginJob(JobKind kind) = 0;
-  virtual void EndJob() = 0;
+  // `complete`: all was sent, so that what the link has still queued is waited for.
+  virtual void EndJob(bool complete) = 0;
 };
 
 }  // namespace Nuv::Connect

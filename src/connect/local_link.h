@@ -37,6 +37,8 @@ class LocalLink {
   void Close() { Current().Close(); }
   bool IsOpen() const { return Current().IsOpen(); }
   LinkState Look() { return Current().Look(); }
+  // Whether a printer is open that opening again keeps; sockets are always connected anew.
+  bool KeepsOpen() { return !usesSockets_ && Look() == LinkState::kAlive; }
   bool DiscardUntilQuiet(int quietMs, int limitMs) {
     return Current().DiscardUntilQuiet(quietMs, limitMs);
   }

@@ -57,14 +57,15 @@ bool NuvConnect::ChooseDevice(int kind, int index) {
 }
 
 bool NuvConnect::Choose(int kind, int index) {
+  const bool kept = kind == 0 && index == index_ && IsKeptOpen();
   const bool opened = kind != 0 ? network_.Open(index) : local_.Open(index);
   if (!opened) return false;
-  Opened(kind != 0);
+  Opened(kind != 0, kept);
   index_ = index;
   return true;
 }
 
-void NuvConnect::Opened(bool isNetwork) {
+void NuvConnect::Opened(bool isNetwork, bool kept) {
   // A printer serves one client: it must not wait for one that has gone to another link. What was
   // read from it stays.
   if (isNetwork && !isNetwork_) {
@@ -75,8 +76,10 @@ void NuvConnect::Opened(bool isNetwork) {
   }
   if (!isNetwork) leftLocal_ = false;
   isNetwork_ = isNetwork;
-  ledger_.Reset();
+  if (!kept) ledger_.Reset();
 }
+
+bool NuvConnect::IsKeptOpen() { return !isNetwork_ && local_.KeepsOpen(); }
 
 std::string NuvConnect::IdentityOf(int kind, int index) const {
   return kind != 0 ? network_.Identity(index) : local_.Identity(index);
@@ -100,10 +103,12 @@ bool NuvConnect::ChooseListed(int kind, int index, const std::string& identity) 
 // printer, on which a job must not go on.
 bool NuvConnect::OpenDevice() {
   const Lock lock(mutex_);
-  // A USB printer stays open, but not with an answer on its way that nobody waits for.
-  if (!isNetwork_ && ledger_.owes()) local_.Close();
+  // A USB printer stays open, but not with an answer on its way that nobody waits for. One that has
+  // gone is left to the reopening, which in a job must see that.
+  if (IsKeptOpen() && ledger_.owes()) local_.Close();
+  const bool kept = IsKeptOpen();
   const bool opened = isNetwork_ ? network_.Reopen() : local_.Reopen(job_ != JobKind::kNone);
-  if (opened) ledger_.Reset();
+  if (opened && !kept) ledger_.Reset();
   return opened;
 }
 
@@ -165,9 +170,9 @@ LinkLook NuvConnect::Look() {
   return {State() == LinkState::kAlive, ledger_.unconfirmed()};
 }
 
-void NuvConnect::EndJob() {
+void NuvConnect::EndJob(bool complete) {
   // The last block of an image may still be queued for a printer that took nothing for a while.
-  if (job_.exchange(JobKind::kNone) != JobKind::kImage) return;
+  if (job_.exchange(JobKind::kNone) != JobKind::kImage || !complete) return;
   const Lock lock(mutex_);
   if (isNetwork_) network_.Write(nullptr, 0, true);
 }
@@ -201,7 +206,7 @@ void NuvConnect::SetSearchMessage(std::string message) {
 bool NuvConnect::ConnectAddress(const std::string& address) {
   const Lock lock(mutex_);
   if (!network_.OpenAddress(address)) return false;
-  Opened(true);
+  Opened(true, false);
   return true;
 }
 
@@ -220,8 +225,10 @@ Reply NuvConnect::ReadReply(Platform::Interrupt* interrupt) {
   std::string line = isNetwork_ ? network_.ReadReply(interrupt) : local_.ReadReply(interrupt);
   ledger_.Answered(line);
   if (!line.empty()) return {WithoutLineFeed(std::move(line))};
-  const bool interrupted = interrupt != nullptr && interrupt->raised();
-  return {{}, interrupted ? LinkFailure::kGivenUp : Reason(LinkFailure::kSilence)};
+  if (interrupt == nullptr || !interrupt->raised()) return {{}, Reason(LinkFailure::kSilence)};
+  // The answer is on its way: whoever asks next waits for it.
+  ledger_.GiveUp();
+  return {{}, LinkFailure::kGivenUp};
 }
 
 LinkState NuvConnect::State() { return isNetwork_ ? network_.Look() : local_.Look(); }

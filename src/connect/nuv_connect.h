@@ -44,7 +44,7 @@ class NuvConnect final : public IChannel {
   Reply ReadAgain(Platform::Interrupt* interrupt) override;
   LinkLook Look() override;
   void BeginJob(JobKind kind) override { job_ = kind; }
-  void EndJob() override;
+  void EndJob(bool complete) override;
 
   // From now on whoever waits for a reply has none within 600 ms, and opening and writing fail, but
   // for a connection being made or a write under way. Takes no lock, so that it reaches the
@@ -69,8 +69,10 @@ class NuvConnect final : public IChannel {
  private:
   bool Choose(int kind, int index);
   std::string IdentityOf(int kind, int index) const;
-  // Makes the link that was opened current.
-  void Opened(bool isNetwork);
+  // Makes the link that was opened current. `kept`: it was open all along.
+  void Opened(bool isNetwork, bool kept);
+  // Whether an opening of the current printer would keep it open as it is.
+  bool IsKeptOpen();
   void DiscardStaleInput();
   bool Write(const uint8_t* data, size_t length);
   Reply ReadReply(Platform::Interrupt* interrupt);

@@ -27,11 +27,13 @@ class ReplyLedger {
   void Answered(const std::string& reply);
   // A reply was thrown away.
   void Discarded();
+  // Nobody waits for the reply to the last request any more; it may still come.
+  void GiveUp() { answered_ = true; }
   // What is still owed will not come any more.
   void OweNothing() { owed_.clear(); }
 
   bool owes() const { return !owed_.empty(); }
-  // Whether the last request was answered.
+  // Whether the last request was answered, or given up.
   bool answered() const { return answered_; }
   bool unconfirmed() const { return confirmed_ < written_; }
 

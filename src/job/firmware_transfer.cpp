@@ -28,7 +28,7 @@ int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& imag
                      BlockHeader header) {
   const JobClaim claim(context.state.jobRunning);
   if (!claim.held()) return NUV_FAILED;
-  const LinkClaim link(context, JobKind::kImage);
+  LinkClaim link(context, JobKind::kImage);
   context.callbacks.ReportStart();
   bool written = true;
   for (BlockStream blocks(image, header); !blocks.AtEnd();) {
@@ -36,13 +36,14 @@ int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& imag
     if (context.callbacks.IsCancelled()) return NUV_CANCELLED;
     const bool block = context.channel.SendBytes(blocks.Next());
     if (written && !block) {
-      Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu was not written",
+      Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu was not taken in time",
                            blocks.sent(), image.size());
     }
     written = written && block;
     context.callbacks.ReportSent(static_cast<int32_t>(image.size()),
                                  static_cast<int32_t>(blocks.sent()));
   }
+  link.Complete();
   return NUV_OK;
 }
 

@@ -69,15 +69,18 @@ class LinkClaim {
     channel_.BeginJob(kind);
   }
   ~LinkClaim() {
-    channel_.EndJob();
+    channel_.EndJob(complete_);
     state_.linkFree = true;
   }
+  // All was sent.
+  void Complete() { complete_ = true; }
   LinkClaim(const LinkClaim&) = delete;
   LinkClaim& operator=(const LinkClaim&) = delete;
 
  private:
   JobState& state_;
   IChannel& channel_;
+  bool complete_ = false;
 };
 
 }  // namespace Nuv::Connect

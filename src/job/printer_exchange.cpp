@@ -48,12 +48,25 @@ std::optional<std::string> QueryState(const JobContext& context) {
   return state == proc.fields().end() ? std::string() : state->second;
 }
 
+namespace {
+
+// A state that cannot be read is none.
+bool IsReceiving(const JobContext& context) {
+  try {
+    return QueryState(context) == kReceiving;
+  } catch (const Command::ReplyError&) {
+    return false;
+  }
+}
+
+}  // namespace
+
 int32_t OpenJob(const JobContext& context, CodeProc& opening, const std::string& before) {
   std::vector<std::string> values;
   const int32_t result = opening.ProcessAccepted(values);
   // Only then is it certain that the job on the printer is ours and not somebody's print.
   if (result == NUV_PRINTER_REFUSED && opening.sent_again() && before == kIdle &&
-      QueryState(context) == kReceiving) {
+      IsReceiving(context)) {
     AbandonJob(context);
   }
   return result;

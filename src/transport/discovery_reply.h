@@ -7,7 +7,7 @@
 // A printer that answered the search.
 struct NetworkDevice {
   bool valid = false;   // the reply was an acceptance; only such entries are kept
-  std::string address;  // IPv4, as text
+  std::string address;  // as text
   uint16_t port = 0;    // TCP port of the command exchange
   std::string name;
   std::string mac;  // as sent

@@ -32,8 +32,7 @@ class TcpDeviceConnector : public QObject {
   ~TcpDeviceConnector() override;
 
   // Connects to `host` (IPv4 or IPv6 address text; a name fails at once), closing an earlier
-  // connection first. False when there is no connection within the
-  // limit.
+  // connection first. False when there is no connection within the limit.
   bool Connect(const std::string& host, uint16_t port);
 
   // Closes the connection if there is one.

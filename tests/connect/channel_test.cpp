@@ -48,6 +48,10 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
        false,
        false},
       {"one thrown away", {"F117\r\n", "line", "F117\r\n", "x", "<F117 OK\r\n"}, false, false},
+      {"an empty line is no answer",
+       {"line", "F117\r\n", "F117\r\n", "<F117 OK\r\n\r\n"},
+       false,
+       true},
       {"two pieces of one", {"line", "F117\r\n", "<F117 O", "<K S:1\r\n"}, false, false},
       {"the first of them only", {"line", "F117\r\n", "<F117 O"}, false, true},
       {"a reply that nobody asked for", {"line", "<F117 OK\r\n"}, true, false},
@@ -111,6 +115,32 @@ TEST_F(ChannelTest, SecondAnswerIsNotTakenForTheNextQuestion) {
   EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_FAILED);
   EXPECT_EQ(micrometres, 0);
   EXPECT_THAT(errors(), ElementsAre(std::pair(1, 159)));
+}
+
+// One that came unasked, and would answer for the other setting.
+TEST_F(ChannelTest, StaleInputIsNotTakenForTheAnswer) {
+  StartConnected(Printer("A1"));
+  int value = 0;
+  const auto sent = simulator->Totals().answersSent;
+  const std::string line = "F159 S0\r\n";
+  ASSERT_TRUE(framework.GetConnect()->SendBytes({line.begin(), line.end()}));
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == sent + 1; }));
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_OK);
+  EXPECT_THAT(errors(), IsEmpty());
+}
+
+// A connection that ended with all confirmed is no loss: the job goes on over the next one.
+TEST_F(ChannelTest, JobGoesOnWhenAllWasConfirmed) {
+  auto printer = Printer("A1");
+  printer.bufferBytes = 12;
+  StartConnected(printer);
+  WritePrintFile();
+  // The first question of the wait is answered, the second is not.
+  Commits("buffer-full,skip=2");
+  Commits("drop,code=117,skip=3");
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_EQ(simulator->Totals().faultsApplied, 2U);
+  ExpectJobArrived();
 }
 
 TEST_F(ChannelTest, IndexThatMeansAnotherPrinterNowIsRefused) {
@@ -256,11 +286,13 @@ TEST_F(LeftLinkTest, UsbPrinterIsKeptUnlessItOwesAnAnswer) {
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
   EXPECT_TRUE(channel->OpenDevice());
   EXPECT_EQ(port.closes, 1) << "an answer may still come on the old one";
-  // Answers that are owed behind an answered request are waited for.
+  EXPECT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  // Answers that are owed behind an answered request are waited for, also when it is chosen again.
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "");
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
   EXPECT_THAT(port.quietWaits, IsEmpty()) << "behind an unanswered one nothing is";
+  EXPECT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
   EXPECT_EQ(channel->ExecuteCommand("F8\r\n"), "");
   EXPECT_THAT(port.quietWaits, ElementsAre(std::pair(250U, 2000U)));
 }

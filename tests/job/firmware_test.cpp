@@ -81,6 +81,7 @@ TEST_F(FirmwareTest, CancelStopsTheTransferAndALostConnectionDoesNot) {
     EXPECT_EQ(SendImage(30000, BlockHeader::kNone), row.result);
     EXPECT_EQ(printer.Blocks(), row.blocks);
     EXPECT_EQ(g_host.updates.size(), row.updates);
+    EXPECT_EQ(printer.endedComplete, row.result == NUV_OK) << "else what is queued may go";
   }
 }
 

@@ -110,6 +110,7 @@ TEST_F(JobTest, ARefusedOpeningEndsTheJobAndAbandonsOnlyItsOwn) {
       {"printing now", {idle, "", "F103 NG S:1", "F102 OK S:1"}, false},
       {"no state before", {"F102 OK", "", "F103 NG S:2", receiving}, false},
       {"no answer now", {idle, "", "F103 NG S:2", "", "", ""}, false},
+      {"nonsense now", {idle, "", "F103 NG S:2", "Fx OK"}, false},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);

@@ -26,7 +26,7 @@ class ChannelStub : public Nuv::Connect::IChannel {
   void SetSearchMessage(std::string) override {}
   Nuv::Connect::LinkLook Look() override { return {true, false}; }
   void BeginJob(Nuv::Connect::JobKind) override {}
-  void EndJob() override {}
+  void EndJob(bool) override {}
 };
 
 #endif  // NUV_TESTS_CHANNEL_STUB_H_

@@ -33,6 +33,7 @@ class ScriptedChannel final : public ChannelStub {
   bool opens = true;         // what OpenDevice answers
   int endsAfterBlocks = -1;  // the printer ends the link behind so many SendBytes; -1 never
   Nuv::Connect::JobKind job = Nuv::Connect::JobKind::kNone;
+  bool endedComplete = false;
   int writesUntilFailure = -1;      // SendBytes fails after so many; -1 never
   std::function<void()> onExecute;  // called before each command is answered
 
@@ -50,7 +51,10 @@ class ScriptedChannel final : public ChannelStub {
     return {!Ended(), unconfirmed_};
   }
   void BeginJob(Nuv::Connect::JobKind kind) override { job = kind; }
-  void EndJob() override { job = Nuv::Connect::JobKind::kNone; }
+  void EndJob(bool complete) override {
+    job = Nuv::Connect::JobKind::kNone;
+    endedComplete = complete;
+  }
   bool SendBytes(std::vector<uint8_t> bytes) override {
     if (writesUntilFailure == 0) return false;
     if (writesUntilFailure > 0) --writesUntilFailure;
