@@ -31,7 +31,7 @@ void Require(bool condition, const char* what) {
 template <class Parse>
 void ReadNumber(Parse parse, const std::string& text) {
   try {
-    parse(text);
+    parse(text, 101);
   } catch (const std::invalid_argument&) {
     return;
   } catch (const std::out_of_range&) {
