@@ -1,9 +1,10 @@
+#include <algorithm>
+#include <fstream>
 #include <functional>
 #include <random>
 
 #include "nuvfile/text_lines.h"
 #include "output_file.h"
-#include "sample_bytes.h"
 #include "test_files.h"
 
 namespace nuvfile {
@@ -43,17 +44,22 @@ TEST_F(WriterTest, ArgumentsTellTheLayers) {
   }
 }
 
-std::vector<uint8_t> FromHex(const std::string& hex) {
+std::vector<uint8_t> SampleBytes() {
+  std::ifstream file(NUVFILE_SAMPLE);
   std::vector<uint8_t> bytes;
-  for (size_t i = 0; i < hex.size(); i += 2) {
-    bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  for (std::string line; std::getline(file, line);) {
+    const size_t end = line.find_first_not_of("0123456789abcdef");
+    for (size_t i = 0; i + 1 < std::min(end, line.size()); i += 2) {
+      bytes.push_back(static_cast<uint8_t>(std::stoi(line.substr(i, 2), nullptr, 16)));
+    }
   }
   return bytes;
 }
 
 // The bytes of the format, and not only what the writer makes of them, are what others read.
 TEST_F(WriterTest, SampleFileIsTheOneOfTheFormat) {
-  const std::vector<uint8_t> sample = FromHex(kSampleBytes);
+  const std::vector<uint8_t> sample = SampleBytes();
+  ASSERT_EQ(sample.size(), 519U);
   ASSERT_TRUE(WriteAndOpen(SampleContents(), SampleLines()));
   EXPECT_EQ(ReadBytes(Path("a.nuv")), sample);
   std::unique_ptr<PrintFile> file;

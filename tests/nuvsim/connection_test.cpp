@@ -50,17 +50,6 @@ TEST(ConnectionTest, UnfinishedDataLineCountsWhenTheClientLeavesAndUnfinishedCom
   EXPECT_THAT(bench.sim->Requests(), ElementsAre("F102"));
 }
 
-TEST(ConnectionTest, LinesMayArriveByteByByteThroughATinyBuffer) {
-  Bench bench([](PrinterConfig& printer) { printer.bufferBytes = 4; });
-  const auto client = bench.Connect();
-  for (const char c : std::string("F102\r\nG1\r\nF157\nF1\r\n")) client->Send(std::string(1, c));
-  EXPECT_EQ(client->ReadLine(), "F102 OK S:0");
-  EXPECT_EQ(client->ReadLine(), "F157 OK I0 S0");
-  EXPECT_EQ(client->ReadLine(), "F1 NG");
-  EXPECT_THAT(bench.sim->Requests(), ElementsAre("F102", "F157", "F1"));
-  EXPECT_EQ(bench.sim->CommandText(), "G1\r\n");
-}
-
 TEST(ConnectionTest, AClientThatAsksWithoutReadingGetsEveryAnswer) {
   Bench bench(
       [](PrinterConfig& printer) { printer.faults = {MakeFault(FaultKind::kOversized, 102, 40)}; });

@@ -21,27 +21,6 @@ struct FaultRow {
   const char* received;  // up to the second, proper answer
 };
 
-class FaultTest : public testing::TestWithParam<FaultRow> {};
-
-TEST_P(FaultTest, ShowsOnceThenIsOver) {
-  Bench bench([](PrinterConfig& printer) {
-    printer.model = "Fabrix120 xP";  // an Android-board printer knows both queries of the buffer
-    printer.bufferBytes = 5000;
-  });
-  bench.sim->InjectFault(0, ParseFault(GetParam().fault));
-  const auto client = bench.Connect();
-  client->Send(std::string(GetParam().request) + "\r\n" + GetParam().request + "\r\nF197\r\n");
-  std::string received;
-  for (std::string line; line != "F197 OK N:Simulated printer";) {
-    line = client->ReadLine();
-    ASSERT_NE(line, "") << "after " << received;
-    received += line + "|";
-  }
-  EXPECT_EQ(received, std::string(GetParam().received) + "F197 OK N:Simulated printer|");
-  EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
-  EXPECT_EQ(bench.sim->Status().armedFaults, 0u);
-}
-
 const FaultRow kFaults[] = {
     {"SilentButCarriedOut", "silent", "F103 S9 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1", "F103 NG S:2|"},
     {"Pieces", "pieces,bytes=2,ms=1", "F102", "F102 OK S:0|F102 OK S:0|"},
@@ -54,14 +33,7 @@ const FaultRow kFaults[] = {
     {"NumberOutOfRange", "bad-number,field=V,text=99999999999", "F105",
      "F105 OK S:1 R:350 C:1001 V:99999999999 Q:L0001|F105 OK S:1 R:350 C:1001 V:500 Q:L0001|"},
     {"NoNumberInMissingField", "bad-number,field=C", "F102", "F102 OK S:0 C:abc|F102 OK S:0|"},
-    {"NoNumberInEqualsField", "bad-number,field=IP,text=x", "F192",
-     "F192 OK IP=x SUB=255.255.255.0 GATE=127.0.0.1 DNS1=127.0.0.1 DNS2=0.0.0.0 "
-     "MAC=02:00:00:00:00:01|"
-     "F192 OK IP=127.0.0.1 SUB=255.255.255.0 GATE=127.0.0.1 DNS1=127.0.0.1 DNS2=0.0.0.0 "
-     "MAC=02:00:00:00:00:01|"},
     {"RefuseOfTwoLines", "refuse", "F160 S1 C2", "F160 NG START|F160 OK START|F160 OK FINISH|"},
-    {"OtherCodeOfTwoLines", "other-code", "F160 S1 C2",
-     "F999 OK START|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
     {"NoNumberInTwoLines", "bad-number,field=START,text=x", "F160 S1 C2",
      "F160 OK STARTx|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
     {"ZeroPacketShowsOverUsbOnly", "zero-packet", "F102", "F102 OK S:0|F102 OK S:0|"},
@@ -73,8 +45,27 @@ const FaultRow kFaults[] = {
     {"ForOneCode", "refuse,code=102", "F102", "F102 NG S:0|F102 OK S:0|"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, FaultTest, testing::ValuesIn(kFaults),
-                         [](const auto& row) { return row.param.what; });
+TEST(FaultTest, ShowsOnceThenIsOver) {
+  for (const FaultRow& row : kFaults) {
+    SCOPED_TRACE(row.what);
+    Bench bench([](PrinterConfig& printer) {
+      printer.model = "Fabrix120 xP";  // an Android-board printer knows both queries of the buffer
+      printer.bufferBytes = 5000;
+    });
+    bench.sim->InjectFault(0, ParseFault(row.fault));
+    const auto client = bench.Connect();
+    client->Send(std::string(row.request) + "\r\n" + row.request + "\r\nF197\r\n");
+    std::string received;
+    for (std::string line; line != "F197 OK N:Simulated printer";) {
+      line = client->ReadLine();
+      ASSERT_NE(line, "") << "after " << received;
+      received += line + "|";
+    }
+    EXPECT_EQ(received, std::string(row.received) + "F197 OK N:Simulated printer|");
+    EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
+    EXPECT_EQ(bench.sim->Status().armedFaults, 0u);
+  }
+}
 
 TEST(EndFaultTest, EndsTheConnectionAndServesTheNext) {
   const struct {

@@ -132,31 +132,28 @@ std::vector<WireRow> WireRows() {
   };
 }
 
-class WireTest : public testing::TestWithParam<WireRow> {};
-
 // In one piece and byte by byte.
-TEST_P(WireTest, KeepsWhatIsNoLineApart) {
-  for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1}}) {
-    const WireRow& row = GetParam();
-    if (piece == 1 && row.sent.size() > 12000) continue;
-    Bench bench = MakeBench(row.model);
-    const auto client = bench.Connect();
-    for (std::size_t i = 0; i < row.sent.size(); i += piece) {
-      client->Send(row.sent.substr(i, piece));
+TEST(WireTest, KeepsWhatIsNoLineApart) {
+  for (const WireRow& row : WireRows()) {
+    for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1}}) {
+      if (piece == 1 && row.sent.size() > 12000) continue;
+      SCOPED_TRACE(row.what + std::string(piece == 1 ? ", byte by byte" : ""));
+      Bench bench = MakeBench(row.model);
+      const auto client = bench.Connect();
+      for (std::size_t i = 0; i < row.sent.size(); i += piece) {
+        client->Send(row.sent.substr(i, piece));
+      }
+      std::string answers;
+      while (answers.size() < row.answers.size()) answers += client->ReadLine() + "|";
+      EXPECT_EQ(answers, row.answers);
+      client->Close();
+      ASSERT_TRUE(bench.WaitUntil([&] { return !bench.sim->Status().connected; }));
+      EXPECT_EQ(Received(bench), row.received);
+      EXPECT_EQ(bench.sim->CommandText(), row.commandLines);
+      EXPECT_EQ(bench.sim->Jobs().empty() ? "" : bench.sim->JobBytes(), row.jobLines);
     }
-    std::string answers;
-    while (answers.size() < row.answers.size()) answers += client->ReadLine() + "|";
-    EXPECT_EQ(answers, row.answers);
-    client->Close();
-    ASSERT_TRUE(bench.WaitUntil([&] { return !bench.sim->Status().connected; }));
-    EXPECT_EQ(Received(bench), row.received);
-    EXPECT_EQ(bench.sim->CommandText(), row.commandLines);
-    EXPECT_EQ(bench.sim->Jobs().empty() ? "" : bench.sim->JobBytes(), row.jobLines);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Each, WireTest, testing::ValuesIn(WireRows()),
-                         [](const auto& row) { return row.param.what; });
 
 TEST(RefusedTest, RequestsInAnotherFormAndOfOtherModels) {
   const std::pair<const char*, std::vector<std::string>> kRows[] = {
@@ -204,15 +201,13 @@ TEST(ReceivedTest, HoldsTheBytesTheDigestAndTheNames) {
   EXPECT_EQ(answer["received"][1]["kind"], "L101");
 }
 
-struct EndRow {
-  const char* model;
-  std::string opening;
-  std::string begun;
-  const char* received;
-};
-
-std::vector<EndRow> EndRows() {
-  return {
+TEST(IncompleteTest, EndsAfterASecondOfSilenceAndWithTheConnection) {
+  const struct {
+    const char* model;
+    std::string opening;
+    std::string begun;
+    const char* received;
+  } kRows[] = {
       {kDental, "F103 S5 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1", kKey.substr(0, 20), "key 20/32|"},
       {kAndroid, "F501 S9 N<Thumbnail.png>", Frame("L105", "12345").substr(0, 10),
        "thumbnail 2/9 1x5|"},
@@ -220,37 +215,30 @@ std::vector<EndRow> EndRows() {
       {kAndroid, "F141 S9,x", "F102\r\n", "engine 6/9|"},
       {kAndroid, "F506 S1 A9 Cx", Frame("L105", "123") + "L105", "android 3/9 1x3|"},
   };
-}
-
-TEST(IncompleteTest, EndsAfterASecondOfSilence) {
-  for (const EndRow& row : EndRows()) {
-    Bench bench = MakeBench(row.model);
-    const auto client = bench.Connect();
-    EXPECT_EQ(client->Ask(row.opening), row.opening.substr(0, 4) + " OK");
-    client->Send(row.begun.substr(0, 1));
-    client->Send(row.begun.substr(1));
-    ASSERT_TRUE(bench.WaitUntil([&] {
-      return bench.sim->Totals().bytesReceived == row.opening.size() + 2 + row.begun.size();
-    }));
-    bench.Pass(milliseconds(999));
-    EXPECT_EQ(bench.sim->Received().back().sha1, "") << "is still being received";
-    bench.Pass(milliseconds(1));
-    EXPECT_EQ(Received(bench), row.received);
-    EXPECT_NE(bench.sim->Received().back().sha1, "");
-    EXPECT_EQ(client->Ask("F197"), "F197 OK N:Simulated printer");
-  }
-}
-
-TEST(IncompleteTest, EndsWithTheConnection) {
-  for (const EndRow& row : EndRows()) {
-    Bench bench = MakeBench(row.model);
-    const auto client = bench.Connect();
-    EXPECT_EQ(client->Ask(row.opening), row.opening.substr(0, 4) + " OK");
-    client->Send(row.begun);
-    client->Close();
-    EXPECT_EQ(bench.Connect()->Ask("F197"), "F197 OK N:Simulated printer");
-    EXPECT_EQ(Received(bench), row.received);
-    EXPECT_EQ(bench.sim->CommandText(), "");
+  for (const auto& row : kRows) {
+    for (const bool isSilent : {true, false}) {
+      SCOPED_TRACE(row.opening + (isSilent ? ", then silence" : ", then the end"));
+      Bench bench = MakeBench(row.model);
+      auto client = bench.Connect();
+      EXPECT_EQ(client->Ask(row.opening), row.opening.substr(0, 4) + " OK");
+      client->Send(row.begun.substr(0, 1));
+      client->Send(row.begun.substr(1));
+      if (isSilent) {
+        ASSERT_TRUE(bench.WaitUntil([&] {
+          return bench.sim->Totals().bytesReceived == row.opening.size() + 2 + row.begun.size();
+        }));
+        bench.Pass(milliseconds(999));
+        EXPECT_EQ(bench.sim->Received().back().sha1, "") << "is still being received";
+        bench.Pass(milliseconds(1));
+      } else {
+        client->Close();
+        client = bench.Connect();
+      }
+      EXPECT_EQ(client->Ask("F197"), "F197 OK N:Simulated printer");
+      EXPECT_EQ(Received(bench), row.received);
+      EXPECT_NE(bench.sim->Received().back().sha1, "");
+      EXPECT_EQ(bench.sim->CommandText(), "");
+    }
   }
 }
 

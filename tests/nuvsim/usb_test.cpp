@@ -20,7 +20,7 @@ constexpr std::int32_t kUnlinked = -104;
 
 // One simulated printer on its bus, and a host that has it.
 class UsbTest : public testing::Test {
- public:
+ protected:
   UsbTest() {
     SimulatorConfig config;
     config.printers = {LoopbackPrinter(), LoopbackPrinter()};
@@ -91,17 +91,6 @@ struct ControlRow {
   const char* data;  // null: stalled
 };
 
-class ControlTransferTest : public UsbTest, public testing::WithParamInterface<ControlRow> {};
-
-TEST_P(ControlTransferTest, IsAnswered) {
-  const std::uint32_t sequence = host->Control(GetParam().setup);
-  const UsbipReply reply = host->Next();
-  EXPECT_EQ(reply.sequence, sequence);
-  EXPECT_EQ(reply.status, GetParam().data == nullptr ? kStalled : 0);
-  const char* const data = GetParam().data == nullptr ? "" : GetParam().data;
-  EXPECT_EQ(ToHex(reply.data), ToHex(FromHex(data)));
-}
-
 const ControlRow kControls[] = {
     {"Device", "8006 0001 0000 1200", "1201 0002 000000 40 f111 0526 0001 010203 01"},
     {"DeviceCutToEight", "8006 0001 0000 0800", "1201 0002 000000 40"},
@@ -129,39 +118,41 @@ const ControlRow kControls[] = {
     {"VendorRequest", "c001 0000 0000 0100", nullptr},
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, ControlTransferTest, testing::ValuesIn(kControls),
-                         [](const auto& row) { return row.param.what; });
-
-struct AnswerRow {
-  const char* what;
-  const char* fault;
-  std::uint32_t length;  // of each read
-  std::vector<std::string> data;
-};
-
-class AnswerTest : public UsbTest, public testing::WithParamInterface<AnswerRow> {};
-
-TEST_P(AnswerTest, EndsReadAfterRead) {
-  if (*GetParam().fault != '\0') sim->InjectFault(0, ParseFault(GetParam().fault));
-  Give("F102\r\n");
-  EXPECT_EQ(ReadAll(GetParam().data.size(), GetParam().length), GetParam().data);
-  EXPECT_EQ(host->Ask("F197"), "F197 OK N:Simulated printer");
+TEST_F(UsbTest, ControlTransfersAreAnswered) {
+  for (const ControlRow& row : kControls) {
+    SCOPED_TRACE(row.what);
+    const std::uint32_t sequence = host->Control(row.setup);
+    const UsbipReply reply = host->Next();
+    EXPECT_EQ(reply.sequence, sequence);
+    EXPECT_EQ(reply.status, row.data == nullptr ? kStalled : 0);
+    EXPECT_EQ(ToHex(reply.data), ToHex(FromHex(row.data == nullptr ? "" : row.data)));
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, AnswerTest,
-    testing::Values(AnswerRow{"Whole", "", 1024, {"F102 OK S:0\r\n"}},
-                    AnswerRow{"LongerThanARead", "", 8, {"F102 OK ", "S:0\r\n"}},
-                    AnswerRow{"AsLongAsARead", "", 13, {"F102 OK S:0\r\n"}},
-                    AnswerRow{"ZeroPacket", "zero-packet", 1024, {"", "F102 OK S:0\r\n"}},
-                    AnswerRow{"Pieces", "pieces,bytes=6,ms=1", 1024, {"F102 O", "K S:0\r", "\n"}},
-                    AnswerRow{"Late", "late,ms=5", 1024, {"F102 OK S:0\r\n"}},
-                    AnswerRow{
-                        "OfManyPackets",
-                        "oversized,kib=1",
-                        512,
-                        {"F102 OK S:0 X:" + std::string(498, 'x'), std::string(512, 'x'), "\r\n"}}),
-    [](const auto& row) { return row.param.what; });
+TEST_F(UsbTest, AnswersEndReadAfterRead) {
+  const struct {
+    const char* fault;
+    std::uint32_t length;  // of each read
+    std::vector<std::string> data;
+  } kRows[] = {
+      {"", 1024, {"F102 OK S:0\r\n"}},
+      {"", 8, {"F102 OK ", "S:0\r\n"}},
+      {"", 13, {"F102 OK S:0\r\n"}},
+      {"zero-packet", 1024, {"", "F102 OK S:0\r\n"}},
+      {"pieces,bytes=6,ms=1", 1024, {"F102 O", "K S:0\r", "\n"}},
+      {"late,ms=5", 1024, {"F102 OK S:0\r\n"}},
+      {"oversized,kib=1",
+       512,
+       {"F102 OK S:0 X:" + std::string(498, 'x'), std::string(512, 'x'), "\r\n"}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.fault + (" in reads of " + std::to_string(row.length)));
+    if (*row.fault != '\0') sim->InjectFault(0, ParseFault(row.fault));
+    Give("F102\r\n");
+    EXPECT_EQ(ReadAll(row.data.size(), row.length), row.data);
+    EXPECT_EQ(host->Ask("F197"), "F197 OK N:Simulated printer");
+  }
+}
 
 TEST_F(UsbTest, ReadsWaitForAnswersInTheirOrder) {
   const std::uint32_t first = host->Read();
@@ -268,22 +259,6 @@ TEST_F(UsbTest, DropTakesThePrinterFromTheBusOnceTheAnswersBeforeAreRead) {
   Reattach();
 }
 
-TEST_F(UsbTest, JobComesOverUsbWhileTheNetworkAsks) {
-  RawClient network(sim->TcpPort());
-  std::string lines;
-  for (int i = 0; i < 300; ++i) lines += "G1 X" + std::to_string(i) + "\r\n";
-  std::string request = JobRequest(lines.size() - 600, 1);
-  request.resize(request.size() - 2);
-  EXPECT_EQ(host->Ask(request), "F103 OK");
-  host->Ask("F117");  // on this model a key might follow the opening; a command says that none does
-  for (std::size_t at = 0; at < lines.size(); at += 512) {
-    host->Write(lines.substr(at, 512));  // lines are cut, and go on after the other's commands
-    host->Next();
-    EXPECT_EQ(network.Ask("F197"), "F197 OK N:Simulated printer");
-  }
-  EXPECT_EQ(sim->JobBytes(), lines);
-}
-
 TEST_F(UsbTest, AHostThatDoesNotReadIsNotReceivedFromForEver) {
   sim->InjectFault(0, MakeFault(FaultKind::kOversized, 102, -1));  // of 1 MiB each
   for (int i = 0; i < 20; ++i) host->Write("F102\r\n");
@@ -301,48 +276,35 @@ std::string Reads(std::uint32_t count) {
   return bytes;
 }
 
-struct HostileRow {
-  const char* what;
-  bool isImported;  // before it begins
-  std::string bytes;
-  bool breaksOff = false;  // the host ends it, in place of the simulator
-};
-
-class HostileTest : public UsbTest, public testing::WithParamInterface<HostileRow> {};
-
-TEST_P(HostileTest, EndsAndTheNextIsServed) {
-  if (!GetParam().isImported) host = Host();
-  host->SendBytes(GetParam().bytes);
-  if (!GetParam().breaksOff) {
-    EXPECT_TRUE(host->HasEnded());
+TEST_F(UsbTest, HostileHostsAreEndedAndTheNextIsServed) {
+  const struct {
+    const char* what;
+    bool isImported;  // before it begins
+    std::string bytes;
+    bool breaksOff = false;  // the host ends it, in place of the simulator
+  } kRows[] = {
+      {"wrong version", false, FromHex("0100 8005 00000000")},
+      {"unknown operation", false, FromHex("0111 8004 00000000")},
+      {"text", false, "GET / HTTP/1.1\r\n\r\n"},
+      {"unknown command", true, Big32(7) + std::string(44, '\0')},
+      {"huge write", true, Submit(1, 0, 1, 0xffffffff)},
+      {"huge read", true, Submit(1, 1, 2, 0x80000000)},
+      {"just too long", true, Submit(1, 0, 1, (1u << 20) + 1)},
+      {"isochronous", true, Submit(1, 1, 2, 16, std::string(8, '\0'), 1000000)},
+      {"too many pending", true, Reads(257)},
+      {"request cut short", false, FromHex("0111 80"), true},
+      {"header cut short", true, Submit(1, 0, 1, 8).substr(0, 47), true},
+      {"data cut short", true, Submit(1, 0, 1, 8) + "F102", true},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.what);
+    if (!row.isImported) host = Host();
+    host->SendBytes(row.bytes);
+    if (!row.breaksOff) {
+      EXPECT_TRUE(host->HasEnded());
+    }
+    Reattach();
   }
-  Reattach();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, HostileTest,
-    testing::Values(HostileRow{"WrongVersion", false, FromHex("0100 8005 00000000")},
-                    HostileRow{"UnknownOperation", false, FromHex("0111 8004 00000000")},
-                    HostileRow{"Text", false, "GET / HTTP/1.1\r\n\r\n"},
-                    HostileRow{"UnknownCommand", true, Big32(7) + std::string(44, '\0')},
-                    HostileRow{"HugeWrite", true, Submit(1, 0, 1, 0xffffffff)},
-                    HostileRow{"HugeRead", true, Submit(1, 1, 2, 0x80000000)},
-                    HostileRow{"JustTooLong", true, Submit(1, 0, 1, (1u << 20) + 1)},
-                    HostileRow{"Isochronous", true,
-                               Submit(1, 1, 2, 16, std::string(8, '\0'), 1000000)},
-                    HostileRow{"TooManyPending", true, Reads(257)},
-                    HostileRow{"RequestCutShort", false, FromHex("0111 80"), true},
-                    HostileRow{"HeaderCutShort", true, Submit(1, 0, 1, 8).substr(0, 47), true},
-                    HostileRow{"DataCutShort", true, Submit(1, 0, 1, 8) + "F102", true}),
-    [](const auto& row) { return row.param.what; });
-
-TEST_F(UsbTest, TransfersToOtherEndpointsStall) {
-  for (const std::string& each :
-       {Submit(1, 0, 3, 2) + "F1", Submit(2, 0, 2, 2) + "F1", Submit(3, 0, 15, 0)}) {
-    host->SendBytes(each);
-    EXPECT_EQ(host->Next().status, kStalled);
-  }
-  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
 }
 
 }  // namespace
