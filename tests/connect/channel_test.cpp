@@ -121,11 +121,13 @@ TEST_F(ChannelTest, SecondAnswerIsNotTakenForTheNextQuestion) {
 TEST_F(ChannelTest, StaleInputIsNotTakenForTheAnswer) {
   StartConnected(Printer("A1"));
   int value = 0;
+  const auto asked = simulator->Totals().requests;
   const std::string line = "F159 S0\r\n";
   ASSERT_TRUE(framework.GetConnect()->SendBytes({line.begin(), line.end()}));
-  ASSERT_TRUE(Becomes([&] { return simulator->Requests().back() == "F159 S0"; }));
-  // The answer goes out at once; that it has come nobody tells.
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  ASSERT_TRUE(Becomes([&] {
+    const auto totals = simulator->Totals();
+    return totals.requests == asked + 1 && totals.answersSent == totals.requests;
+  }));
   EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_OK);
   EXPECT_THAT(errors(), IsEmpty());
 }
