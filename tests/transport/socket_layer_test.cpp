@@ -261,8 +261,10 @@ TEST_F(UdpSearchTest, FailuresAreTold) {
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.88.1.1", "255.255.255.0", kPort, kWaitMs), 0)
       << "no way to that network";
-  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
-              ::testing::MatchesRegex("\\[NKG\\]sendto error!, error code is [0-9]+\n"));
+  EXPECT_THAT(
+      ::testing::internal::GetCapturedStderr(),
+      ::testing::AllOf(::testing::StartsWith("[NKG]sendto error!, error code is "),
+                       ::testing::EndsWith("\n"), ::testing::Not(::testing::HasSubstr("?"))));
   SetEnvironment("NUVCONNECT_DEBUG", "");
   search.Close();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs), 0);
