@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "nuvconnect/IConnectingFramework.h"
+#include "tests/support/channel_stub.h"
 
 namespace Nuv::Connect {
 
@@ -62,188 +63,146 @@ struct Record {
   }
 };
 
-class FakeChannel final : public IConnect {
+class FakeChannel final : public ChannelStub {
  public:
   explicit FakeChannel(Record& record) : record_(record) {}
 
-  bool OpenDevice() override { return record_.Did("OpenDevice") == 0; }
-  bool CloseDevice() override { return record_.Did("CloseDevice") == 0; }
+  bool OpenDevice() override { return record_.Did(__func__) == 0; }
+  bool CloseDevice() override { return record_.Did(__func__) == 0; }
   String ReceiveReply() override {
     String reply;
-    record_.Did("ReceiveReply", reply);
+    record_.Did(__func__, reply);
     return reply;
   }
   String ExecuteCommand(String command) override {
     String reply;
-    record_.Did("ExecuteCommand", std::move(command), reply);
+    record_.Did(__func__, std::move(command), reply);
     return reply;
   }
 
-  bool SearchDevices(Strings&, String, String, int) override { return false; }
-  bool EnumerateDevices(int, Strings&) override { return false; }
-  bool ReadLocalData(Bytes&) override { return false; }
-  bool ChooseDevice(int, int) override { return false; }
-  bool SendBytes(Bytes) override { return false; }
-  void SetLocalOption(int) override {}
-  void SetSearchTimeout(int) override {}
-  void SetSearchPort(int) override {}
-  void SetSearchMessage(String) override {}
-
  private:
+  Reply Transact(const Request&) override { return {}; }
+  Reply ReadAgain(Platform::Interrupt*) override { return {}; }
+
   Record& record_;
 };
 
 class FakeFramework final : public IConnectingFramework {
+  // Outputs.
+  using N = int*;
+  using F = float*;
+  using S = String&;
+
  public:
   explicit FakeFramework(Record& record) : record_(record), channel_(record) {}
   ~FakeFramework() override { record_.calls.push_back("destroyed"); }
 
-  int SetUpdPort(int a) override { return Did("SetUpdPort", a); }
+  int SetUpdPort(int a) override { return Did(__func__, a); }
   int SearchNetworkDevice(Strings& a, String b, String c, int d) override {
-    return Did("SearchNetworkDevice", a, std::move(b), std::move(c), d);
+    return Did(__func__, a, std::move(b), std::move(c), d);
   }
-  int ConnectNetWorkDevice(String a) override { return Did("ConnectNetWorkDevice", std::move(a)); }
-  int GetDeviceList(int a, Strings& b, int c) override { return Did("GetDeviceList", a, b, c); }
-  int ChooseDevice(int a, int b) override { return Did("ChooseDevice", a, b); }
-  int GetPrinterInfo_BEGO(String& a, String& b, String& c, String& d, String& e,
-                          String& f) override {
-    return Did("GetPrinterInfo_BEGO", a, b, c, d, e, f);
+  int ConnectNetWorkDevice(String a) override { return Did(__func__, std::move(a)); }
+  int GetDeviceList(int a, Strings& b, int c) override { return Did(__func__, a, b, c); }
+  int ChooseDevice(int a, int b) override { return Did(__func__, a, b); }
+  int GetPrinterInfo_BEGO(S a, S b, S c, S d, S e, S f) override {
+    return Did(__func__, a, b, c, d, e, f);
   }
-  int GetPrinterInfo(String& a, String& b, String& c, String& d, String& e) override {
-    return Did("GetPrinterInfo", a, b, c, d, e);
-  }
-  int GetResinInfo_BEGO(String& a, String& b, String& c, String& d) override {
-    return Did("GetResinInfo_BEGO", a, b, c, d);
-  }
-  int GetResinInfo(int* a, int* b, String& c, String& d) override {
-    return Did("GetResinInfo", a, b, c, d);
-  }
-  int GetResinInfo2(int* a, int* b, String& c, int* d, String& e) override {
-    return Did("GetResinInfo2", a, b, c, d, e);
-  }
-  int GetPrinterStatusWithErrorCode(int* a, int* b) override {
-    return Did("GetPrinterStatusWithErrorCode", a, b);
-  }
-  int GetPrinterStatus(int* a) override { return Did("GetPrinterStatus", a); }
+  int GetPrinterInfo(S a, S b, S c, S d, S e) override { return Did(__func__, a, b, c, d, e); }
+  int GetResinInfo_BEGO(S a, S b, S c, S d) override { return Did(__func__, a, b, c, d); }
+  int GetResinInfo(N a, N b, S c, S d) override { return Did(__func__, a, b, c, d); }
+  int GetResinInfo2(N a, N b, S c, N d, S e) override { return Did(__func__, a, b, c, d, e); }
+  int GetPrinterStatusWithErrorCode(N a, N b) override { return Did(__func__, a, b); }
+  int GetPrinterStatus(N a) override { return Did(__func__, a); }
   int SendPrintFile(std::wstring a, NuvJobProgressCallback b) override {
-    return Did("SendPrintFile", std::move(a), b);
+    return Did(__func__, std::move(a), b);
   }
   int RegisterPrintingInfoCallback(NuvPrintingInfoCallback a, uint32_t b) override {
-    return Did("RegisterPrintingInfoCallback", a, b);
+    return Did(__func__, a, b);
   }
-  int RegisterErrorCodeCallback(NuvErrorCodeCallback a) override {
-    return Did("RegisterErrorCodeCallback", a);
-  }
+  int RegisterErrorCodeCallback(NuvErrorCodeCallback a) override { return Did(__func__, a); }
   int SetBCPScaling(float a, float b, float c, float d, float e, float f) override {
-    return Did("SetBCPScaling", a, b, c, d, e, f);
+    return Did(__func__, a, b, c, d, e, f);
   }
-  int GetBCPScaling(float* a, float* b, float* c, float* d, float* e, float* f) override {
-    return Did("GetBCPScaling", a, b, c, d, e, f);
+  int GetBCPScaling(F a, F b, F c, F d, F e, F f) override {
+    return Did(__func__, a, b, c, d, e, f);
   }
-  int SetNickName(const String& a) override { return Did("SetNickName", a); }
-  int GetNickName(String& a) override { return Did("GetNickName", a); }
-  int GetApList(Strings& a) override { return Did("GetApList", a); }
-  int IsconnectedAp(int* a) override { return Did("IsconnectedAp", a); }
-  int ConnectAp(String a, String b) override {
-    return Did("ConnectAp", std::move(a), std::move(b));
-  }
-  int GetApAttribute(String a, int* b, int* c) override {
-    return Did("GetApAttribute", std::move(a), b, c);
-  }
-  int DisconnectAp() override { return Did("DisconnectAp"); }
+  int SetNickName(const String& a) override { return Did(__func__, a); }
+  int GetNickName(S a) override { return Did(__func__, a); }
+  int GetApList(Strings& a) override { return Did(__func__, a); }
+  int IsconnectedAp(N a) override { return Did(__func__, a); }
+  int ConnectAp(String a, String b) override { return Did(__func__, std::move(a), std::move(b)); }
+  int GetApAttribute(String a, N b, N c) override { return Did(__func__, std::move(a), b, c); }
+  int DisconnectAp() override { return Did(__func__); }
   IConnect* GetConnect() override { return &channel_; }
-  void Close() override { Did("Close"); }
-  int GetTotalLayerAndTime(int* a, int* b) override { return Did("GetTotalLayerAndTime", a, b); }
-  int GetPrintingStatus(int* a, int* b, int* c) override {
-    return Did("GetPrintingStatus", a, b, c);
+  void Close() override { Did(__func__); }
+  int GetTotalLayerAndTime(N a, N b) override { return Did(__func__, a, b); }
+  int GetPrintingStatus(N a, N b, N c) override { return Did(__func__, a, b, c); }
+  int GetAndroidVersion(S a) override { return Did(__func__, a); }
+  int GetLCMPanelVersion(S a) override { return Did(__func__, a); }
+  int IsOpenModeSupported(N a) override { return Did(__func__, a); }
+  int IsRegisteredCorrectTag(N a) override { return Did(__func__, a); }
+  int GetMacAddressWifi(S a) override { return Did(__func__, a); }
+  int GetMacAddressLan(S a) override { return Did(__func__, a); }
+  int GetTankType(N a) override { return Did(__func__, a); }
+  int GetLastUpdatedIndex(N a) override { return Did(__func__, a); }
+  int SetLastUpdatedIndex(int a) override { return Did(__func__, a); }
+  int GetCurrJobIndexAndTotalSize(N a, N b) override { return Did(__func__, a, b); }
+  int GetJobInfo1(int a, S b, S c, S d) override { return Did(__func__, a, b, c, d); }
+  int GetJobInfo2(int a, N b, N c, N d, N e) override { return Did(__func__, a, b, c, d, e); }
+  int GetJobInfo3(int a, N b, N c, N d, N e) override { return Did(__func__, a, b, c, d, e); }
+  int GetJobInfo4(int a, S b, S c) override { return Did(__func__, a, b, c); }
+  int GetJobCounter(int a, N b, N c, N d, N e) override { return Did(__func__, a, b, c, d, e); }
+  int GetLSUFlashParameterFX150(N a, N b, N c, N d, N e, N f, N g, N h, N i, N j, N k) override {
+    return Did(__func__, a, b, c, d, e, f, g, h, i, j, k);
   }
-  int GetAndroidVersion(String& a) override { return Did("GetAndroidVersion", a); }
-  int GetLCMPanelVersion(String& a) override { return Did("GetLCMPanelVersion", a); }
-  int IsOpenModeSupported(int* a) override { return Did("IsOpenModeSupported", a); }
-  int IsRegisteredCorrectTag(int* a) override { return Did("IsRegisteredCorrectTag", a); }
-  int GetMacAddressWifi(String& a) override { return Did("GetMacAddressWifi", a); }
-  int GetMacAddressLan(String& a) override { return Did("GetMacAddressLan", a); }
-  int GetTankType(int* a) override { return Did("GetTankType", a); }
-  int GetLastUpdatedIndex(int* a) override { return Did("GetLastUpdatedIndex", a); }
-  int SetLastUpdatedIndex(int a) override { return Did("SetLastUpdatedIndex", a); }
-  int GetCurrJobIndexAndTotalSize(int* a, int* b) override {
-    return Did("GetCurrJobIndexAndTotalSize", a, b);
+  int GetLSUFlashParameter(N a, N b, N c, N d, N e, N f, N g) override {
+    return Did(__func__, a, b, c, d, e, f, g);
   }
-  int GetJobInfo1(int a, String& b, String& c, String& d) override {
-    return Did("GetJobInfo1", a, b, c, d);
+  int GetLSULaserPWMvalues(int a, N b, N c, N d, N e, N f, N g) override {
+    return Did(__func__, a, b, c, d, e, f, g);
   }
-  int GetJobInfo2(int a, int* b, int* c, int* d, int* e) override {
-    return Did("GetJobInfo2", a, b, c, d, e);
+  int GetPDSensorData(int a, N b, N c, N d) override { return Did(__func__, a, b, c, d); }
+  int GetLedUseTime(S a) override { return Did(__func__, a); }
+  int GetSensorStatusFX120(N a, N b, N c, N d, N e, N f, N g, N h, N i, N j, N k, N l,
+                           N m) override {
+    return Did(__func__, a, b, c, d, e, f, g, h, i, j, k, l, m);
   }
-  int GetJobInfo3(int a, int* b, int* c, int* d, int* e) override {
-    return Did("GetJobInfo3", a, b, c, d, e);
-  }
-  int GetJobInfo4(int a, String& b, String& c) override { return Did("GetJobInfo4", a, b, c); }
-  int GetJobCounter(int a, int* b, int* c, int* d, int* e) override {
-    return Did("GetJobCounter", a, b, c, d, e);
-  }
-  int GetLSUFlashParameterFX150(int* a, int* b, int* c, int* d, int* e, int* f, int* g, int* h,
-                                int* i, int* j, int* k) override {
-    return Did("GetLSUFlashParameterFX150", a, b, c, d, e, f, g, h, i, j, k);
-  }
-  int GetLSUFlashParameter(int* a, int* b, int* c, int* d, int* e, int* f, int* g) override {
-    return Did("GetLSUFlashParameter", a, b, c, d, e, f, g);
-  }
-  int GetLSULaserPWMvalues(int a, int* b, int* c, int* d, int* e, int* f, int* g) override {
-    return Did("GetLSULaserPWMvalues", a, b, c, d, e, f, g);
-  }
-  int GetPDSensorData(int a, int* b, int* c, int* d) override {
-    return Did("GetPDSensorData", a, b, c, d);
-  }
-  int GetLedUseTime(String& a) override { return Did("GetLedUseTime", a); }
-  int GetSensorStatusFX120(int* a, int* b, int* c, int* d, int* e, int* f, int* g, int* h, int* i,
-                           int* j, int* k, int* l, int* m) override {
-    return Did("GetSensorStatusFX120", a, b, c, d, e, f, g, h, i, j, k, l, m);
-  }
-  int GetRepositionProcessing(int* a) override { return Did("GetRepositionProcessing", a); }
+  int GetRepositionProcessing(N a) override { return Did(__func__, a); }
   int ExecuteCommand(int, const Strings&, std::map<String, String>&) override {
-    return Did("ExecuteCommand");
+    return Did(__func__);
   }
   int SetFWUpdateFileInfo_Android(uint32_t a, uint32_t b, String c) override {
-    return Did("SetFWUpdateFileInfo_Android", a, b, std::move(c));
+    return Did(__func__, a, b, std::move(c));
   }
-  int StartFWUpdateFileInfo_LCM(String a) override {
-    return Did("StartFWUpdateFileInfo_LCM", std::move(a));
-  }
-  int FinishFWUpdateFileInfo_LCM(String& a) override {
-    return Did("FinishFWUpdateFileInfo_LCM", a);
-  }
-  int SendFWData(const Bytes& a) override { return Did("SendFWData", a); }
-  int SendFWPanelData(const Bytes& a) override { return Did("SendFWPanelData", a); }
+  int StartFWUpdateFileInfo_LCM(String a) override { return Did(__func__, std::move(a)); }
+  int FinishFWUpdateFileInfo_LCM(S a) override { return Did(__func__, a); }
+  int SendFWData(const Bytes& a) override { return Did(__func__, a); }
+  int SendFWPanelData(const Bytes& a) override { return Did(__func__, a); }
   int SetFWUpdateFileInfo_Engine(uint32_t a, const String& b) override {
-    return Did("SetFWUpdateFileInfo_Engine", a, b);
+    return Did(__func__, a, b);
   }
-  int SendFWDataAndroid(const Bytes& a) override { return Did("SendFWDataAndroid", a); }
-  int StartFWUpgradeProcess() override { return Did("StartFWUpgradeProcess"); }
-  int SkipSLAWarmup() override { return Did("SkipSLAWarmup"); }
-  int SearchUSBDevice(int* a) override { return Did("SearchUSBDevice", a); }
-  int GetDeviceInfo(String& a, int b, int c, int d) override {
-    return Did("GetDeviceInfo", a, b, c, d);
-  }
-  int GetBroadCastResult(Strings& a, String b) override {
-    return Did("GetBroadCastResult", a, std::move(b));
-  }
-  int SetBroadCastPort(int a) override { return Did("SetBroadCastPort", a); }
-  int ConnectDeviceBySN(int a, const String& b) override { return Did("ConnectDeviceBySN", a, b); }
+  int SendFWDataAndroid(const Bytes& a) override { return Did(__func__, a); }
+  int StartFWUpgradeProcess() override { return Did(__func__); }
+  int SkipSLAWarmup() override { return Did(__func__); }
+  int SearchUSBDevice(N a) override { return Did(__func__, a); }
+  int GetDeviceInfo(S a, int b, int c, int d) override { return Did(__func__, a, b, c, d); }
+  int GetBroadCastResult(Strings& a, String b) override { return Did(__func__, a, std::move(b)); }
+  int SetBroadCastPort(int a) override { return Did(__func__, a); }
+  int ConnectDeviceBySN(int a, const String& b) override { return Did(__func__, a, b); }
   int SendGCodeFile(const std::wstring& a, NuvJobProgressCallback b) override {
-    return Did("SendGCodeFile", a, b);
+    return Did(__func__, a, b);
   }
   int RegisterSendDataStartCallback(NuvSendDataStartCallback a) override {
-    return Did("RegisterSendDataStartCallback", a);
+    return Did(__func__, a);
   }
   int RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback a) override {
-    return Did("RegisterSendDataUpdateCallback", a);
+    return Did(__func__, a);
   }
   int RegisterSendDataCancelCallback(NuvSendDataCancelCallback a) override {
-    return Did("RegisterSendDataCancelCallback", a);
+    return Did(__func__, a);
   }
-  int SetParameter(PrinterParameter a, int b) override { return Did("SetParameter", a, b); }
-  int GetParameter(PrinterParameter a, int* b) override { return Did("GetParameter", a, b); }
+  int SetParameter(PrinterParameter a, int b) override { return Did(__func__, a, b); }
+  int GetParameter(PrinterParameter a, N b) override { return Did(__func__, a, b); }
 
  private:
   template <class... Parameters>

@@ -21,56 +21,43 @@ using Strings = std::vector<std::string>;
 TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
   const struct {
     const char* name;
-    Strings events;  // "F..." a request, "<..." a reply, "x" thrown away, else data
+    const char* events;  // "F..." a request, "<..." a reply, "x" thrown away, else data
     bool unconfirmed;
     bool owes;
   } kRows[] = {
-      {"nothing written", {}, false, false},
-      {"data", {"line"}, true, false},
-      {"answered request", {"line", "F117\r\n", "<F117 OK S:1\r\n"}, false, false},
-      {"unanswered request", {"line", "F117\r\n"}, true, true},
-      {"no data", {"F117\r\n"}, false, true},
-      {"sent again, answered once", {"line", "F117\r\n", "F117\r\n", "<F117 OK\r\n"}, false, true},
-      {"another's code", {"line", "F117\r\n", "<F102 OK\r\n"}, true, false},
-      {"a longer code", {"line", "F117\r\n", "<F1170 OK\r\n"}, true, false},
-      {"another letter", {"line", "F117\r\n", "<X117 OK\r\n"}, false, false},
-      {"data behind the request", {"F117\r\n", "line", "<F117 OK\r\n"}, true, false},
-      {"late answer to an earlier one",
-       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\n"},
-       true,
-       true},
-      {"both answers",
-       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\n", "<F117 OK\r\n"},
-       false,
-       false},
-      {"both in one piece",
-       {"F117\r\n", "line", "F117\r\n", "<F117 OK\r\nF117 OK\r\n"},
-       false,
-       false},
-      {"one thrown away", {"F117\r\n", "line", "F117\r\n", "x", "<F117 OK\r\n"}, false, false},
-      {"an empty line is no answer",
-       {"line", "F117\r\n", "F117\r\n", "<F117 OK\r\n\r\n"},
-       false,
-       true},
-      {"two pieces of one", {"line", "F117\r\n", "<F117 O", "<K S:1\r\n"}, false, false},
-      {"the first of them only", {"line", "F117\r\n", "<F117 O"}, false, true},
-      {"a reply that nobody asked for", {"line", "<F117 OK\r\n"}, true, false},
-      {"a raw line that is no command", {"hello\r\n", "<ello OK\r\n"}, true, false},
+      {"nothing written", "", false, false},
+      {"data", "line", true, false},
+      {"answered request", "line|F117\n|<F117 OK S:1\n", false, false},
+      {"unanswered request", "line|F117\n", true, true},
+      {"no data", "F117\n", false, true},
+      {"sent again, answered once", "line|F117\n|F117\n|<F117 OK\n", false, true},
+      {"another's code", "line|F117\n|<F102 OK\n", true, false},
+      {"a longer code", "line|F117\n|<F1170 OK\n", true, false},
+      {"another letter", "line|F117\n|<X117 OK\n", false, false},
+      {"data behind the request", "F117\n|line|<F117 OK\n", true, false},
+      {"late answer to an earlier one", "F117\n|line|F117\n|<F117 OK\n", true, true},
+      {"both answers", "F117\n|line|F117\n|<F117 OK\n|<F117 OK\n", false, false},
+      {"both in one piece", "F117\n|line|F117\n|<F117 OK\nF117 OK\n", false, false},
+      {"one thrown away", "F117\n|line|F117\n|x|<F117 OK\n", false, false},
+      {"an empty line is no answer", "line|F117\r\n|F117\r\n|<F117 OK\r\n\r\n", false, true},
+      {"two pieces of one", "line|F117\n|<F117 O|<K S:1\n", false, false},
+      {"the first of them only", "line|F117\n|<F117 O", false, true},
+      {"a reply that nobody asked for", "line|<F117 OK\n", true, false},
+      {"a raw line that is no command", "hello\n|<ello OK\n", true, false},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     ReplyLedger ledger;
-    for (const std::string& event : row.events) {
+    std::istringstream events(row.events);
+    for (std::string event; std::getline(events, event, '|');) {
       if (event == "x") {
         ledger.Discarded();
       } else if (event.front() == '<') {
         ledger.Answered(event.substr(1));
+      } else if (event.front() == 'F') {
+        ledger.Asked(event);
       } else {
-        if (event.front() == 'F') {
-          ledger.Asked(event);
-        } else {
-          ledger.Wrote(event.size());
-        }
+        ledger.Wrote(event.size());
       }
     }
     EXPECT_EQ(ledger.unconfirmed(), row.unconfirmed);

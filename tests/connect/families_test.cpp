@@ -1,5 +1,5 @@
 // Jobs of dental and Android printers and the three firmware updates against simulated printers,
-// byte for byte; and what a printer that fails in the middle leaves behind.
+// byte for byte.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -104,50 +104,17 @@ TEST_F(FamiliesTest, AndroidJobArrivesByteForByte) {
   EXPECT_EQ(Last().kind, "announcement");
 }
 
-// The printer fails in the opening exchange; the next job arrives all the same.
-TEST_F(FamiliesTest, FailuresInTheOpeningEndTheJobAndTheNextOneArrives) {
-  StartConnected(Printer("3DPSNKGB3WTW00001", "BEGO VARSEO XS"));
-  for (const auto& [fault, error] : {std::pair("silent,count=3,code=367", std::pair(-1, 367)),
-                                     {"silent,count=3,code=103", {-1, 103}},
-                                     {"other-code,code=367", {-2, 367}}}) {
-    SCOPED_TRACE(fault);
-    simulator->SetIdle(0);
-    Commits(fault);
-    EXPECT_EQ(Send("3DPSNKGB3WTW00001"), NUV_FAILED);
-    EXPECT_EQ(errors().back(), error);
-    simulator->ClearFaults(0);
-  }
-  simulator->SetIdle(0);
-  Commits("buffer-full,count=1");
-  EXPECT_EQ(Send("3DPSNKGB3WTW00001"), NUV_NO_BUFFER_SPACE);
-  simulator->SetIdle(0);
-  EXPECT_EQ(Send("3DPSNKGB3WTW00001"), NUV_OK);
-  ExpectJobArrived();
-}
-
-TEST_F(FamiliesTest, PrinterThatIsFullWaitsAndThenTakesTheJob) {
-  StartConnected(Printer("A1", "Fabrix120 xP"));
-  Commits("buffer-full,count=4");
-  EXPECT_EQ(Send("3DPSNKG93WTW00001"), NUV_OK);
-  ExpectJobArrived();
-}
-
 TEST_F(FamiliesTest, EngineImageArrivesWithItsDigest) {
   StartConnected(Printer("A1"));
-  for (const size_t size : {size_t{10232}, size_t{10240}, size_t{10241}, size_t{50000}}) {
-    SCOPED_TRACE(size);
-    const std::vector<uint8_t> image = Bytes(size, 'F');
-    ASSERT_EQ(framework.SetFWUpdateFileInfo_Engine(static_cast<uint32_t>(size), "engine v2.bin"),
-              NUV_OK);
-    ASSERT_EQ(framework.SendFWData(image), NUV_OK);
-    ASSERT_TRUE(Becomes([&] { return simulator->ReceivedBytes("engine").size() >= size; }));
-    EXPECT_EQ(simulator->ReceivedBytes("engine"), Text(image));
-    EXPECT_TRUE(Last().complete);
-    EXPECT_TRUE(Last().started);
-    EXPECT_EQ(Last().name, "engine v2.bin");
-    int status = -1;
-    EXPECT_EQ(framework.GetPrinterStatus(&status), NUV_OK) << "lines are commands again";
-  }
+  const std::vector<uint8_t> image = Bytes(50000, 'F');
+  ASSERT_EQ(framework.SetFWUpdateFileInfo_Engine(50000, "engine v2.bin"), NUV_OK);
+  ASSERT_EQ(framework.SendFWData(image), NUV_OK);
+  ASSERT_TRUE(Becomes([&] { return simulator->ReceivedBytes("engine").size() >= image.size(); }));
+  EXPECT_EQ(simulator->ReceivedBytes("engine"), Text(image));
+  EXPECT_TRUE(Last().complete && Last().started);
+  EXPECT_EQ(Last().name, "engine v2.bin");
+  int status = -1;
+  EXPECT_EQ(framework.GetPrinterStatus(&status), NUV_OK) << "lines are commands again";
   EXPECT_EQ(framework.SetFWUpdateFileInfo_Engine(0, "empty.bin"), NUV_PRINTER_REFUSED);
   EXPECT_EQ(errors().back(), std::pair(29, 141));
   EXPECT_EQ(framework.SendFWData({}), NUV_OK);
@@ -157,17 +124,13 @@ TEST_F(FamiliesTest, EngineImageArrivesWithItsDigest) {
 TEST_F(FamiliesTest, AndroidImageArrivesAndIsStarted) {
   StartConnected(Printer("A1", "Mekrix3400 xP"));
   EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_PRINTER_REFUSED) << "without an image";
-  for (const size_t size : {size_t{1}, size_t{10232}, size_t{10240}, size_t{50000}}) {
-    SCOPED_TRACE(size);
-    const std::vector<uint8_t> image = Bytes(size, 'L');
-    ASSERT_EQ(framework.SetFWUpdateFileInfo_Android(7, static_cast<uint32_t>(size), "board.img"),
-              NUV_OK);
-    ASSERT_EQ(framework.SendFWDataAndroid(image), NUV_OK);
-    EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_OK);
-    EXPECT_EQ(simulator->ReceivedBytes("android"), Text(image));
-    EXPECT_TRUE(Last().started);
-    EXPECT_EQ(Last().name, "board.img");
-  }
+  const std::vector<uint8_t> image = Bytes(50000, 'L');
+  ASSERT_EQ(framework.SetFWUpdateFileInfo_Android(7, 50000, "board.img"), NUV_OK);
+  ASSERT_EQ(framework.SendFWDataAndroid(image), NUV_OK);
+  EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_OK);
+  EXPECT_EQ(simulator->ReceivedBytes("android"), Text(image));
+  EXPECT_TRUE(Last().started);
+  EXPECT_EQ(Last().name, "board.img");
   EXPECT_THAT(simulator->Requests(), ::testing::Contains("F506 S7 A50000 Cboard.img"));
 }
 
@@ -189,36 +152,6 @@ TEST_F(FamiliesTest, PanelImageArrivesAndIsEnded) {
   const size_t items = simulator->Received().size();
   EXPECT_EQ(framework.SendFWPanelData(image), NUV_FAILED);
   EXPECT_EQ(simulator->Received().size(), items);
-}
-
-// The host cancels, or the printer goes away, in the middle of an image: it is incomplete, is not
-// started, and the next one arrives.
-TEST_F(FamiliesTest, ImageThatStopsInTheMiddleIsNotStarted) {
-  StartConnected(Printer("A1", "Fabrix150 xP"));
-  const std::vector<uint8_t> image = Bytes(100000, 'x');
-  const auto announce = [&] {
-    return framework.SetFWUpdateFileInfo_Android(1, static_cast<uint32_t>(image.size()), "b.img");
-  };
-  for (const int cancelAt : {0, 1, 9}) {
-    SCOPED_TRACE(cancelAt);
-    ASSERT_EQ(announce(), NUV_OK);
-    CancelsFrom(cancelAt);
-    EXPECT_EQ(framework.SendFWDataAndroid(image), NUV_CANCELLED);
-    ASSERT_TRUE(framework.GetConnect()->OpenDevice());
-    EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_PRINTER_REFUSED);
-    EXPECT_EQ(Last().receivedBytes, 10232U * static_cast<size_t>(cancelAt));
-  }
-  ASSERT_EQ(announce(), NUV_OK);
-  IsUnpluggedAt(4);
-  EXPECT_EQ(framework.SendFWDataAndroid(image), NUV_OK) << "nothing tells it";
-  EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_FAILED);
-  EXPECT_FALSE(Last().complete);
-  simulator->Replug(0);
-  ASSERT_TRUE(framework.GetConnect()->OpenDevice());
-  EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_PRINTER_REFUSED);
-  ASSERT_EQ(announce(), NUV_OK);
-  ASSERT_EQ(framework.SendFWDataAndroid(image), NUV_OK);
-  EXPECT_EQ(framework.StartFWUpgradeProcess(), NUV_OK);
 }
 
 }  // namespace

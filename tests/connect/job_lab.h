@@ -12,12 +12,10 @@
 
 namespace Nuv::Connect {
 
-// What happens at which question whether to cancel, counted from 0; -1 never.
+// How often the host was asked whether to cancel, and from which question on it does; -1 never.
 struct Questions {
   int asked = 0;
   int cancelFrom = -1;
-  int unplugAt = -1;
-  nuvsim::Simulator* simulator = nullptr;
 };
 inline Questions g_questions;
 
@@ -29,14 +27,11 @@ class JobLab : public Lab {
     SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
     g_questions = {};
     framework.RegisterSendDataCancelCallback([] {
-      Questions& questions = g_questions;
-      if (questions.asked == questions.unplugAt) questions.simulator->Unplug(0);
-      return questions.asked++ >= questions.cancelFrom && questions.cancelFrom >= 0;
+      return g_questions.asked++ >= g_questions.cancelFrom && g_questions.cancelFrom >= 0;
     });
   }
 
-  static void CancelsFrom(int question) { g_questions = {0, question, -1, nullptr}; }
-  void IsUnpluggedAt(int question) { g_questions = {0, -1, question, simulator.get()}; }
+  static void CancelsFrom(int question) { g_questions = {0, question}; }
 
   // A new print file. A job that did not open leaves its file open, and Windows lets nobody replace
   // an open file.

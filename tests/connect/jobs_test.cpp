@@ -53,22 +53,6 @@ TEST_F(JobsTest, CancelledJobIsAbandonedOnThePrinter) {
   }
 }
 
-TEST_F(JobsTest, PrinterThatGoesAwayInTheMiddle) {
-  auto printer = Printer("A1");
-  printer.bufferBytes = 64;
-  StartConnected(printer);
-  Commits("drop-after,bytes=200");
-  IsUnpluggedAt(10);
-  const int result = Send();
-  EXPECT_TRUE(result == NUV_NO_BUFFER_SPACE || result == NUV_WRITE_FAILED) << result;
-  simulator->ClearFaults(0);
-  simulator->Replug(0);
-  simulator->SetIdle(0);
-  ASSERT_TRUE(framework.GetConnect()->OpenDevice());
-  EXPECT_EQ(Send(), NUV_OK);
-  ExpectJobArrived();
-}
-
 TEST_F(JobsTest, FilesThatAreNoJob) {
   StartConnected(Printer("A1"));
   WritePrintFile("3DPSNKGA3WTW00001");

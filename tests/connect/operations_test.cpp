@@ -233,7 +233,7 @@ TEST_F(OperationsTest, ScalingFactors) {
     return framework.GetBCPScaling(&f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
   };
   using Factors = std::array<float, 6>;
-  Answers(369, "F369 OK X:1.500000,0.250000 Y:1.0,2 Z:-3,4e0");
+  Answers(369, "F369 BUSY OK X:1.500000,0.250000 Y:1.0,2 Z:-3,4e0");
   EXPECT_EQ(read(), NUV_OK);
   EXPECT_EQ(out.f, (Factors{1.5F, 0.25F, 1, 2, -3, 4}));
   Answers(369, "F369 OK X:1.5 Z:,2");

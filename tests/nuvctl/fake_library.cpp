@@ -13,6 +13,12 @@ int Fail(int result, int command) {
   return result;
 }
 
+template <class Callback>
+int Keep(Callback& kept, Callback given) {
+  kept = given;
+  return NUV_OK;
+}
+
 std::string OnUsb(int kind) { return kind == NUV_KIND_USB ? "usb " : ""; }
 
 int Open(const std::string& what) {
@@ -157,13 +163,9 @@ int API_SetFWUpdateFileInfo_Android(unsigned int kind, unsigned int size, const 
 int API_StartFWUpdateFileInfo_LCM(const char* path) {
   return Order(188, std::string("panel ") + path);
 }
-int API_SendFWData(const unsigned char* data, int length) { return TransferImage(data, length); }
-int API_SendFWDataAndroid(const unsigned char* data, int length) {
-  return TransferImage(data, length);
-}
-int API_SendFWPanelData(const unsigned char* data, int length) {
-  return TransferImage(data, length);
-}
+int API_SendFWData(const unsigned char* data, int n) { return TransferImage(data, n); }
+int API_SendFWDataAndroid(const unsigned char* data, int n) { return TransferImage(data, n); }
+int API_SendFWPanelData(const unsigned char* data, int n) { return TransferImage(data, n); }
 int API_FinishFWUpdateFileInfo_LCM(char* out) {
   std::strcpy(out, "Done");
   return Order(189, "finish");
@@ -183,21 +185,13 @@ int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
   return 0;
 }
 
-int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback) {
-  fake.on_error = callback;
-  return 0;
+int API_RegisterErrorCodeCallback(NuvErrorCodeCallback f) { return Keep(fake.on_error, f); }
+int API_RegisterSendDataStartCallback(NuvSendDataStartCallback f) { return Keep(fake.on_start, f); }
+int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback f) {
+  return Keep(fake.on_update, f);
 }
-int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback) {
-  fake.on_start = callback;
-  return 0;
-}
-int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback callback) {
-  fake.on_update = callback;
-  return 0;
-}
-int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callback) {
-  fake.on_cancel = callback;
-  return 0;
+int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback f) {
+  return Keep(fake.on_cancel, f);
 }
 
 }  // extern "C"

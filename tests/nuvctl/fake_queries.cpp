@@ -90,25 +90,18 @@ int API_GetJobCounter(int kind, int* started, int* finished, int* cancelled, int
 }
 int API_GetLastUpdatedIndex(int* index) { return Answer(170, {{index, fake.last_updated}}); }
 int API_SetLastUpdatedIndex(int index) { return Set(171, fake.last_updated, index); }
-int API_GetJobInfo1(int jobIndex, char* jobName, char* resinCode, char* startTime) {
-  return AnswerJob(174, jobIndex,
-                   {{jobName, "Job" + std::to_string(jobIndex)},
-                    {resinCode, "1001"},
-                    {startTime, "20261121T103000"}});
+int API_GetJobInfo1(int job, char* name, char* code, char* start) {
+  const std::string text = "Job" + std::to_string(job);
+  return AnswerJob(174, job, {{name, text}, {code, "1001"}, {start, "20261121T103000"}});
 }
-int API_GetJobInfo2(int jobIndex, int* layers, int* minutes, int* resinVolume, int* result) {
-  return AnswerJob(175, jobIndex,
-                   {{layers, 300}, {minutes, 45}, {resinVolume, 12}, {result, fake.job_result}});
+int API_GetJobInfo2(int job, int* layers, int* minutes, int* resin, int* end) {
+  return AnswerJob(175, job, {{layers, 300}, {minutes, 45}, {resin, 12}, {end, fake.job_result}});
 }
-int API_GetJobInfo3(int jobIndex, int* layerThickness, int* exposureTime, int* bottomExposureTime,
-                    int* laserPower) {
-  return AnswerJob(
-      176, jobIndex,
-      {{layerThickness, 50}, {exposureTime, 1500}, {bottomExposureTime, 9000}, {laserPower, 81}});
+int API_GetJobInfo3(int job, int* layer, int* exposure, int* bottom, int* power) {
+  return AnswerJob(176, job, {{layer, 50}, {exposure, 1500}, {bottom, 9000}, {power, 81}});
 }
-int API_GetJobInfo4(int jobIndex, char* endTime, char* lot) {
-  return AnswerJob(177, jobIndex,
-                   {{endTime, fake.job_result == 3 ? "-" : "20261121T111500"}, {lot, "L1"}});
+int API_GetJobInfo4(int job, char* end, char* lot) {
+  return AnswerJob(177, job, {{end, fake.job_result == 3 ? "-" : "20261121T111500"}, {lot, "L1"}});
 }
 
 int API_SetNickName(const char* name) { return Set(196, fake.nickname, std::string(name)); }

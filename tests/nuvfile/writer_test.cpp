@@ -106,7 +106,6 @@ const struct {
     {"tab in the material ID", [](Contents& c, Lines&) { c.material_id = "a\tb"; }, Fault::kBadText,
      "found 'a?b'"},
     {"not a number", Arguments({{"resin_ml", "12,5"}}), Fault::kBadText, "argument resin_ml"},
-    {"number and more", Arguments({{"lift_mm", "5 mm"}}), Fault::kBadText, "argument lift_mm"},
     {"infinite", Arguments({{"exposure_s", "inf"}}), Fault::kBadText, "argument exposure_s"},
     {"negative", Arguments({{"print_minutes", "-1"}}), Fault::kBadText, "argument print_minutes"},
     {"empty number", Arguments({{"lift_mm_s", ""}}), Fault::kBadText, "argument lift_mm_s"},

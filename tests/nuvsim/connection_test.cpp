@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <system_error>
 
 #include "bench.h"
 
@@ -56,18 +55,6 @@ TEST(ConnectionTest, AClientThatAsksWithoutReadingGetsEveryAnswer) {
   const auto client = bench.Connect();
   for (int i = 0; i < 40; ++i) client->Send("F102\r\n");
   for (int i = 0; i < 40; ++i) ASSERT_EQ(client->ReadLine().size(), 1024u * 1024u);
-}
-
-TEST(PlugTest, UnpluggedEndsTheConnectionAndRefusesUntilReplugged) {
-  Bench bench;
-  const auto client = bench.Connect();
-  EXPECT_EQ(client->Ask("F102"), "F102 OK S:0");
-  bench.sim->Unplug(0);
-  EXPECT_EQ(client->ReadToEnd(), " (closed)");
-  EXPECT_THROW(bench.Connect(), std::system_error);
-  EXPECT_FALSE(bench.sim->Status().connected);
-  bench.sim->Replug(0);
-  EXPECT_EQ(bench.Connect()->Ask("F102"), "F102 OK S:0");
 }
 
 TEST(StartTest, FailsOnATakenPort) {

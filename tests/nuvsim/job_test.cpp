@@ -63,15 +63,6 @@ TEST(JobTest, StaysOpenWhenTheConnectionEndsUntilItIsAbandoned) {
   }
 }
 
-TEST(JobTest, OfNoBytesAndNoLayersIsCompleteAtOnce) {
-  Bench bench([](PrinterConfig& printer) { printer.layerTime = milliseconds(100); });
-  const auto client = bench.Connect();
-  client->Send(JobRequest(0, 0));
-  EXPECT_EQ(client->ReadLine(), "F103 OK");
-  EXPECT_EQ(client->Ask("F102"), "F102 OK S:0");
-  EXPECT_EQ(bench.sim->Jobs()[0].status, JobStatus::kFinished);
-}
-
 TEST(JobFolderTest, IsGoneWithTheSimulatorUnlessChosen) {
   std::filesystem::path file;
   {
@@ -88,20 +79,6 @@ TEST(JobFolderTest, IsGoneWithTheSimulatorUnlessChosen) {
   { Simulator sim(config); }
   EXPECT_TRUE(std::filesystem::exists(chosen / "printer0-commands.txt"));
   std::filesystem::remove_all(chosen);
-}
-
-TEST(BufferTest, DrainsWithTime) {
-  Bench bench([](PrinterConfig& printer) {
-    printer.bufferBytes = 1000;
-    printer.drainRate = 200;
-  });
-  const auto client = bench.Connect();
-  client->Send(std::string(598, 'x') + "\r\n");
-  EXPECT_EQ(client->Ask("F117"), "F117 OK S:400");
-  bench.Pass(milliseconds(1500));
-  EXPECT_EQ(client->Ask("F117"), "F117 OK S:700");
-  bench.Pass(milliseconds(60000));
-  EXPECT_EQ(client->Ask("F117"), "F117 OK S:1000");
 }
 
 TEST(BufferTest, LosesWhatDoesNotFit) {

@@ -215,24 +215,5 @@ TEST(AnotherFormTest, IsRefusedAndChangesNothing) {
             "F369 OK X:1.000000,1.000000 Y:1.000000,1.000000 Z:1.000000,1.000000");
 }
 
-TEST(SelfTestTest, IsAnsweredByTwoLinesEachOfThemLogged) {
-  SimulatorConfig config;
-  config.printers = {LoopbackPrinter()};
-  std::string log;
-  config.log = [&log](const LogEntry& entry) { log += entry.text + "|"; };
-  Simulator sim(config);
-  sim.Start();
-  sim.InjectFault(0, ParseFault("twice,code=160,skip=1"));
-  RawClient client(sim.TcpPort());
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(i == 2 ? client.ReadLine() : client.Ask("F160 SZ C12"), "F160 OK START");
-    EXPECT_EQ(client.ReadLine(), "F160 OK FINISH");
-  }
-  sim.Stop();
-  EXPECT_EQ(log,
-            "F160 SZ C12|F160 OK START|F160 OK FINISH|"
-            "F160 SZ C12|(fault twice) F160 OK START|(fault twice) F160 OK FINISH|");
-}
-
 }  // namespace
 }  // namespace nuvsim

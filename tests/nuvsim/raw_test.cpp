@@ -242,27 +242,5 @@ TEST(IncompleteTest, EndsAfterASecondOfSilenceAndWithTheConnection) {
   }
 }
 
-TEST(SpoiltAnswerTest, LeavesAHostThatGivesUpWithLines) {
-  const struct {
-    const char* fault;
-    const char* answer;
-    bool takesImage;
-  } kRows[] = {{"refuse,code=141", "F141 NG", false},
-               {"other-code,code=141", "F999 OK", false},
-               {"answer,code=141,text=F141 NO", "F141 NO", false},
-               {"late,code=141,ms=1", "F141 OK", true},
-               {"twice,code=141", "F141 OK", true}};
-  for (const auto& row : kRows) {
-    Bench bench;
-    bench.sim->InjectFault(0, ParseFault(row.fault));
-    const auto client = bench.Connect();
-    EXPECT_EQ(client->Ask("F141 S6,x"), row.answer);
-    client->Send("F102\r\nF197\r\n");
-    ASSERT_TRUE(bench.WaitUntil([&] { return bench.sim->Requests().back() == "F197"; }));
-    EXPECT_EQ(bench.sim->Requests().size(), row.takesImage ? 2u : 3u);
-    EXPECT_EQ(bench.sim->Received().size(), row.takesImage ? 1u : 0u);
-  }
-}
-
 }  // namespace
 }  // namespace nuvsim

@@ -194,13 +194,6 @@ TEST_F(UsbTest, NakHoldsWhatIsSentUntilCleared) {
   EXPECT_THAT(sim->Requests(), ElementsAre("F102", "F157"));
 }
 
-TEST_F(UsbTest, NakForATimeEndsByItself) {
-  sim->InjectFault(0, ParseFault("nak,ms=5"));
-  EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
-  EXPECT_EQ(sim->Totals().faultsApplied, 1u);
-  EXPECT_EQ(sim->Status().armedFaults, 0u);
-}
-
 TEST_F(UsbTest, AStallOutlastsTheTransferThatItCut) {
   sim->InjectFault(0, ParseFault("stall,code=102"));
   const std::uint32_t cut = host->Write("F102\r\nF157\r\n");
@@ -212,13 +205,6 @@ TEST_F(UsbTest, AStallOutlastsTheTransferThatItCut) {
   EXPECT_EQ(host->Next().sequence, control);  // would come behind a transfer that is taken
   sim->ClearFaults(0);
   EXPECT_EQ(host->Next().sequence, next);
-}
-
-TEST_F(UsbTest, EndlessAnswersEveryRead) {
-  sim->InjectFault(0, ParseFault("endless,bytes=3,text=ab"));
-  Give("F102\r\n");
-  EXPECT_THAT(ReadAll(3, 1024), ElementsAre("aba", "aba", "aba"));
-  Reattach();
 }
 
 TEST_F(UsbTest, SoftResetForgetsUnreadAnswers) {
