@@ -57,7 +57,7 @@ void RequireReady() {
 }
 
 Printer OpenReadyPrinter(const Context& context, const JobFile& file) {
-  const Printer printer = OpenPrinter(context);
+  Printer printer = OpenPrinter(context);
   RequireReady();
   if (context.options.json) return printer;
   context.err << "Sending " << Printable(file.name) << " to "
