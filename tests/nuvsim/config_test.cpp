@@ -7,8 +7,9 @@
 #include <tuple>
 #include <utility>
 
-#include "bench.h"
-#include "nuvsim/config_file.h"
+#include "fixture.h"
+#include "nuvsim/config.h"
+#include "nuvsim/json_object.h"
 
 namespace nuvsim {
 namespace {

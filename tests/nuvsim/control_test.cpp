@@ -1,7 +1,5 @@
 // The control language, and its way over a socket.
 
-#include "nuvsim/control.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,8 +7,9 @@
 #include <string>
 #include <thread>
 
-#include "bench.h"
-#include "nuvsim/control_server.h"
+#include "fixture.h"
+#include "nuvsim/control/language.h"
+#include "nuvsim/control/server.h"
 
 namespace nuvsim {
 namespace {

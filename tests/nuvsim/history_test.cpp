@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-#include "bench.h"
+#include "fixture.h"
 
 namespace nuvsim {
 namespace {
@@ -56,7 +56,12 @@ TEST(CalendarTest, TellsTheUtcTime) {
   for (const Row& row : {Row{0, "19700101T000000"}, Row{1798720496, "20261231T123456"},
                          Row{1798761600, "20270101T000000"}, Row{1835481599, "20280229T235959"},
                          Row{4107542400, "21000301T000000"}}) {
-    EXPECT_EQ(FormatTime(CalendarTime(seconds(row.sinceEpoch))), row.text);
+    Bench bench;
+    bench.Pass(seconds(row.sinceEpoch - kBenchStart));
+    const auto client = bench.Connect();
+    client->Send(JobRequest(1));
+    EXPECT_EQ(client->ReadLine(), "F103 OK");
+    EXPECT_EQ(client->Ask("F174 S1"), std::string("F174 OK NJob1 C1001 T") + row.text);
   }
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "bench.h"
+#include "fixture.h"
 
 namespace nuvsim {
 namespace {

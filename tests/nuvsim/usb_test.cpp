@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "bench.h"
+#include "fixture.h"
 #include "usbip_client.h"
 
 namespace nuvsim {

@@ -4,7 +4,7 @@
 #include <asio/read.hpp>
 #include <asio/write.hpp>
 
-#include "bench.h"
+#include "fixture.h"
 
 namespace nuvsim {
 

@@ -1,9 +1,8 @@
 #include "nuvsim/json_object.h"
 
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <utility>
-
-#include "nuvsim/types.h"
 
 namespace nuvsim {
 

@@ -6,11 +6,19 @@
 #define NUVSIM_JSON_OBJECT_H_
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 namespace nuvsim {
+
+// What a user has written - a file, an option, a request - and what cannot be used; what() names
+// the place and what is wrong there.
+class ConfigError : public std::invalid_argument {
+ public:
+  using std::invalid_argument::invalid_argument;
+};
 
 // Parses `text`; throws ConfigError("<what>: not valid JSON: ...").
 nlohmann::json ParseJson(const std::string& text, const std::string& what);
@@ -41,6 +49,7 @@ class JsonObject {
   // Throws ConfigError when the object holds a key that was never asked for.
   void RefuseOthers() const;
 
+  const std::string& Path() const { return path_; }
   std::string PathOf(const std::string& key) const;
 
  private:

@@ -11,8 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "nuvsim/config_file.h"
-#include "nuvsim/control_server.h"
+#include "nuvsim/config.h"
+#include "nuvsim/control/server.h"
+#include "nuvsim/json_object.h"
 #include "nuvsim/simulator.h"
 
 namespace {

@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <utility>
 
 #include "nuvsim/simulator_impl.h"
@@ -17,59 +16,49 @@ std::string ReadFile(const std::filesystem::path& path) {
 
 }  // namespace
 
-PrinterConfig LoopbackPrinter() {
-  PrinterConfig config;
-  config.address = "127.0.0.1";
-  return config;
-}
-
 Simulator::Simulator(SimulatorConfig config) : impl_(std::make_unique<Impl>(std::move(config))) {}
 Simulator::~Simulator() = default;
 
 void Simulator::Start() { impl_->Start(); }
 void Simulator::Stop() { impl_->Stop(); }
 
-std::size_t Simulator::PrinterCount() const { return impl_->devices.size(); }
+std::size_t Simulator::PrinterCount() const { return impl_->printers.size(); }
 
 const PrinterConfig& Simulator::Config(std::size_t printer) const {
-  return impl_->config.printers.at(printer);
+  return impl_->commons.config.printers.at(printer);
 }
 
 std::uint16_t Simulator::TcpPort(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->port;
+  return impl_->Observe(printer, [](const ServedPrinter& each) { return each.port; });
 }
 
 std::uint16_t Simulator::UsbipPort() const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->usbipPort;
+  return impl_->commons.Locked([this] { return impl_->usbipPort; });
 }
 
 std::string Simulator::UsbBusId(std::size_t printer) const {
-  return impl_->devices.at(printer)->usbDevice.Announced().busId;
+  return impl_->printers.at(printer)->usbDevice.Announced().busId;
 }
 
 PrinterStatus Simulator::Status(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  Impl::Device& device = *impl_->devices.at(printer);
-  PrinterStatus status = device.printer.Status();
-  status.plugged = device.plugged;
-  return status;
+  return impl_->Observe(printer, [](ServedPrinter& each) {
+    PrinterStatus status = each.dialogue.Status();
+    status.plugged = each.plugged;
+    return status;
+  });
 }
 
 Counters Simulator::Totals(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->printer.Totals();
+  return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Totals(); });
 }
 
 std::vector<std::string> Simulator::Requests(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->printer.Requests();
+  return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Requests(); });
 }
 
 std::vector<JobRecord> Simulator::Jobs(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->printer.GetMachine().Jobs().Jobs();
+  return impl_->Observe(
+      printer, [](ServedPrinter& each) { return each.dialogue.GetMachine().Jobs().Jobs(); });
 }
 
 std::filesystem::path Simulator::JobFile(std::size_t printer, int index) const {
@@ -83,20 +72,19 @@ std::string Simulator::JobBytes(std::size_t printer, int index) const {
 }
 
 std::vector<ReceivedItem> Simulator::Received(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->printer.Received();
+  return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Received(); });
 }
 
 std::string Simulator::ReceivedBytes(const std::string& kind, std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  const ReceivedItem* item =
-      impl_->devices.at(printer)->printer.GetMachine().GetIntake().Last(kind);
-  return item == nullptr ? std::string() : ReadFile(item->file);
+  return impl_->Observe(printer, [&kind](ServedPrinter& each) {
+    const ReceivedItem* item = each.dialogue.GetMachine().GetIntake().Last(kind);
+    return item == nullptr ? std::string() : ReadFile(item->file);
+  });
 }
 
 std::filesystem::path Simulator::CommandFile(std::size_t printer) const {
-  const std::lock_guard<std::mutex> lock(impl_->stateMutex);
-  return impl_->devices.at(printer)->printer.GetMachine().Jobs().CommandFile();
+  return impl_->Observe(
+      printer, [](ServedPrinter& each) { return each.dialogue.GetMachine().Jobs().CommandFile(); });
 }
 
 std::string Simulator::CommandText(std::size_t printer) const {
@@ -105,38 +93,38 @@ std::string Simulator::CommandText(std::size_t printer) const {
 
 bool Simulator::WaitUntil(const std::function<bool()>& predicate,
                           std::chrono::milliseconds timeout) const {
-  return impl_->events.WaitUntil(predicate, timeout);
+  return impl_->commons.events.WaitUntil(predicate, timeout);
 }
 
 void Simulator::InjectFault(std::size_t printer, const Fault& fault) {
-  impl_->Change(printer, [&fault](Printer& each) { each.Faults().Add(fault); });
+  impl_->Change(printer, [&fault](Dialogue& each) { each.Faults().Add(fault); });
 }
 
 void Simulator::ClearFaults(std::size_t printer) { impl_->ClearFaults(printer); }
 
 void Simulator::SetError(std::size_t printer, int number) {
-  impl_->Change(printer, [number](Printer& each) { each.GetMachine().SetError(number); });
+  impl_->Change(printer, [number](Dialogue& each) { each.GetMachine().SetError(number); });
 }
 
 void Simulator::ClearError(std::size_t printer) {
-  impl_->Change(printer, [](Printer& each) { each.GetMachine().ClearError(); });
+  impl_->Change(printer, [](Dialogue& each) { each.GetMachine().ClearError(); });
 }
 
 void Simulator::SetIdle(std::size_t printer) {
-  impl_->Change(printer, [](Printer& each) { each.GetMachine().SetIdle(); });
+  impl_->Change(printer, [](Dialogue& each) { each.GetMachine().SetIdle(); });
 }
 
 void Simulator::SetResinRefusal(std::size_t printer, std::optional<int> state) {
-  impl_->Change(printer, [state](Printer& each) { each.GetMachine().SetResinRefusal(state); });
+  impl_->Change(printer, [state](Dialogue& each) { each.GetMachine().SetResinRefusal(state); });
 }
 
 void Simulator::SetTagRegistered(std::size_t printer, bool isRegistered) {
-  impl_->Change(printer, [=](Printer& each) { each.GetMachine().SetTagRegistered(isRegistered); });
+  impl_->Change(printer, [=](Dialogue& each) { each.GetMachine().SetTagRegistered(isRegistered); });
 }
 
 void Simulator::SetRepositioning(std::size_t printer, bool isRepositioning) {
   impl_->Change(printer,
-                [=](Printer& each) { each.GetMachine().SetRepositioning(isRepositioning); });
+                [=](Dialogue& each) { each.GetMachine().SetRepositioning(isRepositioning); });
 }
 
 void Simulator::Unplug(std::size_t printer) { impl_->Unplug(printer); }

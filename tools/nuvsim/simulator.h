@@ -15,8 +15,9 @@
 #include <string>
 #include <vector>
 
-#include "nuvsim/fault.h"
-#include "nuvsim/types.h"
+#include "nuvsim/config.h"
+#include "nuvsim/faults/vocabulary.h"
+#include "nuvsim/records.h"
 
 namespace nuvsim {
 

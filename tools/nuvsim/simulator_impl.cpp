@@ -2,133 +2,36 @@
 
 #include <algorithm>
 #include <asio/post.hpp>
+#include <chrono>
 #include <future>
+#include <stdexcept>
+#include <string>
 #include <system_error>
 #include <utility>
 
-#include "nuvsim/config_file.h"
-#include "nuvsim/ipv4.h"
+#include "nuvsim/addresses.h"
 
 namespace nuvsim {
 namespace {
 
-constexpr std::chrono::nanoseconds kShortestStep = std::chrono::milliseconds(1);
-
-const SimulatorConfig& Checked(const SimulatorConfig& config) {
+SimulatorConfig Completed(SimulatorConfig config) {
   ValidateConfig(config);
+  if (!config.clock) config.clock = [] { return std::chrono::steady_clock::now(); };
+  if (!config.calendarStart) config.calendarStart = std::chrono::system_clock::now();
   return config;
 }
 
-std::string Place(std::uint32_t address, std::uint16_t port) {
-  return FormatIpv4(address) + ":" + std::to_string(port);
+// Whether a printer that listens on `address` (0: everywhere but on loopback) is on the network.
+bool IsOn(const Ipv4Interface& network, std::uint32_t address) {
+  if (address == 0) return !IsLoopback(network.address);
+  return ((address ^ network.address) & network.netmask) == 0;
 }
 
 }  // namespace
 
-Simulator::Impl::Device::Device(Impl& simulator, std::size_t index, PrinterConfig printerConfig)
-    : owner(simulator),
-      printer(printerConfig, simulator.config.clock, *simulator.config.calendarStart,
-              simulator.folder.Path(), "printer" + std::to_string(index),
-              simulator.config.log
-                  ? Printer::Log([&simulator, index](bool isReply, std::string_view text) {
-                      simulator.config.log({index, isReply, std::string(text)});
-                    })
-                  : Printer::Log()),
-      address(ParseIpv4(printerConfig.address).value_or(0)),
-      network(*this, Channel::kNetwork),
-      usb(*this, Channel::kUsb),
-      endpoint(simulator.io, network),
-      usbDevice(simulator.io, usb, index, *ParseUsbId(printerConfig.usbId), printerConfig.model,
-                printerConfig.serial),
-      stepTimer(simulator.io) {}
-
-void Simulator::Impl::Way::ClientCame(std::uint32_t at) {
-  {
-    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
-    device.printer.ClientCame(channel, at);
-  }
-  device.owner.events.Notify();
-}
-
-Reaction Simulator::Impl::Way::Receive(std::string_view bytes) {
-  Reaction reaction;
-  {
-    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
-    reaction = device.printer.Receive(channel, bytes);
-  }
-  device.ArmStepTimer();
-  device.owner.events.Notify();
-  return reaction;
-}
-
-void Simulator::Impl::Way::AnswerSent() {
-  {
-    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
-    device.printer.AnswerSent();
-  }
-  device.owner.events.Notify();
-}
-
-void Simulator::Impl::Way::ClientLeft() {
-  {
-    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
-    device.printer.ClientLeft(channel);
-  }
-  device.ArmStepTimer();
-  device.owner.events.Notify();
-}
-
-std::optional<std::chrono::milliseconds> Simulator::Impl::Way::TakeRefusal() {
-  std::optional<std::chrono::milliseconds> refusal;
-  {
-    const std::lock_guard<std::mutex> lock(device.owner.stateMutex);
-    refusal = device.printer.TakeRefusal();
-  }
-  device.owner.events.Notify();
-  return refusal;
-}
-
-void Simulator::Impl::Device::ArmStepTimer() {
-  std::optional<std::chrono::nanoseconds> next;
-  {
-    const std::lock_guard<std::mutex> lock(owner.stateMutex);
-    next = printer.TimeToNextStep();
-  }
-  if (!next) return;
-  stepTimer.expires_after(std::max(*next, kShortestStep));
-  stepTimer.async_wait([this](const asio::error_code& error) {
-    if (error) return;
-    ArmStepTimer();
-    owner.events.Notify();
-  });
-}
-
-void Simulator::Impl::Device::Listen(std::uint16_t wantedPort) {
-  try {
-    endpoint.Listen(address, wantedPort);
-  } catch (const std::system_error& error) {
-    throw std::runtime_error("cannot listen on " + Place(address, wantedPort) + ": " +
-                             error.code().message());
-  }
-  usbDevice.Plug();
-  const std::lock_guard<std::mutex> lock(owner.stateMutex);
-  port = endpoint.Port();
-  plugged = true;
-}
-
-void Simulator::Impl::Device::Unplug() {
-  endpoint.Close();
-  usbDevice.Unplug();
-  const std::lock_guard<std::mutex> lock(owner.stateMutex);
-  plugged = false;
-}
-
-Simulator::Impl::Impl(SimulatorConfig wanted)
-    : config(std::move(wanted)), folder(Checked(config).jobFolder) {
-  if (!config.clock) config.clock = [] { return std::chrono::steady_clock::now(); };
-  if (!config.calendarStart) config.calendarStart = std::chrono::system_clock::now();
-  for (std::size_t i = 0; i < config.printers.size(); ++i) {
-    devices.push_back(std::make_unique<Device>(*this, i, config.printers[i]));
+Simulator::Impl::Impl(SimulatorConfig wanted) : commons(Completed(std::move(wanted))) {
+  for (std::size_t i = 0; i < commons.config.printers.size(); ++i) {
+    printers.push_back(std::make_unique<ServedPrinter>(commons, i, commons.config.printers[i]));
   }
 }
 
@@ -138,30 +41,32 @@ void Simulator::Impl::Start() {
   const std::lock_guard<std::mutex> life(lifeMutex_);
   if (std::exchange(started_, true)) throw std::logic_error("the simulator was started before");
   try {
-    for (const auto& device : devices) device->Listen(device->printer.GetMachine().Config().port);
-    if (config.discovery) ListenForSearches();
-    if (config.usbipPort) ServeUsb();
+    for (std::size_t i = 0; i < printers.size(); ++i) {
+      printers[i]->Plug(commons.config.printers[i].port);
+    }
+    if (commons.config.discovery) ListenForSearches();
+    if (commons.config.usbipPort) ServeUsb();
   } catch (...) {
     CloseAll();
     throw;
   }
-  work_.emplace(io.get_executor());
-  thread_ = std::thread([this] { io.run(); });
+  work_.emplace(commons.io.get_executor());
+  thread_ = std::thread([this] { commons.io.run(); });
 }
 
 void Simulator::Impl::Stop() {
   const std::lock_guard<std::mutex> life(lifeMutex_);
   if (!thread_.joinable()) return;
-  io.stop();
+  commons.io.stop();
   thread_.join();
   CloseAll();
-  events.Notify();
+  commons.events.Notify();
 }
 
 void Simulator::Impl::CloseAll() {
   if (search_) search_->Close();
   if (usbip_) usbip_->Close();
-  for (const auto& device : devices) device->Unplug();
+  for (const auto& printer : printers) printer->Unplug();
 }
 
 void Simulator::Impl::Run(const std::function<void()>& action) {
@@ -169,98 +74,89 @@ void Simulator::Impl::Run(const std::function<void()>& action) {
   if (!thread_.joinable()) return;
   std::packaged_task<void()> task(action);
   std::future<void> done = task.get_future();
-  asio::post(io, [&task] { task(); });
+  asio::post(commons.io, [&task] { task(); });
   done.get();
-  events.Notify();
+  commons.events.Notify();
 }
 
 void Simulator::Impl::Unplug(std::size_t index) {
-  Run([this, index] { devices[index]->Unplug(); });
+  Run([this, index] { printers[index]->Unplug(); });
 }
 
 void Simulator::Impl::Replug(std::size_t index) {
   Run([this, index] {
-    Device& device = *devices[index];
-    if (!device.plugged) device.Listen(device.endpoint.Port());
+    ServedPrinter& printer = *printers[index];
+    if (!printer.plugged) printer.Plug(printer.endpoint.Port());
   });
 }
 
 void Simulator::Impl::ClockChanged() {
   Run([this] {
-    for (const auto& device : devices) device->ArmStepTimer();
+    for (const auto& printer : printers) printer->ArmStepTimer();
   });
 }
 
 void Simulator::Impl::ClearFaults(std::size_t index) {
-  Change(index, [](Printer& each) { each.Faults().Clear(); });
-  Run([this, index] {
-    devices[index]->endpoint.FaultsCleared();
-    devices[index]->usbDevice.pipe.FaultsCleared();
-  });
+  Change(index, [](Dialogue& each) { each.Faults().Clear(); });
+  Run([this, index] { printers[index]->FaultsCleared(); });
 }
 
-void Simulator::Impl::Change(std::size_t index, const std::function<void(Printer&)>& action) {
-  {
-    const std::lock_guard<std::mutex> lock(stateMutex);
-    action(devices.at(index)->printer);
-  }
-  events.Notify();
+void Simulator::Impl::Change(std::size_t index, const std::function<void(Dialogue&)>& action) {
+  commons.Locked([&] { action(printers.at(index)->dialogue); });
+  commons.events.Notify();
 }
 
 // Every network that a printer is on, once; networks that share a broadcast address are one.
 void Simulator::Impl::ListenForSearches() {
   for (const Ipv4Interface& each : RunningInterfaces()) {
     if (each.netmask >= 0xfffffffeu) continue;  // a link of two has no broadcast address
-    const bool isServed = std::any_of(devices.begin(), devices.end(), [&](const auto& device) {
-      return device->address == 0 ? !IsLoopback(each.address)
-                                  : ((device->address ^ each.address) & each.netmask) == 0;
+    const bool isServed = std::any_of(printers.begin(), printers.end(), [&](const auto& printer) {
+      return IsOn(each, printer->address);
     });
     const bool isKnown = std::any_of(networks_.begin(), networks_.end(), [&](const auto& network) {
       return network.Broadcast() == each.Broadcast();
     });
     if (isServed && !isKnown) networks_.push_back(each);
   }
+  const std::uint16_t port = commons.config.discoveryPort;
   try {
-    search_.emplace(io, config.discoveryPort, networks_,
-                    [this](std::size_t network, std::string_view datagram) {
-                      return AnswerSearch(network, datagram);
-                    });
+    search_.emplace(
+        commons.io, port, networks_,
+        [this](std::size_t network, std::string_view search) { return Answer(network, search); });
   } catch (const std::system_error& error) {
-    throw std::runtime_error("cannot listen for searches on port " +
-                             std::to_string(config.discoveryPort) + ": " + error.code().message());
+    throw std::runtime_error("cannot listen for searches on port " + std::to_string(port) + ": " +
+                             error.code().message());
   }
 }
 
 void Simulator::Impl::ServeUsb() {
   std::vector<UsbDevice*> bus;
-  for (const auto& device : devices) bus.push_back(&device->usbDevice);
-  const std::uint32_t address = *ParseIpv4(config.usbipAddress);
+  for (const auto& printer : printers) bus.push_back(&printer->usbDevice);
+  const std::string& address = commons.config.usbipAddress;
+  const std::uint16_t port = *commons.config.usbipPort;
   try {
-    usbip_.emplace(io, address, *config.usbipPort, std::move(bus));
+    usbip_.emplace(commons.io, *ParseIpv4(address), port, std::move(bus));
   } catch (const std::system_error& error) {
-    throw std::runtime_error("cannot serve USB/IP on " + Place(address, *config.usbipPort) + ": " +
-                             error.code().message());
+    throw std::runtime_error("cannot serve USB/IP on " + FormatIpv4(*ParseIpv4(address)) + ":" +
+                             std::to_string(port) + ": " + error.code().message());
   }
-  const std::lock_guard<std::mutex> lock(stateMutex);
-  usbipPort = usbip_->Port();
+  commons.Locked([this] { usbipPort = usbip_->Port(); });
 }
 
-std::vector<std::vector<Delivery>> Simulator::Impl::AnswerSearch(std::size_t network,
-                                                                 std::string_view datagram) {
+std::vector<std::vector<Delivery>> Simulator::Impl::Answer(std::size_t network,
+                                                           std::string_view search) {
+  const Ipv4Interface& on = networks_.at(network);
   std::vector<std::vector<Delivery>> answers;
-  {
-    const std::lock_guard<std::mutex> lock(stateMutex);
-    const Ipv4Interface& on = networks_.at(network);
-    for (const auto& device : devices) {
-      const bool anywhere = device->address == 0;
-      const bool isThere =
-          anywhere ? !IsLoopback(on.address) : ((device->address ^ on.address) & on.netmask) == 0;
-      if (!isThere || !device->plugged) continue;
-      const std::string announced = FormatIpv4(anywhere ? on.address : device->address);
-      answers.push_back(device->printer.ReceiveSearch(datagram, announced, device->port));
+  commons.Locked([&] {
+    for (std::size_t i = 0; i < printers.size(); ++i) {
+      ServedPrinter& printer = *printers[i];
+      if (!printer.plugged || !IsOn(on, printer.address)) continue;
+      const std::string announced = FormatIpv4(printer.address == 0 ? on.address : printer.address);
+      answers.push_back(AnswerSearch(commons.config.printers[i], announced, printer.port,
+                                     printer.dialogue.TakeSearch(), search));
     }
-  }
-  events.Notify();
+  });
+  commons.events.Notify();
   return answers;
 }
 

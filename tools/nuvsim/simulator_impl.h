@@ -1,10 +1,10 @@
-// The machinery behind Simulator: the I/O thread, one device per printer, and the search.
+// The machinery behind Simulator: the I/O thread, the printers, the search and the USB.
 #ifndef NUVSIM_SIMULATOR_IMPL_H_
 #define NUVSIM_SIMULATOR_IMPL_H_
 
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
-#include <asio/steady_timer.hpp>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,16 +14,16 @@
 #include <thread>
 #include <vector>
 
-#include "nuvsim/event_gate.h"
-#include "nuvsim/printer.h"
-#include "nuvsim/search_endpoint.h"
+#include "nuvsim/net/interfaces.h"
+#include "nuvsim/net/search.h"
+#include "nuvsim/served_printer.h"
 #include "nuvsim/simulator.h"
-#include "nuvsim/tcp_endpoint.h"
-#include "nuvsim/usbip_server.h"
+#include "nuvsim/usb/usbip_server.h"
+#include "nuvsim/wire.h"
 
 namespace nuvsim {
 
-// Lock order: lifeMutex before stateMutex. The I/O thread takes stateMutex only.
+// Lock order: lifeMutex_ before stateMutex.
 class Simulator::Impl {
  public:
   explicit Impl(SimulatorConfig wanted);
@@ -36,55 +36,17 @@ class Simulator::Impl {
   void ClockChanged();
   void ClearFaults(std::size_t index);
 
+  // Returns what `look` makes of a printer, with the state locked.
+  template <typename Look>
+  auto Observe(std::size_t index, const Look& look) {
+    return commons.Locked([&] { return look(*printers.at(index)); });
+  }
+
   // Runs `action` on a printer with the state locked, then wakes the waiters.
-  void Change(std::size_t index, const std::function<void(Printer&)>& action);
+  void Change(std::size_t index, const std::function<void(Dialogue&)>& action);
 
-  class Device;
-
-  // One of the two ways to a printer, as the wire sees it.
-  class Way : public Wire {
-   public:
-    Way(Device& owner, Channel way) : device(owner), channel(way) {}
-
-    void ClientCame(std::uint32_t at) override;
-    Reaction Receive(std::string_view bytes) override;
-    void AnswerSent() override;
-    void ClientLeft() override;
-    std::optional<std::chrono::milliseconds> TakeRefusal() override;
-
-   private:
-    Device& device;
-    Channel channel;
-  };
-
-  // One printer with its endpoints.
-  class Device {
-   public:
-    Device(Impl& owner, std::size_t index, PrinterConfig config);
-
-    void Listen(std::uint16_t wantedPort);
-    void Unplug();
-    // Wakes the waiters when something happens that only time brings about.
-    void ArmStepTimer();
-
-    Impl& owner;
-    Printer printer;         // guarded by stateMutex
-    std::uint32_t address;   // 0: all interfaces
-    std::uint16_t port = 0;  // guarded by stateMutex
-    bool plugged = false;    // guarded by stateMutex
-    Way network;
-    Way usb;
-    TcpEndpoint endpoint;          // I/O thread only
-    UsbDevice usbDevice;           // I/O thread only
-    asio::steady_timer stepTimer;  // I/O thread only
-  };
-
-  SimulatorConfig config;
-  JobFolder folder;
-  mutable std::mutex stateMutex;
-  EventGate events;
-  asio::io_context io;  // outlives what runs on it
-  std::vector<std::unique_ptr<Device>> devices;
+  Commons commons;
+  std::vector<std::unique_ptr<ServedPrinter>> printers;
   std::uint16_t usbipPort = 0;  // guarded by stateMutex
 
  private:
@@ -93,7 +55,7 @@ class Simulator::Impl {
   void Run(const std::function<void()>& action);
   void ListenForSearches();
   void ServeUsb();
-  std::vector<std::vector<Delivery>> AnswerSearch(std::size_t network, std::string_view datagram);
+  std::vector<std::vector<Delivery>> Answer(std::size_t network, std::string_view search);
   void CloseAll();
 
   std::vector<Ipv4Interface> networks_;

@@ -1,4 +1,4 @@
-// What an endpoint sees of its printer: bytes in, deliveries out.
+// What passes between a printer and the endpoints that carry its bytes: bytes in, deliveries out.
 #ifndef NUVSIM_WIRE_H_
 #define NUVSIM_WIRE_H_
 
@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
-
-#include "nuvsim/reply_faults.h"
+#include <vector>
 
 namespace nuvsim {
 
@@ -16,6 +16,28 @@ namespace nuvsim {
 enum class Channel : std::size_t { kNetwork, kUsb };
 constexpr std::size_t kChannels = 2;
 
+// How a connection ends, if the printer ends it.
+enum class Closing { kNone, kDrop, kReset };
+
+// Bytes to send in one go, `delay` after the delivery before them has been sent. None at all are
+// an empty packet over USB, and nothing over the network.
+struct Delivery {
+  std::string bytes;
+  std::chrono::milliseconds delay{0};
+  bool repeats = false;  // it is sent again and again until the client is gone
+};
+
+// What a printer does in reaction to received bytes: deliveries in order, then the end of the
+// connection unless `closing` is kNone.
+struct Reaction {
+  std::vector<Delivery> deliveries;
+  Closing closing = Closing::kNone;
+  std::size_t taken = 0;  // of the bytes; the others come again when the stall is over
+  // Nothing more is read for so long; zero: until the faults are cleared.
+  std::optional<std::chrono::milliseconds> stall;
+};
+
+// What an endpoint sees of its printer.
 class Wire {
  public:
   virtual ~Wire() = default;

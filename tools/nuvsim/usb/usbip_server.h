@@ -1,0 +1,50 @@
+// Serves simulated USB printers to hosts over USB/IP.
+//
+// Thread-safety: none; every call on the thread that runs the I/O context, or before it runs.
+#ifndef NUVSIM_USB_USBIP_SERVER_H_
+#define NUVSIM_USB_USBIP_SERVER_H_
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nuvsim/net/listener.h"
+#include "nuvsim/usb/device.h"
+
+namespace nuvsim {
+
+class UsbipServer {
+ public:
+  // Listens at once on `address` (host byte order; 0: all interfaces) and `port` (0: any free
+  // one). The devices must outlive this object and the run of `io`. Throws std::system_error when
+  // the address cannot be had.
+  UsbipServer(asio::io_context& io, std::uint32_t address, std::uint16_t port,
+              std::vector<UsbDevice*> devices);
+  ~UsbipServer();
+
+  // Stops listening and ends every connection.
+  void Close();
+
+  std::uint16_t Port() const { return listener_.Port(); }
+
+ private:
+  class Session;
+
+  void Serve(asio::ip::tcp::socket socket);
+  std::string List() const;
+  // The plugged device of this bus ID, or null.
+  UsbDevice* Find(std::string_view busId) const;
+
+  Listener listener_;
+  std::vector<UsbDevice*> devices_;
+  std::list<std::weak_ptr<Session>> sessions_;
+};
+
+}  // namespace nuvsim
+
+#endif  // NUVSIM_USB_USBIP_SERVER_H_
