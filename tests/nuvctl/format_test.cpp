@@ -1,9 +1,10 @@
+#include "format.h"
+
 #include <gtest/gtest.h>
 
 #include <utility>
 
-#include "table.h"
-#include "text.h"
+#include "utf8.h"
 
 namespace nuvctl {
 namespace {

@@ -4,52 +4,37 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 
+#include "commands/commands.h"
 #include "error.h"
 #include "library.h"
-#include "stream.h"
-#include "subcommands.h"
-#include "text.h"
+#include "output.h"
 
 namespace nuvctl {
 namespace {
 
-struct Subcommand {
-  const char* name;
-  const char* summary;
-  const char* example;
-  Action (*declare)(CLI::App& app);
-};
+// The help names what is needed most first; what is not named here follows.
+constexpr const char* kOrder[] = {
+    "list",     "info",        "status",         "send",    "watch",       "firmware", "gcode",
+    "raw",      "resin",       "sensors",        "jobs",    "versions",    "tank",     "leds",
+    "nickname", "laser-power", "z-compensation", "scaling", "skip-warmup", "wifi"};
 
-constexpr Subcommand kSubcommands[] = {
-    {"list", "List the printers on the network or, with --usb, on USB", "nuvctl list", DeclareList},
-    {"info", "Show what a printer is", "nuvctl info --serial SN0042", DeclareInfo},
-    {"status", "Show what a printer does", "nuvctl status --json", DeclareStatus},
-    {"send", "Send a print file and make sure that the printer took it",
-     "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
-    {"watch", "Follow a print until it ends", "nuvctl watch --interval 5000", DeclareWatch},
-    {"firmware", "Update the firmware of the engine, the Android board or the LCM panel",
-     "nuvctl firmware panel panel.bin", DeclareFirmware},
-    {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode},
-    {"raw", "Send one command and show the reply", "nuvctl raw \"F101\"", DeclareRaw},
-    {"resin", "Show the resin in the printer", "nuvctl resin", DeclareResin},
-    {"sensors", "Show what the sensors and the light engine measure", "nuvctl sensors --laser 1",
-     DeclareSensors},
-    {"jobs", "Show the counts of jobs and the newest jobs", "nuvctl jobs --last 20", DeclareJobs},
-    {"versions", "Show the versions of firmware and boards", "nuvctl versions", DeclareVersions},
-    {"tank", "Show the tank in place", "nuvctl tank", DeclareTank},
-    {"leds", "Show how long the light source has been on", "nuvctl leds", DeclareLeds},
-    {"nickname", "Show or set the nickname", "nuvctl nickname \"Lab one\"", DeclareNickname},
-    {"laser-power", "Show or set the laser power", "nuvctl laser-power 80", DeclareLaserPower},
-    {"z-compensation", "Show or set the Z compensation", "nuvctl z-compensation -20",
-     DeclareZCompensation},
-    {"scaling", "Show or set the scaling of the build",
-     "nuvctl scaling 1.002 1.002 0.998 0.998 1 1", DeclareScaling},
-    {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
-     DeclareSkipWarmup},
-    {"wifi", "List, join and leave wireless networks", "nuvctl wifi connect \"Lab net\"",
-     DeclareWifi},
-};
+Subcommands AllSubcommands() {
+  constexpr Subcommands (*kTopics[])() = {
+      DeviceCommands,  IdentityCommands,    ResinCommands, SettingsCommands, NetworkCommands,
+      HistoryCommands, LightEngineCommands, JobCommands,   FirmwareCommands, RawCommands};
+  Subcommands all;
+  for (const auto topic : kTopics) {
+    for (const Subcommand& row : topic()) all.push_back(row);
+  }
+  const auto place = [](const Subcommand& row) {
+    return std::find(std::begin(kOrder), std::end(kOrder), std::string_view(row.name));
+  };
+  std::stable_sort(all.begin(), all.end(),
+                   [&](const Subcommand& a, const Subcommand& b) { return place(a) < place(b); });
+  return all;
+}
 
 constexpr char kFooter[] =
     "Without --serial, --address or --index the only printer found is used.\n"
@@ -72,27 +57,35 @@ constexpr int kMaxPort = 65535;
 // A range that the help does not spell out; the message about a wrong value does.
 CLI::Validator Between(int least, int most) { return CLI::Range(least, most).description(""); }
 
-void DeclareGlobals(CLI::App& app, Options& options) {
+// What may stand before or after any subcommand.
+struct Options {
+  bool json = false;
+  bool debug = false;
+  Choice choice;
+};
+
+void DeclareOptions(CLI::App& app, Options& options) {
+  Choice& choice = options.choice;
   app.add_flag("--json", options.json, "Write one JSON document to the standard output");
   app.add_flag("--debug", options.debug, "Write diagnostics of the connection to standard error");
   CLI::Option* const usb =
-      app.add_flag("--usb", options.usb, "Use the printers on USB instead of those on the network");
-  app.add_option("--timeout", options.timeout_ms, "Milliseconds that the search for printers waits")
+      app.add_flag("--usb", choice.usb, "Use the printers on USB instead of those on the network");
+  app.add_option("--timeout", choice.timeout_ms, "Milliseconds that the search for printers waits")
       ->type_name("MS")
       ->check(Between(1, kMaxTimeoutMs))
       ->capture_default_str();
-  app.add_option("--port", options.port, "UDP port of the search")
+  app.add_option("--port", choice.port, "UDP port of the search")
       ->type_name("N")
       ->check(Between(1, kMaxPort));
   CLI::Option* const serial =
-      app.add_option("--serial", options.serial, "Use the printer with this serial number")
+      app.add_option("--serial", choice.serial, "Use the printer with this serial number")
           ->type_name("S");
   CLI::Option* const address =
-      app.add_option("--address", options.address, "Use the printer at this IPv4 address")
+      app.add_option("--address", choice.address, "Use the printer at this IPv4 address")
           ->type_name("A")
           ->check(CLI::ValidIPV4);
   CLI::Option* const index =
-      app.add_option("--index", options.index, "Use the printer at this place of the list, from 0")
+      app.add_option("--index", choice.index, "Use the printer at this place of the list, from 0")
           ->type_name("N")
           ->check(Between(0, std::numeric_limits<int>::max()));
   serial->excludes(address)->excludes(index);
@@ -102,7 +95,7 @@ void DeclareGlobals(CLI::App& app, Options& options) {
 // Declares all subcommands; the one that is parsed stores its action in `chosen`.
 void DeclareSubcommands(CLI::App& app, Action& chosen) {
   std::string examples = "Examples:\n";
-  for (const Subcommand& row : kSubcommands) {
+  for (const Subcommand& row : AllSubcommands()) {
     CLI::App* const sub = app.add_subcommand(row.name, row.summary);
     sub->footer(std::string("Example:\n  ") + row.example +
                 "\n\nThe options of 'nuvctl --help' may stand here too.");
@@ -112,35 +105,6 @@ void DeclareSubcommands(CLI::App& app, Action& chosen) {
   }
   app.require_subcommand(1);
   app.footer(examples + '\n' + kFooter);
-}
-
-// The forms that an answer can have.
-enum class Form { kText, kJson, kJsonLines };
-
-Form FormOf(bool json, bool streams) {
-  if (!json) return Form::kText;
-  return streams ? Form::kJsonLines : Form::kJson;
-}
-
-void WriteDocument(const nlohmann::ordered_json& document, int indent, std::ostream& out) {
-  // ASCII only, so that a printer's control characters never reach a terminal this way either.
-  out << document.dump(indent, ' ', true, nlohmann::ordered_json::error_handler_t::replace) << '\n';
-}
-
-// Writes the answer in the form asked for and makes sure that it arrived.
-int WriteReport(const Report& report, Form form, ExitCode exit, std::ostream& out,
-                std::ostream& err) {
-  if (form == Form::kJson) {
-    WriteDocument(report.json.is_null() ? nlohmann::ordered_json::object() : report.json, 2, out);
-  } else if (form == Form::kJsonLines) {
-    if (!report.json.is_null()) WriteDocument(report.json, -1, out);
-  } else {
-    out << report.text;
-  }
-  out.flush();
-  if (out) return exit;
-  err << "nuvctl: the output could not be written\n";
-  return exit == kDone ? kLocalProblem : exit;
 }
 
 // What is told of wrong arguments. A key may be among those of wifi, given there by mistake, so
@@ -155,26 +119,7 @@ CommandError UsageError(const CLI::ParseError& error, const std::vector<std::str
                       "standard input, never given as an argument; the shell remembers those.");
 }
 
-int WriteError(const CommandError& error, Form form, std::ostream& out, std::ostream& err) {
-  const bool json = form != Form::kText;
-  Report report = error.shown;
-  if (!json && !error.shown_is_result) report.text.clear();
-  nlohmann::ordered_json told = {
-      {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
-  if (error.result) told["result"] = *error.result;
-  report.json["error"] = told;
-  const int exit = WriteReport(report, form, error.exit, out, err);
-  if (!json) {
-    err << "nuvctl: " << Printable(error.message) << ".\n";
-    if (!error.shown_is_result) err << error.shown.text;
-    if (!error.hint.empty()) err << Printable(error.hint) << '\n';
-    err.flush();
-  }
-  return exit;
-}
-
 Report RunAction(const Action& action, Context& context) {
-  if (context.options.debug) context.system.SetEnvironment("NUVCONNECT_DEBUG", "1");
   try {
     const Library library;
     return action(context);
@@ -192,8 +137,8 @@ Report RunAction(const Action& action, Context& context) {
 int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
                    System& system) {
   // Guessed before parsing, because errors of parsing are told in the same form.
-  bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
-  bool streams = false;
+  Output output(out, err,
+                std::find(arguments.begin(), arguments.end(), "--json") != arguments.end());
   try {
     CLI::App app("Finds resin 3D printers, shows what they are and do, and sends them jobs.",
                  "nuvctl");
@@ -202,7 +147,7 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
     app.fallthrough();
     Options options;
     Action action;
-    DeclareGlobals(app, options);
+    DeclareOptions(app, options);
     DeclareSubcommands(app, action);
     try {
       app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -210,25 +155,16 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
       if (error.get_exit_code() == 0) return app.exit(error, out, err);  // --help, --version
       throw UsageError(error, arguments);
     }
-    json = options.json;
-    Context context{options, system, err, out, streams};
-    const Report report = RunAction(action, context);
-    return WriteReport(report, FormOf(json, streams), kDone, out, err);
+    output.SetJson(options.json);
+    if (options.debug) system.SetEnvironment("NUVCONNECT_DEBUG", "1");
+    Context context{options.choice, output, system};
+    return output.Finish(RunAction(action, context), kDone);
   } catch (const CommandError& error) {
-    return WriteError(error, FormOf(json, streams), out, err);
+    return output.Fail(error);
   } catch (const std::exception& error) {
-    return WriteError(
-        CommandError("internal", kLocalProblem, std::string("Unexpected fault: ") + error.what(),
-                     "Please report it, with what --debug shows."),
-        FormOf(json, streams), out, err);
-  }
-}
-
-void Stream(Context& context, const Report& piece) {
-  context.streams = true;
-  const Form form = FormOf(context.options.json, true);
-  if (WriteReport(piece, form, kDone, context.out, context.err) != kDone) {
-    throw CommandError("output", kLocalProblem, "What was found out cannot be shown", "");
+    return output.Fail(CommandError("internal", kLocalProblem,
+                                    std::string("Unexpected fault: ") + error.what(),
+                                    "Please report it, with what --debug shows."));
   }
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "report.h"
+#include "output.h"
 
 namespace nuvctl {
 

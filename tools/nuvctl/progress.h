@@ -1,11 +1,14 @@
-// How far a transfer is, shown while it runs.
+// How far a transfer or a print is, shown while it runs.
 #ifndef NUVCTL_PROGRESS_H_
 #define NUVCTL_PROGRESS_H_
 
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <string>
 
+#include "output.h"
+#include "printer.h"
 #include "system.h"
 
 namespace nuvctl {
@@ -16,14 +19,32 @@ struct ProgressFigures {
   int64_t elapsed_ms = 0;
 };
 
-// Whole percent, rounded down, so that 100 means all; within 0 to 100 whatever the figures.
-int Percent(const ProgressFigures& figures);
-
 // " 42%  1.2 MB of 3.0 MB  35.0 kB/s  1:23 left"; rate and time left only when they are known.
 std::string ProgressText(const ProgressFigures& figures);
 
 // The same behind a bar, in at most `width` columns: the bar gives way first, then the text's end.
 std::string ProgressBar(const ProgressFigures& figures, int width);
+
+// "printing, layer 12 of 340, 34 %, 56 min left"; other states with nothing but what they tell.
+std::string WatchText(const PrinterState& state, const std::optional<PrintProgress>& progress);
+
+// The same, behind a bar while printing.
+std::string WatchBar(const PrinterState& state, const std::optional<PrintProgress>& progress,
+                     int width);
+
+// One row of a terminal that is written over.
+class LiveRow {
+ public:
+  explicit LiveRow(std::ostream& stream) : stream_(stream) {}
+
+  void Draw(const std::string& row);
+  // Leaves the cursor at the start of a line.
+  void Finish();
+
+ private:
+  std::ostream& stream_;
+  std::optional<size_t> columns_;  // of what is drawn
+};
 
 enum class ProgressStyle {
   kSilent,
@@ -46,19 +67,27 @@ class ProgressView {
   int64_t ElapsedMs() const;
 
  private:
-  void DrawBar();
   void WriteLine();
 
   const ProgressStyle style_;
   std::ostream& err_;
   System& system_;
+  LiveRow row_;
   int64_t start_ms_;
   ProgressFigures figures_;
   bool updated_ = false;
   int last_tenth_ = -1;  // tens of percent of the last line
   int64_t last_line_sent_ = -1;
-  size_t drawn_columns_ = 0;
 };
+
+constexpr int kShortestIntervalMs = 1000;
+
+// Asks the current printer every `interval_ms` and shows what has changed, until it neither prints
+// nor receives: one row written over on a terminal, else a line or document per change. Throws
+// CommandError when the printer reports an error or is lost.
+// It asks instead of using the library's status thread, which tells neither errors nor the end, and
+// writes a line of its own to the standard output.
+void WatchPrint(Output& output, System& system, int interval_ms);
 
 }  // namespace nuvctl
 

@@ -1,21 +1,31 @@
 #include "transfer.h"
 
+#include <filesystem>
+#include <fstream>
+
+#include "format.h"
+#include "library.h"
 #include "progress.h"
+#include "utf8.h"
 
 namespace nuvctl {
 namespace {
 
-ProgressStyle StyleFor(const Context& context) {
-  if (context.options.json) return ProgressStyle::kSilent;
-  return context.system.ErrorIsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
+CommandError FileError(const std::string& message, const std::string& hint) {
+  return CommandError("file_not_readable", kFileProblem, message, hint);
+}
+
+ProgressStyle StyleFor(Output& output, System& system) {
+  if (output.Json()) return ProgressStyle::kSilent;
+  return system.ErrorIsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
 }
 
 // While it lives, the library's send callbacks lead here and Ctrl-C cancels instead of killing.
 // The callbacks carry no argument of the host's, hence the one active session.
 class Session {
  public:
-  explicit Session(const Context& context)
-      : system_(context.system), view_(StyleFor(context), context.err, context.system) {
+  Session(Output& output, System& system)
+      : system_(system), view_(StyleFor(output, system), output.Err(), system) {
     active_ = this;
     API_RegisterSendDataStartCallback([] { active_->view_.Start(); });
     API_RegisterSendDataUpdateCallback([](int total, int sent) { active_->Update(total, sent); });
@@ -35,7 +45,7 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  Transfer Run(const SendFunction& send) {
+  Transfer Run(const std::function<int()>& send) {
     transfer_.result = send();
     transfer_.elapsed_ms = view_.ElapsedMs();
     transfer_.too_late = system_.Interrupted() && !transfer_.cancelled;
@@ -66,9 +76,75 @@ Session* Session::active_ = nullptr;
 
 }  // namespace
 
-Transfer RunTransfer(const Context& context, const SendFunction& send) {
-  Session session(context);
+std::wstring RequireFile(const std::string& file) {
+  const std::optional<std::wstring> path = WideFromUtf8(file);
+  if (!path) throw FileError("The file name is not UTF-8", "Rename the file, then try again.");
+  const std::filesystem::path native = std::filesystem::u8path(file);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(native, error);
+  if (!std::filesystem::exists(status)) {
+    throw FileError("There is no file " + file, "Check the name and the folder.");
+  }
+  if (std::filesystem::is_directory(status)) {
+    throw FileError(file + " is a folder", "Give the name of a file.");
+  }
+  if (!std::ifstream(native, std::ios::binary)) {
+    throw FileError("The file " + file + " cannot be opened",
+                    "Check that you may read it and that no other program holds it.");
+  }
+  return *path;
+}
+
+Printer OpenReadyPrinter(const Choice& choice, Output& output, const std::string& file) {
+  Printer printer = OpenPrinter(choice);
+  RequireReady();
+  output.Remark("Sending " + Printable(file) + " to " + Printable(printer.Name()));
+  return printer;
+}
+
+Transfer RunTransfer(Output& output, System& system, const std::function<int()>& send) {
+  Session session(output, system);
   return session.Run(send);
+}
+
+CommandError TransferFailure(const std::string& file, const Transfer& transfer) {
+  CommandError error = FailureOf(transfer.result, "Sending " + file);
+  error.shown.json = TransferJson(file, transfer, "failed");
+  return error;
+}
+
+void RequireSent(Output& output, const std::string& file, const Transfer& transfer,
+                 std::string (*cancel_hint)()) {
+  if (transfer.result != NUV_OK) throw TransferFailure(file, transfer);
+  if (transfer.cancelled) {
+    Report shown;
+    shown.json = TransferJson(file, transfer, "cancelled");
+    throw CommandError("cancelled", kCancelled, "Cancelled after " + TransferText(transfer),
+                       cancel_hint(), shown);
+  }
+  if (!transfer.reported) {
+    throw CommandError("file_empty", kFileProblem, "The file " + file + " holds nothing to send",
+                       "Check the file, or export it again.");
+  }
+  if (transfer.sent != transfer.total) {
+    throw CommandError("size_mismatch", kFileProblem,
+                       "The file " + file + " announces " + std::to_string(transfer.total) +
+                           " bytes, but " + std::to_string(transfer.sent) + " were sent",
+                       "The file is damaged: cancel the job at the printer and export it again.");
+  }
+  if (transfer.too_late) output.Remark("nuvctl: too late to cancel, everything had been sent");
+}
+
+nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& transfer,
+                                    const std::string& result) {
+  return {{"file", file},
+          {"result", result},
+          {"bytes", transfer.sent},
+          {"seconds", static_cast<double>(transfer.elapsed_ms) / 1000.0}};
+}
+
+std::string TransferText(const Transfer& transfer) {
+  return FormatBytes(transfer.sent) + " in " + FormatDuration(transfer.elapsed_ms / 1000);
 }
 
 }  // namespace nuvctl

@@ -1,0 +1,57 @@
+// The subcommands, by topic. A new one is a row of its topic's file; a new topic is a file here,
+// its line below and its place in command_line.cpp.
+#ifndef NUVCTL_COMMANDS_COMMANDS_H_
+#define NUVCTL_COMMANDS_COMMANDS_H_
+
+#include <functional>
+#include <vector>
+
+#include "listing.h"
+#include "output.h"
+#include "system.h"
+
+namespace CLI {
+class App;
+}
+
+namespace nuvctl {
+
+// What every subcommand gets to work with.
+struct Context {
+  const Choice& choice;
+  Output& output;
+  System& system;
+};
+
+// Does the work, with the library started. Throws CommandError.
+using Action = std::function<Report(Context&)>;
+
+struct Subcommand {
+  const char* name;
+  const char* summary;
+  const char* example;
+  // Adds the subcommand's own arguments to `app` and returns what runs it after parsing.
+  Action (*declare)(CLI::App& app);
+};
+
+// For `declare` of a subcommand that has no arguments of its own.
+template <Report (*kRun)(Context&)>
+Action Plain(CLI::App&) {
+  return kRun;
+}
+
+using Subcommands = std::vector<Subcommand>;
+Subcommands DeviceCommands();
+Subcommands IdentityCommands();
+Subcommands ResinCommands();
+Subcommands SettingsCommands();
+Subcommands NetworkCommands();
+Subcommands HistoryCommands();
+Subcommands LightEngineCommands();
+Subcommands JobCommands();
+Subcommands FirmwareCommands();
+Subcommands RawCommands();
+
+}  // namespace nuvctl
+
+#endif  // NUVCTL_COMMANDS_COMMANDS_H_

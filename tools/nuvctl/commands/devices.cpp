@@ -1,0 +1,22 @@
+#include "commands/commands.h"
+#include "nuvconnect/ResultCodes.h"
+
+namespace nuvctl {
+namespace {
+
+Report RunList(Context& context) {
+  const Listing listing = ListPrinters(context.choice);
+  if (listing.result == NUV_OK) return ListingReport(listing);
+  CommandError error = Incomplete(listing, context.choice);
+  error.shown_is_result = true;
+  throw error;
+}
+
+}  // namespace
+
+Subcommands DeviceCommands() {
+  return {{"list", "List the printers on the network or, with --usb, on USB", "nuvctl list",
+           Plain<RunList>}};
+}
+
+}  // namespace nuvctl

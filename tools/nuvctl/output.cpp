@@ -1,0 +1,91 @@
+#include "output.h"
+
+#include <charconv>
+
+#include "error.h"
+#include "utf8.h"
+
+namespace nuvctl {
+namespace {
+
+void WriteDocument(const nlohmann::ordered_json& document, int indent, std::ostream& out) {
+  // ASCII only, so that a printer's control characters never reach a terminal this way either.
+  out << document.dump(indent, ' ', true, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace
+
+void FieldReport::Add(const std::string& label, const std::string& text, const std::string& key,
+                      nlohmann::ordered_json value) {
+  fields_.emplace_back(label, text);
+  json_[nlohmann::ordered_json::json_pointer('/' + key)] = std::move(value);
+}
+
+void FieldReport::AddText(const std::string& label, const std::string& key,
+                          const std::string& text) {
+  Add(label, text, key, text);
+}
+
+void FieldReport::AddNumber(const std::string& label, const std::string& key, int number,
+                            const std::string& unit) {
+  Add(label, std::to_string(number) + unit, key, number);
+}
+
+void FieldReport::AddMeasure(const std::string& label, const std::string& key,
+                             const std::string& text, const std::string& unit) {
+  int number = 0;
+  const char* const end = text.data() + text.size();
+  const std::from_chars_result read = std::from_chars(text.data(), end, number);
+  const bool whole = read.ec == std::errc() && read.ptr == end;
+  Add(label, text.empty() ? text : text + unit, key,
+      whole ? nlohmann::ordered_json(number) : nlohmann::ordered_json(text));
+}
+
+void FieldReport::AddFlag(const std::string& label, const std::string& key, bool flag) {
+  Add(label, flag ? "yes" : "no", key, flag);
+}
+
+Report FieldReport::Finish() const { return {FormatFields(fields_), json_}; }
+
+void Output::Remark(const std::string& line) {
+  if (!json_) err_ << line << '\n' << std::flush;
+}
+
+void Output::Stream(const Report& piece) {
+  streams_ = true;
+  if (Finish(piece, kDone) != kDone) {
+    throw CommandError("output", kLocalProblem, "What was found out cannot be shown", "");
+  }
+}
+
+int Output::Finish(const Report& report, int exit) {
+  if (!json_) {
+    out_ << report.text;
+  } else if (!streams_) {
+    WriteDocument(report.json.is_null() ? nlohmann::ordered_json::object() : report.json, 2, out_);
+  } else if (!report.json.is_null()) {
+    WriteDocument(report.json, -1, out_);
+  }
+  out_.flush();
+  if (out_) return exit;
+  err_ << "nuvctl: the output could not be written\n";
+  return exit == kDone ? kLocalProblem : exit;
+}
+
+int Output::Fail(const CommandError& error) {
+  Report report = error.shown;
+  if (!json_ && !error.shown_is_result) report.text.clear();
+  nlohmann::ordered_json told = {
+      {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
+  if (error.result) told["result"] = *error.result;
+  report.json["error"] = told;
+  const int exit = Finish(report, error.exit);
+  if (json_) return exit;
+  err_ << "nuvctl: " << Printable(error.message) << ".\n";
+  if (!error.shown_is_result) err_ << error.shown.text;
+  if (!error.hint.empty()) err_ << Printable(error.hint) << '\n';
+  err_.flush();
+  return exit;
+}
+
+}  // namespace nuvctl
