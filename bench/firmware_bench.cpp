@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "api/global_instance.h"
+#include "api/marshalling.h"
 #include "bench/bench.h"
 #include "bench/process.h"
 #include "connect/connecting_framework.h"

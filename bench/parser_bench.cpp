@@ -7,8 +7,7 @@
 #include <string>
 
 #include "bench/bench.h"
-#include "command/command_factory.h"
-#include "command/general_command_proc.h"
+#include "command/processors.h"
 #include "tests/support/channel_stub.h"
 
 namespace {

@@ -9,9 +9,8 @@
 #include <vector>
 
 #include "command/catalogue.h"
-#include "command/command_factory.h"
-#include "command/decimal.h"
-#include "command/general_command_proc.h"
+#include "command/processors.h"
+#include "command/reply_views.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scripted_channel.h"
@@ -47,7 +46,6 @@ void ReadReply(const Command::CommandRow& row, const std::string& reply) {
   arguments.clock = &clock;
   auto command = Command::CreateCommand(channel, row.code, std::move(arguments));
   if (!command) return;  // a processor makes it for itself
-  const Command::AbstractCommand& read = *command;
   Connect::GeneralCommandProc processor(std::move(command));
   std::vector<std::string> values;
   try {
@@ -62,7 +60,7 @@ void ReadReply(const Command::CommandRow& row, const std::string& reply) {
   // A command that recovers reads up to three replies as one, with a blank between them.
   const size_t most = 3 * (reply.size() + 1);
   for (const std::string& value : values) Require(value.size() <= most, "a value is too long");
-  for (const auto& [key, value] : read.result()) {
+  for (const auto& [key, value] : processor.result()) {
     Require(value.size() <= most, "a field is too long");
     ReadNumber(Command::ParseDecimal, value);
     ReadNumber(Command::ParseFraction, value);

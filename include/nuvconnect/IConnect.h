@@ -18,11 +18,11 @@ class IConnect {
  public:
   virtual ~IConnect() = default;
 
-  // Searches printers by UDP on the network of address `a` with netmask `b` (both empty: on every
-  // network of the host), waiting `c` milliseconds after the last answer (0 or below: 3000).
-  // Replaces `found` by the answers; false when the search could not be made.
-  virtual bool SearchDevices(std::vector<std::string>& found, std::string a, std::string b,
-                             int c) = 0;
+  // Searches printers by UDP on the network of `address` with `netmask` (both empty: on every
+  // network of the host), waiting `timeoutMs` milliseconds after the last answer (0 or below:
+  // 3000). Replaces `found` by the answers; false when the search could not be made.
+  virtual bool SearchDevices(std::vector<std::string>& found, std::string address,
+                             std::string netmask, int timeoutMs) = 0;
 
   // Lists what can be opened, and opens nothing. `kind` 0: USB; any other: network. Replaces
   // `found` by one identifier per device, in the order that ChooseDevice counts in. False when the

@@ -195,6 +195,15 @@ NUV_API int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutes
 // Layers (key L) and minutes (key T) of the whole current or last job, of command 107.
 NUV_API int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes);
 
+// Skips the warm-up that a laser printer is in: command 112.
+NUV_API int API_SkipSLAWarmup(void);
+
+// *processing: 1 while the printer moves to its reference position: key R of command 515.
+NUV_API int API_GetRepositionProcessing(int* processing);
+
+NUV_API int API_GetAndroidVersion(char* out);   // of the Android board: key V of command 310
+NUV_API int API_GetLCMPanelVersion(char* out);  // of the LCM panel: key V of command 504
+
 // ---- Resin --------------------------------------------------------------------------------------
 
 // Each model answers one of these three.
@@ -214,75 +223,12 @@ NUV_API int API_GetResinInfo(int* state, int* remaining, char* date, char* type)
 // 29 from any other model.
 NUV_API int API_GetResinInfo_BEGO(char* name, char* lot, char* expiry, char* volume);
 
-// ---- Jobs ---------------------------------------------------------------------------------------
+// Passes the question on to the printer: *registered is 1 and the result 0 when it accepts command
+// 219, that is, the tag of the resin in place is registered and right; else 0 and 29.
+NUV_API int API_IsRegisteredCorrectTag(int* registered);
 
-// Sends the print file at `path` to the current printer, about 100 ms a line; while the printer has
-// no room in its buffer it waits, for ever if need be: only the cancel callback ends that.
-// `progress` (may be null) gets the percentage after each line. The send callbacks run on this
-// thread. Diagnostics name the cause of a failure.
-// Returns
-//   0   all was handed over, on connections that the printer had not ended when they were looked at
-//       (see below), or the cancel callback ended it (command 104 with 2 then abandons the job);
-//   1   a command of the opening was not answered; or another print file is being sent in this
-//       program, or command text or firmware by this framework;
-//   4   the file is no regular file, cannot be opened, is damaged, or cannot be sent: `layers` and
-//       `print_minutes` must be plain decimals up to 2147483647, and its name, for BEGO and Android
-//       printers, without line ends, for these also without ">"; or it cannot be read on, which
-//       abandons the job as a cancel does;
-//   16  no free buffer when the job was opened (not for Android printers, which are waited for), or
-//       the printer could not be opened again while it was waited for;
-//   20  a line was not taken, or the printer ended the connection and nothing it sent confirms that
-//       it had taken what was written before. After 100 %: not confirmed, as a printer that closes
-//       behind the last byte looks the same;
-//   21  no sender for the file's machine ID; 23 the NuvFile library cannot be loaded;
-//   29  the printer refused to open the job (command 103 or 500).
-//
-// The printer does not say that it has the data; API_GetCurrJobIndexAndTotalSize, asked before and
-// after, does: a new index, and the bytes that the update callback had as `total`. Connect again
-// before asking after 16 or 20.
-//
-// After 16, 20, or an exception of a malformed reply (1: see Exceptions), the job may be open on
-// the printer, which keeps it: state 2, and the next opening ends with 29, until the raw command
-// "F104 S2\r\n" abandons it. That also ends a running print, so look at the state first.
-NUV_API int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback progress);
-
-// Sends a plain text file of printer commands, line by line, each ended CR LF; empty lines are left
-// out. As above, but with no opening, and a cancel (0) sends no command 104. The file is read into
-// memory before the first byte goes out. Returns 0; 1 a job or firmware transfer of this framework
-// is running; 4 no regular file, not readable, or above 2147483647 bytes of text; 16; 20.
-NUV_API int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback progress);
-
-// ---- Callbacks: Callbacks.h says what each is told and on which thread. Return 0. ---------------
-
-#ifdef __cplusplus
-// The first call with a callback starts the status thread, which every `intervalMs` milliseconds
-// (at least 1000) reopens the connection (API_NUVCONNECT_OpenDevice), asks the printer (commands
-// 101 and 107) and reports a running print; later calls change nothing. It sends nothing while a
-// job or an image is sent. What goes wrong there is told by diagnostics only. 1: the system gave no
-// thread.
-NUV_API int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
-                                             unsigned int intervalMs);
-#endif
-NUV_API int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback);
-NUV_API int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback);
-NUV_API int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback callback);
-NUV_API int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callback);
-
-// ---- Raw channel --------------------------------------------------------------------------------
-
-// Reopens the last chosen printer, never another one at its place; closes it. A network connection
-// is made anew, a USB printer that is open and owes no reply is kept, and one that was plugged in
-// anew at the same port is found. False without a framework.
-NUV_API bool API_NUVCONNECT_OpenDevice(void);
-NUV_API bool API_NUVCONNECT_CloseDevice(void);
-
-// Sends `command` (null: empty; the caller writes the line end) and writes the reply line, without
-// its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. One attempt:
-// an empty reply when none came in 36 s (USB: 3 s). Returns 0 (1: see Exceptions).
-NUV_API int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen);
-
-// Reads one more reply line without sending, in the same way.
-NUV_API int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen);
+// *supported: 1 when the printer takes resins without a tag: key S of command 335.
+NUV_API int API_IsOpenModeSupported(int* supported);
 
 // ---- Settings -----------------------------------------------------------------------------------
 
@@ -305,10 +251,7 @@ NUV_API int API_GetLaserPower(int* percent);
 NUV_API int API_SetZCompensation(int micrometres);
 NUV_API int API_GetZCompensation(int* micrometres);
 
-// Skips the warm-up that a laser printer is in: command 112.
-NUV_API int API_SkipSLAWarmup(void);
-
-// ---- Wireless network ---------------------------------------------------------------------------
+// ---- Wireless and network -----------------------------------------------------------------------
 
 // Names of the access points in reach, strongest first: the SSID fields of command 198.
 NUV_API int API_GetApList(char** list, int* count, int entrySize);
@@ -332,21 +275,6 @@ NUV_API int API_DisconnectAp(void);
 // MAC address of the wireless and of the wired port: key MAC of command 192 with 1 and with 0.
 NUV_API int API_GetMacAddressWifi(char* out);
 NUV_API int API_GetMacAddressLan(char* out);
-
-// ---- Versions and features ----------------------------------------------------------------------
-
-NUV_API int API_GetAndroidVersion(char* out);   // of the Android board: key V of command 310
-NUV_API int API_GetLCMPanelVersion(char* out);  // of the LCM panel: key V of command 504
-
-// *supported: 1 when the printer takes resins without a tag: key S of command 335.
-NUV_API int API_IsOpenModeSupported(int* supported);
-
-// Passes the question on to the printer: *registered is 1 and the result 0 when it accepts command
-// 219, that is, the tag of the resin in place is registered and right; else 0 and 29.
-NUV_API int API_IsRegisteredCorrectTag(int* registered);
-
-// *type: number of the tank in place, 0 for none: key V_S of command 301.
-NUV_API int API_GetTankType(int* type);
 
 // ---- Job history --------------------------------------------------------------------------------
 
@@ -401,8 +329,62 @@ NUV_API int API_GetSensorStatusFX120(int* ct, int* cb, int* zlt, int* zlb, int* 
                                      int* wh, int* yh, int* cli, int* cp, int* ps, int* yf,
                                      int* tt);
 
-// *processing: 1 while the printer moves to its reference position: key R of command 515.
-NUV_API int API_GetRepositionProcessing(int* processing);
+// *type: number of the tank in place, 0 for none: key V_S of command 301.
+NUV_API int API_GetTankType(int* type);
+
+// ---- Jobs and data ------------------------------------------------------------------------------
+
+// Sends the print file at `path` to the current printer, about 100 ms a line; while the printer has
+// no room in its buffer it waits, for ever if need be: only the cancel callback ends that.
+// `progress` (may be null) gets the percentage after each line. The send callbacks run on this
+// thread. Diagnostics name the cause of a failure.
+// Returns
+//   0   all was handed over, on connections that the printer had not ended when they were looked at
+//       (see below), or the cancel callback ended it (command 104 with 2 then abandons the job);
+//   1   a command of the opening was not answered; or another print file is being sent in this
+//       program, or command text or firmware by this framework;
+//   4   the file is no regular file, cannot be opened, is damaged, or cannot be sent: `layers` and
+//       `print_minutes` must be plain decimals up to 2147483647, and its name, for BEGO and Android
+//       printers, without line ends, for these also without ">"; or it cannot be read on, which
+//       abandons the job as a cancel does;
+//   16  no free buffer when the job was opened (not for Android printers, which are waited for), or
+//       the printer could not be opened again while it was waited for;
+//   20  a line was not taken, or the printer ended the connection and nothing it sent confirms that
+//       it had taken what was written before. After 100 %: not confirmed, as a printer that closes
+//       behind the last byte looks the same;
+//   21  no sender for the file's machine ID; 23 the NuvFile library cannot be loaded;
+//   29  the printer refused to open the job (command 103 or 500).
+//
+// The printer does not say that it has the data; API_GetCurrJobIndexAndTotalSize, asked before and
+// after, does: a new index, and the bytes that the update callback had as `total`. Connect again
+// before asking after 16 or 20.
+//
+// After 16, 20, or an exception of a malformed reply (1: see Exceptions), the job may be open on
+// the printer, which keeps it: state 2, and the next opening ends with 29, until the raw command
+// "F104 S2\r\n" abandons it. That also ends a running print, so look at the state first.
+NUV_API int API_SendPrintFile(const wchar_t* path, NuvJobProgressCallback progress);
+
+// Sends a plain text file of printer commands, line by line, each ended CR LF; empty lines are left
+// out. As above, but with no opening, and a cancel (0) sends no command 104. The file is read into
+// memory before the first byte goes out. Returns 0; 1 a job or firmware transfer of this framework
+// is running; 4 no regular file, not readable, or above 2147483647 bytes of text; 16; 20.
+NUV_API int API_SendGCodeFile(const wchar_t* path, NuvJobProgressCallback progress);
+
+// ---- Callbacks: Callbacks.h says what each is told and on which thread. Return 0. ---------------
+
+#ifdef __cplusplus
+// The first call with a callback starts the status thread, which every `intervalMs` milliseconds
+// (at least 1000) reopens the connection (API_NUVCONNECT_OpenDevice), asks the printer (commands
+// 101 and 107) and reports a running print; later calls change nothing. It sends nothing while a
+// job or an image is sent. What goes wrong there is told by diagnostics only. 1: the system gave no
+// thread.
+NUV_API int API_RegisterPrintingInfoCallback(NuvPrintingInfoCallback callback,
+                                             unsigned int intervalMs);
+#endif
+NUV_API int API_RegisterErrorCodeCallback(NuvErrorCodeCallback callback);
+NUV_API int API_RegisterSendDataStartCallback(NuvSendDataStartCallback callback);
+NUV_API int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback callback);
+NUV_API int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback callback);
 
 // ---- Firmware -----------------------------------------------------------------------------------
 
@@ -443,6 +425,22 @@ NUV_API int API_FinishFWUpdateFileInfo_LCM(char* out);
 
 // Starts the upgrade of the Android board: command 507. 29 when the image did not arrive whole.
 NUV_API int API_StartFWUpgradeProcess(void);
+
+// ---- Raw channel --------------------------------------------------------------------------------
+
+// Reopens the last chosen printer, never another one at its place; closes it. A network connection
+// is made anew, a USB printer that is open and owes no reply is kept, and one that was plugged in
+// anew at the same port is found. False without a framework.
+NUV_API bool API_NUVCONNECT_OpenDevice(void);
+NUV_API bool API_NUVCONNECT_CloseDevice(void);
+
+// Sends `command` (null: empty; the caller writes the line end) and writes the reply line, without
+// its line feed, to `reply`, at most `maxLen` characters and a NUL: maxLen + 1 bytes. One attempt:
+// an empty reply when none came in 36 s (USB: 3 s). Returns 0 (1: see Exceptions).
+NUV_API int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen);
+
+// Reads one more reply line without sending, in the same way.
+NUV_API int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen);
 
 #ifdef __cplusplus
 }  // extern "C"

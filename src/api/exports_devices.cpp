@@ -1,99 +1,74 @@
 // Finding and choosing printers, and the raw channel.
 
 #include "api/marshalling.h"
-#include "nuvconnect/NuvConnect5.h"
 
-using Nuv::Api::CopyTextCut;
-using Nuv::Api::StringList;
-using Nuv::Api::Strings;
-using Nuv::Api::TextOrEmpty;
-using Nuv::Api::WithFramework;
+using Nuv::Api::Forward;
+using Nuv::Api::Framework;
+using Nuv::Api::ListOut;
+using Nuv::Api::OrEmpty;
+using Nuv::Api::TextOut;
+using Nuv::Api::Written;
 
-int API_SetUpdPort(int port) {
-  return WithFramework([&](auto& framework) { return framework.SetUpdPort(port); });
-}
+int API_SetUpdPort(int port) { return Forward(&Framework::SetUpdPort, port); }
 
-int API_SetBroadCastPort(int port) {
-  return WithFramework([&](auto& framework) { return framework.SetBroadCastPort(port); });
-}
+int API_SetBroadCastPort(int port) { return Forward(&Framework::SetBroadCastPort, port); }
 
 int API_SearchNetworkDevice(char** list, int* count, int entrySize, const char* address,
                             const char* netmask, int timeoutMs) {
-  return StringList(list, count, entrySize, [&](auto& framework, auto& found) {
-    return framework.SearchNetworkDevice(found, TextOrEmpty(address), TextOrEmpty(netmask),
-                                         timeoutMs);
-  });
+  return Forward(&Framework::SearchNetworkDevice, ListOut{list, count, entrySize}, OrEmpty{address},
+                 OrEmpty{netmask}, timeoutMs);
 }
 
 int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs) {
-  return StringList(list, count, entrySize, [&](auto& framework, auto& serials) {
-    return framework.GetDeviceList(kind, serials, timeoutMs);
-  });
+  return Forward(&Framework::GetDeviceList, kind, ListOut{list, count, entrySize}, timeoutMs);
 }
 
-int API_SearchUSBDevice(int* count) {
-  return WithFramework([&](auto& framework) { return framework.SearchUSBDevice(count); });
-}
+int API_SearchUSBDevice(int* count) { return Forward(&Framework::SearchUSBDevice, count); }
 
 int API_GetDeviceInfo(char* out, int kind, int index, int field) {
-  return Strings(std::array{out}, [&](auto& framework, auto& value) {
-    return framework.GetDeviceInfo(value, kind, index, field);
-  });
+  return Forward(&Framework::GetDeviceInfo, TextOut{out}, kind, index, field);
 }
 
-int API_ChooseDevice(int kind, int index) {
-  return WithFramework([&](auto& framework) { return framework.ChooseDevice(kind, index); });
-}
+int API_ChooseDevice(int kind, int index) { return Forward(&Framework::ChooseDevice, kind, index); }
 
 int API_ConnectDeviceBySN(int kind, const char* serial) {
-  return WithFramework(
-      [&](auto& framework) { return framework.ConnectDeviceBySN(kind, std::string(serial)); });
+  return Forward(&Framework::ConnectDeviceBySN, kind, serial);
 }
 
 int API_ConnectNetWorkDevice(const char* address) {
-  return WithFramework(
-      [&](auto& framework) { return framework.ConnectNetWorkDevice(TextOrEmpty(address)); });
+  return Forward(&Framework::ConnectNetWorkDevice, OrEmpty{address});
 }
 
 int API_GetBroadCastResult(char** list, int* count, int entrySize, const char* filter) {
-  return StringList(list, count, entrySize, [&](auto& framework, auto& replies) {
-    return framework.GetBroadCastResult(replies, TextOrEmpty(filter));
-  });
+  return Forward(&Framework::GetBroadCastResult, ListOut{list, count, entrySize}, OrEmpty{filter});
 }
-
-namespace {
-
-// A reply of the channel, cut to `maxLen`.
-template <class Operation>
-int Reply(char* reply, int maxLen, Operation&& operation) {
-  std::string text;
-  return WithFramework(
-      [&](auto& framework) {
-        text = operation(*framework.GetConnect());
-        return NUV_OK;
-      },
-      [&](int /*result*/) { CopyTextCut(text, reply, maxLen); });
-}
-
-}  // namespace
 
 bool API_NUVCONNECT_OpenDevice(void) {
-  return WithFramework([](auto& framework) {
+  return Forward([](Framework& framework) {
            return framework.GetConnect()->OpenDevice() ? NUV_OK : NUV_FAILED;
          }) == NUV_OK;
 }
 
 bool API_NUVCONNECT_CloseDevice(void) {
-  return WithFramework([](auto& framework) {
+  return Forward([](Framework& framework) {
            return framework.GetConnect()->CloseDevice() ? NUV_OK : NUV_FAILED;
          }) == NUV_OK;
 }
 
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int maxLen) {
-  return Reply(reply, maxLen,
-               [&](auto& channel) { return channel.ExecuteCommand(TextOrEmpty(command)); });
+  return Forward(
+      [](Framework& framework, const OrEmpty& line, std::string& text) {
+        text = framework.GetConnect()->ExecuteCommand(line);
+        return NUV_OK;
+      },
+      OrEmpty{command}, TextOut{reply, Written::kAlways, maxLen});
 }
 
 int API_NUVCONNECT_ReceiveCommand(char* reply, int maxLen) {
-  return Reply(reply, maxLen, [](auto& channel) { return channel.ReceiveReply(); });
+  return Forward(
+      [](Framework& framework, std::string& text) {
+        text = framework.GetConnect()->ReceiveReply();
+        return NUV_OK;
+      },
+      TextOut{reply, Written::kAlways, maxLen});
 }

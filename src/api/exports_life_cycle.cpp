@@ -1,7 +1,5 @@
-#include "api/exceptions.h"
-#include "api/global_instance.h"
+#include "api/marshalling.h"
 #include "connect/connecting_framework.h"
-#include "nuvconnect/NuvConnect5.h"
 #include "platform/environment.h"
 
 using Nuv::Connect::ConnectingFramework;

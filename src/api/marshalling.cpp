@@ -3,14 +3,30 @@
 #include <algorithm>
 #include <cstring>
 
+#include "command/reply_views.h"
+#include "platform/diagnostics.h"
+
+bool g_noExceptions = false;
+std::atomic<NuvErrorCodeCallback> g_errorCode{nullptr};
+
 namespace Nuv::Api {
 
-std::vector<uint8_t> Bytes(const unsigned char* data, int length) {
+int ResultOf(const std::exception& error) {
+  const bool always = dynamic_cast<const Command::NoSerialNumber*>(&error) != nullptr;
+  if (Connect::HostThrew() || !(g_noExceptions || always)) throw;
+  const auto* const reply = dynamic_cast<const Command::ReplyError*>(&error);
+  const int code = reply == nullptr ? 0 : reply->code();
+  Platform::Diagnostic("F%d: %s", code, error.what());
+  if (const NuvErrorCodeCallback callback = g_errorCode) {
+    Connect::CallHost(callback, int{NUV_FAILED}, code);
+  }
+  return NUV_FAILED;
+}
+
+Bytes::operator std::vector<uint8_t>() const {
   if (length < 1) return {};
   return {data, data + length};
 }
-
-void CopyText(const std::string& text, char* out) { CopyTextCut(text, out, NUV_TEXT_BYTES - 1); }
 
 void CopyTextCut(const std::string& text, char* out, int maxLength) {
   const size_t length = std::min(text.size(), static_cast<size_t>(std::max(maxLength, 0)));

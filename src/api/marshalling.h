@@ -1,82 +1,110 @@
-// What every export does around its one call of the framework: strings in, strings and lists out.
+// What every export does around its one operation: no instance, strings and lists in and out,
+// exceptions as results.
 #ifndef NUV_API_MARSHALLING_H_
 #define NUV_API_MARSHALLING_H_
 
-#include <array>
+#include <atomic>
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "api/exceptions.h"
-#include "api/global_instance.h"
+#include "job/job_context.h"
+#include "nuvconnect/IConnectingFramework.h"
 #include "nuvconnect/NuvConnect5.h"
+
+// The one framework behind the exports; null until API_Initial. Not synchronised: the host calls
+// API_Initial before and API_Close after all other calls.
+extern Nuv::Connect::IConnectingFramework* g_framework;
+
+// True while the library's exceptions become results; set by API_Initial.
+extern bool g_noExceptions;
+
+// The callback that is told of them: the last one registered through the exports.
+extern std::atomic<NuvErrorCodeCallback> g_errorCode;
 
 namespace Nuv::Api {
 
-// Calls `operation` with the framework; -1 when there is none.
+using Framework = Connect::IConnectingFramework;
+
+// To be called while `error` is handled: the result that it becomes (1), told to the error-code
+// callback; else throws it again. What host code has thrown never becomes one. A printer that names
+// no serial number always does: listings promise that result.
+int ResultOf(const std::exception& error);
+
+// Runs `operation`; its exceptions leave unchanged or, for hosts that cannot catch, as a result.
 template <class Operation>
-int WithFramework(Operation&& operation) {
-  if (g_framework == nullptr) return NUV_NO_INSTANCE;
-  return Guarded([&] { return operation(*g_framework); });
+int Guarded(Operation&& operation) {
+  Connect::HostThrew() = false;
+  try {
+    return operation();
+  } catch (const std::exception& error) {
+    return ResultOf(error);
+  }
 }
 
-// The same, and calls `copy` with the result, also after a failure.
-template <class Operation, class Copy>
-int WithFramework(Operation&& operation, Copy&& copy) {
-  const int result = WithFramework(operation);
-  if (g_framework != nullptr) copy(result);
-  return result;
-}
+// ---- Arguments that the host and the framework know in different forms
 
-// The text of an argument that may be null.
-inline std::string TextOrEmpty(const char* text) {
-  return text == nullptr ? std::string() : std::string(text);
-}
-
-// The bytes of a block; empty when `length` is below 1.
-std::vector<uint8_t> Bytes(const unsigned char* data, int length);
-
-// Copies `text` and its NUL, at most the NUV_TEXT_BYTES bytes that the caller promised: a broken
-// printer must not write over the host's memory.
-void CopyText(const std::string& text, char* out);
-
-// Copies at most `maxLength` characters and a NUL: maxLength + 1 bytes.
+// Copies at most `maxLength` characters of `text` and a NUL: maxLength + 1 bytes.
 void CopyTextCut(const std::string& text, char* out, int maxLength);
 
 // Copies as many strings as the caller's array holds, each cut to `entrySize` characters, and sets
 // *count to the number of strings there are.
 void CopyList(const std::vector<std::string>& strings, char** list, int* count, int entrySize);
 
-// An export with one string output: written only when the operation returned 0.
-template <class Operation>
-int OneString(char* out, Operation&& operation) {
-  std::string text;
-  return WithFramework([&](auto& framework) { return operation(framework, text); },
-                       [&](int result) {
-                         if (result == NUV_OK) CopyText(text, out);
-                       });
+// A text that may be null.
+struct OrEmpty {
+  const char* text;
+  operator std::string() const { return text == nullptr ? std::string() : std::string(text); }
+};
+
+// A block of bytes, empty when `length` is below 1.
+struct Bytes {
+  const unsigned char* data;
+  int length;
+  operator std::vector<uint8_t>() const;
+};
+
+enum class Written { kAlways, kOnSuccess };
+
+// A buffer for a text of at most `maxLength` characters. Of one string output that is all the
+// caller promised: a broken printer must not write over the host's memory.
+struct TextOut {
+  char* out;
+  Written written = Written::kAlways;
+  int maxLength = NUV_TEXT_BYTES - 1;
+  std::string text = {};
+  operator std::string&() { return text; }
+};
+
+// An array of buffers, copied whatever the operation returned.
+struct ListOut {
+  char** list;
+  int* count;
+  int entrySize;
+  std::vector<std::string> strings = {};
+  operator std::vector<std::string>&() { return strings; }
+};
+
+template <class Argument>
+void HandOut(const Argument& /*argument*/, int /*result*/) {}
+inline void HandOut(const TextOut& argument, int result) {
+  if (argument.written == Written::kOnSuccess && result != NUV_OK) return;
+  CopyTextCut(argument.text, argument.out, argument.maxLength);
+}
+inline void HandOut(const ListOut& argument, int /*result*/) {
+  CopyList(argument.strings, argument.list, argument.count, argument.entrySize);
 }
 
-// An export with several string outputs: all written whatever the operation returned. `operation`
-// takes the framework and one string for each of `outs`.
-template <size_t N, class Operation, size_t... I>
-int Strings(const std::array<char*, N>& outs, Operation&& operation, std::index_sequence<I...>) {
-  std::array<std::string, N> texts;
-  return WithFramework([&](auto& framework) { return operation(framework, texts[I]...); },
-                       [&](int /*result*/) { (CopyText(texts[I], outs[I]), ...); });
-}
-template <size_t N, class Operation>
-int Strings(const std::array<char*, N>& outs, Operation&& operation) {
-  return Strings(outs, operation, std::make_index_sequence<N>());
-}
-
-// An export with a string list: copied whatever the operation returned.
-template <class Operation>
-int StringList(char** list, int* count, int entrySize, Operation&& operation) {
-  std::vector<std::string> strings;
-  return WithFramework([&](auto& framework) { return operation(framework, strings); },
-                       [&](int /*result*/) { CopyList(strings, list, count, entrySize); });
+// Calls `operation` of the framework with `arguments` and hands out what it wrote. -1, and nothing
+// is touched, when there is no framework.
+template <class Operation, class... Arguments>
+int Forward(Operation operation, Arguments&&... arguments) {
+  if (g_framework == nullptr) return NUV_NO_INSTANCE;
+  const int result = Guarded([&] { return std::invoke(operation, *g_framework, arguments...); });
+  (HandOut(arguments, result), ...);
+  return result;
 }
 
 }  // namespace Nuv::Api

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "command/i_channel.h"
@@ -40,12 +41,19 @@ class AbstractCommand {
   // Runs the transaction: request, reply, recovery, delivery of the result. Blocks for what the
   // channel waits, and for at most three pauses of a second when it has to recover.
   // Throws what ParseDecimal throws when the reply's head bears no number.
-  virtual TransactionStatus Execute();
+  virtual TransactionStatus Execute() {
+    result_.clear();
+    const std::string request = BuildRequest();
+    TransactionStatus status = ParseReply(Ask(request, false));
+    Recover(status, request);
+    DeliverResult();
+    return status;
+  }
 
   virtual int32_t GetCode() const = 0;
 
-  // Repairs a failed `status` by waiting and then reading again or resending `request`.
-  virtual void Recover(TransactionStatus& status, const std::string& request);
+  // Repairs a failed status by waiting and then reading again or resending the request.
+  virtual void Recover(TransactionStatus& /*status*/, const std::string& /*request*/) {}
 
   // The request line with its line end.
   virtual std::string BuildRequest() const = 0;
@@ -62,6 +70,7 @@ class AbstractCommand {
 
   // The keyed fields of the reply, after Execute; empty without a result callback.
   const ResultMap& result() const { return result_; }
+  ResultMap TakeResult() { return std::move(result_); }
 
   // Whoever creates a command binds it before Execute; all must outlive it.
   // `interrupt`, raised, ends the waits of Execute; may be null.
@@ -76,7 +85,11 @@ class AbstractCommand {
  protected:
   ResultMap result_;
   // The reply to `request`, whose absence leaves its reason in `failure_`.
-  std::string Ask(const std::string& request, bool again);
+  std::string Ask(const std::string& request, bool again) {
+    Connect::Reply reply = channel_->Transact({request, again, interrupt_});
+    failure_ = reply.failure;
+    return std::move(reply.text);
+  }
 
   Connect::IChannel* channel_ = nullptr;
   Platform::Clock* clock_ = &Platform::SystemClock();

@@ -2,6 +2,7 @@
 #ifndef NUV_COMMAND_CATALOGUE_H_
 #define NUV_COMMAND_CATALOGUE_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -32,14 +33,24 @@ enum class Maker : uint8_t { kFactory, kDirect };
 
 constexpr bool IsSeparator(char c) { return c == ':' || c == '='; }
 
-// Keys of a named record, with their separator where the printer always writes one.
+using Name = std::string_view;
+
+// Keys of a named record as the printer writes them, with their separator where it always has one.
 struct Record {
-  const std::string_view* keys = nullptr;
+  static constexpr size_t kMostKeys = 18;
+
+  std::array<Name, kMostKeys> keys{};
   size_t count = 0;
   // A value may hold blanks ("BEGO VARSEO XS") and goes on over the tokens that hold no separator:
   // only where each field has one. In the others such a token may be a field of its own ("S1").
   bool valuesGoOn = false;
 };
+
+// The record of these keys; of none: the command has no named record.
+template <class... Names>
+constexpr Record Of(Names... keys) {
+  return {{keys...}, sizeof...(keys), (IsSeparator(Name(keys).back()) && ...)};
+}
 
 struct CommandRow {
   int32_t code;
@@ -49,131 +60,84 @@ struct CommandRow {
   Values values;
   Keys keys;
   Ok ok;
-  Record record;
   Maker maker;
+  Record record;
 };
 
-// ---- Named records: the keys as the printer writes them
-
-using Name = std::string_view;
-
-// While a print runs the identity also carries its layer, minutes left and state.
-inline constexpr Name kIdentityKeys[] = {"V:", "N:", "M:", "C:", "S:", "L:", "R:", "T:"};
-inline constexpr Name kStatusKeys[] = {"C", "E", "L", "R", "S", "T"};
-inline constexpr Name kResinKeys[] = {"C:", "P", "Q", "R", "S", "V"};
-inline constexpr Name kJobTotalsKeys[] = {"L", "R", "T"};
-inline constexpr Name kStateOnlyKeys[] = {"S"};
-inline constexpr Name kModeOnlyKeys[] = {"M"};
-inline constexpr Name kVersionOnlyKeys[] = {"V"};
-inline constexpr Name kRepositionOnlyKeys[] = {"R"};
-inline constexpr Name kAccessPointKeys[] = {"SSID", "C", "M", "R", "S"};
-inline constexpr Name kNetworkKeys[] = {
-    "SSID=", "IP=", "SUB=", "GATE=", "DNS1=", "DNS2=", "MAC=", "C", "M", "R", "S"};
-inline constexpr Name kSensorsKeys[] = {"C_B", "C_LI", "C_P", "C_T", "L_S", "P_S", "T_T",
-                                        "V_S", "W_H",  "Y_F", "Y_H", "ZLB", "ZLT"};
-inline constexpr Name kLaserPulsesKeys[] = {"LSU:", "P1:", "P2:", "P3:", "P4:", "P5:"};
-inline constexpr Name kVersionsKeys[] = {"L", "V"};
-inline constexpr Name kFlashKeys[] = {"C:", "L:", "P:", "S:", "T:", "W:", "Y:", "C1", "C2",
-                                      "C3", "L1", "L2", "L3", "T1", "T2", "T3", "Z1", "Z2"};
-inline constexpr Name kAuxiliaryKeys[] = {"A", "B", "E", "G", "T"};
-
-template <size_t N>
-constexpr Record Of(const Name (&keys)[N]) {
-  bool eachHasSeparator = true;
-  for (const Name& key : keys) eachHasSeparator = eachHasSeparator && IsSeparator(key.back());
-  return {keys, N, eachHasSeparator};
-}
-
-inline constexpr Record kNoRecord{};
-inline constexpr Record kIdentity = Of(kIdentityKeys);
-inline constexpr Record kStatus = Of(kStatusKeys);
-inline constexpr Record kResin = Of(kResinKeys);
-inline constexpr Record kJobTotals = Of(kJobTotalsKeys);
-inline constexpr Record kStateOnly = Of(kStateOnlyKeys);
-inline constexpr Record kModeOnly = Of(kModeOnlyKeys);
-inline constexpr Record kVersionOnly = Of(kVersionOnlyKeys);
-inline constexpr Record kRepositionOnly = Of(kRepositionOnlyKeys);
-inline constexpr Record kAccessPoint = Of(kAccessPointKeys);
-inline constexpr Record kNetwork = Of(kNetworkKeys);
-inline constexpr Record kSensors = Of(kSensorsKeys);
-inline constexpr Record kLaserPulses = Of(kLaserPulsesKeys);
-inline constexpr Record kVersions = Of(kVersionsKeys);
-inline constexpr Record kFlash = Of(kFlashKeys);
-inline constexpr Record kAuxiliary = Of(kAuxiliaryKeys);
-
+// While a print runs the identity (101) also carries its layer, minutes left and state.
 // clang-format off
 // One row per code, in code order.
 inline constexpr CommandRow kRows[] = {
-    // code request       tags            count values               keys           ok             record           made by
-    {101, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kIdentity,       Maker::kFactory},
-    {102, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kStatus,         Maker::kFactory},
-    {103, Request::kTagged, "SLTRVCEHYUP",  kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {104, Request::kTagged, "S",            1,    Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {105, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kResin,          Maker::kFactory},
-    {106, Request::kTagged, "SC",           2,    Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {107, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kJobTotals,      Maker::kFactory},
-    {108, Request::kTagged, "SR",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {109, Request::kTagged, "XYZLTWERQP",   10,   Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {110, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {111, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {112, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {117, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kStateOnly,      Maker::kFactory},
-    {120, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {121, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {122, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {140, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {141, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {155, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {156, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {157, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {159, Request::kTagged, "SVC",          kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {160, Request::kTagged, "SC",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {166, Request::kTagged, "V",            kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {169, Request::kTagged, "S",            kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {170, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {171, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {174, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {175, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {176, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {177, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {186, Request::kTagged, "L",            kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {188, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {189, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {190, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kAccessPoint,    Maker::kFactory},
-    {191, Request::kOwn,    "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {192, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNetwork,        Maker::kFactory},
-    {194, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {196, Request::kOwn,    "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {197, Request::kCommon, "",             kAny, Values::kRestOfLine, Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {198, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {219, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {301, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, kSensors,        Maker::kFactory},
-    {303, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, kLaserPulses,    Maker::kFactory},
-    {310, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kVersions,       Maker::kFactory},
-    {319, Request::kTagged, "X",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {327, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kFlash,          Maker::kFactory},
-    {332, Request::kTagged, "SVC",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {335, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kStateOnly,      Maker::kFactory},
-    {353, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {354, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {355, Request::kOwn,    "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {356, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {366, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kModeOnly,       Maker::kFactory},
-    {367, Request::kOwn,    "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {369, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kAnyToken, kNoRecord,       Maker::kDirect},
-    {370, Request::kTagged, "XYZ",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {500, Request::kNamed,  "SLTRVCEHYUPN", kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {501, Request::kNamed,  "SN",           kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {503, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kStateOnly,      Maker::kFactory},
-    {504, Request::kTagged, "A",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kVersionOnly,    Maker::kFactory},
-    {506, Request::kTagged, "SAC",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {507, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {508, Request::kNamed,  "SVN",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kDirect},
-    {515, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kRepositionOnly, Maker::kFactory},
-    {550, Request::kTagged, "WR",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kModeOnly,       Maker::kFactory},
-    {708, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {807, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   kNoRecord,       Maker::kFactory},
-    {839, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, kAuxiliary,      Maker::kFactory},
+    // code request       tags            count values               keys           ok             made by          record
+    {101, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("V:", "N:", "M:", "C:", "S:", "L:", "R:", "T:")},
+    {102, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("C", "E", "L", "R", "S", "T")},
+    {103, Request::kTagged, "SLTRVCEHYUP",  kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {104, Request::kTagged, "S",            1,    Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {105, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("C:", "P", "Q", "R", "S", "V")},
+    {106, Request::kTagged, "SC",           2,    Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {107, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("L", "R", "T")},
+    {108, Request::kTagged, "SR",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {109, Request::kTagged, "XYZLTWERQP",   10,   Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {110, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {111, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {112, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {117, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("S")},
+    {120, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {121, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {122, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {140, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {141, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {155, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {156, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {157, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {159, Request::kTagged, "SVC",          kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {160, Request::kTagged, "SC",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {166, Request::kTagged, "V",            kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {169, Request::kTagged, "S",            kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {170, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {171, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {174, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {175, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {176, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {177, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kLetter, Ok::kSecond,   Maker::kFactory, Of()},
+    {186, Request::kTagged, "L",            kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {188, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {189, Request::kCommon, "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {190, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("SSID", "C", "M", "R", "S")},
+    {191, Request::kOwn,    "",             kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {192, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("SSID=", "IP=", "SUB=", "GATE=", "DNS1=", "DNS2=", "MAC=", "C", "M", "R", "S")},
+    {194, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {196, Request::kOwn,    "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {197, Request::kCommon, "",             kAny, Values::kRestOfLine, Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {198, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {219, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {301, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, Maker::kFactory, Of("C_B", "C_LI", "C_P", "C_T", "L_S", "P_S", "T_T", "V_S", "W_H", "Y_F", "Y_H", "ZLB", "ZLT")},
+    {303, Request::kTagged, "S",            kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, Maker::kFactory, Of("LSU:", "P1:", "P2:", "P3:", "P4:", "P5:")},
+    {310, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("L", "V")},
+    {319, Request::kTagged, "X",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {327, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("C:", "L:", "P:", "S:", "T:", "W:", "Y:", "C1", "C2", "C3", "L1", "L2", "L3", "T1", "T2", "T3", "Z1", "Z2")},
+    {332, Request::kTagged, "SVC",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {335, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("S")},
+    {353, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {354, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {355, Request::kOwn,    "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {356, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {366, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("M")},
+    {367, Request::kOwn,    "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {369, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kAnyToken, Maker::kDirect,  Of()},
+    {370, Request::kTagged, "XYZ",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {500, Request::kNamed,  "SLTRVCEHYUPN", kAny, Values::kLetter,     Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {501, Request::kNamed,  "SN",           kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {503, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("S")},
+    {504, Request::kTagged, "A",            kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("V")},
+    {506, Request::kTagged, "SAC",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {507, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {508, Request::kNamed,  "SVN",          kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kDirect,  Of()},
+    {515, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("R")},
+    {550, Request::kTagged, "WR",           kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of("M")},
+    {708, Request::kCommon, "",             kAny, Values::kField,      Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {807, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kSecond,   Maker::kFactory, Of()},
+    {839, Request::kCommon, "",             kAny, Values::kNone,       Keys::kColon,  Ok::kAnyToken, Maker::kFactory, Of("A", "B", "E", "G", "T")},
 };
 // clang-format on
 

@@ -3,7 +3,7 @@
 #ifndef NUV_COMMAND_COMMANDS_H_
 #define NUV_COMMAND_COMMANDS_H_
 
-#include "command/table_command.h"
+#include "command/command_base.h"
 
 namespace Nuv::Command {
 

@@ -1,6 +1,11 @@
 #include "command/reply_views.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <limits>
+#include <system_error>
 
 namespace Nuv::Command {
 namespace {
@@ -64,9 +69,10 @@ class ValueReader {
 // The longest key of `record` that `token` begins with, or null.
 const Name* LongestKey(const std::string& token, const Record& record) {
   const Name* longest = nullptr;
-  for (const Name* key = record.keys; key != record.keys + record.count; ++key) {
-    if (token.compare(0, key->size(), *key) != 0) continue;
-    if (longest == nullptr || key->size() > longest->size()) longest = key;
+  for (size_t i = 0; i < record.count; ++i) {
+    const Name& key = record.keys[i];
+    if (token.compare(0, key.size(), key) != 0) continue;
+    if (longest == nullptr || key.size() > longest->size()) longest = &key;
   }
   return longest;
 }
@@ -154,6 +160,38 @@ ResultMap ReadRecord(const Tokens& tokens, const Record& record) {
     values.emplace(name, reader.Read(i, start));
   }
   return values;
+}
+
+int32_t ParseDecimal(const std::string& text, int32_t code) {
+  constexpr int kBase = 10;
+  char* end = nullptr;
+  errno = 0;
+  const long long number = std::strtoll(text.c_str(), &end, kBase);
+  if (end == text.c_str()) throw MalformedNumber("invalid stoi argument", code);
+  if (errno == ERANGE || number < std::numeric_limits<int32_t>::min() ||
+      number > std::numeric_limits<int32_t>::max()) {
+    throw NumberOutOfRange("stoi argument out of range", code);
+  }
+  return static_cast<int32_t>(number);
+}
+
+float ParseFraction(const std::string& text, int32_t code) {
+  float number = 0;
+  const std::from_chars_result parsed =
+      std::from_chars(text.data(), text.data() + text.size(), number);
+  if (parsed.ec == std::errc::result_out_of_range) {
+    throw NumberOutOfRange("stof argument out of range", code);
+  }
+  if (parsed.ec != std::errc()) throw MalformedNumber("invalid stof argument", code);
+  return number;
+}
+
+std::string Fixed(double number) {
+  constexpr int kPlaces = 6;
+  char text[400];  // the longest double has 309 digits before the point
+  const std::to_chars_result written =
+      std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, kPlaces);
+  return {text, written.ptr};
 }
 
 }  // namespace Nuv::Command

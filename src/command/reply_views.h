@@ -1,8 +1,11 @@
-// How the tokens of a reply are read. A reply is one line of tokens separated by blanks: the echoed
-// code, "OK" or a refusal, then fields, in one of three shapes: "C:12", "IP=10.0.0.2", "S3".
+// How a reply is read: its tokens, their values, the numbers in them. A reply is one line of tokens
+// separated by blanks: the echoed code, "OK" or a refusal, then fields, in one of three shapes:
+// "C:12", "IP=10.0.0.2", "S3".
 #ifndef NUV_COMMAND_REPLY_VIEWS_H_
 #define NUV_COMMAND_REPLY_VIEWS_H_
 
+#include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -43,6 +46,53 @@ Tokens RestOfLineValues(const Tokens& tokens);
 // one at most, ends at the last token of the reply that ends in ">". A token belongs to the longest
 // key that it begins with; the first token of a key counts. Absent keys are normal.
 ResultMap ReadRecord(const Tokens& tokens, const Record& record);
+
+// ---- Numbers
+
+// Faults of a reply that leave the library as exceptions, since hosts catch the standard classes.
+// What each of them carries besides its text: the number of the command.
+class ReplyError {
+ public:
+  int32_t code() const { return code_; }
+
+ protected:
+  explicit ReplyError(int32_t code) : code_(code) {}
+  ~ReplyError() = default;
+
+ private:
+  int32_t code_;
+};
+
+class MalformedNumber final : public std::invalid_argument, public ReplyError {
+ public:
+  MalformedNumber(const char* text, int32_t code) : std::invalid_argument(text), ReplyError(code) {}
+};
+
+class NumberOutOfRange final : public std::out_of_range, public ReplyError {
+ public:
+  NumberOutOfRange(const char* text, int32_t code) : std::out_of_range(text), ReplyError(code) {}
+};
+
+// A printer that has a query for its serial number names none.
+class NoSerialNumber final : public std::out_of_range, public ReplyError {
+ public:
+  explicit NoSerialNumber(int32_t code)
+      : std::out_of_range("the printer names no serial number"), ReplyError(code) {}
+};
+
+// The number that `text` begins with, in base 10: leading blanks are skipped, a sign is allowed,
+// and the first character that is no digit ends it ("45%" is 45). `code`: of the command whose
+// reply holds it. Throws MalformedNumber, a std::invalid_argument ("invalid stoi argument"), when
+// there is no digit, NumberOutOfRange, a std::out_of_range ("stoi argument out of range"), beyond
+// 32 bits: the host is promised these texts on every system.
+int32_t ParseDecimal(const std::string& text, int32_t code);
+
+// The fraction that `text` begins with, such as "1.050000", written with a point whatever the
+// locale. Throws like ParseDecimal, with "stof" in place of "stoi".
+float ParseFraction(const std::string& text, int32_t code);
+
+// `number` as "%f" writes it, with a point whatever the locale of the host program.
+std::string Fixed(double number);
 
 }  // namespace Nuv::Command
 

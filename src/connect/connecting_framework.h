@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "command/command_runner.h"
 #include "connect/device_table.h"
 #include "connect/nuv_connect.h"
-#include "connect/query.h"
 #include "job/job_context.h"
 #include "job/nuv_file_library.h"
 #include "job/print_status_handler.h"
@@ -113,11 +113,21 @@ class ConnectingFramework final : public IConnectingFramework {
   int GetParameter(PrinterParameter parameter, int* value) override;
 
  private:
-  Query NewQuery() { return {connect_, clock_, callbacks_}; }
   JobContext NewJobContext() { return {connect_, clock_, printFiles_, callbacks_, jobs_}; }
 
-  // For the processors of firmware commands.
-  ProcContext FirmwareProcs();
+  // Runs the command of an operation: the host is told of a failure once, by the result that the
+  // operation has.
+  CommandRunner Commands() {
+    return {connect_, clock_, [this](ConnectError error, int32_t code) {
+              Fail(error == kErrorRefused ? NUV_PRINTER_REFUSED : NUV_FAILED, code);
+            }};
+  }
+
+  // Tells the host of `result`, that of an operation whose command is `code`, and returns it.
+  int Fail(int result, int32_t code) const;
+
+  // A resin query: a refusal that names the resin's state returns that (10 to 14, 1).
+  int ReadResin(int32_t code, Outputs outputs);
 
   // The table of `kind`, or null for a kind that has none.
   DeviceTable* TableOf(int kind);

@@ -1,7 +1,7 @@
 // Finding, listing and choosing printers.
 
-#include "command/code_procs.h"
-#include "command/reply_error.h"
+#include "command/processors.h"
+#include "command/reply_views.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -111,7 +111,7 @@ int ConnectingFramework::IdentifyDevice(DeviceEntry& entry) {
 }
 
 int ConnectingFramework::QueryBegoSerial(std::string& serial) {
-  F140Proc proc({connect_, NewJobContext().MakeErrorCallback(), clock_});
+  F140Proc proc(NewJobContext().Commands());
   std::vector<std::string> lines;
   const int result = proc.Process(lines);
   if (result != NUV_OK) return result;

@@ -1,55 +1,38 @@
 // Firmware updates: announcement, image, end. docs/protocol.md has the order of each.
 
-#include "command/code_procs.h"
+#include "command/processors.h"
 #include "connect/connecting_framework.h"
-#include "job/firmware_transfer.h"
+#include "job/block_transfer.h"
 #include "nuvconnect/NuvConnect5.h"
 #include "platform/diagnostics.h"
 
 namespace Nuv::Connect {
-namespace {
-
-constexpr int32_t kAnnounceAndroid = 506;
-constexpr int32_t kStartUpgrade = 507;
-
-}  // namespace
-
-// The host is told as of a query: with the operation's result.
-ProcContext ConnectingFramework::FirmwareProcs() {
-  return {connect_,
-          [this](ConnectError error, int32_t code) {
-            callbacks_.ReportError(error == kErrorRefused ? NUV_PRINTER_REFUSED : NUV_FAILED, code);
-          },
-          clock_};
-}
 
 int ConnectingFramework::SetFWUpdateFileInfo_Engine(uint32_t size, const std::string& path) {
   return AnnounceImage(NewJobContext(), [&] {
     std::vector<std::string> values;
-    return F141Proc(FirmwareProcs(), size, path).ProcessAccepted(values);
+    return F141Proc(Commands(), size, path).ProcessAccepted(values);
   });
 }
 
 int ConnectingFramework::SetFWUpdateFileInfo_Android(uint32_t kind, uint32_t size,
                                                      std::string path) {
   return AnnounceImage(NewJobContext(), [&] {
-    std::map<std::string, std::string> reply;
-    return ExecuteCommand(kAnnounceAndroid, {std::to_string(kind), std::to_string(size), path},
-                          reply);
+    return Commands().Run(506, {std::to_string(kind), std::to_string(size), path}).result;
   });
 }
 
 int ConnectingFramework::StartFWUpdateFileInfo_LCM(std::string path) {
   return AnnounceImage(NewJobContext(), [&] {
     std::vector<std::string> values;
-    return F188Proc(FirmwareProcs(), path).ProcessAccepted(values);
+    return F188Proc(Commands(), path).ProcessAccepted(values);
   });
 }
 
 int ConnectingFramework::FinishFWUpdateFileInfo_LCM(std::string& answer) {
   answer.clear();
   std::vector<std::string> values;
-  const int result = F189Proc(FirmwareProcs()).ProcessAccepted(values);
+  const int result = F189Proc(Commands()).ProcessAccepted(values);
   if (result == NUV_OK && !values.empty()) answer = values.front();
   return result;
 }
@@ -71,9 +54,6 @@ int ConnectingFramework::SendFWPanelData(const std::vector<uint8_t>& image) {
   return SendFWData({image.begin(), image.begin() + NUV_PANEL_IMAGE_BYTES});
 }
 
-int ConnectingFramework::StartFWUpgradeProcess() {
-  std::map<std::string, std::string> reply;
-  return ExecuteCommand(kStartUpgrade, {}, reply);
-}
+int ConnectingFramework::StartFWUpgradeProcess() { return Commands().Run(507).result; }
 
 }  // namespace Nuv::Connect

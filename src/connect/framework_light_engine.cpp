@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "command/decimal.h"
+#include "command/reply_views.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 
@@ -12,44 +12,42 @@ namespace Nuv::Connect {
 int ConnectingFramework::GetLSUFlashParameterFX150(int* c1, int* c2, int* c3, int* l1, int* l2,
                                                    int* l3, int* t1, int* t2, int* t3, int* z1,
                                                    int* z2) {
-  return NewQuery().Read(327, {},
-                         {{{"C1", c1},
-                           {"C2", c2},
-                           {"C3", c3},
-                           {"L1", l1},
-                           {"L2", l2},
-                           {"L3", l3},
-                           {"T1", t1},
-                           {"T2", t2},
-                           {"T3", t3},
-                           {"Z1", z1},
-                           {"Z2", z2}},
-                          {}});
+  return Commands().Read(327, {},
+                         {{"C1", c1},
+                          {"C2", c2},
+                          {"C3", c3},
+                          {"L1", l1},
+                          {"L2", l2},
+                          {"L3", l3},
+                          {"T1", t1},
+                          {"T2", t2},
+                          {"T3", t3},
+                          {"Z1", z1},
+                          {"Z2", z2}});
 }
 
 int ConnectingFramework::GetLSUFlashParameter(int* c, int* l, int* p, int* s, int* t, int* w,
                                               int* y) {
-  return NewQuery().Read(
-      327, {}, {{{"C", c}, {"L", l}, {"P", p}, {"S", s}, {"T", t}, {"W", w}, {"Y", y}}, {}});
+  return Commands().Read(327, {},
+                         {{"C", c}, {"L", l}, {"P", p}, {"S", s}, {"T", t}, {"W", w}, {"Y", y}});
 }
 
 int ConnectingFramework::GetLSULaserPWMvalues(int laser, int* lsu, int* p1, int* p2, int* p3,
                                               int* p4, int* p5) {
-  return NewQuery().Read(
+  return Commands().Read(
       303, {std::to_string(laser)},
-      {{{"LSU", lsu}, {"P1", p1}, {"P2", p2}, {"P3", p3}, {"P4", p4}, {"P5", p5}}, {}});
+      {{"LSU", lsu}, {"P1", p1}, {"P2", p2}, {"P3", p3}, {"P4", p4}, {"P5", p5}});
 }
 
 int ConnectingFramework::GetPDSensorData(int laser, int* minimum, int* maximum, int* average) {
   constexpr size_t kReadings = 3;
   for (int* reading : {minimum, maximum, average}) *reading = 0;
-  Query query = NewQuery();
-  const int result = query.Run(186, {std::to_string(laser)});
-  if (result != NUV_OK) return result;
+  const Outcome outcome = Commands().Run(186, {std::to_string(laser)});
+  if (outcome.result != NUV_OK) return outcome.result;
   // By position: the reply's fields are pairs of a letter and a value, without keys to look up.
   std::array<int, kReadings> readings{};
-  for (size_t i = 0; i < std::min(kReadings, query.values().size()); ++i) {
-    readings[i] = Command::ParseDecimal(query.values()[i], query.code());
+  for (size_t i = 0; i < std::min(kReadings, outcome.values.size()); ++i) {
+    readings[i] = Command::ParseDecimal(outcome.values[i], outcome.code);
   }
   *minimum = readings[0];
   *maximum = readings[1];
@@ -58,35 +56,30 @@ int ConnectingFramework::GetPDSensorData(int laser, int* minimum, int* maximum, 
 }
 
 int ConnectingFramework::GetLedUseTime(std::string& hours) {
-  return NewQuery().Read(708, {}, {{}, {{"H", &hours}}});
+  return Commands().Read(708, {}, {{"H", &hours}});
 }
 
 int ConnectingFramework::GetSensorStatusFX120(int* ct, int* cb, int* zlt, int* zlb, int* vs,
                                               int* ls, int* wh, int* yh, int* cli, int* cp, int* ps,
                                               int* yf, int* tt) {
-  return NewQuery().Read(301, {},
-                         {{{"C_T", ct},
-                           {"C_B", cb},
-                           {"ZLT", zlt},
-                           {"ZLB", zlb},
-                           {"V_S", vs},
-                           {"L_S", ls},
-                           {"W_H", wh},
-                           {"Y_H", yh},
-                           {"C_LI", cli},
-                           {"C_P", cp},
-                           {"P_S", ps},
-                           {"Y_F", yf},
-                           {"T_T", tt}},
-                          {}});
+  return Commands().Read(301, {},
+                         {{"C_T", ct},
+                          {"C_B", cb},
+                          {"ZLT", zlt},
+                          {"ZLB", zlb},
+                          {"V_S", vs},
+                          {"L_S", ls},
+                          {"W_H", wh},
+                          {"Y_H", yh},
+                          {"C_LI", cli},
+                          {"C_P", cp},
+                          {"P_S", ps},
+                          {"Y_F", yf},
+                          {"T_T", tt}});
 }
 
 int ConnectingFramework::GetTankType(int* type) {
-  return NewQuery().Read(301, {}, {{{"V_S", type}}, {}});
-}
-
-int ConnectingFramework::GetRepositionProcessing(int* processing) {
-  return NewQuery().Read(515, {}, {{{"R", processing}}, {}});
+  return Commands().Read(301, {}, {{"V_S", type}});
 }
 
 }  // namespace Nuv::Connect

@@ -22,34 +22,35 @@ constexpr char kWireless[] = "1";
 
 int ConnectingFramework::GetApList(std::vector<std::string>& names) {
   names.clear();
-  Query query = NewQuery();
-  const int result = query.Run(198);
+  Outcome outcome = Commands().Run(198);
   // By position: all names have the same key.
-  if (result == NUV_OK) names = query.values();
-  return result;
+  if (outcome.result == NUV_OK) names = std::move(outcome.values);
+  return outcome.result;
 }
 
 int ConnectingFramework::IsconnectedAp(int* connected) {
-  return NewQuery().Read(190, {}, {{{"S", connected}}, {}});
+  return Commands().Read(190, {}, {{"S", connected}});
 }
 
 int ConnectingFramework::ConnectAp(std::string name, std::string key) {
   const char* const security = key.empty() ? kOpenNetwork : kSecuredNetwork;
-  return NewQuery().Run(191, {kJoin, security, kAddressByDhcp, std::move(name), std::move(key)});
+  return Commands()
+      .Run(191, {kJoin, security, kAddressByDhcp, std::move(name), std::move(key)})
+      .result;
 }
 
 int ConnectingFramework::GetApAttribute(std::string name, int* signal, int* security) {
-  return NewQuery().Read(190, {std::move(name)}, {{{"R", signal}, {"M", security}}, {}});
+  return Commands().Read(190, {std::move(name)}, {{"R", signal}, {"M", security}});
 }
 
-int ConnectingFramework::DisconnectAp() { return NewQuery().Run(191, {kLeave}); }
+int ConnectingFramework::DisconnectAp() { return Commands().Run(191, {kLeave}).result; }
 
 int ConnectingFramework::GetMacAddressWifi(std::string& mac) {
-  return NewQuery().Read(192, {kWireless}, {{}, {{"MAC", &mac}}});
+  return Commands().Read(192, {kWireless}, {{"MAC", &mac}});
 }
 
 int ConnectingFramework::GetMacAddressLan(std::string& mac) {
-  return NewQuery().Read(192, {kWired}, {{}, {{"MAC", &mac}}});
+  return Commands().Read(192, {kWired}, {{"MAC", &mac}});
 }
 
 }  // namespace Nuv::Connect

@@ -1,9 +1,9 @@
-// Settings: scaling, nickname, laser power, Z compensation, warm-up.
+// Settings: scaling, nickname, laser power, Z compensation.
 
 #include <array>
 
 #include "command/commands.h"
-#include "command/decimal.h"
+#include "command/reply_views.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -36,18 +36,17 @@ std::string Number(PrinterParameter parameter) {
 }  // namespace
 
 int ConnectingFramework::SetBCPScaling(float x1, float x2, float y1, float y2, float z1, float z2) {
-  return NewQuery().RunDirect<Command::F370Cmd>({Joined(x1, x2), Joined(y1, y2), Joined(z1, z2)});
+  return Commands().Run<Command::F370Cmd>({Joined(x1, x2), Joined(y1, y2), Joined(z1, z2)}).result;
 }
 
 int ConnectingFramework::GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1,
                                        float* z2) {
   for (float* factor : {x1, x2, y1, y2, z1, z2}) *factor = 0;
-  Query query = NewQuery();
-  const int result = query.RunDirect<Command::F369Cmd>();
-  if (result != NUV_OK) return result;
-  const Pair x = Split(query.Text("X"), query.code());
-  const Pair y = Split(query.Text("Y"), query.code());
-  const Pair z = Split(query.Text("Z"), query.code());
+  const Outcome outcome = Commands().Run<Command::F369Cmd>();
+  if (outcome.result != NUV_OK) return outcome.result;
+  const Pair x = Split(outcome.Text("X"), outcome.code);
+  const Pair y = Split(outcome.Text("Y"), outcome.code);
+  const Pair z = Split(outcome.Text("Z"), outcome.code);
   *x1 = x[0];
   *x2 = x[1];
   *y1 = y[0];
@@ -58,38 +57,34 @@ int ConnectingFramework::GetBCPScaling(float* x1, float* x2, float* y1, float* y
 }
 
 int ConnectingFramework::SetNickName(const std::string& name) {
-  return NewQuery().Run(196, {name});
+  return Commands().Run(196, {name}).result;
 }
 
 int ConnectingFramework::GetNickName(std::string& name) {
   name.clear();
-  Query query = NewQuery();
-  const int result = query.Run(197);
+  const Outcome outcome = Commands().Run(197);
   // By position, not by key: a nickname may itself hold a colon.
-  if (result == NUV_OK && !query.values().empty()) name = query.values().front();
-  return result;
+  if (outcome.result == NUV_OK && !outcome.values.empty()) name = outcome.values.front();
+  return outcome.result;
 }
 
 int ConnectingFramework::SetParameter(PrinterParameter parameter, int value) {
-  return NewQuery().Run(332, {Number(parameter), std::to_string(value)});
+  return Commands().Run(332, {Number(parameter), std::to_string(value)}).result;
 }
 
 int ConnectingFramework::GetParameter(PrinterParameter parameter, int* value) {
   constexpr size_t kValuePlace = 1;  // behind the setting's number
   *value = 0;
-  Query query = NewQuery();
-  const int result = query.Run(159, {Number(parameter)});
-  if (result != NUV_OK || query.values().size() <= kValuePlace) return result;
+  const Outcome outcome = Commands().Run(159, {Number(parameter)});
+  if (outcome.result != NUV_OK || outcome.values.size() <= kValuePlace) return outcome.result;
   // The late answer to a question for the other setting has the same code.
-  if (Command::ParseDecimal(query.values().front(), query.code()) != static_cast<int>(parameter)) {
+  if (Command::ParseDecimal(outcome.values.front(), outcome.code) != static_cast<int>(parameter)) {
     Platform::Diagnostic("F159: asked for setting %s, the answer is of setting %s",
-                         Number(parameter).c_str(), query.values().front().c_str());
-    return query.Fail(NUV_FAILED);
+                         Number(parameter).c_str(), outcome.values.front().c_str());
+    return Fail(NUV_FAILED, outcome.code);
   }
-  *value = Command::ParseDecimal(query.values()[kValuePlace], query.code());
+  *value = Command::ParseDecimal(outcome.values[kValuePlace], outcome.code);
   return NUV_OK;
 }
-
-int ConnectingFramework::SkipSLAWarmup() { return NewQuery().Run(112); }
 
 }  // namespace Nuv::Connect

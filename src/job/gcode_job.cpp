@@ -1,16 +1,67 @@
-#include <optional>
-#include <string>
-#include <vector>
+#include "job/gcode_job.h"
 
-#include "job/command_text.h"
-#include "job/job_claim.h"
+#include <algorithm>
+#include <optional>
+
 #include "job/line_transfer.h"
-#include "job/print_job.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
+#include "platform/regular_file.h"
 #include "platform/text.h"
 
 namespace Nuv::Connect {
+namespace {
+
+constexpr size_t kChunkBytes = size_t{64} * 1024;
+
+}  // namespace
+
+bool CommandText::Read(const std::string& path) {
+  Platform::RegularFile file(path);
+  if (!file.IsOpen()) return false;
+  std::vector<char> chunk(kChunkBytes);
+  int64_t count = 0;
+  while ((count = file.Read(chunk.data(), chunk.size())) > 0) {
+    if (!Add(chunk.data(), static_cast<size_t>(count))) return false;
+  }
+  EndLine();
+  return count == 0 && total_ <= mostBytes_;
+}
+
+bool CommandText::Add(const char* text, size_t size) {
+  for (const char* const end = text + size; text != end;) {
+    const char* const lineEnd = std::find(text, end, '\n');
+    // What the line has so far counts too: it may never end. One more for its carriage return.
+    const auto open = static_cast<int64_t>(bytes_.size() - lineStart_) + (lineEnd - text);
+    if (total_ + open > mostBytes_ + 1) return false;
+    bytes_.append(text, lineEnd);
+    if (lineEnd == end) break;
+    EndLine();
+    if (total_ > mostBytes_) return false;
+    text = lineEnd + 1;
+  }
+  return true;
+}
+
+// A carriage return before the line feed is part of the line end, whichever system wrote the file.
+void CommandText::EndLine() {
+  if (bytes_.size() > lineStart_ && bytes_.back() == '\r') bytes_.pop_back();
+  if (bytes_.size() == lineStart_) return;
+  total_ += static_cast<int64_t>(bytes_.size() - lineStart_);
+  bytes_ += '\n';
+  lineStart_ = bytes_.size();
+}
+
+std::vector<uint8_t> CommandText::NextLine() {
+  const size_t end = bytes_.find('\n', next_);
+  if (end == std::string::npos) return {};
+  std::vector<uint8_t> line;
+  line.reserve(end - next_ + kLineEndBytes);
+  line.assign(bytes_.data() + next_, bytes_.data() + end);
+  line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
+  next_ = end + 1;
+  return line;
+}
 
 int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
                       NuvJobProgressCallback progress) {

@@ -1,7 +1,5 @@
 #include "job/job_context.h"
 
-#include "job/host_call.h"
-
 namespace Nuv::Connect {
 
 void HostCallbacks::ReportError(int32_t result, int32_t code) const {
@@ -19,12 +17,6 @@ void HostCallbacks::ReportSent(int32_t total, int32_t sent) const {
 bool HostCallbacks::IsCancelled() const {
   const NuvSendDataCancelCallback callback = sendCancel;
   return callback != nullptr && CallHost(callback);
-}
-
-ErrorCallback JobContext::MakeErrorCallback() const {
-  return [&callbacks = callbacks](ConnectError error, int32_t code) {
-    callbacks.ReportError(error, code);
-  };
 }
 
 }  // namespace Nuv::Connect

@@ -1,20 +1,41 @@
+// What jobs work with and share: the host's callbacks, the state of jobs, the right to run one.
 #ifndef NUV_JOB_JOB_CONTEXT_H_
 #define NUV_JOB_JOB_CONTEXT_H_
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <mutex>
 #include <string>
 
-#include "command/code_procs.h"
-#include "command/i_channel.h"
+#include "command/command_runner.h"
 #include "job/print_file_library.h"
 #include "nuvconnect/Callbacks.h"
 #include "platform/clock.h"
+#include "platform/diagnostics.h"
 #include "platform/interrupt.h"
 
 namespace Nuv::Connect {
+
+// ---- Host code. What it throws passes through the library unchanged; a mark of the thread tells
+// it from the library's own exceptions.
+
+// Whether the last call of host code on this thread was left by an exception.
+inline bool& HostThrew() {
+  thread_local bool threw = false;
+  return threw;
+}
+
+template <class Callback, class... Arguments>
+auto CallHost(Callback callback, Arguments... arguments) {
+  struct Mark {
+    ~Mark() { HostThrew() = std::uncaught_exceptions() > before; }
+    const int before = std::uncaught_exceptions();
+  };
+  const Mark mark;
+  return callback(arguments...);
+}
 
 // The host's callbacks; null until registered. Each may be replaced while another thread calls it.
 struct HostCallbacks {
@@ -49,11 +70,33 @@ struct JobContext {
   const HostCallbacks& callbacks;
   JobState& state;
 
-  // Reports to the error-code callback that is registered at the time of the error.
-  ErrorCallback MakeErrorCallback() const;
+  // Runs a job's commands. What became of a failed one is told to the error-code callback that is
+  // registered at that time.
+  CommandRunner Commands() const {
+    return {channel, clock, [&callbacks = callbacks](ConnectError error, int32_t code) {
+              callbacks.ReportError(error, code);
+            }};
+  }
+};
 
-  // What processors are created with.
-  ProcContext Procs() const { return {channel, MakeErrorCallback(), clock}; }
+// The right to run the one job at a time of those that share `running`.
+class JobClaim {
+ public:
+  explicit JobClaim(std::atomic<bool>& running)
+      : running_(running), held_(!running.exchange(true)) {
+    if (!held_) Platform::Diagnostic("job refused: another one is running");
+  }
+  ~JobClaim() {
+    if (held_) running_ = false;
+  }
+  JobClaim(const JobClaim&) = delete;
+  JobClaim& operator=(const JobClaim&) = delete;
+
+  bool held() const { return held_; }
+
+ private:
+  std::atomic<bool>& running_;
+  bool held_;
 };
 
 // Keeps the status thread off the link while it lives, and tells the channel of the stream; whoever

@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "job/host_call.h"
 #include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"

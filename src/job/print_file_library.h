@@ -2,8 +2,11 @@
 #define NUV_JOB_PRINT_FILE_LIBRARY_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "command/processors.h"
 
 namespace Nuv::Connect {
 
@@ -41,6 +44,12 @@ class IPrintFileLibrary {
   virtual bool ReadL102(std::vector<uint8_t>& bytes) = 0;
   virtual bool ReadL103(std::vector<uint8_t>& bytes) = 0;
 };
+
+// What the arguments (lines "name=value") and the model data of the open print file say of the job.
+// Unknown names are passed over; a missing number, or a malformed fraction, is 0, which the printer
+// judges. Nothing, with a diagnostic, when the layers or the minutes are not digits alone or beyond
+// 31 bits: NuvFile refuses such a file, another build of it may not.
+std::optional<JobOpening> OpeningOf(IPrintFileLibrary& printFiles);
 
 }  // namespace Nuv::Connect
 

@@ -4,7 +4,6 @@
 #include <optional>
 #include <vector>
 
-#include "job/job_claim.h"
 #include "job/line_transfer.h"
 #include "job/printer_exchange.h"
 #include "job/send_job_proc.h"
@@ -110,6 +109,8 @@ int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
   // its connection.
   const LinkClaim link(context, JobKind::kLines);
   context.state.freeBuffer = 0;
+  // This figure decides only whether the job begins. The transfer asks for its own when it starts,
+  // since the jobs of Android printers and command text come to it without one.
   const int32_t prepared = sender->PrepareJob(context.state.freeBuffer);
   if (prepared != NUV_OK) {
     Diagnostic("print file %s: the printer did not open the job (%d)", file->path.c_str(),

@@ -14,10 +14,6 @@ namespace Nuv::Connect {
 int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
                       NuvJobProgressCallback progress);
 
-// Sends a text file of printer commands line by line. Results as at API_SendGCodeFile.
-int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
-                      NuvJobProgressCallback progress);
-
 }  // namespace Nuv::Connect
 
 #endif  // NUV_JOB_PRINT_JOB_H_

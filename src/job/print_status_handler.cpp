@@ -7,12 +7,9 @@
 #include <optional>
 #include <string>
 #include <system_error>
-#include <vector>
 
-#include "command/command_factory.h"
 #include "command/commands.h"
-#include "command/decimal.h"
-#include "command/general_command_proc.h"
+#include "command/reply_views.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
 
@@ -79,33 +76,24 @@ class StatusLoop {
     if (!state_->linkFree || clock_.Now() < state_->quietUntil.load()) return std::nullopt;
     if (!channel_->OpenDevice() || state_->closing.raised()) return std::nullopt;
 
-    auto command = Command::MakeCommand<Command::F101Cmd>(*channel_, Arguments());
-    const Command::F101Cmd& identityReply = *command;
-    GeneralCommandProc identity(std::move(command));
-    if (identity.Process(values_) != NUV_OK || identityReply.State() != kPrinting) {
-      return std::nullopt;
-    }
+    const CommandRunner commands(*channel_, clock_, {}, &state_->closing);
+    Command::F101Cmd identityCommand;
+    const Outcome identity = commands.Run(identityCommand);
+    if (identity.result != NUV_OK || identityCommand.State() != kPrinting) return std::nullopt;
     PrintingInfo info;
     // A printing printer without these is as wrong as one with a malformed number: both throw.
-    info.layer = Command::ParseDecimal(identity.GetStringValue("L"), identity.GetCode());
-    info.minutesLeft = Command::ParseDecimal(identity.GetStringValue("T"), identity.GetCode());
-    info.stateText = identity.GetStringValue("R");
-    info.controller = identity.GetStringValue("C");
+    info.layer = Command::ParseDecimal(identity.Text("L"), identity.code);
+    info.minutesLeft = Command::ParseDecimal(identity.Text("T"), identity.code);
+    info.stateText = identity.Text("R");
+    info.controller = identity.Text("C");
     if (state_->closing.raised()) return std::nullopt;
 
-    GeneralCommandProc totals(Command::MakeCommand<Command::F107Cmd>(*channel_, Arguments()));
-    if (totals.Process(values_) != NUV_OK) return std::nullopt;
-    info.totalLayers = totals.GetIntValue("L");
-    info.totalMinutes = totals.GetIntValue("T");
-    info.jobText = totals.GetStringValue("R");
+    const Outcome totals = commands.Run<Command::F107Cmd>();
+    if (totals.result != NUV_OK) return std::nullopt;
+    info.totalLayers = totals.Number("L");
+    info.totalMinutes = totals.Number("T");
+    info.jobText = totals.Text("R");
     return info;
-  }
-
-  Command::CommandArguments Arguments() {
-    Command::CommandArguments arguments;
-    arguments.clock = &clock_;
-    arguments.interrupt = &state_->closing;
-    return arguments;
   }
 
   std::shared_ptr<IChannel> channel_;
@@ -113,7 +101,6 @@ class StatusLoop {
   Platform::Clock& clock_;
   const NuvPrintingInfoCallback callback_;
   const std::chrono::milliseconds interval_;
-  std::vector<std::string> values_;
 };
 
 }  // namespace

@@ -2,9 +2,8 @@
 
 #include <vector>
 
-#include "command/command_factory.h"
-#include "command/general_command_proc.h"
-#include "command/reply_error.h"
+#include "command/processors.h"
+#include "command/reply_views.h"
 #include "job/machine_ids.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
@@ -20,28 +19,18 @@ constexpr char kState[] = "S";
 constexpr char kIdle[] = "0";
 constexpr char kReceiving[] = "2";
 
-GeneralCommandProc MakeProc(const JobContext& context, int32_t code,
-                            std::vector<std::string> parameters = {}) {
-  Command::CommandArguments arguments;
-  arguments.parameters = std::move(parameters);
-  arguments.clock = &context.clock;
-  return GeneralCommandProc(Command::CreateCommand(context.channel, code, std::move(arguments)),
-                            context.MakeErrorCallback());
-}
-
 }  // namespace
 
 uint64_t QueryFreeBufferSize(const JobContext& context, const std::string& machineId) {
-  GeneralCommandProc proc = MakeProc(
-      context, FamilyOf(machineId) == PrinterFamily::kAndroid ? kFreeBufferAndroid : kFreeBuffer);
-  std::vector<std::string> values;
-  if (proc.Process(values) != NUV_OK) return 0;
-  const int32_t free = proc.GetIntValue(kState);
+  const bool android = FamilyOf(machineId) == PrinterFamily::kAndroid;
+  const Outcome outcome = context.Commands().Run(android ? kFreeBufferAndroid : kFreeBuffer);
+  if (outcome.result != NUV_OK) return 0;
+  const int32_t free = outcome.Number(kState);
   return free > 0 ? static_cast<uint64_t>(free) : 0;
 }
 
 std::optional<std::string> QueryState(const JobContext& context) {
-  F102proc proc(context.Procs());
+  F102proc proc(context.Commands());
   std::vector<std::string> values;
   if (proc.Process(values) != NUV_OK) return std::nullopt;
   const auto state = proc.fields().find(kState);
@@ -73,10 +62,8 @@ int32_t OpenJob(const JobContext& context, CodeProc& opening, const std::string&
 }
 
 void AbandonJob(const JobContext& context) {
-  GeneralCommandProc proc = MakeProc(context, kJobControl, {kAbandonJob});
-  std::vector<std::string> values;
   try {
-    proc.Process(values);
+    context.Commands().Run(kJobControl, {kAbandonJob});
   } catch (const Command::ReplyError&) {
     Platform::Diagnostic("the answer to the order to abandon the job cannot be read");
   }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "command/processors.h"
 #include "job/job_context.h"
 
 namespace Nuv::Connect {

@@ -1,23 +1,208 @@
 #include "job/send_job_proc.h"
 
-#include "command/code_procs.h"
-#include "job/job_arguments.h"
+#include <openssl/evp.h>
+
+#include <fstream>
+#include <memory>
+#include <optional>
+
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
+#include "platform/diagnostics.h"
+
+using Nuv::Platform::Diagnostic;
 
 namespace Nuv::Connect {
+
+// ---- Zafel Superfine
 
 int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
   const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
   if (!job) return NUV_FILE_NOT_READABLE;
   const std::optional<std::string> state = QueryState(context_);
   if (!state) return NUV_FAILED;
-  F103proc opening(context_.Procs(), *job);
+  F103proc opening(context_.Commands(), *job);
   const int32_t opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
+}
+
+// ---- BEGO
+
+namespace {
+
+// What stands between the opening exchange and the data lines, in wire order.
+struct RawParts {
+  std::vector<uint8_t> key;
+  std::vector<uint8_t> l102;
+  std::vector<uint8_t> l103;
+};
+
+bool ReadParts(IPrintFileLibrary& file, RawParts& parts) {
+  return file.GetAESkey(parts.key) && file.ReadL102(parts.l102) && file.ReadL103(parts.l103);
+}
+
+// The query behind it confirms it.
+bool SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
+  if (part.empty() || channel.SendBytes(std::move(part))) return true;
+  Diagnostic("job: %s not written", name);
+  return false;
+}
+
+}  // namespace
+
+int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
+  // A name with a line end would be a second command.
+  if (file_.name.find_first_of("\r\n") != std::string::npos) {
+    Diagnostic("print file %s: a name with a line end cannot be sent", file_.path.c_str());
+    return NUV_FILE_NOT_READABLE;
+  }
+  // Before the first exchange: a damaged file then costs the printer nothing.
+  RawParts parts;
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!job || !ReadParts(context_.printFiles, parts)) return NUV_FILE_NOT_READABLE;
+
+  IPrintFileLibrary& file = context_.printFiles;
+  std::vector<std::string> values;
+  const std::optional<std::string> state = QueryState(context_);
+  if (!state || F354proc(context_.Commands()).Process(values) != NUV_OK ||
+      F353proc(context_.Commands()).Process(values) != NUV_OK ||
+      F367proc(context_.Commands(), file_.name).Process(values) != NUV_OK ||
+      F355proc(context_.Commands(), file.GetMaterialID(), file.GetProjectID()).Process(values) !=
+          NUV_OK) {
+    return NUV_FAILED;
+  }
+  F103proc opening(context_.Commands(), *job);
+  const int32_t opened = OpenJob(context_, opening, *state);
+  if (opened != NUV_OK) return opened;
+  if (!SendPart(context_.channel, parts.key, "key") ||
+      !SendPart(context_.channel, parts.l102, "record L102") ||
+      !SendPart(context_.channel, parts.l103, "record L103")) {
+    return NUV_WRITE_FAILED;
+  }
+  freeBuffer = QueryFreeBufferSize(context_, kBegoMachineId);
+  return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
+}
+
+// ---- Android board
+
+namespace {
+
+struct FileDigest {
+  uint64_t bytes = 0;         // length of the file
+  std::vector<uint8_t> sha1;  // 20 bytes
+};
+
+constexpr size_t kChunkBytes = size_t{64} * 1024;
+
+struct ContextDeleter {
+  void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+};
+using DigestContext = std::unique_ptr<EVP_MD_CTX, ContextDeleter>;
+
+// False when the file or the digest fails.
+bool Digest(std::ifstream& file, EVP_MD_CTX* context, FileDigest& digest) {
+  std::vector<char> chunk(kChunkBytes);
+  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0) {
+    const auto count = static_cast<size_t>(file.gcount());
+    if (EVP_DigestUpdate(context, chunk.data(), count) != 1) return false;
+    digest.bytes += count;
+  }
+  if (file.bad() || !file.eof()) return false;
+  digest.sha1.resize(EVP_MAX_MD_SIZE);
+  unsigned int length = 0;
+  if (EVP_DigestFinal_ex(context, digest.sha1.data(), &length) != 1) return false;
+  digest.sha1.resize(length);
+  return true;
+}
+
+// Reads the file through once, in memory that does not depend on its size. Nothing, with a
+// diagnostic, when it cannot be read to its end.
+std::optional<FileDigest> DigestOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const DigestContext context(EVP_MD_CTX_new());
+  FileDigest digest;
+  if (file.is_open() && context != nullptr &&
+      EVP_DigestInit_ex(context.get(), EVP_sha1(), nullptr) == 1 &&
+      Digest(file, context.get(), digest)) {
+    return digest;
+  }
+  Diagnostic("no digest of print file %s: it cannot be read", path.c_str());
+  return std::nullopt;
+}
+
+constexpr char kThumbnailName[] = "Thumbnail.png";
+
+// Appends what `read` reads to `joined`.
+template <class Read>
+bool Append(Read read, std::vector<uint8_t>& joined) {
+  std::vector<uint8_t> record;
+  if (!read(record)) return false;
+  joined.insert(joined.end(), record.begin(), record.end());
+  return true;
+}
+
+}  // namespace
+
+bool SendJobProcAndroid::ReadParts(Parts& parts) const {
+  IPrintFileLibrary& file = context_.printFiles;
+  return file.ReadPreImg(parts.thumbnail) &&
+         Append([&](auto& record) { return file.ReadL101(record); }, parts.records) &&
+         Append([&](auto& record) { return file.ReadL102(record); }, parts.records) &&
+         Append([&](auto& record) { return file.ReadL103(record); }, parts.records);
+}
+
+int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
+  // The name stands in angle brackets on a line.
+  if (file_.name.find_first_of("\r\n>") != std::string::npos) {
+    Diagnostic("print file %s: a name with a line end or > cannot be sent", file_.path.c_str());
+    return NUV_FILE_NOT_READABLE;
+  }
+  // Before the first exchange: a damaged file then costs the printer nothing.
+  Parts parts;
+  const std::optional<FileDigest> digest = DigestOf(file_.path);
+  const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
+  if (!digest || !job || !ReadParts(parts)) return NUV_FILE_NOT_READABLE;
+
+  std::vector<std::string> values;
+  const std::optional<std::string> state = QueryState(context_);
+  if (!state ||
+      F508proc(context_.Commands(), digest->bytes, digest->sha1, file_.name).Process(values) !=
+          NUV_OK) {
+    return NUV_FAILED;
+  }
+  const int32_t sent = SendThumbnail(parts.thumbnail);
+  if (sent != NUV_OK) return sent;
+  F500proc opening(context_.Commands(), *job, file_.name);
+  const int32_t opened = OpenJob(context_, opening, *state);
+  if (opened != NUV_OK) return opened;
+  return SendBlocks(parts.records, BlockHeader::kNone);
+}
+
+int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) const {
+  if (thumbnail.empty()) return NUV_OK;
+  std::vector<std::string> values;
+  F501proc announcement(context_.Commands(), static_cast<uint32_t>(thumbnail.size()),
+                        kThumbnailName);
+  const int32_t result = announcement.Process(values);
+  if (result != NUV_OK) return result;
+  // A printer that does not want a thumbnail prints all the same.
+  if (announcement.accepted()) return SendBlocks(thumbnail, BlockHeader::kL105);
+  Diagnostic("job: the printer refused the thumbnail");
+  return NUV_OK;
+}
+
+// The query of the transfer confirms them.
+int32_t SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes,
+                                       BlockHeader header) const {
+  for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {
+    if (context_.channel.SendBytes(blocks.Next())) continue;
+    Diagnostic("job: a block before the data lines was not written");
+    return NUV_WRITE_FAILED;
+  }
+  return NUV_OK;
 }
 
 std::unique_ptr<ISendJobProc> CreateSendJobProc(const std::string& machineId, const JobFile& file,

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "job/block_stream.h"
+#include "job/block_transfer.h"
 #include "job/job_context.h"
 
 namespace Nuv::Connect {

@@ -7,9 +7,8 @@
 #include <new>
 #include <tuple>
 
-#include "api/global_instance.h"
-#include "command/reply_error.h"
-#include "job/host_call.h"
+#include "api/marshalling.h"
+#include "command/reply_views.h"
 #include "nuvconnect/NuvConnect5.h"
 #include "tests/api/fake_framework.h"
 #include "tests/support/environment.h"

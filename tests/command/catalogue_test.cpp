@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "command/command_factory.h"
+#include "command/command_runner.h"
 #include "command/commands.h"
 #include "command/reply_views.h"
 #include "tests/support/manual_clock.h"

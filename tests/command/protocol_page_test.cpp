@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "command/catalogue.h"
-#include "command/table_command.h"
+#include "command/command_base.h"
 
 namespace Nuv::Command {
 namespace {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "command/command_factory.h"
+#include "command/processors.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scripted_channel.h"
 
@@ -90,6 +90,62 @@ TEST_F(TransactionTest, UnequalViewsGiveAnEmptyMapAndKeepTheStatus) {
   EXPECT_EQ(Run(104), kReplied);
   EXPECT_TRUE(command->result().empty());
   EXPECT_EQ(accepted, true);
+}
+
+// What is told and returned, by the runner and by the processor of any command.
+TEST_F(TransactionTest, ARefusalIsAFailureOrAnAnswer) {
+  using Connect::Refusal;
+  const struct {
+    const char* reply;
+    Refusal refusal;
+    int32_t result;
+    const char* told;
+    Strings values;
+  } kRows[] = {
+      {"F198 OK SSID=<a>", Refusal::kFails, NUV_OK, "", {"a"}},
+      {"F198 NG SSID=<a>", Refusal::kFails, NUV_PRINTER_REFUSED, "29 F198", {"a"}},
+      {"F198 NG SSID=<a>", Refusal::kAnswers, NUV_OK, "", {"a"}},
+      {"", Refusal::kFails, NUV_FAILED, "-1 F198", {}},
+      {"F101 OK", Refusal::kAnswers, NUV_FAILED, "-2 F198", {}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.reply);
+    std::string told;
+    const auto tell = [&](Connect::ConnectError error, int32_t code) {
+      told += std::to_string(error) + " F" + std::to_string(code);
+    };
+    printer = ScriptedChannel();
+    printer.Always("", row.reply);
+    const Connect::Outcome outcome =
+        Connect::CommandRunner(printer, clock, tell).Run(198, {}, row.refusal);
+    EXPECT_EQ(outcome.result, row.result);
+    EXPECT_EQ(outcome.accepted, row.result == NUV_OK && row.refusal == Refusal::kFails);
+    EXPECT_EQ(outcome.values, row.values);
+    EXPECT_EQ(told, row.told);
+    if (row.refusal == Refusal::kAnswers) continue;
+    told.clear();
+    Connect::GeneralCommandProc processor(CreateCommand(printer, 198, {{}, {}, &clock}), tell);
+    Strings values = {"old"};
+    EXPECT_EQ(processor.Process(values), row.result);
+    EXPECT_EQ(values, row.values);
+    EXPECT_EQ(told, row.told);
+  }
+}
+
+TEST_F(TransactionTest, OutputsAreFilledAllOrNone) {
+  const Connect::CommandRunner runner(printer, clock, {});
+  int layers = 7;
+  int minutes = 7;
+  std::string name = "old";
+  const auto read = [&] {
+    return runner.Read(107, {}, {{"L", &layers}, {"R", &name}, {"T", &minutes}});
+  };
+  printer.Replies({"F107 OK L:300 T:x R:Job1"});
+  EXPECT_THROW(read(), std::invalid_argument);
+  EXPECT_EQ(std::to_string(layers) + name + std::to_string(minutes), "00");
+  printer.Replies({"F107 OK L:300 R:Job1"});
+  EXPECT_EQ(read(), NUV_OK);
+  EXPECT_EQ(std::to_string(layers) + name + std::to_string(minutes), "300Job10");
 }
 
 }  // namespace

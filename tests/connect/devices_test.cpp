@@ -5,7 +5,7 @@
 #include <atomic>
 #include <thread>
 
-#include "command/reply_error.h"
+#include "command/reply_views.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
 #include "transport/search_turn.h"

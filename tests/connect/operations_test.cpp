@@ -10,7 +10,7 @@
 #include <tuple>
 #include <type_traits>
 
-#include "command/reply_error.h"
+#include "command/reply_views.h"
 #include "tests/connect/lab.h"
 
 namespace Nuv::Connect {

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "job/firmware_transfer.h"
+#include "job/block_transfer.h"
 #include "tests/job/job_fixture.h"
 
 namespace Nuv::Connect {

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "job/gcode_job.h"
 #include "job/print_job.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/support/manual_clock.h"

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "job/command_text.h"
-#include "job/host_call.h"
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
 #include "tests/job/job_fixture.h"

@@ -1,4 +1,4 @@
-#include "job/job_arguments.h"
+#include "job/print_file_library.h"
 
 #include <charconv>
 #include <limits>

@@ -1,11 +1,13 @@
-#ifndef NUV_JOB_COMMAND_TEXT_H_
-#define NUV_JOB_COMMAND_TEXT_H_
+#ifndef NUV_JOB_GCODE_JOB_H_
+#define NUV_JOB_GCODE_JOB_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
+
+#include "job/job_context.h"
 
 namespace Nuv::Connect {
 
@@ -38,6 +40,10 @@ class CommandText {
   size_t next_ = 0;
 };
 
+// Sends a text file of printer commands line by line. Results as at API_SendGCodeFile.
+int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
+                      NuvJobProgressCallback progress);
+
 }  // namespace Nuv::Connect
 
-#endif  // NUV_JOB_COMMAND_TEXT_H_
+#endif  // NUV_JOB_GCODE_JOB_H_

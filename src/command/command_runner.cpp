@@ -1,0 +1,152 @@
+#include "command/command_runner.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "command/commands.h"
+#include "command/reply_views.h"
+#include "platform/diagnostics.h"
+
+namespace Nuv::Command {
+namespace {
+
+using MakeFunction = std::unique_ptr<CommandBase> (*)(Connect::IChannel&, CommandArguments);
+
+template <class Class>
+std::unique_ptr<CommandBase> Make(Connect::IChannel& channel, CommandArguments arguments) {
+  return MakeCommand<Class>(channel, std::move(arguments));
+}
+
+struct FactoryRow {
+  int32_t code;
+  MakeFunction make;
+};
+
+template <class Class>
+constexpr FactoryRow Row() {
+  return {Class::kCode, Make<Class>};
+}
+
+// In code order. The classes that the catalogue marks as made directly are not here.
+constexpr FactoryRow kFactory[] = {
+    Row<F101Cmd>(), Row<F102Cmd>(), Row<F103Cmd>(), Row<F104Cmd>(), Row<F105Cmd>(), Row<F106Cmd>(),
+    Row<F107Cmd>(), Row<F108Cmd>(), Row<F109Cmd>(), Row<F110Cmd>(), Row<F111Cmd>(), Row<F112Cmd>(),
+    Row<F117Cmd>(), Row<F120Cmd>(), Row<F121Cmd>(), Row<F122Cmd>(), Row<F155Cmd>(), Row<F156Cmd>(),
+    Row<F157Cmd>(), Row<F159Cmd>(), Row<F160Cmd>(), Row<F166Cmd>(), Row<F169Cmd>(), Row<F170Cmd>(),
+    Row<F171Cmd>(), Row<F174Cmd>(), Row<F175Cmd>(), Row<F176Cmd>(), Row<F177Cmd>(), Row<F186Cmd>(),
+    Row<F188Cmd>(), Row<F189Cmd>(), Row<F190Cmd>(), Row<F191Cmd>(), Row<F192Cmd>(), Row<F194Cmd>(),
+    Row<F196Cmd>(), Row<F197Cmd>(), Row<F198Cmd>(), Row<F219Cmd>(), Row<F301Cmd>(), Row<F303Cmd>(),
+    Row<F310Cmd>(), Row<F319Cmd>(), Row<F327Cmd>(), Row<F332Cmd>(), Row<F335Cmd>(), Row<F366Cmd>(),
+    Row<F503Cmd>(), Row<F504Cmd>(), Row<F506Cmd>(), Row<F507Cmd>(), Row<F515Cmd>(), Row<F550Cmd>(),
+    Row<F708Cmd>(), Row<F807Cmd>(), Row<F839Cmd>(),
+};
+
+constexpr bool InStepWithCatalogue() {
+  size_t index = 0;
+  for (const CommandRow& row : kRows) {
+    if (row.maker != Maker::kFactory) continue;
+    if (index == std::size(kFactory) || kFactory[index].code != row.code) return false;
+    ++index;
+  }
+  return index == std::size(kFactory);
+}
+static_assert(InStepWithCatalogue(), "the factory makes the rows that say so, in code order");
+
+}  // namespace
+
+std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int32_t code,
+                                           CommandArguments arguments) {
+  const FactoryRow* row =
+      std::lower_bound(std::begin(kFactory), std::end(kFactory), code,
+                       [](const FactoryRow& a, int32_t wanted) { return a.code < wanted; });
+  if (row == std::end(kFactory) || row->code != code) return nullptr;
+  return row->make(channel, std::move(arguments));
+}
+
+}  // namespace Nuv::Command
+
+namespace Nuv::Connect {
+
+void Clear(Outputs outputs) {
+  for (const Output& output : outputs) {
+    if (int* const* number = std::get_if<int*>(&output.out)) {
+      **number = 0;
+    } else {
+      std::get<std::string*>(output.out)->clear();
+    }
+  }
+}
+
+std::string Outcome::Text(const std::string& key) const {
+  const auto field = fields.find(key);
+  return field == fields.end() ? std::string() : field->second;
+}
+
+int32_t Outcome::Number(const std::string& key) const {
+  const std::string text = Text(key);
+  return text.empty() ? 0 : Command::ParseDecimal(text, code);
+}
+
+int32_t Outcome::Fill(Outputs outputs) const {
+  if (result != NUV_OK) return result;
+  std::vector<int32_t> numbers;
+  numbers.reserve(outputs.size());
+  for (const Output& output : outputs) {
+    numbers.push_back(std::holds_alternative<int*>(output.out) ? Number(output.key) : 0);
+  }
+  auto read = numbers.begin();
+  for (const Output& output : outputs) {
+    if (int* const* number = std::get_if<int*>(&output.out)) {
+      **number = *read;
+    } else {
+      *std::get<std::string*>(output.out) = Text(output.key);
+    }
+    ++read;
+  }
+  return result;
+}
+
+Outcome RunCommand(Command::AbstractCommand& command, const ErrorCallback& tell, Refusal refusal) {
+  Outcome outcome;
+  outcome.code = command.GetCode();
+  bool ok = false;
+  command.set_result_callback(
+      [&](int32_t /*code*/, int32_t /*replyCode*/, bool replyOk, std::vector<std::string> values) {
+        ok = replyOk;
+        outcome.values = std::move(values);
+      });
+  const Command::TransactionStatus status = command.Execute();
+  outcome.fields = command.TakeResult();
+  if (status != Command::kReplied) {
+    if (tell) tell(static_cast<ConnectError>(status), outcome.code);
+    return outcome;
+  }
+  outcome.accepted = ok;
+  const bool refused = !ok && refusal == Refusal::kFails;
+  if (refused && tell) tell(kErrorRefused, outcome.code);
+  outcome.result = refused ? NUV_PRINTER_REFUSED : NUV_OK;
+  return outcome;
+}
+
+Outcome CommandRunner::Run(int32_t code, std::vector<std::string> parameters,
+                           Refusal refusal) const {
+  if (const auto command = Command::CreateCommand(channel_, code, {})) {
+    return Run(*command, std::move(parameters), refusal);
+  }
+  Platform::Diagnostic("no command F%d", code);
+  if (tell_) tell_(kErrorNoReply, code);
+  Outcome outcome;
+  outcome.code = code;
+  return outcome;
+}
+
+Outcome CommandRunner::Run(Command::CommandBase& command, std::vector<std::string> parameters,
+                           Refusal refusal) const {
+  command.Bind(channel_, clock_, interrupt_);
+  command.set_parameters(std::move(parameters));
+  Outcome outcome = RunCommand(command, tell_, refusal);
+  outcome.sentAgain = command.sent_again();
+  return outcome;
+}
+
+}  // namespace Nuv::Connect
