@@ -26,14 +26,6 @@ sockaddr_in Address(const std::string& address, uint16_t port) {
   return target;
 }
 
-timeval Limit(int64_t microseconds) {
-  constexpr int64_t kMicrosecondsPerSecond = 1000000;
-  timeval limit{};
-  limit.tv_sec = static_cast<long>(microseconds / kMicrosecondsPerSecond);
-  limit.tv_usec = static_cast<long>(microseconds % kMicrosecondsPerSecond);
-  return limit;
-}
-
 }  // namespace
 
 bool Start() {
@@ -60,16 +52,16 @@ Handle Create(Kind kind) {
   return static_cast<Handle>(handle);
 }
 
-bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds) {
+bool Connect(Handle socket, const std::string& address, uint16_t port) {
   const sockaddr_in target = Address(address, port);
   const auto* const raw = reinterpret_cast<const sockaddr*>(&target);
-  if (::connect(Socket(socket), raw, sizeof target) == 0) return true;
-  if (WSAGetLastError() != WSAEWOULDBLOCK) return false;
-  int error = WSAETIMEDOUT;
+  return ::connect(Socket(socket), raw, sizeof target) == 0 || WSAGetLastError() == WSAEWOULDBLOCK;
+}
+
+bool Connected(Handle socket) {
+  int error = 0;
   int size = sizeof error;
-  if (WaitWritable(socket, microseconds)) {
-    getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
-  }
+  getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
   WSASetLastError(error);
   return error == 0;
 }
@@ -96,24 +88,6 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   // Of a longer datagram the beginning is there; elsewhere that is no error.
   if (received < 0 && WSAGetLastError() == WSAEMSGSIZE) return Length(length);
   return received;
-}
-
-bool WaitReadable(Handle socket, int64_t microseconds) {
-  fd_set readable;
-  FD_ZERO(&readable);
-  FD_SET(Socket(socket), &readable);
-  timeval limit = Limit(microseconds);
-  return ::select(0, &readable, nullptr, nullptr, &limit) > 0;
-}
-
-bool WaitWritable(Handle socket, int64_t microseconds) {
-  fd_set writable;
-  FD_ZERO(&writable);
-  FD_SET(Socket(socket), &writable);
-  // A connection that could not be made is told here alone.
-  fd_set failed = writable;
-  timeval limit = Limit(microseconds);
-  return ::select(0, nullptr, &writable, &failed, &limit) > 0;
 }
 
 void ShutDownSending(Handle socket) { ::shutdown(Socket(socket), SD_SEND); }
