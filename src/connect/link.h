@@ -11,6 +11,8 @@
 
 namespace Nuv::Connect {
 
+using Transport::LinkState;
+
 // One way to a printer: USB, plain sockets, the network.
 //
 // Thread-safety: none; the channel serialises the calls. Waits end early as its waiter says.

@@ -113,7 +113,7 @@ bool SocketLink::SearchDevices(std::vector<std::string>& found, const std::strin
   search_.Close();
   for (const std::wstring& reply : search_.replies()) {
     found.push_back(Narrow(reply));
-    NetworkDevice device = ParseDiscoveryReply(found.back());
+    Transport::NetworkDevice device = Transport::ParseDiscoveryReply(found.back());
     if (device.valid) devices_.push_back(std::move(device));
   }
   return searched;
@@ -124,11 +124,13 @@ bool SocketLink::Open(int index) {
   return Connect(devices_[static_cast<size_t>(index)]);
 }
 
-bool SocketLink::Reopen(bool /*job*/) { return current_.valid && Connect(NetworkDevice(current_)); }
+bool SocketLink::Reopen(bool /*job*/) {
+  return current_.valid && Connect(Transport::NetworkDevice(current_));
+}
 
 // A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
-bool SocketLink::Connect(const NetworkDevice& device) {
-  const std::string address = LiteralAddress(device.address);
+bool SocketLink::Connect(const Transport::NetworkDevice& device) {
+  const std::string address = Transport::LiteralAddress(device.address);
   if (address.empty()) {
     Platform::Diagnostic("connect: \"%s\" is no address", device.address.c_str());
     return false;
@@ -155,7 +157,7 @@ bool SocketLink::Discard(int quietMs, int limitMs) {
   bool any = false;
   int64_t waitMs = 0;
   do {
-    DiscardLimit limit(limits_, waiter_.clock());
+    Transport::DiscardLimit limit(limits_, waiter_.clock());
     for (std::string block; !(block = ReadBlock(0)).empty(); any = true) {
       if (!limit.Allows(block.size())) socket_.Close();
     }

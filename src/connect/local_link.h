@@ -72,7 +72,7 @@ class UsbLink final : public LocalLink {
 // search found.
 class SocketLink final : public LocalLink {
  public:
-  explicit SocketLink(const Platform::Waiter& waiter, const TcpLimits& limits = {})
+  explicit SocketLink(const Platform::Waiter& waiter, const Transport::TcpLimits& limits = {})
       : LocalLink(waiter), limits_(limits), search_(waiter), socket_(limits, waiter) {}
 
   // Searches with the process-wide message and port: the network of `address` with `netmask`, or
@@ -96,14 +96,14 @@ class SocketLink final : public LocalLink {
 
  private:
   std::string ReadBlock(int timeoutMs) override;
-  bool Connect(const NetworkDevice& device);
+  bool Connect(const Transport::NetworkDevice& device);
 
-  const TcpLimits limits_;
+  const Transport::TcpLimits limits_;
   UdpSearchSocket search_;
   TcpClientSocket socket_;
-  std::vector<NetworkDevice> devices_;
-  NetworkDevice current_;  // the last that was opened
-  bool opened_ = false;    // since the last Close
+  std::vector<Transport::NetworkDevice> devices_;
+  Transport::NetworkDevice current_;  // the last that was opened
+  bool opened_ = false;               // since the last Close
 };
 
 // The two links that share the kind 0 of devices. Which of them opens, writes and reads is decided

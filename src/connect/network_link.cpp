@@ -5,10 +5,10 @@
 
 namespace Nuv::Connect {
 
-SearchTurn NetworkLink::WaitForTurn() {
+Transport::SearchTurn NetworkLink::WaitForTurn() {
   const SearchSettings& settings = SearchSettings::Instance();
-  return SearchTurn(static_cast<uint16_t>(settings.port()),
-                    EffectiveTimeoutMs(settings.timeout_ms()));
+  return Transport::SearchTurn(static_cast<uint16_t>(settings.port()),
+                               EffectiveTimeoutMs(settings.timeout_ms()));
 }
 
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {

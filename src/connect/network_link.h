@@ -15,13 +15,14 @@ namespace Nuv::Connect {
 class NetworkLink final : public Link {
  public:
   // `replyTimeoutMs`: how long a reply is waited for.
-  NetworkLink(int replyTimeoutMs, const Platform::Waiter& waiter, const TcpLimits& limits = {})
+  NetworkLink(int replyTimeoutMs, const Platform::Waiter& waiter,
+              const Transport::TcpLimits& limits = {})
       : Link(waiter), net_(limits, waiter), replyTimeoutMs_(replyTimeoutMs) {}
 
   // Waits until a search with the process-wide settings may be made. To be held during
   // EnumerateDevices and CollectReplies, and taken ahead of the channel's lock, which others need
   // while this waits.
-  static SearchTurn WaitForTurn();
+  static Transport::SearchTurn WaitForTurn();
 
   // Searches with the process-wide settings; `found`: the printers' addresses.
   bool EnumerateDevices(std::vector<std::string>& found);

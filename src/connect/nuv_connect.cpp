@@ -39,7 +39,7 @@ bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string a, s
 
 bool NuvConnect::EnumerateDevices(int kind, std::vector<std::string>& found) {
   if (kind != 0) {
-    const SearchTurn turn = NetworkLink::WaitForTurn();
+    const Transport::SearchTurn turn = NetworkLink::WaitForTurn();
     const Lock lock(mutex_);
     return network_.EnumerateDevices(found);
   }
@@ -194,7 +194,7 @@ bool NuvConnect::ConnectAddress(const std::string& address) {
 }
 
 std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
-  const SearchTurn turn = NetworkLink::WaitForTurn();
+  const Transport::SearchTurn turn = NetworkLink::WaitForTurn();
   const Lock lock(mutex_);
   return network_.CollectReplies();
 }

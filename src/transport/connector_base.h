@@ -56,7 +56,7 @@ class ConnectorBase {
   virtual bool Reopen(bool samePlugging) = 0;
 
   // Without waiting.
-  virtual LinkState Look() = 0;
+  virtual Nuv::Transport::LinkState Look() = 0;
 
   // Throws input away until none came for `quietMs`, for `limitMs` at most. True when there was
   // any.

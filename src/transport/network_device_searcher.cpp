@@ -13,6 +13,7 @@
 #include "transport/search_networks.h"
 #include "transport/socket_thread.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include "transport/network_device_searcher.h"
 
+using namespace Nuv::Transport;
+
 // Like its connector: no thread of the host owns it.
 QNetworkLib::QNetworkLib(const TcpLimits& limits, const Nuv::Platform::Waiter& waiter)
     : waiter_(waiter), connector_(limits, waiter) {

@@ -15,7 +15,7 @@
 class QNetworkLib : public QObject {
  public:
   // `waiter` outlives the object.
-  QNetworkLib(const TcpLimits& limits, const Nuv::Platform::Waiter& waiter);
+  QNetworkLib(const Nuv::Transport::TcpLimits& limits, const Nuv::Platform::Waiter& waiter);
 
   // Replaces the device list by the printers that answer `message` on UDP `port` (see
   // NetworkDeviceSearcher for `timeoutMs`). Always 0.
@@ -38,12 +38,12 @@ class QNetworkLib : public QObject {
   TcpDeviceConnector& connector() { return connector_; }
 
  private:
-  bool Connect(const NetworkDevice& device);
+  bool Connect(const Nuv::Transport::NetworkDevice& device);
 
   const Nuv::Platform::Waiter& waiter_;
-  std::vector<NetworkDevice> devices_;
+  std::vector<Nuv::Transport::NetworkDevice> devices_;
   TcpDeviceConnector connector_;
-  NetworkDevice current_;  // invalid until a connection was made
+  Nuv::Transport::NetworkDevice current_;  // invalid until a connection was made
 };
 
 #endif  // NUV_TRANSPORT_Q_NETWORK_LIB_H_

@@ -10,9 +10,9 @@
 #include "platform/clock.h"
 #include "transport/search_networks.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 
-using Handle = Nuv::Platform::Handle;
+using Handle = Platform::Handle;
 constexpr Handle kNone = -1;
 
 enum class Kind { kTcp, kUdp };
@@ -42,6 +42,6 @@ int LastError();
 // The IPv4 addresses of this host's interfaces.
 std::vector<HostInterface> Interfaces();
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem
 
 #endif  // NUV_TRANSPORT_SOCKET_SYSTEM_H_

@@ -11,7 +11,7 @@
 
 #include "transport/socket_system.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 namespace {
 
 int Descriptor(Handle socket) { return static_cast<int>(socket); }
@@ -105,4 +105,4 @@ std::vector<HostInterface> Interfaces() {
   return interfaces;
 }
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem

@@ -9,7 +9,7 @@
 
 #include "transport/socket_system.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 namespace {
 
 SOCKET Socket(Handle socket) { return static_cast<SOCKET>(socket); }
@@ -112,4 +112,4 @@ std::vector<HostInterface> Interfaces() {
   return interfaces;
 }
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem

@@ -6,6 +6,8 @@
 
 #include "transport/host_addresses.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using Nuv::Platform::Readiness;

@@ -16,7 +16,7 @@ class TcpClientSocket {
   static constexpr size_t kReadBytes = 512;
 
   // `waiter` outlives the socket.
-  explicit TcpClientSocket(const TcpLimits& limits = {},
+  explicit TcpClientSocket(const Nuv::Transport::TcpLimits& limits = {},
                            const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter())
       : limits_(limits), waiter_(waiter) {}
   ~TcpClientSocket() { Close(); }
@@ -39,12 +39,12 @@ class TcpClientSocket {
   bool WaitForInput(int timeoutMs);
 
   void Close();
-  bool IsOpen() const { return socket_ != SocketSystem::kNone; }
+  bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }
 
  private:
-  const TcpLimits limits_;
+  const Nuv::Transport::TcpLimits limits_;
   const Nuv::Platform::Waiter& waiter_;
-  SocketSystem::Handle socket_ = SocketSystem::kNone;
+  Nuv::Transport::SocketSystem::Handle socket_ = Nuv::Transport::SocketSystem::kNone;
 };
 
 #endif  // NUV_TRANSPORT_TCP_CLIENT_SOCKET_H_

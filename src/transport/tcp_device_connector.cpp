@@ -7,6 +7,7 @@
 #include "platform/diagnostics.h"
 #include "transport/socket_thread.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {

@@ -28,7 +28,7 @@ enum class TcpResult : int32_t {
 class TcpDeviceConnector : public QObject {
  public:
   // `waiter` outlives the connector.
-  explicit TcpDeviceConnector(const TcpLimits& limits = {},
+  explicit TcpDeviceConnector(const Nuv::Transport::TcpLimits& limits = {},
                               const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter());
   ~TcpDeviceConnector() override;
 
@@ -52,7 +52,7 @@ class TcpDeviceConnector : public QObject {
 
   // How the connection stands, without waiting. Throws away what has come, so that an end behind it
   // shows. An end is told until the next Connect or Disconnect.
-  LinkState Look();
+  Nuv::Transport::LinkState Look();
 
   // Throws away what the printer sent unasked: late or repeated replies to an earlier command.
   // Waits for more until `quietMs` pass without any, `limitMs` in all. True when there was any. A
@@ -78,7 +78,7 @@ class TcpDeviceConnector : public QObject {
   }
   bool IsConnected() const { return socket_->state() == QAbstractSocket::ConnectedState; }
 
-  const TcpLimits limits_;
+  const Nuv::Transport::TcpLimits limits_;
   const Nuv::Platform::Waiter& waiter_;
   QTcpSocket* socket_;   // child
   bool opened_ = false;  // since the last Disconnect

@@ -4,19 +4,20 @@
 
 #include "platform/diagnostics.h"
 
-using Nuv::Platform::Deadline;
+namespace Nuv::Transport {
+
+using Platform::Deadline;
 using std::chrono::milliseconds;
 
-WriteEnd FinishWrite(Nuv::Platform::Handle socket, int64_t& left, const TcpLimits& limits,
-                     const Nuv::Platform::Waiter& waiter,
-                     const std::function<int64_t()>& takeMore) {
+WriteEnd FinishWrite(Platform::Handle socket, int64_t& left, const TcpLimits& limits,
+                     const Platform::Waiter& waiter, const std::function<int64_t()>& takeMore) {
   constexpr int64_t kBlockBytes = 65536;
   const Deadline end = waiter.In(limits.stallMs + left * limits.per64KiBMs / kBlockBytes);
   Deadline stalled = waiter.In(limits.stallMs);
   while (left > 0) {
     const Deadline limit = std::min(stalled, end);
     if (waiter.clock().Now() >= limit ||
-        !waiter.Until(limit, socket, Nuv::Platform::Readiness::kOutput)) {
+        !waiter.Until(limit, socket, Platform::Readiness::kOutput)) {
       if (waiter.over()) return WriteEnd::kGivenUp;
       return stalled <= end ? WriteEnd::kStalled : WriteEnd::kSlow;
     }
@@ -32,6 +33,8 @@ bool DiscardLimit::Allows(size_t bytes) {
   if (!end_) end_ = clock_.Now() + milliseconds(limits_.discardMs);
   thrown_ += bytes;
   if (thrown_ < limits_.discardBytes && clock_.Now() < *end_) return true;
-  Nuv::Platform::Diagnostic("the printer sends without a pause: dropped after %zu bytes", thrown_);
+  Platform::Diagnostic("the printer sends without a pause: dropped after %zu bytes", thrown_);
   return false;
 }
+
+}  // namespace Nuv::Transport

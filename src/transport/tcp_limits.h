@@ -8,6 +8,8 @@
 
 #include "platform/waiter.h"
 
+namespace Nuv::Transport {
+
 // How long a printer on TCP may hold its caller.
 struct TcpLimits {
   int connectMs = 30000;
@@ -34,13 +36,13 @@ enum class WriteEnd {
 // Writes the `left` bytes that the system did not take at once. `takeMore` hands over what fits and
 // tells what is left then, below 0 when the connection has ended. The socket is waited on for
 // writing only: a printer that sends and does not read would keep a wait for both busy for ever.
-WriteEnd FinishWrite(Nuv::Platform::Handle socket, int64_t& left, const TcpLimits& limits,
-                     const Nuv::Platform::Waiter& waiter, const std::function<int64_t()>& takeMore);
+WriteEnd FinishWrite(Platform::Handle socket, int64_t& left, const TcpLimits& limits,
+                     const Platform::Waiter& waiter, const std::function<int64_t()>& takeMore);
 
 // Counts what is thrown away in one go.
 class DiscardLimit {
  public:
-  DiscardLimit(const TcpLimits& limits, const Nuv::Platform::Clock& clock)
+  DiscardLimit(const TcpLimits& limits, const Platform::Clock& clock)
       : limits_(limits), clock_(clock) {}
 
   // False, with a diagnostic, when the printer is to be dropped.
@@ -50,9 +52,11 @@ class DiscardLimit {
 
  private:
   const TcpLimits& limits_;
-  const Nuv::Platform::Clock& clock_;
+  const Platform::Clock& clock_;
   size_t thrown_ = 0;
-  std::optional<Nuv::Platform::Deadline> end_;  // from the first bytes on
+  std::optional<Platform::Deadline> end_;  // from the first bytes on
 };
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_TCP_LIMITS_H_

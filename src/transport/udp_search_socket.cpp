@@ -8,6 +8,7 @@
 #include "transport/search_bounds.h"
 #include "transport/search_networks.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {

@@ -38,12 +38,12 @@ class UdpSearchSocket {
   const std::vector<std::wstring>& replies() const { return replies_; }
 
  private:
-  bool IsOpen() const { return socket_ != SocketSystem::kNone; }
+  bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }
   bool SearchNetwork(const char* message, int length, const std::string& broadcast, uint16_t port,
                      int timeoutMs);
 
   const Nuv::Platform::Waiter& waiter_;
-  SocketSystem::Handle socket_ = SocketSystem::kNone;
+  Nuv::Transport::SocketSystem::Handle socket_ = Nuv::Transport::SocketSystem::kNone;
   std::vector<std::wstring> replies_;
 };
 

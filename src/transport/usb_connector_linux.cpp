@@ -14,6 +14,8 @@
 #include "platform/diagnostics.h"
 #include "transport/usb_nodes.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;

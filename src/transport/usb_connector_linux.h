@@ -16,7 +16,7 @@ class DeviceCalls {
   virtual ~DeviceCalls() = default;
   virtual int Open(const std::string& node) = 0;
   // The device behind an open node; 0 or an error.
-  virtual int AddressOf(int fd, UsbAddress& address) = 0;
+  virtual int AddressOf(int fd, Nuv::Transport::UsbAddress& address) = 0;
   virtual int64_t Read(int fd, uint8_t* buffer, size_t size) = 0;
   // No signal ends it.
   virtual int64_t Write(int fd, const uint8_t* data, size_t size) = 0;
@@ -51,7 +51,7 @@ class UsbConnectorLinux final : public ConnectorBase {
   uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override;
   std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override;
   bool Reopen(bool samePlugging) override;
-  LinkState Look() override;
+  Nuv::Transport::LinkState Look() override;
   bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override;
   std::string Identity(size_t index) const override;
 
@@ -60,9 +60,9 @@ class UsbConnectorLinux final : public ConnectorBase {
 
   // Opens `known`, or else, unless `samePlugging`, what was plugged in there since and is the same
   // printer.
-  bool OpenAgain(UsbNode known, bool samePlugging);
+  bool OpenAgain(Nuv::Transport::UsbNode known, bool samePlugging);
   // 0 or the system's error; ENODEV when the node has become another device's.
-  int OpenNode(const UsbNode& meant);
+  int OpenNode(const Nuv::Transport::UsbNode& meant);
   // The events of the node that are there.
   int Events(short events);
   // The same once there are any; 0 when the deadline has passed, or nobody waits.
@@ -74,8 +74,8 @@ class UsbConnectorLinux final : public ConnectorBase {
   uint32_t WriteBlocks(const uint8_t* data, uint32_t length, Deadline deadline);
 
   DeviceCalls& calls_;
-  std::vector<UsbNode> nodes_;
-  UsbNode opened_;  // last; without a path: none
+  std::vector<Nuv::Transport::UsbNode> nodes_;
+  Nuv::Transport::UsbNode opened_;  // last; without a path: none
   int fd_ = -1;
   bool isNew_ = false;  // opened and not yet written to
 };

@@ -6,6 +6,8 @@
 #include "platform/diagnostics.h"
 #include "transport/usb_identity.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 // Device interface class of USB printers.

@@ -30,7 +30,7 @@ class UsbConnectorWin final : public ConnectorBase {
   std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override;
   bool Reopen(bool samePlugging) override;
   // Asks whether the printer is still listed: the system tells nothing of an open handle.
-  LinkState Look() override;
+  Nuv::Transport::LinkState Look() override;
   bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override;
   std::string Identity(size_t index) const override;
 

@@ -136,11 +136,11 @@ TEST_F(SocketLinkTest, DiscardsUntilQuiet) {
 }
 
 TEST_F(SocketLinkTest, DropsAPrinterThatSendsWithoutAPause) {
-  TcpLimits fewBytes;
+  Transport::TcpLimits fewBytes;
   fewBytes.discardBytes = 1;
-  TcpLimits noTime;
+  Transport::TcpLimits noTime;
   noTime.discardMs = 0;
-  for (const TcpLimits& limits : {fewBytes, noTime}) {
+  for (const Transport::TcpLimits& limits : {fewBytes, noTime}) {
     link = std::make_unique<SocketLink>(waiter, limits);
     StartConnected();
     ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
@@ -151,7 +151,7 @@ TEST_F(SocketLinkTest, DropsAPrinterThatSendsWithoutAPause) {
 }
 
 TEST_F(SocketLinkTest, WriteThatIsNotTakenEndsTheConnection) {
-  TcpLimits limits;
+  Transport::TcpLimits limits;
   limits.stallMs = 0;
   link = std::make_unique<SocketLink>(waiter, limits);
   StartConnected();

@@ -18,6 +18,8 @@
 #include "transport/tcp_device_connector.h"
 #include "transport/udp_search_socket.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::HasSubstr;

@@ -12,6 +12,8 @@
 #include "tests/transport/peer.h"
 #include "transport/tcp_client_socket.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 // Signals to the thread that made it, every few milliseconds, until the end or `kMost` of them.

@@ -15,6 +15,8 @@
 #include "tests/support/qt_warnings.h"
 #include "tests/transport/peer.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using std::chrono::seconds;

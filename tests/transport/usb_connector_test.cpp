@@ -12,6 +12,8 @@
 #include "tests/transport/usb_lab.h"
 #include "transport/usb_connector_linux.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::ElementsAre;

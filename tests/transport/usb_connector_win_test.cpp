@@ -12,6 +12,8 @@
 
 #include "tests/wine/usb_device.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::ElementsAre;
