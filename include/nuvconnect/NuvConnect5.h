@@ -86,11 +86,11 @@ extern "C" {
 NUV_API int API_Initial(void);
 
 // Ends the status thread and destroys the framework with its connection and callbacks. The thread's
-// sleep ends at once, its wait for a reply within 0.6 s. Waited for are a connection that the
-// thread is making and a write under way (about 30 s each at most, on USB 7 s), and the
-// printing-info callback, in which a job now ends with 1, 16 or 20. Inside that callback nothing is
-// waited for (Callbacks.h). Harmless without a framework. Not while another thread is inside an
-// export.
+// sleep ends at once; its wait for a reply, a connection that it is making and a write under way
+// end within 0.6 s.
+// Waited for is the printing-info callback, in which a job now ends with 1, 16 or 20. Inside that
+// callback nothing is waited for (Callbacks.h). Harmless without a framework. Not while another
+// thread is inside an export.
 NUV_API void API_Close(void);
 
 #ifdef __cplusplus

@@ -23,7 +23,7 @@ bool BreaksTheLine(const std::vector<std::string>& parameters) {
 const char* WordsFor(Connect::LinkFailure failure) {
   switch (failure) {
     case Connect::LinkFailure::kNone:
-      return "the reply was cut short";
+      break;
     case Connect::LinkFailure::kSilence:
       return "the printer did not answer in time";
     case Connect::LinkFailure::kNotTaken:
@@ -34,6 +34,10 @@ const char* WordsFor(Connect::LinkFailure failure) {
       return "no printer is open";
     case Connect::LinkFailure::kGivenUp:
       return "the wait was given up";
+    case Connect::LinkFailure::kCutShort:
+      return "the reply was cut short";
+    case Connect::LinkFailure::kOtherReply:
+      return "a reply to another command came";
   }
   return "";
 }
@@ -48,9 +52,12 @@ TransactionStatus CommandBase::Execute() {
   }
   const TransactionStatus status = AbstractCommand::Execute();
   if (status != kReplied) {
-    Platform::Diagnostic(
-        "F%d failed: %s", code_,
-        status == kOtherReply ? "a reply to another command came" : WordsFor(failure_));
+    if (status == kOtherReply) {
+      failure_ = Connect::LinkFailure::kOtherReply;
+    } else if (failure_ == Connect::LinkFailure::kNone) {
+      failure_ = Connect::LinkFailure::kCutShort;
+    }
+    Platform::Diagnostic("F%d failed: %s", code_, WordsFor(failure_));
   }
   return status;
 }
@@ -61,7 +68,12 @@ void CommandBase::Recover(TransactionStatus& status, const std::string& request)
   do {
     if (failure_ == Connect::LinkFailure::kGivenUp || !Pause()) return;
     if (status == kNoReply) {
+      const Connect::LinkFailure before = failure_;
       status = ParseReply(Ask(request, true));
+      // Nothing is open any more, for the reason that the request had before.
+      if (failure_ == Connect::LinkFailure::kNotOpen && before != Connect::LinkFailure::kNone) {
+        failure_ = before;
+      }
       ++resends_;
     } else if (status == kOtherReply) {
       Connect::Reply reply = channel_->ReadAgain(interrupt_);

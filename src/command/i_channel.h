@@ -8,14 +8,16 @@
 
 namespace Nuv::Connect {
 
-// Why an exchange brought no reply.
+// Why an exchange failed. Links tell of the first, commands of what was wrong with a reply.
 enum class LinkFailure {
   kNone,
-  kSilence,   // the printer took the request and did not answer in time
-  kNotTaken,  // it did not take the request in time
-  kEnded,     // it ended the link, or was unplugged
-  kNotOpen,   // nothing is open
-  kGivenUp    // this side stopped waiting
+  kSilence,    // the printer took the request and did not answer in time
+  kNotTaken,   // it did not take the request in time, so this side closed the link
+  kEnded,      // it ended the link, or was unplugged
+  kNotOpen,    // nothing is open
+  kGivenUp,    // this side stopped waiting
+  kCutShort,   // a reply came, but too little of it
+  kOtherReply  // a reply to another command came
 };
 
 // A reply line, or why there is none.

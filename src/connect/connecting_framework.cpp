@@ -5,7 +5,7 @@ namespace Nuv::Connect {
 ConnectingFramework::ConnectingFramework(Platform::Clock& clock, int replyTimeoutMs,
                                          std::unique_ptr<ConnectorBase> usb)
     : clock_(clock),
-      channel_(std::make_shared<NuvConnect>(replyTimeoutMs, std::move(usb))),
+      channel_(std::make_shared<NuvConnect>(replyTimeoutMs, std::move(usb), clock)),
       jobState_(std::make_shared<JobState>()),
       statusHandler_(channel_, jobState_, clock) {}
 

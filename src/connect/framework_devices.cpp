@@ -82,7 +82,7 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
     entry[NUV_DEVICE_IDENTIFIER] = ids[i];
     entry.identity = connect_.Identity(kind, static_cast<int>(i));
     // What cannot be a printer keeps its row, since rows are counted as the channel counts.
-    if (kind == NUV_KIND_USB || !LiteralAddress(ids[i]).empty()) {
+    if (kind == NUV_KIND_USB || !Transport::LiteralAddress(ids[i]).empty()) {
       if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
       const Closing closing(connect_);
       const int result = IdentifyDevice(entry);

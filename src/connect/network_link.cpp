@@ -5,10 +5,10 @@
 
 namespace Nuv::Connect {
 
-SearchTurn NetworkLink::WaitForTurn() {
+Transport::SearchTurn NetworkLink::WaitForTurn() {
   const SearchSettings& settings = SearchSettings::Instance();
-  return SearchTurn(static_cast<uint16_t>(settings.port()),
-                    EffectiveTimeoutMs(settings.timeout_ms()));
+  return Transport::SearchTurn(static_cast<uint16_t>(settings.port()),
+                               EffectiveTimeoutMs(settings.timeout_ms()));
 }
 
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
@@ -23,26 +23,26 @@ bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
 
 std::vector<std::string> NetworkLink::CollectReplies() const {
   const SearchSettings& settings = SearchSettings::Instance();
-  NetworkDeviceSearcher searcher(settings.message());
+  NetworkDeviceSearcher searcher(settings.message(), waiter_);
   return searcher.Search(static_cast<uint16_t>(settings.port()),
                          EffectiveTimeoutMs(settings.timeout_ms()));
 }
 
-bool NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
-  return !givesUp_ && net_.Send(reinterpret_cast<const char*>(data), static_cast<int64_t>(length),
-                                patient) == TcpResult::kOk;
+LinkFailure NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
+  const TcpResult result = net_.connector().Send(reinterpret_cast<const char*>(data),
+                                                 static_cast<int64_t>(length), patient);
+  if (result == TcpResult::kOk) return LinkFailure::kNone;
+  const LinkFailure failure = Failure(LinkFailure::kNotTaken);
+  // What was not taken in time, this side has closed.
+  const bool closed = result == TcpResult::kNotSent && failure == LinkFailure::kNotOpen;
+  return closed ? LinkFailure::kNotTaken : failure;
 }
 
-std::string NetworkLink::ReadReply(Platform::Interrupt* interrupt) {
-  constexpr int kSliceMs = TcpDeviceConnector::kReadSliceMs;
+Reply NetworkLink::ReadReply() {
   std::string reply;
-  TcpResult result = TcpResult::kNoReply;
-  for (int waitedMs = 0; waitedMs + kSliceMs <= replyTimeoutMs_; waitedMs += kSliceMs) {
-    if (givesUp_ || result != TcpResult::kNoReply) break;
-    if (interrupt != nullptr && interrupt->raised()) break;
-    result = net_.Receive("", reply, kSliceMs);
-  }
-  return reply;
+  const TcpResult result = net_.connector().Receive("", reply, replyTimeoutMs_);
+  if (result == TcpResult::kOk) return {std::move(reply)};
+  return {{}, Failure(LinkFailure::kSilence)};
 }
 
 }  // namespace Nuv::Connect

@@ -22,33 +22,35 @@ std::string WithoutLineFeed(std::string reply) {
 
 }  // namespace
 
-NuvConnect::NuvConnect(int replyTimeoutMs, std::unique_ptr<ConnectorBase> usb)
-    : local_(std::move(usb)), network_(replyTimeoutMs) {}
+NuvConnect::NuvConnect(int replyTimeoutMs, std::unique_ptr<ConnectorBase> usb,
+                       Platform::Clock& clock)
+    : waiter_(clock), local_(std::move(usb), waiter_), network_(replyTimeoutMs, waiter_) {}
 
 NuvConnect::~NuvConnect() {
-  local_.Close();
+  local_.Current().Close();
   network_.Close();
 }
 
 bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string a, std::string b,
                                int c) {
   const Lock lock(mutex_);
-  return local_.SearchDevices(found, a, b, c);
+  return local_.sockets.SearchDevices(found, a, b, c);
 }
 
 bool NuvConnect::EnumerateDevices(int kind, std::vector<std::string>& found) {
   if (kind != 0) {
-    const SearchTurn turn = NetworkLink::WaitForTurn();
+    const Transport::SearchTurn turn = NetworkLink::WaitForTurn();
     const Lock lock(mutex_);
     return network_.EnumerateDevices(found);
   }
   const Lock lock(mutex_);
-  return local_.EnumerateDevices(found);
+  return local_.usb.EnumerateDevices(found);
 }
 
 bool NuvConnect::ReadLocalData(std::vector<uint8_t>& data) {
   const Lock lock(mutex_);
-  return (local_.IsOpen() || leftLocal_) && local_.LastRead(data);
+  LocalLink& local = local_.Current();
+  return (local.IsOpen() || leftLocal_) && local.LastRead(data);
 }
 
 bool NuvConnect::ChooseDevice(int kind, int index) {
@@ -57,10 +59,11 @@ bool NuvConnect::ChooseDevice(int kind, int index) {
 }
 
 bool NuvConnect::Choose(int kind, int index) {
-  const bool kept = kind == 0 && index == index_ && IsKeptOpen();
-  const bool opened = kind != 0 ? network_.Open(index) : local_.Open(index);
-  if (!opened) return false;
-  Opened(kind != 0, kept);
+  const bool isNetwork = kind != 0;
+  Link& link = LinkOf(isNetwork);
+  const bool kept = isNetwork == isNetwork_ && index == index_ && link.KeepsOpen();
+  if (waiter_.givenUp() || !link.Open(index)) return false;
+  Opened(isNetwork, kept);
   index_ = index;
   return true;
 }
@@ -68,31 +71,22 @@ bool NuvConnect::Choose(int kind, int index) {
 void NuvConnect::Opened(bool isNetwork, bool kept) {
   // A printer serves one client: it must not wait for one that has gone to another link. What was
   // read from it stays.
-  if (isNetwork && !isNetwork_) {
-    leftLocal_ = local_.IsOpen();
-    local_.Close();
-  } else if (!isNetwork && isNetwork_) {
-    network_.Close();
+  if (isNetwork != isNetwork_) {
+    leftLocal_ = isNetwork && local_.Current().IsOpen();
+    Current().Close();
+    isNetwork_ = isNetwork;
   }
-  if (!isNetwork) leftLocal_ = false;
-  isNetwork_ = isNetwork;
   if (!kept) ledger_.Reset();
-}
-
-bool NuvConnect::IsKeptOpen() { return !isNetwork_ && local_.KeepsOpen(); }
-
-std::string NuvConnect::IdentityOf(int kind, int index) const {
-  return kind != 0 ? network_.Identity(index) : local_.Identity(index);
 }
 
 std::string NuvConnect::Identity(int kind, int index) {
   const Lock lock(mutex_);
-  return IdentityOf(kind, index);
+  return LinkOf(kind != 0).Identity(index);
 }
 
 bool NuvConnect::ChooseListed(int kind, int index, const std::string& identity) {
   const Lock lock(mutex_);
-  const std::string present = IdentityOf(kind, index);
+  const std::string present = LinkOf(kind != 0).Identity(index);
   if (present == identity) return Choose(kind, index);
   Platform::Diagnostic("device %d was listed as %s and is now %s; list again", index,
                        identity.c_str(), present.empty() ? "gone" : present.c_str());
@@ -103,22 +97,19 @@ bool NuvConnect::ChooseListed(int kind, int index, const std::string& identity) 
 // printer, on which a job must not go on.
 bool NuvConnect::OpenDevice() {
   const Lock lock(mutex_);
+  Link& link = Current();
   // A USB printer stays open, but not with an answer on its way that nobody waits for. One that has
   // gone is left to the reopening, which in a job must see that.
-  if (IsKeptOpen() && ledger_.owes()) local_.Close();
-  const bool kept = IsKeptOpen();
-  const bool opened = isNetwork_ ? network_.Reopen() : local_.Reopen(job_ != JobKind::kNone);
+  if (ledger_.owes() && link.KeepsOpen()) link.Close();
+  const bool kept = link.KeepsOpen();
+  const bool opened = !waiter_.givenUp() && link.Reopen(job_ != JobKind::kNone);
   if (opened && !kept) ledger_.Reset();
   return opened;
 }
 
 bool NuvConnect::CloseDevice() {
   const Lock lock(mutex_);
-  if (isNetwork_) {
-    network_.Close();
-  } else {
-    local_.Close();
-  }
+  Current().Close();
   return true;
 }
 
@@ -131,29 +122,27 @@ std::string NuvConnect::ExecuteCommand(std::string command) {
 Reply NuvConnect::Transact(const Request& request) {
   if (request.line.empty()) return {};
   const Lock lock(mutex_);
+  const Platform::Waiter::Call call(waiter_, request.interrupt);
   if (!request.again) DiscardStaleInput();
-  if (!Write(reinterpret_cast<const uint8_t*>(request.line.data()), request.line.size())) {
-    return {{}, Reason(LinkFailure::kNotTaken)};
-  }
+  const LinkFailure failure =
+      Write(reinterpret_cast<const uint8_t*>(request.line.data()), request.line.size());
+  if (failure != LinkFailure::kNone) return {{}, failure};
   ledger_.Asked(request.line);
-  return ReadReply(request.interrupt);
+  return ReadReply();
 }
 
 Reply NuvConnect::ReadAgain(Platform::Interrupt* interrupt) {
   const Lock lock(mutex_);
-  return ReadReply(interrupt);
+  const Platform::Waiter::Call call(waiter_, interrupt);
+  return ReadReply();
 }
 
 // A reply that came too late, or twice, would be taken for the next command's.
 void NuvConnect::DiscardStaleInput() {
   if (ledger_.owes() && ledger_.answered()) {
-    if (isNetwork_) {
-      network_.DiscardUntilQuiet(kQuietMs, kLongestQuietWaitMs);
-    } else {
-      local_.DiscardUntilQuiet(kQuietMs, kLongestQuietWaitMs);
-    }
+    Current().Discard(kQuietMs, kLongestQuietWaitMs);
     ledger_.OweNothing();
-  } else if (isNetwork_ && network_.DiscardInput()) {
+  } else if (Current().DiscardInput()) {
     ledger_.Discarded();
   }
 }
@@ -162,25 +151,19 @@ bool NuvConnect::SendBytes(std::vector<uint8_t> bytes) {
   if (bytes.empty()) return false;
   const Lock lock(mutex_);
   ledger_.Wrote(bytes.size());
-  return Write(bytes.data(), bytes.size());
+  return Write(bytes.data(), bytes.size()) == LinkFailure::kNone;
 }
 
 LinkLook NuvConnect::Look() {
   const Lock lock(mutex_);
-  return {State() == LinkState::kAlive, ledger_.unconfirmed()};
+  return {Current().Look() == LinkState::kAlive, ledger_.unconfirmed()};
 }
 
 void NuvConnect::EndJob(bool complete) {
   // The last block of an image may still be queued for a printer that took nothing for a while.
   if (job_.exchange(JobKind::kNone) != JobKind::kImage || !complete) return;
   const Lock lock(mutex_);
-  if (isNetwork_) network_.Write(nullptr, 0, true);
-}
-
-void NuvConnect::GiveUp() {
-  gaveUp_ = true;
-  network_.GiveUp();
-  local_.GiveUp();
+  Current().Write(nullptr, 0, true);
 }
 
 void NuvConnect::SetLocalOption(int option) {
@@ -205,45 +188,29 @@ void NuvConnect::SetSearchMessage(std::string message) {
 
 bool NuvConnect::ConnectAddress(const std::string& address) {
   const Lock lock(mutex_);
-  if (!network_.OpenAddress(address)) return false;
+  if (waiter_.givenUp() || !network_.OpenAddress(address)) return false;
   Opened(true, false);
   return true;
 }
 
 std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
-  const SearchTurn turn = NetworkLink::WaitForTurn();
+  const Transport::SearchTurn turn = NetworkLink::WaitForTurn();
   const Lock lock(mutex_);
   return network_.CollectReplies();
 }
 
-bool NuvConnect::Write(const uint8_t* data, size_t length) {
-  return isNetwork_ ? network_.Write(data, length, job_ == JobKind::kImage)
-                    : local_.Write(data, length);
+LinkFailure NuvConnect::Write(const uint8_t* data, size_t length) {
+  if (waiter_.over()) return LinkFailure::kGivenUp;
+  return Current().Write(data, length, job_ == JobKind::kImage);
 }
 
-Reply NuvConnect::ReadReply(Platform::Interrupt* interrupt) {
-  std::string line = isNetwork_ ? network_.ReadReply(interrupt) : local_.ReadReply(interrupt);
-  ledger_.Answered(line);
-  if (!line.empty()) return {WithoutLineFeed(std::move(line))};
-  if (interrupt == nullptr || !interrupt->raised()) return {{}, Reason(LinkFailure::kSilence)};
+Reply NuvConnect::ReadReply() {
+  Reply reply = Current().ReadReply();
+  ledger_.Answered(reply.text);
   // The answer is on its way: whoever asks next waits for it.
-  ledger_.GiveUp();
-  return {{}, LinkFailure::kGivenUp};
-}
-
-LinkState NuvConnect::State() { return isNetwork_ ? network_.Look() : local_.Look(); }
-
-LinkFailure NuvConnect::Reason(LinkFailure otherwise) {
-  if (gaveUp_) return LinkFailure::kGivenUp;
-  switch (State()) {
-    case LinkState::kClosed:
-      return LinkFailure::kNotOpen;
-    case LinkState::kEnded:
-      return LinkFailure::kEnded;
-    case LinkState::kAlive:
-      break;
-  }
-  return otherwise;
+  if (reply.failure == LinkFailure::kGivenUp) ledger_.GiveUp();
+  reply.text = WithoutLineFeed(std::move(reply.text));
+  return reply;
 }
 
 }  // namespace Nuv::Connect

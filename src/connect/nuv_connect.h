@@ -22,8 +22,10 @@ class NuvConnect final : public IChannel {
   static constexpr int kReplyTimeoutMs = 36000;
 
   // `usb`: the connector of the local link.
+  // `clock` outlives the channel.
   explicit NuvConnect(int replyTimeoutMs = kReplyTimeoutMs,
-                      std::unique_ptr<ConnectorBase> usb = MakeUsbConnector());
+                      std::unique_ptr<ConnectorBase> usb = MakeUsbConnector(),
+                      Platform::Clock& clock = Platform::SystemClock());
   ~NuvConnect() override;
 
   bool SearchDevices(std::vector<std::string>& found, std::string a, std::string b, int c) override;
@@ -46,10 +48,9 @@ class NuvConnect final : public IChannel {
   void BeginJob(JobKind kind) override { job_ = kind; }
   void EndJob(bool complete) override;
 
-  // From now on whoever waits for a reply has none within 600 ms, and opening and writing fail, but
-  // for a connection being made or a write under way. Takes no lock, so that it reaches the
-  // operation under way.
-  void GiveUp();
+  // From now on opening, writing and reading fail at once, and what is under way within 600 ms.
+  // Takes no lock, so that it reaches the operation under way.
+  void GiveUp() { waiter_.GiveUp(); }
 
   // Names the device at `index` of the last enumeration of `kind`, and that enumeration: whatever
   // has come into its place since has another name. Empty when there is none.
@@ -68,27 +69,25 @@ class NuvConnect final : public IChannel {
 
  private:
   bool Choose(int kind, int index);
-  std::string IdentityOf(int kind, int index) const;
+  Link& LinkOf(bool isNetwork) {
+    return isNetwork ? static_cast<Link&>(network_) : local_.Current();
+  }
+  Link& Current() { return LinkOf(isNetwork_); }
   // Makes the link that was opened current. `kept`: it was open all along.
   void Opened(bool isNetwork, bool kept);
-  // Whether an opening of the current printer would keep it open as it is.
-  bool IsKeptOpen();
   void DiscardStaleInput();
-  bool Write(const uint8_t* data, size_t length);
-  Reply ReadReply(Platform::Interrupt* interrupt);
-  LinkState State();
-  // Why the link brought nothing, as far as it tells; `otherwise` if it is alive.
-  LinkFailure Reason(LinkFailure otherwise);
+  LinkFailure Write(const uint8_t* data, size_t length);
+  Reply ReadReply();
 
   std::mutex mutex_;
-  LocalLink local_;
+  Platform::Waiter waiter_;
+  LocalLinks local_;
   NetworkLink network_;
   int index_ = -1;  // of the last choice
   bool isNetwork_ = false;
   ReplyLedger ledger_;      // of the current connection
   bool leftLocal_ = false;  // the local link was open when the network was chosen
   std::atomic<JobKind> job_{JobKind::kNone};
-  std::atomic<bool> gaveUp_{false};
 };
 
 }  // namespace Nuv::Connect

@@ -8,14 +8,9 @@ void Interrupt::Raise() {
   changed_.notify_all();
 }
 
-bool Interrupt::raised() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return raised_;
-}
-
 bool Interrupt::WaitFor(std::chrono::milliseconds duration) {
   std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, duration, [this] { return raised_; });
+  return changed_.wait_for(lock, duration, [this] { return raised(); });
 }
 
 bool Interrupt::WaitUntil(const std::function<bool()>& over) {

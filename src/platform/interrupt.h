@@ -1,6 +1,7 @@
 #ifndef NUV_PLATFORM_INTERRUPT_H_
 #define NUV_PLATFORM_INTERRUPT_H_
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -14,7 +15,7 @@ namespace Nuv::Platform {
 class Interrupt {
  public:
   void Raise();
-  bool raised() const;
+  bool raised() const { return raised_; }
 
   // Blocks for `duration` or until raised. True when raised.
   bool WaitFor(std::chrono::milliseconds duration);
@@ -25,9 +26,19 @@ class Interrupt {
   void Recheck();
 
  private:
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   std::condition_variable changed_;
-  bool raised_ = false;
+  std::atomic<bool> raised_{false};
+};
+
+// What ends a wait on a handle before its time; each may be null.
+struct Interrupts {
+  const Interrupt* channel = nullptr;  // nobody waits for anything any more
+  const Interrupt* call = nullptr;     // of the call under way
+
+  bool raised() const {
+    return (channel != nullptr && channel->raised()) || (call != nullptr && call->raised());
+  }
 };
 
 }  // namespace Nuv::Platform

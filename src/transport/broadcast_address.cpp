@@ -2,6 +2,8 @@
 
 #include <QHostAddress>
 
+namespace Nuv::Transport {
+
 namespace {
 
 uint32_t PartToNumber(const std::string& part) {
@@ -45,3 +47,5 @@ bool IsLoopback(const std::string& address) { return DottedToNumber(address) >> 
 std::string LiteralAddress(const std::string& text) {
   return QHostAddress(QString::fromStdString(text)).toString().toStdString();
 }
+
+}  // namespace Nuv::Transport

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace Nuv::Transport {
+
 // The number of a dotted IPv4 text: value = value * 256 + part, kept to 32 bits, a part that is no
 // decimal number counting as 0. An empty text gives 0.
 uint32_t DottedToNumber(const std::string& dotted);
@@ -20,5 +22,7 @@ bool IsLoopback(const std::string& address);
 
 // The plain form of a text that is an IPv4 or IPv6 address; empty for any other, names above all.
 std::string LiteralAddress(const std::string& text);
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_BROADCAST_ADDRESS_H_

@@ -2,11 +2,11 @@
 #define NUV_TRANSPORT_CONNECTOR_BASE_H_
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/waiter.h"
 #include "transport/link_state.h"
 
 // Results of Write and Read beside 0; any other is the system's error code.
@@ -21,7 +21,7 @@ constexpr uint32_t kReadBytes = 512;
 //
 // Thread-safety: none; the raw channel serialises the calls. One read and one write may be in
 // flight at the same time. Errors: returned as a status, never thrown; the connector stays usable
-// after kTransferTimeout.
+// after kTransferTimeout, which also tells that nobody waits any more.
 class ConnectorBase {
  public:
   // Lists the attached printers anew. False when the devices could not be walked; paths found until
@@ -56,19 +56,21 @@ class ConnectorBase {
   virtual bool Reopen(bool samePlugging) = 0;
 
   // Without waiting.
-  virtual LinkState Look() = 0;
+  virtual Nuv::Transport::LinkState Look() = 0;
 
   // Throws input away until none came for `quietMs`, for `limitMs` at most. True when there was
   // any.
   virtual bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) = 0;
 
-  // As Read, but over within 600 ms once `givenUp` says so.
-  virtual uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
-                              uint32_t timeoutMs) = 0;
-
   // Names the printer at `index` of the list, its port and this plugging in of it; empty when there
   // is none.
   virtual std::string Identity(size_t index) const = 0;
+
+  // How it waits from now on; `waiter` outlives it. Without: on the system's clock.
+  void set_waiter(const Nuv::Platform::Waiter& waiter) { waiter_ = &waiter; }
+
+ protected:
+  const Nuv::Platform::Waiter* waiter_ = &Nuv::Platform::SystemWaiter();
 };
 
 // The USB connector of this system.

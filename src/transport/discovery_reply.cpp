@@ -4,6 +4,8 @@
 
 #include "platform/diagnostics.h"
 
+namespace Nuv::Transport {
+
 namespace {
 
 using Words = std::vector<std::string>;
@@ -75,7 +77,7 @@ NetworkDevice ParseDiscoveryReply(const std::string& reply) {
   const Words words = SplitAtBlanks(Trimmed(reply));
   if (words.size() < 2 || words[1] != "OK") return device;
   if (!ParsePort(ExtractValue(words, "PORT=", ""), device.port)) {
-    Nuv::Platform::Diagnostic("search reply dropped, PORT= is no port number: %s", reply.c_str());
+    Platform::Diagnostic("search reply dropped, PORT= is no port number: %s", reply.c_str());
     return device;
   }
   device.address = WithoutClosingBracket(ExtractValue(words, "IP=<", "PORT"));
@@ -84,3 +86,5 @@ NetworkDevice ParseDiscoveryReply(const std::string& reply) {
   device.valid = true;
   return device;
 }
+
+}  // namespace Nuv::Transport

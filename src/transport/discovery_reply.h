@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace Nuv::Transport {
+
 // A printer that answered the search.
 struct NetworkDevice {
   bool valid = false;   // the reply was an acceptance; only such entries are kept
@@ -21,5 +23,7 @@ struct NetworkDevice {
 // Invalid when its second word is not "OK", or (with a diagnostic) when its port is no decimal
 // number of 16 bits; fields that are not there stay empty or 0.
 NetworkDevice ParseDiscoveryReply(const std::string& reply);
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_DISCOVERY_REPLY_H_

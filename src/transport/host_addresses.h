@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Nuv::Transport {
+
 // This host's own name; empty when the system does not tell.
 std::string LocalHostName();
 
@@ -11,5 +13,7 @@ std::string LocalHostName();
 // By the system's resolver: Qt's warns on the standard error of every program that has no
 // application object, which most hosts have not.
 std::vector<std::string> ResolveIPv4(const std::string& name);
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_HOST_ADDRESSES_H_

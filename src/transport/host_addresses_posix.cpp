@@ -7,6 +7,8 @@
 
 #include "transport/host_addresses.h"
 
+namespace Nuv::Transport {
+
 std::string LocalHostName() {
   char name[256] = {};
   return gethostname(name, sizeof name - 1) == 0 ? name : std::string();
@@ -30,3 +32,5 @@ std::vector<std::string> ResolveIPv4(const std::string& name) {
   freeaddrinfo(found);
   return addresses;
 }
+
+}  // namespace Nuv::Transport

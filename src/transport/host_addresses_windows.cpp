@@ -6,6 +6,8 @@
 #include "transport/host_addresses.h"
 #include "transport/socket_system.h"
 
+namespace Nuv::Transport {
+
 std::string LocalHostName() {
   char name[256] = {};
   if (!SocketSystem::Start()) return {};
@@ -32,3 +34,5 @@ std::vector<std::string> ResolveIPv4(const std::string& name) {
   freeaddrinfo(found);
   return addresses;
 }
+
+}  // namespace Nuv::Transport

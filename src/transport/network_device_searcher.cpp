@@ -13,6 +13,7 @@
 #include "transport/search_networks.h"
 #include "transport/socket_thread.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {
@@ -70,8 +71,8 @@ class NetworkDeviceSearcher::Replies {
 };
 
 NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message,
-                                             Nuv::Platform::Clock& clock)
-    : message_(QByteArray::fromStdString(message)), clock_(clock) {}
+                                             const Nuv::Platform::Waiter& waiter)
+    : message_(QByteArray::fromStdString(message)), waiter_(waiter) {}
 
 std::chrono::milliseconds NetworkDeviceSearcher::Longest(int timeoutMs) {
   return SearchBounds::Longest(timeoutMs) * Broadcasts().size();
@@ -105,9 +106,12 @@ void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t
   }
 
   const QByteArray echo = message_.toUpper();
-  SearchBounds bounds(broadcast, timeoutMs, clock_);
+  SearchBounds bounds(broadcast, timeoutMs, waiter_.clock());
   while (const int waitMs = bounds.WaitMs()) {
-    if (!socket.hasPendingDatagrams() && !socket.waitForReadyRead(waitMs)) return;
+    if (!waiter_.Until(waiter_.In(waitMs), socket.socketDescriptor(),
+                       Nuv::Platform::Readiness::kInput)) {
+      return;
+    }
     QByteArray text(static_cast<int>(socket.pendingDatagramSize()), '\0');
     const qint64 size = socket.readDatagram(text.data(), text.size());
     if (size < 0) continue;

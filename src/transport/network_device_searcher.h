@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/clock.h"
+#include "platform/waiter.h"
 
 // Finds printers by broadcasting the search message on every IPv4 network of the host and
 // collecting the answers.
@@ -17,9 +17,9 @@
 // search of the host binds the same port: the caller holds a SearchTurn.
 class NetworkDeviceSearcher : public QObject {
  public:
-  // `clock` limits the search and outlives the searcher.
-  explicit NetworkDeviceSearcher(const std::string& message,
-                                 Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock());
+  // `waiter` limits the search and outlives the searcher.
+  explicit NetworkDeviceSearcher(const std::string& message, const Nuv::Platform::Waiter& waiter =
+                                                                 Nuv::Platform::SystemWaiter());
 
   // How long a search may last at most: SearchBounds on each network of the host.
   static std::chrono::milliseconds Longest(int timeoutMs);
@@ -36,7 +36,7 @@ class NetworkDeviceSearcher : public QObject {
   void SearchNetwork(const std::string& broadcast, uint16_t port, int timeoutMs, Replies& replies);
 
   QByteArray message_;
-  Nuv::Platform::Clock& clock_;
+  const Nuv::Platform::Waiter& waiter_;
 };
 
 #endif  // NUV_TRANSPORT_NETWORK_DEVICE_SEARCHER_H_

@@ -2,12 +2,17 @@
 
 #include "transport/network_device_searcher.h"
 
+using namespace Nuv::Transport;
+
 // Like its connector: no thread of the host owns it.
-QNetworkLib::QNetworkLib(const TcpLimits& limits) : connector_(limits) { moveToThread(nullptr); }
+QNetworkLib::QNetworkLib(const TcpLimits& limits, const Nuv::Platform::Waiter& waiter)
+    : waiter_(waiter), connector_(limits, waiter) {
+  moveToThread(nullptr);
+}
 
 int QNetworkLib::Search(const std::string& message, uint16_t port, int timeoutMs) {
   devices_.clear();
-  NetworkDeviceSearcher searcher(message);
+  NetworkDeviceSearcher searcher(message, waiter_);
   for (const std::string& reply : searcher.Search(port, timeoutMs)) {
     NetworkDevice device = ParseDiscoveryReply(reply);
     if (device.valid) devices_.push_back(std::move(device));

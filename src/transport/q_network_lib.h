@@ -14,7 +14,8 @@
 // Thread-safety: none; the channel serialises the calls, which may come from any thread.
 class QNetworkLib : public QObject {
  public:
-  explicit QNetworkLib(const TcpLimits& limits = {});
+  // `waiter` outlives the object.
+  QNetworkLib(const Nuv::Transport::TcpLimits& limits, const Nuv::Platform::Waiter& waiter);
 
   // Replaces the device list by the printers that answer `message` on UDP `port` (see
   // NetworkDeviceSearcher for `timeoutMs`). Always 0.
@@ -33,25 +34,16 @@ class QNetworkLib : public QObject {
   // Connects again to the printer of the last successful connection, whatever the list holds now.
   bool Reconnect();
 
-  void Disconnect() { connector_.Disconnect(); }
-  LinkState Look() { return connector_.Look(); }
-  bool DiscardInput() { return connector_.DiscardInput(); }
-  bool DiscardUntilQuiet(int quietMs, int limitMs) {
-    return connector_.DiscardUntilQuiet(quietMs, limitMs);
-  }
-  TcpResult Send(const char* data, int64_t length, bool patient) {
-    return connector_.Send(data, length, patient);
-  }
-  TcpResult Receive(const std::string& expected, std::string& reply, int32_t timeoutMs) {
-    return connector_.Receive(expected, reply, timeoutMs);
-  }
+  // The connection.
+  TcpDeviceConnector& connector() { return connector_; }
 
  private:
-  bool Connect(const NetworkDevice& device);
+  bool Connect(const Nuv::Transport::NetworkDevice& device);
 
-  std::vector<NetworkDevice> devices_;
+  const Nuv::Platform::Waiter& waiter_;
+  std::vector<Nuv::Transport::NetworkDevice> devices_;
   TcpDeviceConnector connector_;
-  NetworkDevice current_;  // invalid until a connection was made
+  Nuv::Transport::NetworkDevice current_;  // invalid until a connection was made
 };
 
 #endif  // NUV_TRANSPORT_Q_NETWORK_LIB_H_

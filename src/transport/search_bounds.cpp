@@ -4,7 +4,9 @@
 
 #include "platform/diagnostics.h"
 
-using Nuv::Platform::Diagnostic;
+namespace Nuv::Transport {
+
+using Platform::Diagnostic;
 using std::chrono::milliseconds;
 
 milliseconds SearchBounds::Longest(int timeoutMs) {
@@ -13,7 +15,7 @@ milliseconds SearchBounds::Longest(int timeoutMs) {
   return std::max(milliseconds(timeoutMs) * kTimeLimits, kAtLeast);
 }
 
-SearchBounds::SearchBounds(std::string network, int timeoutMs, Nuv::Platform::Clock& clock)
+SearchBounds::SearchBounds(std::string network, int timeoutMs, Platform::Clock& clock)
     : network_(std::move(network)),
       timeoutMs_(timeoutMs),
       clock_(clock),
@@ -35,3 +37,5 @@ bool SearchBounds::Takes(size_t bytes) {
              network_.c_str(), kMostAnswers, kMostBytes);
   return false;
 }
+
+}  // namespace Nuv::Transport

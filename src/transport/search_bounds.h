@@ -7,6 +7,8 @@
 
 #include "platform/clock.h"
 
+namespace Nuv::Transport {
+
 // What a search takes from one network: a device that never stops sending holds no caller and fills
 // no memory. The search is over when the time or the answers are used up; that is told by one
 // diagnostic, and the rest is dropped.
@@ -21,7 +23,7 @@ class SearchBounds {
   static std::chrono::milliseconds Longest(int timeoutMs);
 
   // The search begins now. `network`: its name in the diagnostic. `clock` outlives this object.
-  SearchBounds(std::string network, int timeoutMs, Nuv::Platform::Clock& clock);
+  SearchBounds(std::string network, int timeoutMs, Platform::Clock& clock);
 
   // Milliseconds to wait for the next answer: the time limit, or less at the end. 0: it is over.
   int WaitMs() const;
@@ -32,10 +34,12 @@ class SearchBounds {
  private:
   const std::string network_;
   const int timeoutMs_;
-  const Nuv::Platform::Clock& clock_;
+  const Platform::Clock& clock_;
   const std::chrono::nanoseconds end_;
   size_t answers_ = 0;
   size_t bytes_ = 0;
 };
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_SEARCH_BOUNDS_H_

@@ -2,6 +2,8 @@
 
 #include "transport/broadcast_address.h"
 
+namespace Nuv::Transport {
+
 namespace {
 
 std::string NetmaskOf(const std::string& address, const std::vector<HostInterface>& interfaces) {
@@ -26,3 +28,5 @@ std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAd
   }
   return networks;
 }
+
+}  // namespace Nuv::Transport

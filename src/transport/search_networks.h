@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Nuv::Transport {
+
 // An IPv4 address of one of this host's network interfaces, as texts.
 struct HostInterface {
   std::string address;
@@ -23,5 +25,7 @@ struct HostNetwork {
 // the networks of all running interfaces instead.
 std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
                                           const std::vector<HostInterface>& interfaces);
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_SEARCH_NETWORKS_H_

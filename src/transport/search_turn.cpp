@@ -3,7 +3,9 @@
 #include "platform/diagnostics.h"
 #include "transport/network_device_searcher.h"
 
-using Nuv::Platform::Diagnostic;
+namespace Nuv::Transport {
+
+using Platform::Diagnostic;
 
 namespace {
 
@@ -16,7 +18,7 @@ std::mutex& ProcessMutex() {
 
 }  // namespace
 
-SearchTurn::SearchTurn(uint16_t port, int timeoutMs, Nuv::Platform::Clock& clock)
+SearchTurn::SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock)
     : process_(ProcessMutex(), std::defer_lock) {
   const QString path = SearchLockFile(port);
   if (!path.isEmpty()) {
@@ -41,3 +43,5 @@ bool SearchTurn::Try() {
   file_.reset();
   return true;
 }
+
+}  // namespace Nuv::Transport

@@ -9,6 +9,8 @@
 
 #include "platform/clock.h"
 
+namespace Nuv::Transport {
+
 // The right to search the network. All searches of a host bind the same port, and the system hands
 // an answer to one of them only; so searches take turns: those of this process, and by a lock file
 // those of this user's other programs.
@@ -19,8 +21,7 @@ class SearchTurn {
   // Waits until no other search is under way, at most as long as a search with `timeoutMs` may
   // last. When that is over, or no lock file can be made, the search is made all the same, with a
   // diagnostic.
-  SearchTurn(uint16_t port, int timeoutMs,
-             Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock());
+  SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock = Platform::SystemClock());
 
   // Ends the turn.
   ~SearchTurn() = default;
@@ -38,5 +39,7 @@ class SearchTurn {
 // network that this system can give to a process. Empty, with a diagnostic, when there is no place
 // that is the user's own.
 QString SearchLockFile(uint16_t port);
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_SEARCH_TURN_H_

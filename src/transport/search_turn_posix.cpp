@@ -10,7 +10,9 @@
 #include "platform/diagnostics.h"
 #include "transport/search_turn.h"
 
-using Nuv::Platform::Diagnostic;
+namespace Nuv::Transport {
+
+using Platform::Diagnostic;
 
 namespace {
 
@@ -48,3 +50,5 @@ QString SearchLockFile(uint16_t port) {
       "/search-" + std::to_string(port) + "-" + std::to_string(network.st_ino) + ".lock";
   return QFile::decodeName((folder + name).c_str());
 }
+
+}  // namespace Nuv::Transport

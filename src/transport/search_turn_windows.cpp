@@ -6,6 +6,8 @@
 
 #include "transport/search_turn.h"
 
+namespace Nuv::Transport {
+
 // The temporary folder is the user's own; the name tells users apart where a setting makes it one
 // for all.
 QString SearchLockFile(uint16_t port) {
@@ -15,3 +17,5 @@ QString SearchLockFile(uint16_t port) {
   return QDir::tempPath() + "/nuvconnect-" + QString::fromWCharArray(user) + "-search-" +
          QString::number(port) + ".lock";
 }
+
+}  // namespace Nuv::Transport

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "platform/clock.h"
 #include "transport/search_networks.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 
-// A socket of the system.
-using Handle = intptr_t;
+using Handle = Platform::Handle;
 constexpr Handle kNone = -1;
 
 enum class Kind { kTcp, kUdp };
@@ -21,21 +21,16 @@ enum class Kind { kTcp, kUdp };
 bool Start();
 
 // kNone on failure; LastError tells why. Of the others, a negative result is a failure. A TCP
-// socket never blocks: Connect waits for `microseconds` at most, Send takes what fits now, which
-// may be nothing.
+// socket never blocks: Connect begins a connection, of which Connected tells, once the socket is
+// ready for output, whether it stands; Send takes what fits now, which may be nothing.
 Handle Create(Kind kind);
-bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds);
+bool Connect(Handle socket, const std::string& address, uint16_t port);
+bool Connected(Handle socket);
 bool EnableBroadcast(Handle socket);
 ptrdiff_t Send(Handle socket, const char* data, size_t length);
 ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,
                  uint16_t port);
 ptrdiff_t Receive(Handle socket, char* buffer, size_t length);
-
-// True when there is something to read, or the connection has ended, within `microseconds`.
-bool WaitReadable(Handle socket, int64_t microseconds);
-
-// True when bytes can be sent, or the connection has ended, within `microseconds`.
-bool WaitWritable(Handle socket, int64_t microseconds);
 
 void ShutDownSending(Handle socket);
 void ShutDown(Handle socket);
@@ -47,6 +42,6 @@ int LastError();
 // The IPv4 addresses of this host's interfaces.
 std::vector<HostInterface> Interfaces();
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem
 
 #endif  // NUV_TRANSPORT_SOCKET_SYSTEM_H_

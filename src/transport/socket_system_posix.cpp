@@ -4,18 +4,14 @@
 #include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <limits>
 
 #include "transport/socket_system.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 namespace {
 
 int Descriptor(Handle socket) { return static_cast<int>(socket); }
@@ -35,25 +31,6 @@ std::string Text(const sockaddr* address) {
   return text;
 }
 
-// poll and not select: a host with a thousand open files has descriptors that select cannot hold.
-// A signal that the host handles does not begin the time anew.
-bool Wait(Handle socket, short events, int64_t microseconds) {
-  using std::chrono::steady_clock;
-  constexpr int64_t kMicrosecondsPerMs = 1000;
-  const steady_clock::time_point end =
-      steady_clock::now() + std::chrono::microseconds(microseconds);
-  pollfd entry{Descriptor(socket), events, 0};
-  for (;;) {
-    const int64_t ms = (microseconds + kMicrosecondsPerMs - 1) / kMicrosecondsPerMs;
-    const int ready =
-        ::poll(&entry, 1, static_cast<int>(std::min<int64_t>(ms, std::numeric_limits<int>::max())));
-    if (ready >= 0 || errno != EINTR) return ready > 0;
-    const auto left =
-        std::chrono::duration_cast<std::chrono::microseconds>(end - steady_clock::now());
-    microseconds = std::max<int64_t>(left.count(), 0);
-  }
-}
-
 }  // namespace
 
 bool Start() { return true; }
@@ -68,17 +45,18 @@ Handle Create(Kind kind) {
   return handle;
 }
 
-bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds) {
+bool Connect(Handle socket, const std::string& address, uint16_t port) {
   const sockaddr_in target = Address(address, port);
   const auto* const raw = reinterpret_cast<const sockaddr*>(&target);
-  if (::connect(Descriptor(socket), raw, sizeof target) == 0) return true;
   // Interrupted, it goes on all the same.
-  if (errno != EINPROGRESS && errno != EINTR) return false;
-  int error = ETIMEDOUT;
+  return ::connect(Descriptor(socket), raw, sizeof target) == 0 || errno == EINPROGRESS ||
+         errno == EINTR;
+}
+
+bool Connected(Handle socket) {
+  int error = 0;
   socklen_t size = sizeof error;
-  if (WaitWritable(socket, microseconds)) {
-    getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size);
-  }
+  getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size);
   errno = error;
   return error == 0;
 }
@@ -108,14 +86,6 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   return ::recv(Descriptor(socket), buffer, length, 0);
 }
 
-bool WaitReadable(Handle socket, int64_t microseconds) {
-  return Wait(socket, POLLIN, microseconds);
-}
-
-bool WaitWritable(Handle socket, int64_t microseconds) {
-  return Wait(socket, POLLOUT, microseconds);
-}
-
 void ShutDownSending(Handle socket) { ::shutdown(Descriptor(socket), SHUT_WR); }
 void ShutDown(Handle socket) { ::shutdown(Descriptor(socket), SHUT_RDWR); }
 void Close(Handle socket) { ::close(Descriptor(socket)); }
@@ -135,4 +105,4 @@ std::vector<HostInterface> Interfaces() {
   return interfaces;
 }
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem

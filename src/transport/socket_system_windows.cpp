@@ -9,7 +9,7 @@
 
 #include "transport/socket_system.h"
 
-namespace SocketSystem {
+namespace Nuv::Transport::SocketSystem {
 namespace {
 
 SOCKET Socket(Handle socket) { return static_cast<SOCKET>(socket); }
@@ -24,14 +24,6 @@ sockaddr_in Address(const std::string& address, uint16_t port) {
   target.sin_port = htons(port);
   inet_pton(AF_INET, address.c_str(), &target.sin_addr);
   return target;
-}
-
-timeval Limit(int64_t microseconds) {
-  constexpr int64_t kMicrosecondsPerSecond = 1000000;
-  timeval limit{};
-  limit.tv_sec = static_cast<long>(microseconds / kMicrosecondsPerSecond);
-  limit.tv_usec = static_cast<long>(microseconds % kMicrosecondsPerSecond);
-  return limit;
 }
 
 }  // namespace
@@ -60,16 +52,16 @@ Handle Create(Kind kind) {
   return static_cast<Handle>(handle);
 }
 
-bool Connect(Handle socket, const std::string& address, uint16_t port, int64_t microseconds) {
+bool Connect(Handle socket, const std::string& address, uint16_t port) {
   const sockaddr_in target = Address(address, port);
   const auto* const raw = reinterpret_cast<const sockaddr*>(&target);
-  if (::connect(Socket(socket), raw, sizeof target) == 0) return true;
-  if (WSAGetLastError() != WSAEWOULDBLOCK) return false;
-  int error = WSAETIMEDOUT;
+  return ::connect(Socket(socket), raw, sizeof target) == 0 || WSAGetLastError() == WSAEWOULDBLOCK;
+}
+
+bool Connected(Handle socket) {
+  int error = 0;
   int size = sizeof error;
-  if (WaitWritable(socket, microseconds)) {
-    getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
-  }
+  getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
   WSASetLastError(error);
   return error == 0;
 }
@@ -98,24 +90,6 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   return received;
 }
 
-bool WaitReadable(Handle socket, int64_t microseconds) {
-  fd_set readable;
-  FD_ZERO(&readable);
-  FD_SET(Socket(socket), &readable);
-  timeval limit = Limit(microseconds);
-  return ::select(0, &readable, nullptr, nullptr, &limit) > 0;
-}
-
-bool WaitWritable(Handle socket, int64_t microseconds) {
-  fd_set writable;
-  FD_ZERO(&writable);
-  FD_SET(Socket(socket), &writable);
-  // A connection that could not be made is told here alone.
-  fd_set failed = writable;
-  timeval limit = Limit(microseconds);
-  return ::select(0, nullptr, &writable, &failed, &limit) > 0;
-}
-
 void ShutDownSending(Handle socket) { ::shutdown(Socket(socket), SD_SEND); }
 void ShutDown(Handle socket) { ::shutdown(Socket(socket), SD_BOTH); }
 void Close(Handle socket) { ::closesocket(Socket(socket)); }
@@ -138,4 +112,4 @@ std::vector<HostInterface> Interfaces() {
   return interfaces;
 }
 
-}  // namespace SocketSystem
+}  // namespace Nuv::Transport::SocketSystem

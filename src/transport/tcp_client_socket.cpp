@@ -6,10 +6,13 @@
 
 #include "transport/host_addresses.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
+using Nuv::Platform::Readiness;
+
 constexpr int kMsPerSecond = 1000;
-constexpr int64_t kMicrosecondsPerMs = 1000;
 
 }  // namespace
 
@@ -22,13 +25,14 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   if (addresses.empty()) return false;
   socket_ = SocketSystem::Create(SocketSystem::Kind::kTcp);
   if (!IsOpen()) return false;
-  if (!SocketSystem::Connect(socket_, addresses.front(), port,
-                             limits_.connectMs * kMicrosecondsPerMs)) {
-    std::fprintf(stderr, "error connecting to server: %d\n", SocketSystem::LastError());
-    Close();
-    return false;
+  if (SocketSystem::Connect(socket_, addresses.front(), port) &&
+      waiter_.Until(waiter_.In(limits_.connectMs), socket_, Readiness::kOutput) &&
+      SocketSystem::Connected(socket_)) {
+    return true;
   }
-  return true;
+  std::fprintf(stderr, "error connecting to server: %d\n", SocketSystem::LastError());
+  Close();
+  return false;
 }
 
 int TcpClientSocket::Send(const char* data, int length) {
@@ -40,8 +44,10 @@ int TcpClientSocket::Send(const char* data, int length) {
     return taken < 0 ? -1 : left - taken;
   };
   left = takeMore();
-  if (left <= 0) return left == 0 ? 0 : -1;
-  return FinishWrite(socket_, left, limits_, takeMore) == WriteEnd::kTaken ? 0 : -1;
+  const WriteEnd end =
+      left < 0 ? WriteEnd::kLost : FinishWrite(socket_, left, limits_, waiter_, takeMore);
+  if (end == WriteEnd::kLost) Close();
+  return end == WriteEnd::kTaken ? 0 : -1;
 }
 
 int TcpClientSocket::Receive(char* buffer, int timeoutMs, int& received) {
@@ -53,7 +59,7 @@ int TcpClientSocket::Receive(char* buffer, int timeoutMs, int& received) {
 }
 
 bool TcpClientSocket::WaitForInput(int timeoutMs) {
-  return IsOpen() && SocketSystem::WaitReadable(socket_, timeoutMs * kMicrosecondsPerMs);
+  return IsOpen() && waiter_.Until(waiter_.In(timeoutMs), socket_, Readiness::kInput);
 }
 
 void TcpClientSocket::Close() {

@@ -15,7 +15,10 @@ class TcpClientSocket {
   // What Receive reads at most, and what its buffer must hold.
   static constexpr size_t kReadBytes = 512;
 
-  explicit TcpClientSocket(const TcpLimits& limits = {}) : limits_(limits) {}
+  // `waiter` outlives the socket.
+  explicit TcpClientSocket(const Nuv::Transport::TcpLimits& limits = {},
+                           const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter())
+      : limits_(limits), waiter_(waiter) {}
   ~TcpClientSocket() { Close(); }
   TcpClientSocket(const TcpClientSocket&) = delete;
   TcpClientSocket& operator=(const TcpClientSocket&) = delete;
@@ -25,7 +28,7 @@ class TcpClientSocket {
   bool Connect(const std::string& host, uint16_t port);
 
   // 0 when the system took all of `length` bytes in time; -1 otherwise, when closed, and for no
-  // bytes. After -1 a part may have been taken.
+  // bytes. After -1 a part may have been taken; when the connection has ended, it is closed.
   int Send(const char* data, int length);
 
   // Waits `timeoutMs` / 1000 whole seconds for data and reads once. 0 with `received` bytes in
@@ -36,11 +39,12 @@ class TcpClientSocket {
   bool WaitForInput(int timeoutMs);
 
   void Close();
-  bool IsOpen() const { return socket_ != SocketSystem::kNone; }
+  bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }
 
  private:
-  const TcpLimits limits_;
-  SocketSystem::Handle socket_ = SocketSystem::kNone;
+  const Nuv::Transport::TcpLimits limits_;
+  const Nuv::Platform::Waiter& waiter_;
+  Nuv::Transport::SocketSystem::Handle socket_ = Nuv::Transport::SocketSystem::kNone;
 };
 
 #endif  // NUV_TRANSPORT_TCP_CLIENT_SOCKET_H_

@@ -1,6 +1,5 @@
 #include "transport/tcp_device_connector.h"
 
-#include <QDeadlineTimer>
 #include <QNetworkProxy>
 #include <algorithm>
 #include <exception>
@@ -8,6 +7,7 @@
 #include "platform/diagnostics.h"
 #include "transport/socket_thread.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {
@@ -19,8 +19,8 @@ constexpr char kErrorE35[] = "E35";
 
 }  // namespace
 
-TcpDeviceConnector::TcpDeviceConnector(const TcpLimits& limits)
-    : limits_(limits), socket_(new QTcpSocket(this)) {
+TcpDeviceConnector::TcpDeviceConnector(const TcpLimits& limits, const Nuv::Platform::Waiter& waiter)
+    : limits_(limits), waiter_(waiter), socket_(new QTcpSocket(this)) {
   // A printer stands on the local network; a proxy set for the host program does not lead to it.
   socket_->setProxy(QNetworkProxy::NoProxy);
   DetachFromThreads(*this, *socket_);
@@ -36,19 +36,36 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
     Diagnostic("connect: \"%s\" is no address", host.c_str());
     return false;
   }
+  if (MakeConnection(address, port)) {
+    // Requests are small and each waits for its reply, so Nagle's delay would be added to each.
+    socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    opened_ = true;
+    return true;
+  }
+  Diagnostic("connect to %s port %u: %s", host.c_str(), unsigned{port},
+             socket_->state() == QAbstractSocket::ConnectingState
+                 ? "no answer"
+                 : qPrintable(socket_->errorString()));
+  socket_->abort();
+  return false;
+}
+
+bool TcpDeviceConnector::MakeConnection(const QHostAddress& address, uint16_t port) {
+  // Once the connection stands, Qt has but to see it.
+  constexpr int kSeenMs = 1000;
+  // Only a socket that is bound has a descriptor to wait on while it connects.
+  const bool isIPv6 = address.protocol() == QAbstractSocket::IPv6Protocol;
+  if (!socket_->bind(isIPv6 ? QHostAddress::AnyIPv6 : QHostAddress::AnyIPv4, 0,
+                     QAbstractSocket::DontShareAddress)) {
+    return false;
+  }
   // Unbuffered: a request goes out in the call that writes it and a reply is read in one more,
   // where the socket's own buffers would cost a wait and a query of the length each.
   socket_->connectToHost(address, port, QIODevice::ReadWrite | QIODevice::Unbuffered);
-  if (!socket_->waitForConnected(limits_.connectMs)) {
-    Diagnostic("connect to %s port %u: %s", host.c_str(), unsigned{port},
-               qPrintable(socket_->errorString()));
-    socket_->abort();
-    return false;
-  }
-  // Requests are small and each waits for its reply, so Nagle's delay would be added to each.
-  socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-  opened_ = true;
-  return true;
+  return IsConnected() || (socket_->state() == QAbstractSocket::ConnectingState &&
+                           waiter_.Until(waiter_.In(limits_.connectMs), socket_->socketDescriptor(),
+                                         Nuv::Platform::Readiness::kOutput) &&
+                           socket_->waitForConnected(kSeenMs));
 }
 
 void TcpDeviceConnector::Disconnect() {
@@ -70,18 +87,23 @@ TcpResult TcpDeviceConnector::Send(const char* data, int64_t length, bool patien
     }
     // The system's buffer takes a request at once; of a long line the rest has to wait.
     int64_t left = socket_->bytesToWrite();
+    const auto takeMore = [this]() -> int64_t {
+      socket_->flush();
+      return IsConnected() ? socket_->bytesToWrite() : -1;
+    };
     const WriteEnd end =
         left == 0 ? WriteEnd::kTaken
-                  : FinishWrite(socket_->socketDescriptor(), left, limits_, [this]() -> int64_t {
-                      socket_->flush();
-                      return IsConnected() ? socket_->bytesToWrite() : -1;
-                    });
+                  : FinishWrite(socket_->socketDescriptor(), left, limits_, waiter_, takeMore);
     if (left < all) stalls_ = 0;
     if (end == WriteEnd::kTaken) return TcpResult::kOk;
     if (end == WriteEnd::kStalled) ++stalls_;
     Diagnostic("send: %lld of %lld bytes not taken", static_cast<long long>(left),
                static_cast<long long>(all));
-    if (!patient || stalls_ >= kMostStalls) socket_->abort();
+    if (end == WriteEnd::kLost) {
+      socket_->abort();
+    } else if (!patient || stalls_ >= kMostStalls) {
+      Disconnect();
+    }
   } catch (const std::exception& error) {
     Diagnostic("send: %s", error.what());
   }
@@ -90,15 +112,16 @@ TcpResult TcpDeviceConnector::Send(const char* data, int64_t length, bool patien
 
 TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& reply,
                                       int32_t timeoutMs) {
+  constexpr int32_t kSliceMs = 600;
   if (!IsConnected()) return TcpResult::kNotConnected;
-  const int slices = timeoutMs / kReadSliceMs;
-  bool arrived = false;
-  for (int slice = 0; slice < slices && !arrived && IsConnected(); ++slice) {
-    arrived = socket_->waitForReadyRead(kReadSliceMs);
-  }
+  const int32_t slices = timeoutMs / kSliceMs;
+  if (slices <= 0) return TcpResult::kNoReply;
+  const Nuv::Platform::Deadline deadline = waiter_.In(slices * int64_t{kSliceMs});
   std::string text;
-  if (!arrived || !Take(text, limits_.replyBytes, Until::kShortRead)) return TcpResult::kNoReply;
-
+  do {
+    // What is ready may be an end.
+    if (!IsConnected() || !HasInput(deadline)) return TcpResult::kNoReply;
+  } while (!Take(text, limits_.replyBytes, Until::kShortRead));
   if (text.find(expected) == std::string::npos) {
     return text.find(kErrorE35) != std::string::npos ? TcpResult::kE35 : TcpResult::kUnexpected;
   }
@@ -109,7 +132,7 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
 bool TcpDeviceConnector::Take(std::string& text, size_t most, Until until) {
   const qint64 goesOn = until == Until::kShortRead ? kReadChunkBytes : 1;
   char chunk[kReadChunkBytes];
-  DiscardLimit limit(limits_);
+  DiscardLimit limit(limits_, waiter_.clock());
   bool any = false;
   qint64 count = 0;
   do {
@@ -127,24 +150,19 @@ bool TcpDeviceConnector::Take(std::string& text, size_t most, Until until) {
   return any;
 }
 
-bool TcpDeviceConnector::DiscardInput() {
+bool TcpDeviceConnector::Discard(int quietMs, int limitMs) {
   std::string nothing;
-  return IsConnected() && Take(nothing, 0, Until::kNothing);
-}
-
-bool TcpDeviceConnector::DiscardUntilQuiet(int quietMs, int limitMs) {
-  const QDeadlineTimer limit(limitMs);
-  bool any = DiscardInput();
-  while (IsConnected() && !limit.hasExpired()) {
-    const auto left = static_cast<int>(limit.remainingTime());
-    if (!socket_->waitForReadyRead(std::min(quietMs, left))) break;
-    any = DiscardInput() || any;
-  }
+  const Nuv::Platform::Deadline end = waiter_.In(limitMs);
+  bool any = false;
+  do {
+    any = (IsConnected() && Take(nothing, 0, Until::kNothing)) || any;
+  } while (quietMs > 0 && IsConnected() && waiter_.clock().Now() < end &&
+           HasInput(std::min(end, waiter_.In(quietMs))));
   return any;
 }
 
 LinkState TcpDeviceConnector::Look() {
-  DiscardInput();
+  Discard();
   if (IsConnected()) return LinkState::kAlive;
   return opened_ ? LinkState::kEnded : LinkState::kClosed;
 }

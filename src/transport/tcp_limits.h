@@ -1,13 +1,14 @@
 #ifndef NUV_TRANSPORT_TCP_LIMITS_H_
 #define NUV_TRANSPORT_TCP_LIMITS_H_
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
 
-#include "transport/socket_system.h"
+#include "platform/waiter.h"
+
+namespace Nuv::Transport {
 
 // How long a printer on TCP may hold its caller.
 struct TcpLimits {
@@ -28,19 +29,21 @@ enum class WriteEnd {
   kTaken,    // the system took all
   kStalled,  // no byte was taken for too long
   kSlow,     // bytes were taken, but too few
+  kGivenUp,  // nobody waits for it any more
   kLost,     // the connection has ended
 };
 
 // Writes the `left` bytes that the system did not take at once. `takeMore` hands over what fits and
 // tells what is left then, below 0 when the connection has ended. The socket is waited on for
 // writing only: a printer that sends and does not read would keep a wait for both busy for ever.
-WriteEnd FinishWrite(SocketSystem::Handle socket, int64_t& left, const TcpLimits& limits,
-                     const std::function<int64_t()>& takeMore);
+WriteEnd FinishWrite(Platform::Handle socket, int64_t& left, const TcpLimits& limits,
+                     const Platform::Waiter& waiter, const std::function<int64_t()>& takeMore);
 
 // Counts what is thrown away in one go.
 class DiscardLimit {
  public:
-  explicit DiscardLimit(const TcpLimits& limits) : limits_(limits) {}
+  DiscardLimit(const TcpLimits& limits, const Platform::Clock& clock)
+      : limits_(limits), clock_(clock) {}
 
   // False, with a diagnostic, when the printer is to be dropped.
   bool Allows(size_t bytes);
@@ -49,8 +52,11 @@ class DiscardLimit {
 
  private:
   const TcpLimits& limits_;
+  const Platform::Clock& clock_;
   size_t thrown_ = 0;
-  std::optional<std::chrono::steady_clock::time_point> end_;  // from the first bytes on
+  std::optional<Platform::Deadline> end_;  // from the first bytes on
 };
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_TCP_LIMITS_H_

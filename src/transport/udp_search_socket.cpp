@@ -8,11 +8,11 @@
 #include "transport/search_bounds.h"
 #include "transport/search_networks.h"
 
+using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
 
 namespace {
 
-constexpr int64_t kMicrosecondsPerMs = 1000;
 constexpr int kDefaultWaitMs = 500;
 constexpr std::chrono::milliseconds kPauseAfterSearch(100);
 constexpr size_t kReplyBytes = 255;
@@ -44,7 +44,7 @@ void UdpSearchSocket::BroadcastAll(const char* message, int length, uint16_t por
     const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
     if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return;
   }
-  clock_.SleepFor(kPauseAfterSearch);
+  waiter_.clock().SleepFor(kPauseAfterSearch);
 }
 
 int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::string& address,
@@ -55,7 +55,7 @@ int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::str
   if (!SearchNetwork(message, length, DirectedBroadcast(address, netmask), port, timeoutMs)) {
     return 0;
   }
-  clock_.SleepFor(kPauseAfterSearch);
+  waiter_.clock().SleepFor(kPauseAfterSearch);
   return 1;
 }
 
@@ -65,10 +65,10 @@ bool UdpSearchSocket::SearchNetwork(const char* message, int length, const std::
     Diagnostic("sendto error!, error code is %d", SocketSystem::LastError());
     return false;
   }
-  SearchBounds bounds(broadcast, timeoutMs > 0 ? timeoutMs : kDefaultWaitMs, clock_);
+  SearchBounds bounds(broadcast, timeoutMs > 0 ? timeoutMs : kDefaultWaitMs, waiter_.clock());
   char buffer[kReplyBytes];
   while (const int waitMs = bounds.WaitMs()) {
-    if (!SocketSystem::WaitReadable(socket_, waitMs * kMicrosecondsPerMs)) break;
+    if (!waiter_.Until(waiter_.In(waitMs), socket_, Nuv::Platform::Readiness::kInput)) break;
     const ptrdiff_t size = SocketSystem::Receive(socket_, buffer, sizeof buffer);
     if (size < 0 || !bounds.Takes(static_cast<size_t>(size))) break;
     std::wstring reply;

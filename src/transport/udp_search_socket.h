@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/clock.h"
+#include "platform/waiter.h"
 #include "transport/socket_system.h"
 
 // The local link's own search: broadcasts a message and collects the answers.
@@ -13,9 +13,9 @@
 // Thread-safety: none; the channel serialises the calls. All calls block.
 class UdpSearchSocket {
  public:
-  // `clock` paces and limits the searches and outlives the socket.
-  explicit UdpSearchSocket(Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock())
-      : clock_(clock) {}
+  // `waiter` paces and limits the searches and outlives the socket.
+  explicit UdpSearchSocket(const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter())
+      : waiter_(waiter) {}
   ~UdpSearchSocket() { Close(); }
   UdpSearchSocket(const UdpSearchSocket&) = delete;
   UdpSearchSocket& operator=(const UdpSearchSocket&) = delete;
@@ -38,12 +38,12 @@ class UdpSearchSocket {
   const std::vector<std::wstring>& replies() const { return replies_; }
 
  private:
-  bool IsOpen() const { return socket_ != SocketSystem::kNone; }
+  bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }
   bool SearchNetwork(const char* message, int length, const std::string& broadcast, uint16_t port,
                      int timeoutMs);
 
-  Nuv::Platform::Clock& clock_;
-  SocketSystem::Handle socket_ = SocketSystem::kNone;
+  const Nuv::Platform::Waiter& waiter_;
+  Nuv::Transport::SocketSystem::Handle socket_ = Nuv::Transport::SocketSystem::kNone;
   std::vector<std::wstring> replies_;
 };
 

@@ -9,15 +9,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cwchar>
-#include <limits>
 #include <system_error>
 
 #include "platform/diagnostics.h"
 #include "transport/usb_nodes.h"
 
-namespace {
+using namespace Nuv::Transport;
 
-using std::chrono::milliseconds;
+namespace {
 
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;
 // The rest of a late reply follows its first packet at once.
@@ -25,7 +24,6 @@ constexpr uint32_t kQuietMs = 20;
 // A printer keeps what nobody has read for whoever opens it next.
 constexpr uint32_t kNewQuietMs = 100;
 constexpr uint32_t kMostDiscardMs = 2000;
-constexpr milliseconds kSlice(500);
 
 // The driver puts at most so much into one transfer.
 constexpr uint32_t kTransferBytes = 8192;
@@ -56,9 +54,9 @@ class SystemCalls final : public DeviceCalls {
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return count;
   }
-  int Poll(int fd, short events, int timeoutMs) override {
+  int Poll(int fd, short events) override {
     pollfd node{fd, events, 0};
-    const int ready = OrError(poll(&node, 1, timeoutMs));
+    const int ready = OrError(poll(&node, 1, 0));
     return ready > 0 ? node.revents : ready;
   }
   void Close(int fd) override { close(fd); }
@@ -104,9 +102,6 @@ DeviceCalls& SystemDeviceCalls() {
 }
 
 std::unique_ptr<ConnectorBase> MakeUsbConnector() { return std::make_unique<UsbConnectorLinux>(); }
-
-UsbConnectorLinux::UsbConnectorLinux(Nuv::Platform::Clock& clock, DeviceCalls& calls)
-    : clock_(clock), calls_(calls) {}
 
 UsbConnectorLinux::~UsbConnectorLinux() { UsbConnectorLinux::Close(); }
 
@@ -182,9 +177,9 @@ void UsbConnectorLinux::Close() {
 uint32_t UsbConnectorLinux::Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) {
   if (fd_ < 0) return kNotOpen;
   const uint32_t firstMs = isNew_ ? kNewQuietMs : 0;
-  Discard(firstMs, std::max(firstMs, kQuietMs), DeadlineIn(kMostDiscardMs));
+  Discard(firstMs, std::max(firstMs, kQuietMs), waiter_->In(kMostDiscardMs));
   isNew_ = false;
-  const uint32_t status = WriteBlocks(data, length, DeadlineIn(timeoutMs));
+  const uint32_t status = WriteBlocks(data, length, waiter_->In(timeoutMs));
   if (status != kTransferTimeout && status != EINTR) return status;
   // The driver would still send the block once the printer takes data, long after it was given up.
   Nuv::Platform::Diagnostic("USB printer %s takes no data: the rest is dropped",
@@ -215,18 +210,9 @@ uint32_t UsbConnectorLinux::WriteBlocks(const uint8_t* data, uint32_t length, De
 }
 
 uint32_t UsbConnectorLinux::Read(uint8_t* buffer, uint32_t timeoutMs) {
-  return ReadUnless([] { return false; }, buffer, timeoutMs);
-}
-
-uint32_t UsbConnectorLinux::ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
-                                       uint32_t timeoutMs) {
   if (fd_ < 0) return kNotOpen;
-  const Deadline deadline = DeadlineIn(timeoutMs);
-  while (!givenUp()) {
-    const int ready = Wait(POLLIN, std::min(deadline, clock_.Now() + kSlice));
-    const bool isOver = clock_.Now() >= deadline;
-    if (ready == 0 && isOver) break;
-    if (ready == 0) continue;
+  const Deadline deadline = waiter_->In(timeoutMs);
+  while (const int ready = Wait(POLLIN, deadline)) {
     const int64_t count = calls_.Read(fd_, buffer, kReadBytes);
     if (count > 0) return 0;
     const bool failed = count < 0 && !MayTryAgain(count);
@@ -235,22 +221,25 @@ uint32_t UsbConnectorLinux::ReadUnless(const std::function<bool()>& givenUp, uin
       Report(opened_, "reading", failed ? static_cast<int>(-count) : ENODEV);
       break;
     }
-    if (isOver) break;
+    if (waiter_->clock().Now() >= deadline) break;
   }
   return kTransferTimeout;
 }
 
-UsbConnectorLinux::Deadline UsbConnectorLinux::DeadlineIn(uint32_t timeoutMs) const {
-  return clock_.Now() + milliseconds(timeoutMs);
+int UsbConnectorLinux::Events(short events) {
+  int ready = 0;
+  do {
+    ready = calls_.Poll(fd_, events);
+  } while (ready == -EINTR);
+  return ready >= 0 ? ready : POLLERR;
 }
 
 int UsbConnectorLinux::Wait(short events, Deadline deadline) {
-  for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(deadline - clock_.Now()).count();
-    const auto timeoutMs = std::clamp<int64_t>(left, 0, std::numeric_limits<int>::max());
-    const int ready = calls_.Poll(fd_, events, static_cast<int>(timeoutMs));
-    if (ready != -EINTR) return ready >= 0 ? ready : POLLERR;
-  }
+  using Nuv::Platform::Readiness;
+  const Readiness readiness = events == POLLOUT ? Readiness::kOutput : Readiness::kInput;
+  int ready = 0;
+  while (ready == 0 && waiter_->Until(deadline, fd_, readiness)) ready = Events(events);
+  return ready;
 }
 
 uint32_t UsbConnectorLinux::WaitForOutput(Deadline deadline) {
@@ -264,24 +253,24 @@ uint32_t UsbConnectorLinux::WaitForOutput(Deadline deadline) {
 
 LinkState UsbConnectorLinux::Look() {
   if (fd_ < 0) return LinkState::kClosed;
-  return (Wait(0, clock_.Now()) & kGone) != 0 ? LinkState::kEnded : LinkState::kAlive;
+  return (Events(0) & kGone) != 0 ? LinkState::kEnded : LinkState::kAlive;
 }
 
 bool UsbConnectorLinux::DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) {
-  return fd_ >= 0 && Discard(quietMs, quietMs, DeadlineIn(limitMs));
+  return fd_ >= 0 && Discard(quietMs, quietMs, waiter_->In(limitMs));
 }
 
 bool UsbConnectorLinux::Discard(uint32_t firstMs, uint32_t quietMs, Deadline deadline) {
   uint8_t stale[kReadBytes];
   bool any = false;
   do {
-    const int ready = Wait(POLLIN, std::min(deadline, DeadlineIn(any ? quietMs : firstMs)));
+    const int ready = Wait(POLLIN, std::min(deadline, waiter_->In(any ? quietMs : firstMs)));
     // A printer that has gone shows when it is written to.
     if (ready == 0 || (ready & kGone) != 0) break;
     const int64_t count = calls_.Read(fd_, stale, sizeof stale);
     if (count < 0 && !MayTryAgain(count)) break;
     any = any || count > 0;
-  } while (clock_.Now() < deadline);
+  } while (waiter_->clock().Now() < deadline);
   return any;
 }
 

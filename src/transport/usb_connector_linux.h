@@ -1,12 +1,10 @@
 #ifndef NUV_TRANSPORT_USB_CONNECTOR_LINUX_H_
 #define NUV_TRANSPORT_USB_CONNECTOR_LINUX_H_
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "platform/clock.h"
 #include "transport/connector_base.h"
 #include "transport/usb_nodes.h"
 
@@ -18,16 +16,16 @@ class DeviceCalls {
   virtual ~DeviceCalls() = default;
   virtual int Open(const std::string& node) = 0;
   // The device behind an open node; 0 or an error.
-  virtual int AddressOf(int fd, UsbAddress& address) = 0;
+  virtual int AddressOf(int fd, Nuv::Transport::UsbAddress& address) = 0;
   virtual int64_t Read(int fd, uint8_t* buffer, size_t size) = 0;
   // No signal ends it.
   virtual int64_t Write(int fd, const uint8_t* data, size_t size) = 0;
-  // The events that came, 0 when none did within the time.
-  virtual int Poll(int fd, short events, int timeoutMs) = 0;
+  // The events that are there; does not wait.
+  virtual int Poll(int fd, short events) = 0;
   virtual void Close(int fd) = 0;
 };
 
-// Never blocks but in Poll; lives as long as the process.
+// Never blocks; lives as long as the process.
 DeviceCalls& SystemDeviceCalls();
 
 // Printers on the nodes of the kernel's usblp driver.
@@ -35,9 +33,8 @@ DeviceCalls& SystemDeviceCalls();
 // Thread-safety: as ConnectorBase.
 class UsbConnectorLinux final : public ConnectorBase {
  public:
-  // Both outlive the connector.
-  explicit UsbConnectorLinux(Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock(),
-                             DeviceCalls& calls = SystemDeviceCalls());
+  // `calls` outlives the connector.
+  explicit UsbConnectorLinux(DeviceCalls& calls = SystemDeviceCalls()) : calls_(calls) {}
   ~UsbConnectorLinux() override;
   UsbConnectorLinux(const UsbConnectorLinux&) = delete;
   UsbConnectorLinux& operator=(const UsbConnectorLinux&) = delete;
@@ -54,22 +51,21 @@ class UsbConnectorLinux final : public ConnectorBase {
   uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override;
   std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override;
   bool Reopen(bool samePlugging) override;
-  LinkState Look() override;
+  Nuv::Transport::LinkState Look() override;
   bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override;
-  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
-                      uint32_t timeoutMs) override;
   std::string Identity(size_t index) const override;
 
  private:
-  using Deadline = std::chrono::nanoseconds;
+  using Deadline = Nuv::Platform::Deadline;
 
-  Deadline DeadlineIn(uint32_t timeoutMs) const;
   // Opens `known`, or else, unless `samePlugging`, what was plugged in there since and is the same
   // printer.
-  bool OpenAgain(UsbNode known, bool samePlugging);
+  bool OpenAgain(Nuv::Transport::UsbNode known, bool samePlugging);
   // 0 or the system's error; ENODEV when the node has become another device's.
-  int OpenNode(const UsbNode& meant);
-  // The events of the node, 0 when the deadline has passed.
+  int OpenNode(const Nuv::Transport::UsbNode& meant);
+  // The events of the node that are there.
+  int Events(short events);
+  // The same once there are any; 0 when the deadline has passed, or nobody waits.
   int Wait(short events, Deadline deadline);
   // Waits until the driver takes more, which is when it has got rid of what it has.
   uint32_t WaitForOutput(Deadline deadline);
@@ -77,10 +73,9 @@ class UsbConnectorLinux final : public ConnectorBase {
   bool Discard(uint32_t firstMs, uint32_t quietMs, Deadline deadline);
   uint32_t WriteBlocks(const uint8_t* data, uint32_t length, Deadline deadline);
 
-  Nuv::Platform::Clock& clock_;
   DeviceCalls& calls_;
-  std::vector<UsbNode> nodes_;
-  UsbNode opened_;  // last; without a path: none
+  std::vector<Nuv::Transport::UsbNode> nodes_;
+  Nuv::Transport::UsbNode opened_;  // last; without a path: none
   int fd_ = -1;
   bool isNew_ = false;  // opened and not yet written to
 };

@@ -6,6 +6,8 @@
 #include "platform/diagnostics.h"
 #include "transport/usb_identity.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 // Device interface class of USB printers.
@@ -23,10 +25,6 @@ constexpr uint32_t kQuietMs = 100;
 // A reply that came twice is there already.
 constexpr uint32_t kExtraReplyMs = 5;
 constexpr uint32_t kMostDiscardMs = 2000;
-constexpr DWORD kSliceMs = 500;
-
-using GivenUp = std::function<bool()>;
-bool Never() { return false; }
 
 HANDLE OpenOverlapped(const std::wstring& path, DWORD access) {
   return CreateFileW(
@@ -46,34 +44,6 @@ void PrepareTransfer(OVERLAPPED& overlapped) {
   overlapped.Offset = 0;
   overlapped.OffsetHigh = 0;
   ResetEvent(overlapped.hEvent);
-}
-
-bool Ends(const OVERLAPPED& overlapped, uint32_t timeoutMs, const GivenUp& givenUp) {
-  const ULONGLONG end = GetTickCount64() + timeoutMs;
-  for (;;) {
-    const ULONGLONG now = GetTickCount64();
-    const ULONGLONG left = now < end ? end - now : 0;
-    const auto slice = static_cast<DWORD>(std::min<ULONGLONG>(left, kSliceMs));
-    if (WaitForSingleObject(overlapped.hEvent, slice) == WAIT_OBJECT_0) return true;
-    if (left <= kSliceMs || givenUp()) return false;
-  }
-}
-
-// Waits for a transfer for which `started` was returned. False when it did not start or end in
-// time.
-bool Finish(BOOL started, HANDLE handle, OVERLAPPED& overlapped, uint32_t timeoutMs,
-            const GivenUp& givenUp = Never) {
-  if (started) return true;
-  if (GetLastError() != ERROR_IO_PENDING) {
-    CancelIo(handle);
-    return false;
-  }
-  if (Ends(overlapped, timeoutMs, givenUp)) return true;
-  // Until a cancelled transfer has ended, the system still writes to its buffer and its record. It
-  // may have ended by itself meanwhile.
-  DWORD moved = 0;
-  CancelIo(handle);
-  return GetOverlappedResult(handle, &overlapped, &moved, TRUE) != FALSE;
 }
 
 void CloseIfValid(HANDLE& handle) {
@@ -280,18 +250,14 @@ uint32_t UsbConnectorWin::Write(const uint8_t* data, uint32_t length, uint32_t t
 }
 
 uint32_t UsbConnectorWin::Read(uint8_t* buffer, uint32_t timeoutMs) {
-  return ReadUnless(Never, buffer, timeoutMs);
-}
-
-uint32_t UsbConnectorWin::ReadUnless(const GivenUp& givenUp, uint8_t* buffer, uint32_t timeoutMs) {
   if (!isOpen_) return kNotOpen;
   listenMs_ = kQuietMs;
-  if (givenUp()) return kTransferTimeout;
+  if (waiter_->over()) return kTransferTimeout;
   PrepareTransfer(readOverlapped_);
   DWORD received = 0;
   const BOOL started = ReadFile(readHandle_, buffer, kReadBytes, &received, &readOverlapped_);
   isBroken_ = isBroken_ || (!started && GetLastError() != ERROR_IO_PENDING);
-  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs, givenUp)) return kTransferTimeout;
+  if (!Finish(started, readHandle_, readOverlapped_, timeoutMs)) return kTransferTimeout;
   // A transfer that failed has put nothing into the buffer, which says the same.
   const BOOL done = GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE);
   isBroken_ = isBroken_ || !done;
@@ -299,12 +265,30 @@ uint32_t UsbConnectorWin::ReadUnless(const GivenUp& givenUp, uint8_t* buffer, ui
   return 0;
 }
 
+bool UsbConnectorWin::Finish(BOOL started, HANDLE handle, OVERLAPPED& overlapped,
+                             uint32_t timeoutMs) {
+  if (started) return true;
+  if (GetLastError() != ERROR_IO_PENDING) {
+    CancelIo(handle);
+    return false;
+  }
+  if (waiter_->Until(waiter_->In(timeoutMs), reinterpret_cast<intptr_t>(overlapped.hEvent),
+                     Nuv::Platform::Readiness::kEvent)) {
+    return true;
+  }
+  // Until a cancelled transfer has ended, the system still writes to its buffer and its record. It
+  // may have ended by itself meanwhile.
+  DWORD moved = 0;
+  CancelIo(handle);
+  return GetOverlappedResult(handle, &overlapped, &moved, TRUE) != FALSE;
+}
+
 bool UsbConnectorWin::DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) {
   return isOpen_ && Discard(quietMs, quietMs, limitMs);
 }
 
 bool UsbConnectorWin::Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limitMs) {
-  const ULONGLONG end = GetTickCount64() + limitMs;
+  const Nuv::Platform::Deadline end = waiter_->In(limitMs);
   uint8_t stale[kReadBytes];
   bool any = false;
   do {
@@ -314,6 +298,6 @@ bool UsbConnectorWin::Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limit
     if (!Finish(started, readHandle_, readOverlapped_, any ? quietMs : firstMs)) break;
     if (!GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE)) break;
     any = any || received > 0;
-  } while (GetTickCount64() < end);
+  } while (waiter_->clock().Now() < end);
   return any;
 }

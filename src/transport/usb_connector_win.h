@@ -30,10 +30,8 @@ class UsbConnectorWin final : public ConnectorBase {
   std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) override;
   bool Reopen(bool samePlugging) override;
   // Asks whether the printer is still listed: the system tells nothing of an open handle.
-  LinkState Look() override;
+  Nuv::Transport::LinkState Look() override;
   bool DiscardUntilQuiet(uint32_t quietMs, uint32_t limitMs) override;
-  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
-                      uint32_t timeoutMs) override;
   std::string Identity(size_t index) const override;
 
  private:
@@ -62,6 +60,9 @@ class UsbConnectorWin final : public ConnectorBase {
   bool OpenAgain(const Device& known, bool samePlugging);
   bool OpenDevice(const Device& meant);
   void CloseHandles();
+  // Waits for a transfer for which `started` was returned. False when it did not start or end in
+  // time, or nobody waits.
+  bool Finish(BOOL started, HANDLE handle, OVERLAPPED& overlapped, uint32_t timeoutMs);
   // Throws input away: until none came for `firstMs`, or for `quietMs` after some. True: some.
   bool Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limitMs);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace Nuv::Transport {
+
 namespace {
 
 // Vendor and product of every printer. Product 2605 is none of them.
@@ -36,3 +38,5 @@ std::wstring MakeUsbHardwareId(std::string_view vendor, std::string_view product
   id.append(vendor.begin(), vendor.end()).append(L"&PID_");
   return id.append(product.begin(), product.end());
 }
+
+}  // namespace Nuv::Transport

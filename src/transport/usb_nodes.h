@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace Nuv::Transport {
+
 // One plugging in of a device: the bus counts its devices on.
 struct UsbAddress {
   int bus = 0;
@@ -27,5 +29,7 @@ struct UsbNode {
 //
 // Thread-safety: safe.
 std::optional<std::vector<UsbNode>> FindPrinterNodes();
+
+}  // namespace Nuv::Transport
 
 #endif  // NUV_TRANSPORT_USB_NODES_H_

@@ -11,6 +11,8 @@
 #include "transport/usb_identity.h"
 #include "transport/usb_nodes.h"
 
+namespace Nuv::Transport {
+
 namespace {
 
 struct Unref {
@@ -71,7 +73,7 @@ std::optional<std::vector<UsbNode>> FindPrinterNodes() {
   if (!list || udev_enumerate_add_match_subsystem(list.get(), "usbmisc") < 0 ||
       udev_enumerate_add_match_sysname(list.get(), "lp*") < 0 ||
       udev_enumerate_scan_devices(list.get()) < 0) {
-    Nuv::Platform::Diagnostic("USB devices cannot be listed");
+    Platform::Diagnostic("USB devices cannot be listed");
     return std::nullopt;
   }
   std::vector<NumberedNode> numbered = NodesOf(context.get(), list.get());
@@ -82,3 +84,5 @@ std::optional<std::vector<UsbNode>> FindPrinterNodes() {
   for (NumberedNode& node : numbered) nodes.push_back(std::move(node.second));
   return nodes;
 }
+
+}  // namespace Nuv::Transport

@@ -214,7 +214,7 @@ TEST_F(DevicesTest, SearchesTakeTurns) {
 // Another program's search is played by its lock file.
 TEST_F(DevicesTest, WaitingForATurnHoldsUpNoQuery) {
   StartConnected(Printer("A1"));
-  QLockFile others(SearchLockFile(kDefaultSearchPort));
+  QLockFile others(Transport::SearchLockFile(kDefaultSearchPort));
   ASSERT_TRUE(others.tryLock(0));
   std::atomic<bool> done{false};
   std::thread searching([&] {

@@ -1,11 +1,10 @@
-// The local link's socket mode, through the raw channel and by itself, and the network link.
+// The local link's sockets, through the raw channel and by themselves, and the network link.
 
 #include <gmock/gmock.h>
 
-#include <thread>
-
+#include "connect/local_link.h"
+#include "connect/network_link.h"
 #include "connect/search_settings.h"
-#include "connect/socket_mode.h"
 #include "tests/connect/lab.h"
 
 namespace Nuv::Connect {
@@ -78,96 +77,100 @@ TEST_F(LocalSocketsTest, ExchangesCommandsWithAPrinterOfTheSearch) {
   EXPECT_TRUE(Becomes([&] { return !simulator->Status().connected; }));
 }
 
-// The mode itself, connected to the one printer.
-class SocketModeTest : public Lab {
+// The link itself, connected to the one printer.
+class SocketLinkTest : public Lab {
  protected:
   void StartConnected() {
     simulator.reset();
     Start({Printer("A1")});
     std::vector<std::string> found;
-    EXPECT_EQ(mode->Identity(0), "") << "nothing searched yet";
-    ASSERT_TRUE(
-        mode->SearchDevices("F195\r\n", 6013, "10.77.1.1", "255.255.255.0", kSearchMs, found));
-    EXPECT_EQ(mode->Identity(0), "10.77.1.2:" + std::to_string(simulator->TcpPort()));
-    EXPECT_EQ(mode->Identity(1), "");
-    ASSERT_TRUE(mode->Open(0));
+    EXPECT_EQ(link->Identity(0), "") << "nothing searched yet";
+    ASSERT_TRUE(link->SearchDevices(found, "10.77.1.1", "255.255.255.0", kSearchMs));
+    EXPECT_EQ(link->Identity(0), "10.77.1.2:" + std::to_string(simulator->TcpPort()));
+    EXPECT_EQ(link->Identity(1), "");
+    ASSERT_TRUE(link->Open(0));
   }
-  bool Write(const std::string& text) {
-    return mode->Write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  LinkFailure Write(const std::string& text) {
+    return link->Write(reinterpret_cast<const uint8_t*>(text.data()), text.size(), false);
   }
 
   static constexpr int kLongMs = 20000;
 
-  std::unique_ptr<SocketMode> mode = std::make_unique<SocketMode>();
+  Platform::Waiter waiter;
+  std::unique_ptr<SocketLink> link = std::make_unique<SocketLink>(waiter);
 };
 
-TEST_F(SocketModeTest, NoticesThatThePrinterHasEndedTheConnection) {
-  EXPECT_EQ(mode->Look(), LinkState::kClosed);
+TEST_F(SocketLinkTest, NoticesThatThePrinterHasEndedTheConnection) {
+  EXPECT_EQ(link->Look(), LinkState::kClosed);
   StartConnected();
-  EXPECT_EQ(mode->Look(), LinkState::kAlive);
+  EXPECT_EQ(link->Look(), LinkState::kAlive);
   for (const char* const end : {"drop,code=102", "reset,code=102"}) {
     Commits(end);
-    ASSERT_TRUE(Write("F101\r\nF102\r\n"));
+    ASSERT_EQ(Write("F101\r\nF102\r\n"), LinkFailure::kNone);
     // Behind a reply that nobody reads; the end alone ends this wait before its limit.
-    EXPECT_TRUE(mode->DiscardUntilQuiet(kLongMs, kLongMs));
-    EXPECT_EQ(mode->Look(), LinkState::kEnded);
-    EXPECT_EQ(mode->Look(), LinkState::kEnded);
-    EXPECT_FALSE(mode->IsOpen());
-    EXPECT_FALSE(Write("F102\r\n"));
-    EXPECT_EQ(mode->ReadReply(nullptr), "");
-    ASSERT_TRUE(mode->Reopen(false));
-    EXPECT_EQ(mode->Look(), LinkState::kAlive);
-    ASSERT_TRUE(Write("F102\r\n"));
-    EXPECT_EQ(mode->ReadReply(nullptr), "F102 OK S:0\r\n");
+    EXPECT_TRUE(link->Discard(kLongMs, kLongMs));
+    EXPECT_EQ(link->Look(), LinkState::kEnded);
+    EXPECT_EQ(link->Look(), LinkState::kEnded);
+    EXPECT_FALSE(link->IsOpen());
+    EXPECT_EQ(Write("F102\r\n"), LinkFailure::kEnded);
+    EXPECT_EQ(link->ReadReply().failure, LinkFailure::kEnded);
+    ASSERT_TRUE(link->Reopen(false));
+    EXPECT_EQ(link->Look(), LinkState::kAlive);
+    ASSERT_EQ(Write("F102\r\n"), LinkFailure::kNone);
+    EXPECT_EQ(link->ReadReply().text, "F102 OK S:0\r\n");
   }
-  mode->Close();
-  EXPECT_EQ(mode->Look(), LinkState::kClosed);
+  link->Close();
+  EXPECT_EQ(link->Look(), LinkState::kClosed);
 }
 
-TEST_F(SocketModeTest, DiscardsUntilQuiet) {
+TEST_F(SocketLinkTest, DiscardsUntilQuiet) {
   StartConnected();
-  EXPECT_FALSE(mode->DiscardUntilQuiet(1, kLongMs));
-  ASSERT_TRUE(Write("F101\r\n"));
-  EXPECT_TRUE(mode->DiscardUntilQuiet(500, kLongMs));
+  EXPECT_FALSE(link->Discard(1, kLongMs));
+  ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+  EXPECT_TRUE(link->Discard(500, kLongMs));
   // Seconds of drops: the limit alone ends this wait.
   Commits("pieces,code=101,bytes=1,ms=50");
-  ASSERT_TRUE(Write("F101\r\n"));
-  EXPECT_TRUE(mode->DiscardUntilQuiet(kLongMs, 200));
-  EXPECT_EQ(mode->Look(), LinkState::kAlive);
+  ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+  EXPECT_TRUE(link->Discard(kLongMs, 200));
+  EXPECT_EQ(link->Look(), LinkState::kAlive);
 }
 
-TEST_F(SocketModeTest, DropsAPrinterThatSendsWithoutAPause) {
-  TcpLimits fewBytes;
+TEST_F(SocketLinkTest, DropsAPrinterThatSendsWithoutAPause) {
+  Transport::TcpLimits fewBytes;
   fewBytes.discardBytes = 1;
-  TcpLimits noTime;
+  Transport::TcpLimits noTime;
   noTime.discardMs = 0;
-  for (const TcpLimits& limits : {fewBytes, noTime}) {
-    mode = std::make_unique<SocketMode>(limits);
+  for (const Transport::TcpLimits& limits : {fewBytes, noTime}) {
+    link = std::make_unique<SocketLink>(waiter, limits);
     StartConnected();
-    ASSERT_TRUE(Write("F101\r\n"));
-    EXPECT_TRUE(mode->DiscardUntilQuiet(kLongMs, kLongMs)) << "over with the first of the reply";
-    EXPECT_FALSE(Write("F102\r\n"));
-    EXPECT_EQ(mode->Look(), LinkState::kEnded);
+    ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+    EXPECT_TRUE(link->Discard(kLongMs, kLongMs)) << "over with the first of the reply";
+    EXPECT_EQ(Write("F102\r\n"), LinkFailure::kEnded);
+    EXPECT_EQ(link->Look(), LinkState::kEnded);
   }
 }
 
-TEST_F(SocketModeTest, WriteThatIsNotTakenEndsTheConnection) {
-  TcpLimits limits;
+TEST_F(SocketLinkTest, WriteThatIsNotTakenEndsTheConnection) {
+  Transport::TcpLimits limits;
   limits.stallMs = 0;
-  mode = std::make_unique<SocketMode>(limits);
+  link = std::make_unique<SocketLink>(waiter, limits);
   StartConnected();
-  EXPECT_FALSE(Write(std::string(size_t{32} << 20, 'x'))) << "more than the system takes at once";
-  EXPECT_EQ(mode->Look(), LinkState::kEnded);
+  EXPECT_EQ(Write(std::string(size_t{32} << 20, 'x')), LinkFailure::kNotTaken)
+      << "more than the system takes at once";
+  EXPECT_EQ(link->Look(), LinkState::kClosed);
 }
 
-TEST_F(SocketModeTest, InterruptEndsTheWaitForAReply) {
+TEST_F(SocketLinkTest, InterruptEndsTheWaitForAReply) {
   StartConnected();
   Platform::Interrupt interrupt;
   interrupt.Raise();
-  Commits("late,code=102,ms=2500");
-  ASSERT_TRUE(Write("F102\r\n"));
-  EXPECT_EQ(mode->ReadReply(&interrupt), "");
-  EXPECT_EQ(mode->ReadReply(nullptr), "F102 OK S:0\r\n");
+  ASSERT_EQ(Write("F102\r\n"), LinkFailure::kNone);
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == 1; }));
+  {
+    const Platform::Waiter::Call call(waiter, &interrupt);
+    EXPECT_EQ(link->ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
+  }
+  EXPECT_EQ(link->ReadReply().text, "F102 OK S:0\r\n");
 }
 
 // The link of the TCP connector.
@@ -175,7 +178,8 @@ class NetworkLinkTest : public Lab {};
 
 TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
   Start({Printer("A1")});
-  NetworkLink link(36000);
+  Platform::Waiter waiter;
+  NetworkLink link(36000, waiter);
   std::vector<std::string> found;
   SearchSettings::Instance().set_timeout_ms(kSearchMs);
   ASSERT_TRUE(link.EnumerateDevices(found));
@@ -189,22 +193,21 @@ TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
   const auto write = [&] {
     return link.Write(reinterpret_cast<const uint8_t*>(request.data()), request.size(), false);
   };
-  Commits("late,code=102,ms=2500");
-  ASSERT_TRUE(write());
+  ASSERT_EQ(write(), LinkFailure::kNone);
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == 1; }));
   Platform::Interrupt interrupt;
-  std::thread raises([&] { interrupt.Raise(); });
-  EXPECT_EQ(link.ReadReply(&interrupt), "");
-  raises.join();
-  EXPECT_EQ(link.ReadReply(nullptr), "F102 OK S:0\r\n");
+  interrupt.Raise();
+  {
+    const Platform::Waiter::Call call(waiter, &interrupt);
+    EXPECT_EQ(link.ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
+  }
+  EXPECT_EQ(link.ReadReply().text, "F102 OK S:0\r\n");
 
-  ASSERT_TRUE(write());
-  link.GiveUp();
-  EXPECT_EQ(link.ReadReply(nullptr), "") << "though there is one";
-  EXPECT_FALSE(write());
-  EXPECT_FALSE(link.Reopen());
-  EXPECT_FALSE(link.Open(0));
-  EXPECT_FALSE(link.OpenAddress("10.77.1.2"));
+  ASSERT_EQ(write(), LinkFailure::kNone);
+  waiter.GiveUp();
+  EXPECT_EQ(link.ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
   EXPECT_EQ(link.Look(), LinkState::kAlive);
+  EXPECT_FALSE(link.Reopen(false)) << "nobody waits for a connection";
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/clock.h"
 #include "transport/connector_base.h"
 
 namespace Nuv::Connect {
@@ -34,7 +33,6 @@ struct Port {
   std::function<void()> onOpen = [] {};
   std::vector<std::string> opened;  // the texts that Open was given, and "same", "again"
   int closes = 0;
-  Platform::Clock* clock = nullptr;
   uint32_t readMs = 0;             // of each read
   std::deque<std::string> blocks;  // of the next reads; none left: time-out
   std::vector<std::string> written;
@@ -94,16 +92,14 @@ class ScriptedConnector final : public ConnectorBase {
     if (port_.onWrite) port_.onWrite(port_.written.back());
     return port_.writeStatus;
   }
-  uint32_t Read(uint8_t*, uint32_t) override { return kNotOpen; }
-  uint32_t ReadUnless(const std::function<bool()>& givenUp, uint8_t* buffer,
-                      uint32_t timeoutMs) override {
+  uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
     EXPECT_LE(timeoutMs, 3000U);
     port_.reading = true;
     if (port_.onRead) port_.onRead();
     port_.reading = false;
     const uint32_t tookMs = std::min(port_.readMs, timeoutMs);
-    if (port_.clock != nullptr) port_.clock->SleepFor(std::chrono::milliseconds(tookMs));
-    if (givenUp() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
+    waiter_->clock().SleepFor(std::chrono::milliseconds(tookMs));
+    if (waiter_->over() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
     const std::string block = port_.blocks.front();
     port_.blocks.pop_front();
     EXPECT_LE(block.size(), kReadBytes);

@@ -116,12 +116,12 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
 }
 
 TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
-  UsbMode mode(std::make_unique<ScriptedConnector>(port));
+  UsbLink link(std::make_unique<ScriptedConnector>(port), Platform::SystemWaiter());
   port.printers = {{"A"}};
-  ASSERT_TRUE(mode.EnumerateDevices(serials));
-  EXPECT_EQ(mode.Identity(0), "printer 0");
-  EXPECT_EQ(mode.Identity(-1), "");
-  ASSERT_TRUE(mode.Open(0));
+  ASSERT_TRUE(link.EnumerateDevices(serials));
+  EXPECT_EQ(link.Identity(0), "printer 0");
+  EXPECT_EQ(link.Identity(-1), "");
+  ASSERT_TRUE(link.Open(0));
   const struct {
     LinkState look;
     bool inJob;
@@ -135,42 +135,37 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   for (const auto& row : kRows) {
     port.opened.clear();
     port.look = row.look;
-    if (row.look == LinkState::kClosed) mode.Close();
-    EXPECT_EQ(mode.Reopen(row.inJob), row.opens);
+    if (row.look == LinkState::kClosed) link.Close();
+    EXPECT_EQ(link.Reopen(row.inJob), row.opens);
     EXPECT_EQ(port.opened, row.asked);
   }
 }
 
 TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
-  LocalLink link(std::make_unique<ScriptedConnector>(port), clock);
   port.printers = {{"A"}};
-  port.clock = &clock;
   port.readMs = 2900;
-  ASSERT_TRUE(link.EnumerateDevices(serials));
-  ASSERT_TRUE(link.Open(0));
+  auto* const channel = dynamic_cast<NuvConnect*>(framework.GetConnect());
+  ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
+  ASSERT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 0));
   port.blocks = std::deque<std::string>(20, "x");
   const int64_t before = clock.SleptMs();
-  EXPECT_EQ(link.ReadReply(nullptr), std::string(10, 'x'));
+  EXPECT_EQ(channel->ReceiveReply(), std::string(10, 'x'));
   EXPECT_EQ(clock.SleptMs() - before, 30000);
 
   Platform::Interrupt interrupt;
-  EXPECT_NE(link.ReadReply(&interrupt), "");
+  EXPECT_NE(channel->ReadAgain(&interrupt).text, "");
   interrupt.Raise();
-  EXPECT_EQ(link.ReadReply(&interrupt), "");
+  EXPECT_EQ(channel->ReadAgain(&interrupt).text, "");
+  EXPECT_EQ(channel->ReadAgain(&interrupt).failure, LinkFailure::kGivenUp);
   port.blocks = {"F9 OK\n"};
-  EXPECT_EQ(link.ReadReply(nullptr), "F9 OK\n") << "that was one call's";
-  link.Close();
-  std::vector<uint8_t> last;
-  EXPECT_TRUE(link.LastRead(last));
+  EXPECT_EQ(channel->ReceiveReply(), "F9 OK") << "that was one call's";
 
-  ASSERT_TRUE(link.Reopen(false));
-  link.GiveUp();
+  channel->GiveUp();
   port.blocks = {"F9 OK\n"};
-  const uint8_t byte = 'x';
-  EXPECT_EQ(link.ReadReply(nullptr), "");
-  EXPECT_FALSE(link.Write(&byte, 1));
-  EXPECT_FALSE(link.Open(0));
-  EXPECT_FALSE(link.Reopen(false));
+  EXPECT_EQ(channel->ReceiveReply(), "");
+  EXPECT_FALSE(channel->SendBytes({'x'}));
+  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
+  EXPECT_FALSE(channel->OpenDevice());
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {

@@ -6,6 +6,8 @@
 #include "transport/broadcast_address.h"
 #include "transport/discovery_reply.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 TEST(BroadcastAddressTest, ReachesTheWholeNetwork) {

@@ -13,6 +13,8 @@
 #include "tests/support/manual_clock.h"
 #include "transport/search_turn.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 namespace fs = std::filesystem;

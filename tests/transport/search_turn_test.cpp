@@ -13,6 +13,8 @@
 #include "tests/support/manual_clock.h"
 #include "transport/network_device_searcher.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::HasSubstr;

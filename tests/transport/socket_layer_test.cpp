@@ -18,6 +18,8 @@
 #include "transport/tcp_device_connector.h"
 #include "transport/udp_search_socket.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -182,7 +184,8 @@ class UdpSearchTest : public SocketLayerTest {
   }
   static Found Local(Nuv::Platform::Clock& limiting) {
     return FoundBy([&] {
-      UdpSearchSocket local(limiting);
+      const Nuv::Platform::Waiter waiter(limiting);
+      UdpSearchSocket local(waiter);
       local.Open();
       local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kFloodWaitMs);
       return local.replies();
@@ -191,23 +194,32 @@ class UdpSearchTest : public SocketLayerTest {
   // On both networks: what is still on its way when the first is done comes to the second.
   static Found Channel(Nuv::Platform::Clock& limiting) {
     return FoundBy([&] {
-      NetworkDeviceSearcher searcher(kMessage, limiting);
+      const Nuv::Platform::Waiter waiter(limiting);
+      NetworkDeviceSearcher searcher(kMessage, waiter);
       return searcher.Search(kPort, kFloodWaitMs);
     });
   }
 
   ManualClock clock;
-  UdpSearchSocket search{clock};
+  Nuv::Platform::Waiter waiter{clock};
+  UdpSearchSocket search{waiter};
 };
 
-// A second goes by with each look.
+// A second goes by with each wait.
 class HurryingClock final : public Nuv::Platform::Clock {
  public:
-  std::chrono::nanoseconds Now() const override { return ++now_; }
+  Nuv::Platform::Deadline Now() const override { return now_; }
   void SleepFor(std::chrono::milliseconds) override {}
+  Nuv::Platform::WaitEnd WaitReady(Nuv::Platform::Handle handle, Nuv::Platform::Readiness readiness,
+                                   Nuv::Platform::Deadline deadline,
+                                   const Nuv::Platform::Interrupts& interrupts) override {
+    const auto end = Clock::WaitReady(handle, readiness, deadline, interrupts);
+    now_ += std::chrono::seconds(1);
+    return end;
+  }
 
  private:
-  mutable std::chrono::seconds now_{0};
+  Nuv::Platform::Deadline now_{0};
 };
 
 TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {

@@ -12,6 +12,8 @@
 #include "tests/transport/peer.h"
 #include "transport/tcp_client_socket.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 // Signals to the thread that made it, every few milliseconds, until the end or `kMost` of them.
@@ -44,10 +46,10 @@ class Signals {
 };
 
 TEST(SocketSignalsTest, WaitGoesOnWithTheTimeThatIsLeft) {
-  constexpr int64_t kMicroseconds = 50000;
+  const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter();
   const SocketSystem::Handle silent = SocketSystem::Create(SocketSystem::Kind::kUdp);
   const Signals alarms;
-  EXPECT_FALSE(SocketSystem::WaitReadable(silent, kMicroseconds));
+  EXPECT_FALSE(waiter.Until(waiter.In(50), silent, Nuv::Platform::Readiness::kInput));
   EXPECT_LT(alarms.sent(), Signals::kMost) << "it waited as long as there were signals";
   SocketSystem::Close(silent);
 }

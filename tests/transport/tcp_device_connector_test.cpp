@@ -15,6 +15,8 @@
 #include "tests/support/qt_warnings.h"
 #include "tests/transport/peer.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using std::chrono::seconds;
@@ -56,7 +58,7 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
   EXPECT_EQ(Send("F102\r\n"), TcpResult::kNotConnected);
   EXPECT_EQ(connector.Receive("", reply, kReplyTimeoutMs), TcpResult::kNotConnected);
   connector.Disconnect();
-  connector.DiscardInput();
+  connector.Discard();
   EXPECT_FALSE(connector.Connect("127.0.0.1", 1)) << "nobody listens there";
   EXPECT_FALSE(connector.Connect("", 1));
   EXPECT_FALSE(connector.Connect("localhost", simulator->TcpPort())) << "no name is looked up";
@@ -125,7 +127,7 @@ TEST_F(TcpDeviceConnectorTest, DiscardedRepliesDoNotAnswerTheNextRequest) {
   Send("F197\r\n");
   ASSERT_TRUE(
       simulator->WaitUntil([&] { return simulator->Totals().answersSent == 2; }, seconds(10)));
-  connector.DiscardInput();
+  connector.Discard();
   EXPECT_EQ(Ask("F102\r\n"), TcpResult::kOk);
   EXPECT_EQ(reply, "F102 OK S:0\r\n");
 }
@@ -171,7 +173,7 @@ TEST_F(BadPrinterTest, WriteThatIsNotTakenDropsTheConnection) {
     peer.Says(pending);
     EXPECT_EQ(Send(std::string(kEndless, 'x')), TcpResult::kNotSent);
     EXPECT_EQ(Send("F102\r\n"), TcpResult::kNotConnected);
-    EXPECT_EQ(connector->Look(), LinkState::kEnded);
+    EXPECT_EQ(connector->Look(), LinkState::kClosed) << "by this side";
   }
 }
 
@@ -228,7 +230,7 @@ TEST_F(BadPrinterTest, OfAReplyTheLimitIsKept) {
     peer.Says(longReply);
     ASSERT_EQ(connector->Receive("", reply, kReplyTimeoutMs), TcpResult::kOk);
     EXPECT_EQ(reply, longReply.substr(0, most));
-    EXPECT_FALSE(connector->DiscardInput()) << "the rest is gone";
+    EXPECT_FALSE(connector->Discard()) << "the rest is gone";
   }
 }
 
@@ -253,7 +255,7 @@ TEST_F(BadPrinterTest, PrinterThatSendsWithoutAPauseIsDropped) {
       if (isReply) {
         EXPECT_EQ(connector->Receive("", reply, kReplyTimeoutMs), TcpResult::kOk);
       } else {
-        EXPECT_TRUE(connector->DiscardInput());
+        EXPECT_TRUE(connector->Discard());
       }
       EXPECT_EQ(connector->Look(), row.state);
     }
@@ -267,7 +269,7 @@ TEST_F(BadPrinterTest, LookTellsAnEndBehindWhatCameUnasked) {
   EXPECT_EQ(connector->Look(), LinkState::kAlive);
   peer.Says("late\r\n");
   EXPECT_EQ(connector->Look(), LinkState::kAlive);
-  EXPECT_FALSE(connector->DiscardInput()) << "it is read away";
+  EXPECT_FALSE(connector->Discard()) << "it is read away";
   peer.Says("late\r\n");
   peer.Closes();
   for (int look = 0; look < 2; ++look) EXPECT_EQ(connector->Look(), LinkState::kEnded);
@@ -278,7 +280,7 @@ TEST_F(BadPrinterTest, LookTellsAnEndBehindWhatCameUnasked) {
 TEST_F(BadPrinterTest, DiscardsUntilQuiet) {
   constexpr int kLongMs = 60000;
   Connect();
-  EXPECT_FALSE(connector->DiscardUntilQuiet(1, kLongMs));
+  EXPECT_FALSE(connector->Discard(1, kLongMs));
   std::thread printer([this] {
     for (int piece = 0; piece < 5; ++piece) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -287,7 +289,7 @@ TEST_F(BadPrinterTest, DiscardsUntilQuiet) {
     peer.Closes();
   });
   // Only the end of the connection ends this wait before its limits.
-  EXPECT_TRUE(connector->DiscardUntilQuiet(kLongMs, kLongMs));
+  EXPECT_TRUE(connector->Discard(kLongMs, kLongMs));
   EXPECT_EQ(connector->Look(), LinkState::kEnded);
   printer.join();
 
@@ -300,7 +302,7 @@ TEST_F(BadPrinterTest, DiscardsUntilQuiet) {
     }
     EXPECT_TRUE(over) << "it went on as long as the printer did";
   });
-  EXPECT_TRUE(connector->DiscardUntilQuiet(kLongMs, 50));
+  EXPECT_TRUE(connector->Discard(kLongMs, 50));
   over = true;
   drips.join();
 }

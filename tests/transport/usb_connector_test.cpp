@@ -8,16 +8,20 @@
 #include <deque>
 #include <thread>
 
-#include "tests/support/manual_clock.h"
+#include "tests/support/virtual_clock.h"
 #include "tests/transport/usb_lab.h"
 #include "transport/usb_connector_linux.h"
+
+using namespace Nuv::Transport;
 
 namespace {
 
 using ::testing::ElementsAre;
 
 // A node on which every event is scripted: what a driver does and no file can be made to do.
-struct ScriptedNode final : DeviceCalls {
+struct ScriptedNode final : DeviceCalls, VirtualPeer {
+  using Deadline = Nuv::Platform::Deadline;
+
   explicit ScriptedNode(const std::map<std::string, UsbAddress>& of) : attached(of) {}
   struct Input {
     std::string data;
@@ -42,6 +46,7 @@ struct ScriptedNode final : DeviceCalls {
     if (input.empty()) return -EAGAIN;
     const Input next = input.front();
     input.pop_front();
+    due.reset();
     if (next.error != 0) return -next.error;
     EXPECT_LE(next.data.size(), size);
     std::copy(next.data.begin(), next.data.end(), buffer);
@@ -57,24 +62,35 @@ struct ScriptedNode final : DeviceCalls {
     answer.clear();
     return count;
   }
-  int Poll(int fd, short events, int timeoutMs) override {
+  int Poll(int fd, short events) override {
     ++polls;
     if (fd == dead) return (events & POLLOUT) | POLLHUP;
-    const bool reads = (events & POLLIN) != 0 && !input.empty();
-    if ((events & POLLOUT) != 0 && outputEvents != 0) return outputEvents;
-    if (events == 0) return outputEvents & ~POLLOUT;
-    const int sleptMs = reads ? std::min(timeoutMs, input.front().afterMs) : timeoutMs;
-    clock.SleepFor(std::chrono::milliseconds(sleptMs));
-    if (!reads) return 0;
-    input.front().afterMs -= sleptMs;
-    return input.front().afterMs == 0 ? input.front().events : 0;
+    if ((events & POLLIN) == 0) return outputEvents & (events != 0 ? ~0 : ~POLLOUT);
+    return HasInput() ? input.front().events : 0;
   }
   void Close(int) override {
     ++closed;
     --handles;
   }
 
-  ManualClock clock;
+  // What is still to come is due from when it is first waited for.
+  std::optional<Deadline> Serve(Deadline now) override {
+    if (interrupts != nullptr && now >= interruptsAt) interrupts->GiveUp();
+    return interrupts != nullptr && !interrupts->givenUp() ? interruptsAt : due;
+  }
+  bool IsReady(Nuv::Platform::Handle fd, Nuv::Platform::Readiness readiness) override {
+    if (fd == dead) return true;
+    if (readiness == Nuv::Platform::Readiness::kOutput) return outputEvents != 0;
+    if (input.empty()) return false;
+    if (!due) due = clock.Now() + std::chrono::milliseconds(input.front().afterMs);
+    return HasInput();
+  }
+  bool HasInput() const { return !input.empty() && due && *due <= clock.Now(); }
+
+  VirtualClock clock{this};
+  std::optional<Deadline> due;  // of the next input
+  Nuv::Platform::Waiter* interrupts = nullptr;
+  Deadline interruptsAt{0};
   const std::map<std::string, UsbAddress>& attached;
   int openError = 0;
   int addressError = 0;
@@ -104,9 +120,7 @@ struct RealNode final : DeviceCalls {
   int64_t Write(int fd, const uint8_t* data, size_t size) override {
     return SystemDeviceCalls().Write(fd, data, size);
   }
-  int Poll(int fd, short events, int timeoutMs) override {
-    return SystemDeviceCalls().Poll(fd, events, timeoutMs);
-  }
+  int Poll(int fd, short events) override { return SystemDeviceCalls().Poll(fd, events); }
   void Close(int fd) override { SystemDeviceCalls().Close(fd); }
 
   UsbAddress address;
@@ -149,9 +163,15 @@ class UsbConnectorTest : public UsbLab {
     return status;
   }
 
+  void SetUp() override {
+    UsbLab::SetUp();
+    scripted.set_waiter(waiter);
+  }
+
   UsbConnectorLinux connector;
   ScriptedNode node{attached};
-  UsbConnectorLinux scripted{node.clock, node};
+  Nuv::Platform::Waiter waiter{node.clock};
+  UsbConnectorLinux scripted{node};
   std::string block;  // of the last read
 };
 
@@ -294,7 +314,7 @@ TEST_F(UsbConnectorTest, TalksOverARealNode) {
   ASSERT_THAT(Found(), ElementsAre(L"/dev/usb/lp0\\1"));
   EXPECT_FALSE(connector.Open(L"0")) << "no node of the driver's";
   RealNode node0;
-  UsbConnectorLinux real(Nuv::Platform::SystemClock(), node0);
+  UsbConnectorLinux real(node0);
   node0.address = attached.at("/dev/usb/lp0");
   ASSERT_TRUE(real.SearchDevices());
   ASSERT_TRUE(real.Open(L"0"));
@@ -370,10 +390,10 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
     node.takes = row.takes;
     node.outputEvents = row.outputEvents;
     node.written.clear();
-    const int64_t before = node.clock.SleptMs();
+    const int64_t before = node.clock.NowMs();
     EXPECT_EQ(Write(scripted, "01234567", 500), row.status);
     EXPECT_EQ(node.written, row.written);
-    EXPECT_EQ(node.clock.SleptMs() - before, kNewQuietMs + row.sleptMs);
+    EXPECT_EQ(node.clock.NowMs() - before, kNewQuietMs + row.sleptMs);
     EXPECT_EQ(static_cast<int>(node.opened.size()), row.opened);
     scripted.Close();
   }
@@ -419,20 +439,22 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.what);
     node.input = row.input;
-    const int64_t before = node.clock.SleptMs();
+    const int64_t before = node.clock.NowMs();
     EXPECT_EQ(Read(scripted, 500), row.status);
     EXPECT_EQ(block, row.block);
-    EXPECT_EQ(node.clock.SleptMs() - before, row.sleptMs);
+    EXPECT_EQ(node.clock.NowMs() - before, row.sleptMs);
     EXPECT_TRUE(node.input.empty());
   }
 }
 
 TEST_F(UsbConnectorTest, ReadsNoLongerThanItsCallerWaits) {
   OpenScripted();
-  uint8_t buffer[kReadBytes] = {};
-  const auto givenUp = [&] { return node.clock.SleptMs() >= 700; };
-  EXPECT_EQ(scripted.ReadUnless(givenUp, buffer, 30000), kTransferTimeout);
-  EXPECT_EQ(node.clock.SleptMs(), 1000) << "seen within half a second";
+  node.interrupts = &waiter;
+  node.interruptsAt = std::chrono::milliseconds(700);
+  EXPECT_EQ(Read(scripted, 30000), kTransferTimeout);
+  EXPECT_EQ(node.clock.NowMs(), 700);
+  EXPECT_EQ(Read(scripted, 30000), kTransferTimeout) << "from now on";
+  EXPECT_EQ(node.clock.NowMs(), 700);
 }
 
 TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
@@ -456,11 +478,11 @@ TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
       scripted.Close();
       ASSERT_TRUE(scripted.Open(L"0"));
     }
-    const int64_t before = node.clock.SleptMs();
+    const int64_t before = node.clock.NowMs();
     node.input = row.input;
     node.takes = {100};
     ASSERT_EQ(Write(scripted, "F102\r\n"), 0U);
-    EXPECT_EQ(node.clock.SleptMs() - before, row.sleptMs);
+    EXPECT_EQ(node.clock.NowMs() - before, row.sleptMs);
     node.input = {{"mine\r\n"}};
     EXPECT_EQ(Read(scripted), 0U);
     EXPECT_EQ(block, "mine\r\n");
@@ -476,7 +498,7 @@ TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
 
 TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
   OpenUsedScripted();
-  const int64_t before = node.clock.SleptMs();
+  const int64_t before = node.clock.NowMs();
   node.polls = 0;
   node.outputEvents = POLLOUT | POLLHUP;
   for (int i = 0; i < 3; ++i) {
@@ -485,7 +507,7 @@ TEST_F(UsbConnectorTest, IsUsableAfterUnpluggingAndAgainAfterReplugging) {
     EXPECT_EQ(Read(scripted), kTransferTimeout);
     EXPECT_EQ(Write(scripted, "x"), static_cast<uint32_t>(i == 0 ? EIO : ENODEV));
   }
-  EXPECT_EQ(node.clock.SleptMs(), before) << "a printer that has gone is not waited for";
+  EXPECT_EQ(node.clock.NowMs(), before) << "a printer that has gone is not waited for";
   EXPECT_LT(node.polls, 20);
   EXPECT_EQ(scripted.Look(), LinkState::kEnded);
   scripted.Close();

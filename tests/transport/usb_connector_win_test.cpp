@@ -12,6 +12,8 @@
 
 #include "tests/wine/usb_device.h"
 
+using namespace Nuv::Transport;
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -285,9 +287,12 @@ TEST_F(UsbConnectorTest, ThrowsAwayWhatNobodyAskedFor) {
 TEST_F(UsbConnectorTest, ReadsNoLongerThanItsCallerWaits) {
   const PipePrinter printer(Echo);
   Open();
-  uint8_t buffer[kReadBytes] = {};
-  int asked = 0;
-  EXPECT_EQ(connector.ReadUnless([&] { return ++asked == 2; }, buffer, 600000), kTransferTimeout);
+  Nuv::Platform::Waiter waiter;
+  connector.set_waiter(waiter);
+  std::thread impatient([&] { waiter.GiveUp(); });
+  EXPECT_EQ(Read(600000), kTransferTimeout);
+  impatient.join();
+  connector.set_waiter(Nuv::Platform::SystemWaiter());
   EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n") << "nothing is pending";
 }
 

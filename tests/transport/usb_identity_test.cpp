@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Nuv::Transport;
+
 namespace {
 
 TEST(UsbIdentityTest, LooksAtTheFirstIdentityOnlyAndIgnoresLetterCase) {

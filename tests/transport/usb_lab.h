@@ -29,7 +29,7 @@ class UsbLab : public ::testing::Test {
     usb_[number] = "/devices/usb1/1-" + (port < 0 ? text : std::to_string(port));
     const std::string& usb = usb_[number];
     const std::string interface = usb + usb.substr(usb.rfind('/')) + ":1.0";
-    const UsbAddress address{1, ++pluggings_};
+    const Nuv::Transport::UsbAddress address{1, ++pluggings_};
     const std::string node = "usb/lp" + text;
     // A node can be made once only; the later ones are a name.
     const std::string made = made_.insert(number).second ? "\nN: " + node : "";
@@ -65,7 +65,7 @@ class UsbLab : public ::testing::Test {
     return umockdev_testbed_get_dev_fd(bed_, node.c_str());
   }
 
-  std::map<std::string, UsbAddress> attached;  // of each node
+  std::map<std::string, Nuv::Transport::UsbAddress> attached;  // of each node
 
  private:
   UMockdevTestbed* bed_ = nullptr;

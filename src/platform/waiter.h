@@ -1,0 +1,62 @@
+#ifndef NUV_PLATFORM_WAITER_H_
+#define NUV_PLATFORM_WAITER_H_
+
+#include "platform/clock.h"
+
+namespace Nuv::Platform {
+
+// How the links of one channel wait for a printer: on the channel's clock, and no longer than the
+// channel itself and the call under way want.
+//
+// Thread-safety: GiveUp and givenUp are safe; the rest is used under the channel's lock.
+class Waiter {
+ public:
+  // `clock` outlives the waiter.
+  explicit Waiter(Clock& clock = SystemClock()) : clock_(clock) {}
+  Waiter(const Waiter&) = delete;
+  Waiter& operator=(const Waiter&) = delete;
+
+  Clock& clock() const { return clock_; }
+  Deadline In(int64_t ms) const { return clock_.Now() + std::chrono::milliseconds(ms); }
+
+  // True when `handle` is ready; see Clock::WaitReady.
+  bool Until(Deadline deadline, Handle handle, Readiness readiness) const {
+    return clock_.WaitReady(handle, readiness, deadline, interrupts_) == WaitEnd::kReady;
+  }
+
+  // Whether nobody waits any more: the channel, or the call under way.
+  bool over() const { return interrupts_.raised(); }
+
+  // No wait from now on, and the one under way ends within Clock::kSlice.
+  void GiveUp() { givenUp_.Raise(); }
+  bool givenUp() const { return givenUp_.raised(); }
+
+  // While it lives, the interrupt of one call (may be null) ends the waits too.
+  class Call {
+   public:
+    Call(Waiter& waiter, const Interrupt* interrupt) : waiter_(waiter) {
+      waiter_.interrupts_.call = interrupt;
+    }
+    ~Call() { waiter_.interrupts_.call = nullptr; }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+   private:
+    Waiter& waiter_;
+  };
+
+ private:
+  Clock& clock_;
+  Interrupt givenUp_;
+  Interrupts interrupts_{&givenUp_, nullptr};
+};
+
+// Waits on the system's clock, which nothing ends.
+inline Waiter& SystemWaiter() {
+  static Waiter* const waiter = new Waiter;
+  return *waiter;
+}
+
+}  // namespace Nuv::Platform
+
+#endif  // NUV_PLATFORM_WAITER_H_

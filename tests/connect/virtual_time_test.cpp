@@ -1,0 +1,100 @@
+// What takes a printer on the network minutes, in no time: the waits of the whole library against a
+// printer that lives in virtual time.
+
+#include <gmock/gmock.h>
+
+#include "tests/connect/lab.h"
+#include "tests/support/environment.h"
+#include "tests/support/virtual_printer.h"
+
+namespace Nuv::Connect {
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class VirtualTimeTest : public Lab {
+ protected:
+  void SetUp() override {
+    Lab::SetUp();
+    if (IsSkipped()) return;
+    // The simulator only tells the search of the printer.
+    Start({Printer("A1")});
+    Commits("malformed,count=-1,text=F195 OK IP=<127.0.0.1> PORT=" +
+            std::to_string(printer.port()) + " N=<V1> M:02 CN:V1");
+    channel.SetSearchTimeout(kSearchMs);
+    ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
+    ASSERT_EQ(host.ConnectNetWorkDevice("127.0.0.1"), NUV_OK);
+    time.set_peer(&printer);
+    host.RegisterErrorCodeCallback(
+        [](int result, int code) { errors().emplace_back(result, code); });
+  }
+  // What the library tells while `act` runs.
+  template <class Act>
+  static std::string Told(Act act) {
+    SetEnvironment("NUVCONNECT_DEBUG", "1");
+    ::testing::internal::CaptureStderr();
+    act();
+    SetEnvironment("NUVCONNECT_DEBUG", "");
+    return ::testing::internal::GetCapturedStderr();
+  }
+
+  VirtualPrinter printer;
+  VirtualClock time;
+  ConnectingFramework host{time};
+  IChannel& channel = dynamic_cast<IChannel&>(*host.GetConnect());
+  int status = 77;
+};
+
+// Three attempts of 36 s and two pauses of a second.
+TEST_F(VirtualTimeTest, ASilentPrinterIsWaitedForAlmostTwoMinutes) {
+  const std::string told = Told([&] { EXPECT_EQ(host.GetPrinterStatus(&status), NUV_FAILED); });
+  EXPECT_THAT(told, HasSubstr("F102 failed: the printer did not answer in time"));
+  EXPECT_EQ(time.NowMs(), 3 * 36000 + 2 * 1000);
+  EXPECT_THAT(printer.requests, ElementsAre("F102\r\n", "F102\r\n", "F102\r\n"));
+  EXPECT_THAT(errors(), ElementsAre(std::pair(1, 102)));
+}
+
+TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
+  const struct {
+    int afterMs;
+    int tookMs;
+    size_t requests;
+  } kRows[] = {{35999, 35999, 1}, {36500, 37000, 2}, {40000, 40000, 2}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.afterMs);
+    printer.requests.clear();
+    printer.answers = [&](const std::string& request) {
+      return VirtualPrinter::Answer{request.substr(0, 4) + " OK S:1\r\n",
+                                    milliseconds(row.afterMs)};
+    };
+    const int64_t before = time.NowMs();
+    EXPECT_EQ(host.GetPrinterStatus(&status), NUV_OK);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(time.NowMs() - before, row.tookMs);
+    EXPECT_EQ(printer.requests.size(), row.requests);
+    // The resend's answer is on its way too.
+    ASSERT_TRUE(host.GetConnect()->OpenDevice());
+  }
+}
+
+TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {
+  printer.stuck = true;
+  const std::string endless(size_t{32} << 20, 'x');
+  EXPECT_EQ(channel.Transact({endless}).failure, LinkFailure::kNotTaken);
+  // 30 s without a byte taken: the system's buffers take theirs at once.
+  EXPECT_EQ(time.NowMs(), 30000);
+  EXPECT_FALSE(channel.Look().alive);
+  EXPECT_EQ(channel.Transact({"F102\r\n"}).failure, LinkFailure::kNotOpen);
+
+  // Of a command, whose resends find the link closed, the reason is the first.
+  ASSERT_TRUE(channel.OpenDevice());
+  std::map<std::string, std::string> reply;
+  const std::string told =
+      Told([&] { EXPECT_EQ(host.ExecuteCommand(104, {endless}, reply), NUV_FAILED); });
+  EXPECT_THAT(told, HasSubstr("F104 failed: the printer did not take the request in time"));
+}
+
+}  // namespace
+}  // namespace Nuv::Connect
