@@ -11,7 +11,7 @@ namespace Nuv::Platform {
 // Not blocking: opening a pipe would wait for its writer.
 RegularFile::RegularFile(const std::string& path)
     : handle_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {
-  struct stat status {};
+  struct stat status = {};
   if (!IsOpen()) return;
   if (fstat(static_cast<int>(handle_), &status) == 0 && S_ISREG(status.st_mode)) return;
   close(static_cast<int>(handle_));

@@ -22,7 +22,7 @@ constexpr mode_t kOfOthers = 0077;
 // Everybody may write to the temporary folder: a lock file there could be anybody's, or a pipe that
 // blocks whoever opens it. In a folder of the user's own nobody else puts anything.
 bool HaveOwnFolder(const std::string& folder) {
-  struct stat found {};
+  struct stat found = {};
   if ((mkdir(folder.c_str(), kOwn) != 0 && errno != EEXIST) || lstat(folder.c_str(), &found) != 0) {
     Diagnostic("search: no lock file can be made: %s: %s", folder.c_str(), std::strerror(errno));
     return false;
@@ -44,7 +44,7 @@ QString SearchLockFile(uint16_t port) {
   if (temporary.empty()) Diagnostic("search: no lock file can be made: no temporary folder");
   if (temporary.empty() || !HaveOwnFolder(folder)) return {};
   // Searches in different network namespaces do not meet. 0 where there are none.
-  struct stat network {};
+  struct stat network = {};
   if (stat("/proc/self/ns/net", &network) != 0) network.st_ino = 0;
   const std::string name =
       "/search-" + std::to_string(port) + "-" + std::to_string(network.st_ino) + ".lock";

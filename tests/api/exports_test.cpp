@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <new>
+#include <set>
 #include <tuple>
 
 #include "api/marshalling.h"
@@ -100,6 +103,7 @@ enum Kind {
 };
 
 struct Row {
+  const char* name;
   std::function<Outcome()> call;
   const char* expected;  // the operation with its inputs, and the outputs
   std::string untouched;
@@ -123,7 +127,7 @@ std::string Outputs(const std::tuple<Argument<P>...>& arguments) {
 }
 
 template <class... P>
-Row Of(int (*function)(P...), const char* expected, Kind kind = kPlain) {
+Row Of(const char* name, int (*function)(P...), const char* expected, Kind kind = kPlain) {
   using Arguments = std::tuple<Argument<P>...>;
   const auto call = [=]() -> Outcome {
     Arguments arguments;
@@ -133,83 +137,84 @@ Row Of(int (*function)(P...), const char* expected, Kind kind = kPlain) {
         std::apply([&](auto&... each) { return function(each.Get()...); }, arguments);
     return {result, Outputs(arguments)};
   };
-  return {call, expected, Outputs(Arguments()), kind};
+  return {name, call, expected, Outputs(Arguments()), kind};
 }
+#define NUV_ROW(function, ...) Of(#function, function, __VA_ARGS__)
 
 // All that return int and need a framework.
 const Row kRows[] = {
-    Of(API_SetUpdPort, "SetUpdPort 1"),
-    Of(API_SetBroadCastPort, "SetBroadCastPort 1"),
-    Of(API_SearchNetworkDevice, "SearchNetworkDevice s4 s5 6 -> t1,u1 2"),
-    Of(API_GetDeviceList, "GetDeviceList 1 5 -> t1,u1 2"),
-    Of(API_SearchUSBDevice, "SearchUSBDevice -> 1"),
-    Of(API_GetDeviceInfo, "GetDeviceInfo 2 3 4 -> t1"),
-    Of(API_ChooseDevice, "ChooseDevice 1 2"),
-    Of(API_ConnectDeviceBySN, "ConnectDeviceBySN 1 s2"),
-    Of(API_ConnectNetWorkDevice, "ConnectNetWorkDevice s1"),
-    Of(API_GetBroadCastResult, "GetBroadCastResult s4 -> t1,u1 2"),
-    Of(API_GetPrinterInfo, "GetPrinterInfo -> t1 t2 t3 t4 t5"),
-    Of(API_GetPrinterInfo_BEGO, "GetPrinterInfo_BEGO -> t1 t2 t3 t4 t5 t6"),
-    Of(API_GetPrinterStatus, "GetPrinterStatus -> 1"),
-    Of(API_GetPrinterStatusWithErrorCode, "GetPrinterStatusWithErrorCode -> 1 2"),
-    Of(API_GetPrintingStatus, "GetPrintingStatus -> 1 2 3"),
-    Of(API_GetTotalLayerAndTime, "GetTotalLayerAndTime -> 1 2"),
-    Of(API_GetResinInfo2, "GetResinInfo2 -> 1 2 t3 4 t5"),
-    Of(API_GetResinInfo, "GetResinInfo -> 1 2 t3 t4"),
-    Of(API_GetResinInfo_BEGO, "GetResinInfo_BEGO -> t1 t2 t3 t4"),
-    Of(API_SendPrintFile, "SendPrintFile s1 callback"),
-    Of(API_SendGCodeFile, "SendGCodeFile s1 callback"),
-    Of(API_RegisterPrintingInfoCallback, "RegisterPrintingInfoCallback callback 2"),
-    Of(API_RegisterErrorCodeCallback, "RegisterErrorCodeCallback callback"),
-    Of(API_RegisterSendDataStartCallback, "RegisterSendDataStartCallback callback"),
-    Of(API_RegisterSendDataUpdateCallback, "RegisterSendDataUpdateCallback callback"),
-    Of(API_RegisterSendDataCancelCallback, "RegisterSendDataCancelCallback callback"),
-    Of(API_NUVCONNECT_ExecutiveCommand, "ExecuteCommand s1 -> t1", kRaw),
-    Of(API_NUVCONNECT_ReceiveCommand, "ReceiveReply -> t1", kRaw),
-    Of(API_SetBCPScaling, "SetBCPScaling 1.25 2.25 3.25 4.25 5.25 6.25"),
-    Of(API_GetBCPScaling, "GetBCPScaling -> 1.5 2.5 3.5 4.5 5.5 6.5"),
-    Of(API_SetNickName, "SetNickName s1"),
-    Of(API_GetNickName, "GetNickName -> t1", kSingle),
-    Of(API_SetLaserPower, "SetParameter 0 1"),
-    Of(API_GetLaserPower, "GetParameter 0 -> 1"),
-    Of(API_SetZCompensation, "SetParameter 1 1"),
-    Of(API_GetZCompensation, "GetParameter 1 -> 1"),
-    Of(API_SkipSLAWarmup, "SkipSLAWarmup"),
-    Of(API_GetApList, "GetApList -> t1,u1 2"),
-    Of(API_IsconnectedAp, "IsconnectedAp -> 1"),
-    Of(API_ConnectAp, "ConnectAp s1 s2"),
-    Of(API_GetApAttribute, "GetApAttribute s1 -> 1 2"),
-    Of(API_DisconnectAp, "DisconnectAp"),
-    Of(API_GetMacAddressWifi, "GetMacAddressWifi -> t1", kSingle),
-    Of(API_GetMacAddressLan, "GetMacAddressLan -> t1", kSingle),
-    Of(API_GetAndroidVersion, "GetAndroidVersion -> t1", kSingle),
-    Of(API_GetLCMPanelVersion, "GetLCMPanelVersion -> t1", kSingle),
-    Of(API_IsOpenModeSupported, "IsOpenModeSupported -> 1"),
-    Of(API_IsRegisteredCorrectTag, "IsRegisteredCorrectTag -> 1"),
-    Of(API_GetTankType, "GetTankType -> 1"),
-    Of(API_GetLastUpdatedIndex, "GetLastUpdatedIndex -> 1"),
-    Of(API_SetLastUpdatedIndex, "SetLastUpdatedIndex 1"),
-    Of(API_GetCurrJobIndexAndTotalSize, "GetCurrJobIndexAndTotalSize -> 1 2"),
-    Of(API_GetJobInfo1, "GetJobInfo1 1 -> t1 t2 t3"),
-    Of(API_GetJobInfo2, "GetJobInfo2 1 -> 1 2 3 4"),
-    Of(API_GetJobInfo3, "GetJobInfo3 1 -> 1 2 3 4"),
-    Of(API_GetJobInfo4, "GetJobInfo4 1 -> t1 t2"),
-    Of(API_GetJobCounter, "GetJobCounter 1 -> 1 2 3 4"),
-    Of(API_GetLSUFlashParameterFX150, "GetLSUFlashParameterFX150 -> 1 2 3 4 5 6 7 8 9 10 11"),
-    Of(API_GetLSUFlashParameter, "GetLSUFlashParameter -> 1 2 3 4 5 6 7"),
-    Of(API_GetLSULaserPWMvalues, "GetLSULaserPWMvalues 1 -> 1 2 3 4 5 6"),
-    Of(API_GetPDSensorData, "GetPDSensorData 1 -> 1 2 3"),
-    Of(API_GetLedUseTime, "GetLedUseTime -> t1", kSingle),
-    Of(API_GetSensorStatusFX120, "GetSensorStatusFX120 -> 1 2 3 4 5 6 7 8 9 10 11 12 13"),
-    Of(API_GetRepositionProcessing, "GetRepositionProcessing -> 1"),
-    Of(API_SetFWUpdateFileInfo_Engine, "SetFWUpdateFileInfo_Engine 1 s2"),
-    Of(API_SetFWUpdateFileInfo_Android, "SetFWUpdateFileInfo_Android 1 2 s3"),
-    Of(API_StartFWUpdateFileInfo_LCM, "StartFWUpdateFileInfo_LCM s1"),
-    Of(API_SendFWData, "SendFWData ab"),
-    Of(API_SendFWDataAndroid, "SendFWDataAndroid ab"),
-    Of(API_SendFWPanelData, "SendFWPanelData ab"),
-    Of(API_FinishFWUpdateFileInfo_LCM, "FinishFWUpdateFileInfo_LCM -> t1", kSingle),
-    Of(API_StartFWUpgradeProcess, "StartFWUpgradeProcess"),
+    NUV_ROW(API_SetUpdPort, "SetUpdPort 1"),
+    NUV_ROW(API_SetBroadCastPort, "SetBroadCastPort 1"),
+    NUV_ROW(API_SearchNetworkDevice, "SearchNetworkDevice s4 s5 6 -> t1,u1 2"),
+    NUV_ROW(API_GetDeviceList, "GetDeviceList 1 5 -> t1,u1 2"),
+    NUV_ROW(API_SearchUSBDevice, "SearchUSBDevice -> 1"),
+    NUV_ROW(API_GetDeviceInfo, "GetDeviceInfo 2 3 4 -> t1"),
+    NUV_ROW(API_ChooseDevice, "ChooseDevice 1 2"),
+    NUV_ROW(API_ConnectDeviceBySN, "ConnectDeviceBySN 1 s2"),
+    NUV_ROW(API_ConnectNetWorkDevice, "ConnectNetWorkDevice s1"),
+    NUV_ROW(API_GetBroadCastResult, "GetBroadCastResult s4 -> t1,u1 2"),
+    NUV_ROW(API_GetPrinterInfo, "GetPrinterInfo -> t1 t2 t3 t4 t5"),
+    NUV_ROW(API_GetPrinterInfo_BEGO, "GetPrinterInfo_BEGO -> t1 t2 t3 t4 t5 t6"),
+    NUV_ROW(API_GetPrinterStatus, "GetPrinterStatus -> 1"),
+    NUV_ROW(API_GetPrinterStatusWithErrorCode, "GetPrinterStatusWithErrorCode -> 1 2"),
+    NUV_ROW(API_GetPrintingStatus, "GetPrintingStatus -> 1 2 3"),
+    NUV_ROW(API_GetTotalLayerAndTime, "GetTotalLayerAndTime -> 1 2"),
+    NUV_ROW(API_GetResinInfo2, "GetResinInfo2 -> 1 2 t3 4 t5"),
+    NUV_ROW(API_GetResinInfo, "GetResinInfo -> 1 2 t3 t4"),
+    NUV_ROW(API_GetResinInfo_BEGO, "GetResinInfo_BEGO -> t1 t2 t3 t4"),
+    NUV_ROW(API_SendPrintFile, "SendPrintFile s1 callback"),
+    NUV_ROW(API_SendGCodeFile, "SendGCodeFile s1 callback"),
+    NUV_ROW(API_RegisterPrintingInfoCallback, "RegisterPrintingInfoCallback callback 2"),
+    NUV_ROW(API_RegisterErrorCodeCallback, "RegisterErrorCodeCallback callback"),
+    NUV_ROW(API_RegisterSendDataStartCallback, "RegisterSendDataStartCallback callback"),
+    NUV_ROW(API_RegisterSendDataUpdateCallback, "RegisterSendDataUpdateCallback callback"),
+    NUV_ROW(API_RegisterSendDataCancelCallback, "RegisterSendDataCancelCallback callback"),
+    NUV_ROW(API_NUVCONNECT_ExecutiveCommand, "ExecuteCommand s1 -> t1", kRaw),
+    NUV_ROW(API_NUVCONNECT_ReceiveCommand, "ReceiveReply -> t1", kRaw),
+    NUV_ROW(API_SetBCPScaling, "SetBCPScaling 1.25 2.25 3.25 4.25 5.25 6.25"),
+    NUV_ROW(API_GetBCPScaling, "GetBCPScaling -> 1.5 2.5 3.5 4.5 5.5 6.5"),
+    NUV_ROW(API_SetNickName, "SetNickName s1"),
+    NUV_ROW(API_GetNickName, "GetNickName -> t1", kSingle),
+    NUV_ROW(API_SetLaserPower, "SetParameter 0 1"),
+    NUV_ROW(API_GetLaserPower, "GetParameter 0 -> 1"),
+    NUV_ROW(API_SetZCompensation, "SetParameter 1 1"),
+    NUV_ROW(API_GetZCompensation, "GetParameter 1 -> 1"),
+    NUV_ROW(API_SkipSLAWarmup, "SkipSLAWarmup"),
+    NUV_ROW(API_GetApList, "GetApList -> t1,u1 2"),
+    NUV_ROW(API_IsconnectedAp, "IsconnectedAp -> 1"),
+    NUV_ROW(API_ConnectAp, "ConnectAp s1 s2"),
+    NUV_ROW(API_GetApAttribute, "GetApAttribute s1 -> 1 2"),
+    NUV_ROW(API_DisconnectAp, "DisconnectAp"),
+    NUV_ROW(API_GetMacAddressWifi, "GetMacAddressWifi -> t1", kSingle),
+    NUV_ROW(API_GetMacAddressLan, "GetMacAddressLan -> t1", kSingle),
+    NUV_ROW(API_GetAndroidVersion, "GetAndroidVersion -> t1", kSingle),
+    NUV_ROW(API_GetLCMPanelVersion, "GetLCMPanelVersion -> t1", kSingle),
+    NUV_ROW(API_IsOpenModeSupported, "IsOpenModeSupported -> 1"),
+    NUV_ROW(API_IsRegisteredCorrectTag, "IsRegisteredCorrectTag -> 1"),
+    NUV_ROW(API_GetTankType, "GetTankType -> 1"),
+    NUV_ROW(API_GetLastUpdatedIndex, "GetLastUpdatedIndex -> 1"),
+    NUV_ROW(API_SetLastUpdatedIndex, "SetLastUpdatedIndex 1"),
+    NUV_ROW(API_GetCurrJobIndexAndTotalSize, "GetCurrJobIndexAndTotalSize -> 1 2"),
+    NUV_ROW(API_GetJobInfo1, "GetJobInfo1 1 -> t1 t2 t3"),
+    NUV_ROW(API_GetJobInfo2, "GetJobInfo2 1 -> 1 2 3 4"),
+    NUV_ROW(API_GetJobInfo3, "GetJobInfo3 1 -> 1 2 3 4"),
+    NUV_ROW(API_GetJobInfo4, "GetJobInfo4 1 -> t1 t2"),
+    NUV_ROW(API_GetJobCounter, "GetJobCounter 1 -> 1 2 3 4"),
+    NUV_ROW(API_GetLSUFlashParameterFX150, "GetLSUFlashParameterFX150 -> 1 2 3 4 5 6 7 8 9 10 11"),
+    NUV_ROW(API_GetLSUFlashParameter, "GetLSUFlashParameter -> 1 2 3 4 5 6 7"),
+    NUV_ROW(API_GetLSULaserPWMvalues, "GetLSULaserPWMvalues 1 -> 1 2 3 4 5 6"),
+    NUV_ROW(API_GetPDSensorData, "GetPDSensorData 1 -> 1 2 3"),
+    NUV_ROW(API_GetLedUseTime, "GetLedUseTime -> t1", kSingle),
+    NUV_ROW(API_GetSensorStatusFX120, "GetSensorStatusFX120 -> 1 2 3 4 5 6 7 8 9 10 11 12 13"),
+    NUV_ROW(API_GetRepositionProcessing, "GetRepositionProcessing -> 1"),
+    NUV_ROW(API_SetFWUpdateFileInfo_Engine, "SetFWUpdateFileInfo_Engine 1 s2"),
+    NUV_ROW(API_SetFWUpdateFileInfo_Android, "SetFWUpdateFileInfo_Android 1 2 s3"),
+    NUV_ROW(API_StartFWUpdateFileInfo_LCM, "StartFWUpdateFileInfo_LCM s1"),
+    NUV_ROW(API_SendFWData, "SendFWData ab"),
+    NUV_ROW(API_SendFWDataAndroid, "SendFWDataAndroid ab"),
+    NUV_ROW(API_SendFWPanelData, "SendFWPanelData ab"),
+    NUV_ROW(API_FinishFWUpdateFileInfo_LCM, "FinishFWUpdateFileInfo_LCM -> t1", kSingle),
+    NUV_ROW(API_StartFWUpgradeProcess, "StartFWUpgradeProcess"),
 };
 
 Strings g_told;  // what the host's error-code callback was called with
@@ -253,21 +258,27 @@ class ExportsTest : public ::testing::Test {
 TEST_F(ExportsTest, WithoutInstanceEveryExportSaysSoAndTouchesNothing) {
   API_Close();
   for (const Row& row : kRows) {
-    SCOPED_TRACE(row.expected);
+    SCOPED_TRACE(row.name);
     const Outcome outcome = row.call();
     EXPECT_EQ(outcome.result, NUV_NO_INSTANCE);
     EXPECT_EQ(outcome.outputs, row.untouched);
   }
   EXPECT_FALSE(API_NUVCONNECT_OpenDevice());
   EXPECT_FALSE(API_NUVCONNECT_CloseDevice());
-  // The other five: API_Initial, API_Close, GetConnectingInstance and the two above.
-  EXPECT_EQ(std::size(kRows), 77U - 5U);
+}
+
+TEST_F(ExportsTest, HasARowForEachExport) {
+  std::set<std::string> names{"API_Initial", "API_Close", "GetConnectingInstance",
+                              "API_NUVCONNECT_OpenDevice", "API_NUVCONNECT_CloseDevice"};
+  for (const Row& row : kRows) names.insert(row.name);
+  std::ifstream list(NUV_EXPORTS);
+  EXPECT_EQ(names, (std::set<std::string>{std::istream_iterator<std::string>(list), {}}));
 }
 
 TEST_F(ExportsTest, EachCallsItsOperationInputsAndOutputsInOrder) {
   Start(false);
   for (const Row& row : kRows) {
-    SCOPED_TRACE(row.expected);
+    SCOPED_TRACE(row.name);
     for (const int result : {int{NUV_OK}, int{NUV_PRINTER_REFUSED}}) {
       record = Record();
       record.result = result;
@@ -313,7 +324,7 @@ TEST_F(ExportsTest, ExceptionsBecomeResultsForHostsThatCannotCatch) {
   Start(true);
   for (const auto& [trouble, told] : kTroubles) {
     for (const Row& row : kRows) {
-      SCOPED_TRACE(row.expected);
+      SCOPED_TRACE(row.name);
       Next(trouble);
       const Outcome outcome = row.call();
       EXPECT_EQ(outcome.result, NUV_FAILED);
@@ -343,7 +354,7 @@ TEST_F(ExportsTest, OtherExceptionsLeaveUnchanged) {
   for (const auto& [noExceptions, trouble, text] : kTroubles) {
     Start(noExceptions);
     for (const Row& row : kRows) {
-      SCOPED_TRACE(row.expected);
+      SCOPED_TRACE(row.name);
       Next(trouble);
       EXPECT_THAT(row.call, ::testing::ThrowsMessage<std::logic_error>(text));
       EXPECT_THAT(g_told, IsEmpty());

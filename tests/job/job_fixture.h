@@ -162,7 +162,8 @@ inline Fault CancelledFrom(int question) {
 inline Fault Argument(const std::string& line) {
   return [=](JobTest& t) { t.files.arguments = line + "\n"; };
 }
-inline Fault Damaged(std::string FakePrintFiles::*part) {
+using Part = std::string FakePrintFiles::*;
+inline Fault Damaged(Part part) {
   return [=](JobTest& t) { t.files.damaged = &(t.files.*part); };
 }
 

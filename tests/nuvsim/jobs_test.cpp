@@ -76,7 +76,7 @@ TEST(JobFolderTest, IsGoneWithTheSimulatorUnlessChosen) {
   SimulatorConfig config;
   config.printers = {LoopbackPrinter()};
   config.jobFolder = chosen;
-  { Simulator sim(config); }
+  Simulator{config};
   EXPECT_TRUE(std::filesystem::exists(chosen / "printer0-commands.txt"));
   std::filesystem::remove_all(chosen);
 }

@@ -22,7 +22,7 @@ class Signals {
   static constexpr int kMost = 500;
 
   Signals() {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = [](int) {};
     sigaction(SIGUSR1, &action, nullptr);
     thread_ = std::thread([this, target = pthread_self()] {

@@ -337,9 +337,9 @@ TEST(UsbNodeCalls, NoSignalEndsAWrite) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const std::string more(static_cast<size_t>(fcntl(ends[1], F_GETPIPE_SZ)) + 1, 'x');
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = [](int) {};
-  struct sigaction before {};
+  struct sigaction before = {};
   sigaction(SIGUSR1, &action, &before);
   std::thread printer([&, writer = pthread_self()] {
     char byte = 0;

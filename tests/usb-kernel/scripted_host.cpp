@@ -49,7 +49,7 @@ std::string Raw(const std::string& command) {
 }
 
 void StartSignals() {
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = [](int) {};
   action.sa_flags = SA_RESTART;
   sigaction(SIGALRM, &action, nullptr);

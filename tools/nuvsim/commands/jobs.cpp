@@ -13,9 +13,10 @@ constexpr int kFreeJobMemoryMb = 512;
 
 // What 103 announces, in the order of its parameters. Lift and speeds are checked to be numbers
 // but have nowhere to go.
+using Amount = double JobAnnouncement::*;
 struct AnnouncedRow {
   char tag;
-  double JobAnnouncement::*amount;
+  Amount amount;
 };
 
 constexpr AnnouncedRow kAnnounced[] = {

@@ -12,12 +12,13 @@ namespace {
 constexpr double kMaxScaling = 10;
 
 // The whole numbers that share one command, by their number in it.
+using Value = int Settings::*;
 struct SettingRow {
   int number;
   Feature needs;
   int low;
   int high;
-  int Settings::*value;
+  Value value;
 };
 
 constexpr SettingRow kSettings[] = {
