@@ -1,5 +1,7 @@
 // The configuration file.
 
+#include "nuvsim/config.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,7 +10,6 @@
 #include <utility>
 
 #include "fixture.h"
-#include "nuvsim/config.h"
 #include "nuvsim/json_object.h"
 
 namespace nuvsim {
