@@ -6,7 +6,8 @@
 #include <new>
 #include <string>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "command/command_factory.h"
 #include "command/general_command_proc.h"
 #include "tests/support/channel_stub.h"
