@@ -2,7 +2,8 @@
 
 #include <cstdio>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "nuvconnect/NuvConnect5.h"
 #include "nuvsim/simulator.h"
 #include "transport/network_device_searcher.h"

@@ -8,7 +8,8 @@
 #include <vector>
 
 #include "api/marshalling.h"
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "bench/process.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/NuvConnect5.h"

@@ -19,7 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "bench/process.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"

@@ -5,7 +5,8 @@
 #include <filesystem>
 #include <string>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "bench/pass_clock.h"
 #include "bench/process.h"
 #include "connect/connecting_framework.h"

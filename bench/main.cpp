@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "bench/servers.h"
 
 // With arguments only those are run: status, parser, job, firmware, handlers, discovery.

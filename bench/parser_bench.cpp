@@ -6,7 +6,8 @@
 #include <new>
 #include <string>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "command/processors.h"
 #include "tests/support/channel_stub.h"
 

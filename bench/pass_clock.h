@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench/figures.h"
 #include "platform/clock.h"
 
 namespace bench {

@@ -16,7 +16,8 @@
 #include <utility>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
 #include "bench/process.h"
 #include "bench/register_read.h"
 #include "bench/servers.h"

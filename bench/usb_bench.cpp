@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <string>
 
-#include "bench/bench.h"
+#include "bench/figures.h"
 #include "bench/pass_clock.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "nuvfile/status.h"
-
 namespace nuvfile::tool {
 
 // What scripts can rely on.
@@ -36,11 +34,6 @@ struct CreateOptions {
 int RunCreate(const CreateOptions& options);
 int RunInfo(const std::string& path, bool json);
 int RunVerify(const std::string& path, bool json);
-
-ExitCode ExitCodeFor(Fault fault);
-
-// Prints "nuvfile: <subject>: <message>" and, when there is one, a line of advice.
-void PrintFault(const std::string& subject, const std::string& message, const std::string& advice);
 
 }  // namespace nuvfile::tool
 

@@ -1,4 +1,4 @@
-#include "bench/bench.h"
+#include "bench/figures.h"
 
 #include <algorithm>
 #include <cstdio>

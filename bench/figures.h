@@ -1,9 +1,8 @@
-// What the benchmarks share: statistics, the printed table, and processes to measure against.
-#ifndef NUV_BENCH_BENCH_H_
-#define NUV_BENCH_BENCH_H_
+// Figures: taken from many runs, and printed beside their limits.
+#ifndef NUV_BENCH_FIGURES_H_
+#define NUV_BENCH_FIGURES_H_
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,14 +24,6 @@ void ReportBarePauses(std::chrono::milliseconds length, int count);
 // True once a reported value was above its limit.
 bool AnyOverLimit();
 
-// The benchmarks; each prints its own floor in the same run.
-void RunStatus();
-void RunJob(const std::string& nuvsim, const std::string& folder);
-void RunFirmware(const std::string& nuvsim, const std::string& folder);
-void RunHandlers(const std::string& nuvsim, const std::string& folder);
-void RunDiscovery();
-void RunParser();
-
 }  // namespace bench
 
-#endif  // NUV_BENCH_BENCH_H_
+#endif  // NUV_BENCH_FIGURES_H_

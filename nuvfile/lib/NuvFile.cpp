@@ -1,3 +1,5 @@
+#include "nuvfile/NuvFile.h"
+
 #include <algorithm>
 #include <cstring>
 #include <exception>
@@ -5,7 +7,6 @@
 #include <new>
 #include <string>
 
-#include "nuvfile/NuvFile.h"
 #include "nuvfile/print_file.h"
 
 namespace {

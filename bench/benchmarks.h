@@ -1,0 +1,19 @@
+// The benchmarks. Each prints its own floor in the same run.
+#ifndef NUV_BENCH_BENCHMARKS_H_
+#define NUV_BENCH_BENCHMARKS_H_
+
+#include <string>
+
+namespace bench {
+
+void RunStatus();
+// `nuvsim`: the simulator's program; `folder`: for the files that are sent.
+void RunJob(const std::string& nuvsim, const std::string& folder);
+void RunFirmware(const std::string& nuvsim, const std::string& folder);
+void RunHandlers(const std::string& nuvsim, const std::string& folder);
+void RunDiscovery();
+void RunParser();
+
+}  // namespace bench
+
+#endif  // NUV_BENCH_BENCHMARKS_H_
