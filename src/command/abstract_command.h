@@ -70,6 +70,7 @@ class AbstractCommand {
 
   // The keyed fields of the reply, after Execute; empty without a result callback.
   const ResultMap& result() const { return result_; }
+  // The same, for one who outlives the command.
   ResultMap TakeResult() { return std::move(result_); }
 
   // Whoever creates a command binds it before Execute; all must outlive it.
@@ -92,7 +93,7 @@ class AbstractCommand {
   }
 
   Connect::IChannel* channel_ = nullptr;
-  Platform::Clock* clock_ = &Platform::SystemClock();
+  Platform::Clock* clock_ = nullptr;
   Platform::Interrupt* interrupt_ = nullptr;
   Connect::LinkFailure failure_ = Connect::LinkFailure::kNone;  // of the last exchange
   ResultCallback resultCallback_;

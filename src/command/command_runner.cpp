@@ -130,7 +130,7 @@ Outcome RunCommand(Command::AbstractCommand& command, const ErrorCallback& tell,
 
 Outcome CommandRunner::Run(int32_t code, std::vector<std::string> parameters,
                            Refusal refusal) const {
-  if (const auto command = Command::CreateCommand(channel_, code, {})) {
+  if (const auto command = Command::CreateCommand(channel_, code, {{}, {}, &clock_, interrupt_})) {
     return Run(*command, std::move(parameters), refusal);
   }
   Platform::Diagnostic("no command F%d", code);

@@ -90,6 +90,7 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
 
 namespace {
 
+// What 508 tells of the print file.
 struct FileDigest {
   uint64_t bytes = 0;         // length of the file
   std::vector<uint8_t> sha1;  // 20 bytes
