@@ -71,7 +71,7 @@ class VirtualClock final : public Nuv::Platform::Clock {
     for (;;) {
       const auto next = peer_ != nullptr ? peer_->Serve(now_) : std::nullopt;
       if (over() || now_ >= end) return;
-      now_ = std::max(now_, std::min(end, next.value_or(end)));
+      now_ = next && *next > now_ ? std::min(end, *next) : end;
     }
   }
 
