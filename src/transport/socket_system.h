@@ -21,11 +21,12 @@ enum class Kind { kTcp, kUdp };
 bool Start();
 
 // kNone on failure; LastError tells why. Of the others, a negative result is a failure. A TCP
-// socket never blocks: Connect begins a connection, of which Connected tells, once the socket is
-// ready for output, whether it stands; Send takes what fits now, which may be nothing.
+// socket never blocks: Connect begins a connection, of which Connected tells whether it stands,
+// once the socket is `ready` for output, or in vain was waited for; Send takes what fits now, which
+// may be nothing.
 Handle Create(Kind kind);
 bool Connect(Handle socket, const std::string& address, uint16_t port);
-bool Connected(Handle socket);
+bool Connected(Handle socket, bool ready);
 bool EnableBroadcast(Handle socket);
 ptrdiff_t Send(Handle socket, const char* data, size_t length);
 ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::string& address,

@@ -53,10 +53,10 @@ bool Connect(Handle socket, const std::string& address, uint16_t port) {
          errno == EINTR;
 }
 
-bool Connected(Handle socket) {
-  int error = 0;
+bool Connected(Handle socket, bool ready) {
+  int error = ETIMEDOUT;
   socklen_t size = sizeof error;
-  getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size);
+  if (ready) getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size);
   errno = error;
   return error == 0;
 }

@@ -58,10 +58,11 @@ bool Connect(Handle socket, const std::string& address, uint16_t port) {
   return ::connect(Socket(socket), raw, sizeof target) == 0 || WSAGetLastError() == WSAEWOULDBLOCK;
 }
 
-bool Connected(Handle socket) {
-  int error = 0;
+bool Connected(Handle socket, bool ready) {
+  int error = WSAETIMEDOUT;
   int size = sizeof error;
-  getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
+  if (ready)
+    getsockopt(Socket(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
   WSASetLastError(error);
   return error == 0;
 }

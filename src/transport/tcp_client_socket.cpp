@@ -26,8 +26,8 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   socket_ = SocketSystem::Create(SocketSystem::Kind::kTcp);
   if (!IsOpen()) return false;
   if (SocketSystem::Connect(socket_, addresses.front(), port) &&
-      waiter_.Until(waiter_.In(limits_.connectMs), socket_, Readiness::kOutput) &&
-      SocketSystem::Connected(socket_)) {
+      SocketSystem::Connected(
+          socket_, waiter_.Until(waiter_.In(limits_.connectMs), socket_, Readiness::kOutput))) {
     return true;
   }
   std::fprintf(stderr, "error connecting to server: %d\n", SocketSystem::LastError());

@@ -164,8 +164,9 @@ TEST_F(SocketLinkTest, InterruptEndsTheWaitForAReply) {
   StartConnected();
   Platform::Interrupt interrupt;
   interrupt.Raise();
+  const auto answered = simulator->Totals().answersSent;
   ASSERT_EQ(Write("F102\r\n"), LinkFailure::kNone);
-  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == 1; }));
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == answered + 1; }));
   {
     const Platform::Waiter::Call call(waiter, &interrupt);
     EXPECT_EQ(link->ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
@@ -193,8 +194,9 @@ TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
   const auto write = [&] {
     return link.Write(reinterpret_cast<const uint8_t*>(request.data()), request.size(), false);
   };
+  const auto answered = simulator->Totals().answersSent;
   ASSERT_EQ(write(), LinkFailure::kNone);
-  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == 1; }));
+  ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == answered + 1; }));
   Platform::Interrupt interrupt;
   interrupt.Raise();
   {

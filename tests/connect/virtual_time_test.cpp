@@ -30,6 +30,12 @@ class VirtualTimeTest : public Lab {
     host.RegisterErrorCodeCallback(
         [](int result, int code) { errors().emplace_back(result, code); });
   }
+  // A connection is made in real time: the system makes it.
+  void Reconnect() {
+    time.set_peer(nullptr);
+    ASSERT_TRUE(channel.OpenDevice());
+    time.set_peer(&printer);
+  }
   // What the library tells while `act` runs.
   template <class Act>
   static std::string Told(Act act) {
@@ -75,7 +81,7 @@ TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
     EXPECT_EQ(time.NowMs() - before, row.tookMs);
     EXPECT_EQ(printer.requests.size(), row.requests);
     // The resend's answer is on its way too.
-    ASSERT_TRUE(host.GetConnect()->OpenDevice());
+    Reconnect();
   }
 }
 
@@ -89,7 +95,7 @@ TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {
   EXPECT_EQ(channel.Transact({"F102\r\n"}).failure, LinkFailure::kNotOpen);
 
   // Of a command, whose resends find the link closed, the reason is the first.
-  ASSERT_TRUE(channel.OpenDevice());
+  Reconnect();
   std::map<std::string, std::string> reply;
   const std::string told =
       Told([&] { EXPECT_EQ(host.ExecuteCommand(104, {endless}, reply), NUV_FAILED); });

@@ -16,11 +16,19 @@ class VirtualPeer {
   // Does all that there is to do at `now`. When it has something to do by itself next; never.
   virtual std::optional<Nuv::Platform::Deadline> Serve(Nuv::Platform::Deadline now) = 0;
 
-  // Whether the handle is ready; of a handle of the system the system tells.
+  // Whether the handle is ready. Of a handle of the system the system tells, which may take a
+  // moment of real time to move bytes from one end to the other.
   virtual bool IsReady(Nuv::Platform::Handle handle, Nuv::Platform::Readiness readiness) {
     Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock();
-    return clock.WaitReady(handle, readiness, clock.Now(), {}) == Nuv::Platform::WaitEnd::kReady;
+    const auto settled = clock.Now() + std::chrono::milliseconds(20);
+    return clock.WaitReady(handle, readiness, settled, {}) == Nuv::Platform::WaitEnd::kReady;
   }
+};
+
+// The other side does nothing by itself.
+class IdlePeer final : public VirtualPeer {
+ public:
+  std::optional<Nuv::Platform::Deadline> Serve(Nuv::Platform::Deadline) override { return {}; }
 };
 
 // A clock that jumps: when a thread waits, its peer is served until it has nothing to do at the
@@ -63,7 +71,7 @@ class VirtualClock final : public Nuv::Platform::Clock {
     for (;;) {
       const auto next = peer_ != nullptr ? peer_->Serve(now_) : std::nullopt;
       if (over() || now_ >= end) return;
-      now_ = std::max(now_, std::min(end, next.value_or(end)));
+      now_ = next && *next > now_ ? std::min(end, *next) : end;
     }
   }
 

@@ -36,7 +36,8 @@ class VirtualPrinter final : public VirtualPeer {
   std::vector<std::string> requests;
 
   std::optional<Nuv::Platform::Deadline> Serve(Nuv::Platform::Deadline now) override {
-    if (server_.waitForNewConnection(0)) Accept();
+    server_.waitForNewConnection(0);
+    while (server_.hasPendingConnections()) Accept();
     if (socket_ != nullptr && !stuck) Read(now);
     while (!due_.empty() && due_.front().first <= now) {
       const std::string& text = due_.front().second;

@@ -13,6 +13,7 @@
 
 #include "nuvsim/simulator.h"
 #include "tests/support/qt_warnings.h"
+#include "tests/support/virtual_clock.h"
 #include "tests/transport/peer.h"
 
 using namespace Nuv::Transport;
@@ -151,10 +152,17 @@ class BadPrinterTest : public ::testing::Test {
     limits.stallMs = 300;
   }
 
-  void Connect() {
-    connector = std::make_unique<TcpDeviceConnector>(limits);
+  void Connect(const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter()) {
+    connector = std::make_unique<TcpDeviceConnector>(limits, waiter);
     ASSERT_TRUE(connector->Connect("127.0.0.1", peer.port()));
     peer.Accept();
+  }
+  // From now on the connector's waits take no time.
+  void ConnectInNoTime() {
+    limits.stallMs = 30000;
+    clock.set_peer(nullptr);
+    Connect(inNoTime);
+    clock.set_peer(&nobody);
   }
   TcpResult Send(const std::string& text, bool patient = false) {
     return connector->Send(text.data(), static_cast<int64_t>(text.size()), patient);
@@ -162,6 +170,9 @@ class BadPrinterTest : public ::testing::Test {
 
   TcpLimits limits;
   Peer peer;
+  IdlePeer nobody;
+  VirtualClock clock;
+  Nuv::Platform::Waiter inNoTime{clock};
   std::unique_ptr<TcpDeviceConnector> connector;
   std::string reply;
 };
@@ -169,7 +180,7 @@ class BadPrinterTest : public ::testing::Test {
 TEST_F(BadPrinterTest, WriteThatIsNotTakenDropsTheConnection) {
   // A printer that acknowledged something before it stopped reading made the wait spin.
   for (const char* const pending : {"", "L100 OK\r\n"}) {
-    Connect();
+    ConnectInNoTime();
     peer.Says(pending);
     EXPECT_EQ(Send(std::string(kEndless, 'x')), TcpResult::kNotSent);
     EXPECT_EQ(Send("F102\r\n"), TcpResult::kNotConnected);
@@ -216,10 +227,11 @@ TEST_F(BadPrinterTest, ImageIsWrittenWholeThoughThePrinterStalls) {
 }
 
 TEST_F(BadPrinterTest, SecondStallOfAnImageInARowIsTheLast) {
-  Connect();
+  ConnectInNoTime();
   EXPECT_EQ(Send(std::string(kEndless, 'x'), true), TcpResult::kNotSent);
   EXPECT_EQ(Send("x", true), TcpResult::kNotSent);
   EXPECT_EQ(Send("x", true), TcpResult::kNotConnected);
+  EXPECT_EQ(clock.NowMs(), 2 * limits.stallMs);
 }
 
 TEST_F(BadPrinterTest, OfAReplyTheLimitIsKept) {

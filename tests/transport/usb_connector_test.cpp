@@ -75,14 +75,13 @@ struct ScriptedNode final : DeviceCalls, VirtualPeer {
 
   // What is still to come is due from when it is first waited for.
   std::optional<Deadline> Serve(Deadline now) override {
+    if (!due && !input.empty()) due = now + std::chrono::milliseconds(input.front().afterMs);
     if (interrupts != nullptr && now >= interruptsAt) interrupts->GiveUp();
     return interrupts != nullptr && !interrupts->givenUp() ? interruptsAt : due;
   }
   bool IsReady(Nuv::Platform::Handle fd, Nuv::Platform::Readiness readiness) override {
     if (fd == dead) return true;
     if (readiness == Nuv::Platform::Readiness::kOutput) return outputEvents != 0;
-    if (input.empty()) return false;
-    if (!due) due = clock.Now() + std::chrono::milliseconds(input.front().afterMs);
     return HasInput();
   }
   bool HasInput() const { return !input.empty() && due && *due <= clock.Now(); }
