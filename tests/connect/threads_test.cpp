@@ -6,7 +6,9 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <atomic>
+#include <condition_variable>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include "tests/connect/job_lab.h"
@@ -30,13 +32,25 @@ HurriedClock g_clock;
 
 std::unique_ptr<ConnectingFramework> g_host;
 std::atomic<int> g_told{0};
+std::mutex g_toldMutex;
+std::condition_variable g_toldMore;
 std::atomic<int> g_updates{0};
 std::atomic<int> g_statusInCallback{-1};
 std::function<void()> g_onPrintingInfo;
 
 void OnPrintingInfo(int, int, int, std::string, int, std::string, std::string) {
-  ++g_told;
+  {
+    const std::lock_guard<std::mutex> lock(g_toldMutex);
+    ++g_told;
+  }
+  g_toldMore.notify_all();
   if (g_onPrintingInfo) g_onPrintingInfo();
+}
+
+// Until the host has been told of a print so often.
+void AwaitTold(int times) {
+  std::unique_lock<std::mutex> lock(g_toldMutex);
+  g_toldMore.wait(lock, [times] { return g_told >= times; });
 }
 
 class ThreadsTest : public JobLab {
@@ -69,19 +83,17 @@ class ThreadsTest : public JobLab {
   }
   int Send() { return g_host->SendPrintFile(path.wstring(), nullptr); }
 
-  // Sends jobs, one printing after the other, until `count` are sent and the host has been told of
-  // a print. Returns how many arrived whole.
+  // Sends `count` jobs, one printing after the other, each until the host has been told of it.
+  // Returns how many arrived whole.
   int SendJobs(int count) {
     const std::string expected = Wire(lines.size());
     int whole = 0;
-    for (int job = 0; job < count || g_told == 0; ++job) {
+    for (int job = 0; job < count; ++job) {
       simulator->SetIdle(0);
       if (Send() != NUV_OK) continue;
       const bool arrived = Becomes([&] { return simulator->JobBytes().size() >= expected.size(); });
       if (arrived && simulator->JobBytes() == expected) ++whole;
-      // In print for a moment, so that the status thread sees it.
-      const int told = g_told;
-      for (int i = 0; i < 50 && g_told == told; ++i) std::this_thread::sleep_for(milliseconds(1));
+      AwaitTold(g_told + 1);
     }
     return whole;
   }
@@ -220,7 +232,7 @@ TEST_F(ThreadsTest, ClosingAtAnyMomentEndsTheThread) {
   for (int life = 0; life < 8; ++life) {
     g_told = 0;
     ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
-    while (g_told < life) std::this_thread::sleep_for(std::chrono::microseconds(137));
+    AwaitTold(life);
     Connect();
   }
 }

@@ -5,8 +5,11 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
+#include <future>
 #include <memory>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -29,7 +32,7 @@ class PipePrinter {
   // `greeting`: what it still has to say when a host opens the device.
   explicit PipePrinter(Answer answer, std::string greeting = {})
       : thread_([this, answer, greeting] { Serve(answer, greeting); }) {
-    while (!ready_) std::this_thread::yield();
+    ready_.get_future().wait();
   }
   ~PipePrinter() {
     ended_ = true;
@@ -37,28 +40,38 @@ class PipePrinter {
   }
   // Returns once so many hosts have closed the device and the next may open it.
   void AwaitClosed(int hosts) const {
-    while (closed_ < hosts) std::this_thread::yield();
+    std::unique_lock<std::mutex> lock(mutex_);
+    closing_.wait(lock, [&] { return closed_ >= hosts; });
   }
-  int closed() const { return closed_; }
+  int closed() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return closed_;
+  }
   PipePrinter(const PipePrinter&) = delete;
   PipePrinter& operator=(const PipePrinter&) = delete;
 
  private:
   void Serve(const Answer& answer, std::string greeting) {
     wine::DevicePipe pipe;
-    ready_ = true;
+    ready_.set_value();
     std::string request;
     while (!ended_) {
-      if (!pipe.Receive(request)) ++closed_;
+      if (!pipe.Receive(request)) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ++closed_;
+        closing_.notify_all();
+      }
       if (pipe.connected() && !greeting.empty()) pipe.Send(std::exchange(greeting, {}));
       if (!request.empty()) pipe.Send(answer(request));
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   }
 
-  std::atomic<bool> ready_{false};
+  std::promise<void> ready_;
   std::atomic<bool> ended_{false};
-  std::atomic<int> closed_{0};
+  mutable std::mutex mutex_;
+  mutable std::condition_variable closing_;
+  int closed_ = 0;
   std::thread thread_;
 };
 
@@ -254,17 +267,19 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
 }
 
 TEST_F(UsbConnectorTest, ThrowsAwayALateReplyWithItsRest) {
-  std::atomic<bool> answered{false};
+  std::promise<void> timedOut;
+  std::promise<void> answered;
   const PipePrinter printer([&](const std::string& request) {
     if (request != "late") return request;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2 * kShortMs));
-    answered = true;
+    timedOut.get_future().wait();
+    answered.set_value();
     return std::string(kReadBytes + 100, 'z');
   });
   Open();
   EXPECT_EQ(Write("late"), 0U);
   EXPECT_EQ(Read(kShortMs), kTransferTimeout);
-  while (!answered) std::this_thread::yield();
+  timedOut.set_value();
+  answered.get_future().wait();
   EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
 }
 
