@@ -12,12 +12,13 @@ using ProtocolPageTest = CommandTest;
 
 // Every model refuses what the page does not say that it answers.
 TEST_F(ProtocolPageTest, EachModelIsAskedWhatItAnswers) {
+  const std::vector<page::Row> rows = page::Rows("Code");
   for (const page::Row& model : page::Models()) {
     SCOPED_TRACE(model.Where() + page::NameOf(model));
     SetUp();
     fake.devices[0][NUV_DEVICE_MODEL] = page::NameOf(model);
     std::ptrdiff_t flash = 0;  // parameters of the scan unit
-    for (const page::Row& row : page::Rows("Code")) {
+    for (const page::Row& row : rows) {
       const bool answers = page::Means(row["Models"], model);
       for (const int code : page::Codes(row["Code"])) {
         int& result = fake.results.emplace(code, NUV_PRINTER_REFUSED).first->second;

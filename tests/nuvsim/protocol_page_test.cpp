@@ -39,7 +39,7 @@ std::string Payload(int code) {
 
 // Asks what the page shows of this state, from top to bottom.
 void Converse(Bench& bench, RawClient& client, const page::Row& model, const std::string& state) {
-  const std::vector<page::Row> rows = page::Rows("Code");
+  static const std::vector<page::Row> rows = page::Rows("Code");
   std::set<std::string> answered;
   for (const page::Row& row : rows) {
     if (page::Means(row["Models"], model)) answered.insert(page::Quoted(row["Request"]).at(0));

@@ -22,7 +22,9 @@ struct Row {
     return cell == cells.end() ? "" : cell->second;
   }
   // Begins the message of a check.
-  std::string Where() const { return "docs/protocol.md:" + std::to_string(line) + ": "; }
+  std::string Where() const {
+    return "docs/protocol.md:" + (line == 0 ? "" : std::to_string(line) + ":") + " ";
+  }
 };
 
 // What a pattern finds, each time as the parts in its parentheses.
