@@ -1,4 +1,4 @@
-// A row per command: how its request goes out and how its reply is read.
+// How requests go out and replies are read where it is not as in the examples of docs/protocol.md.
 
 #include "command/catalogue.h"
 
@@ -15,31 +15,20 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// Those that no test of an operation or a job sees on the wire.
+// Other counts of parameters than docs/protocol.md shows, and tags that no operation uses.
 const struct {
   int32_t code;
   Strings parameters;
   const char* request;
 } kRequests[] = {
-    {190, {"1"}, "F190 S1"},
     {102, {"1", "2"}, "F102"},
     {104, {"7", "8"}, "F104"},
-    {106, {"1", "2"}, "F106 S1 C2"},
     {106, {"1"}, "F106"},
-    {108, {"1", "2"}, "F108 S1 R2"},
-    {109,
-     {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10"},
-     "F109 X1 Y2 Z3 L4 T5 W6 E7 R8 Q9 P10"},
     {109, {"1"}, "F109"},
-    {111, {"1"}, "F111 S1"},
     {159, {"1", "2", "3"}, "F159 S1 V2 C3"},
-    {160, {"1", "2"}, "F160 S1 C2"},
-    {166, {"1"}, "F166 V1"},
     {191, {"2", "a", "b", "c", "d"}, "F191"},
     {196, {}, "F196"},
-    {319, {"1"}, "F319 X1"},
     {332, {"1", "2", "3"}, "F332 S1 V2 C3"},
-    {550, {"1", "2"}, "F550 W1 R2"},
 };
 
 class CatalogueTest : public ::testing::Test {
@@ -65,26 +54,21 @@ TEST_F(CatalogueTest, RequestsGoOutAsTheirFormSays) {
 const struct {
   int32_t code;
   const char* reply;
-  bool ok;
   const char* record;  // "key=value" in the order of the keys
 } kReplies[] = {
-    {101, "F101 OK M:a\tb\r S:1\r", true, "M=a b|S=1"},
-    {101, "F101 OK S:first S:second", true, "S=first"},
-    {102, "F102 OK S1 C=4", true, "C=4|S=1"},
-    {105, "F105 OK C:1001 S1 R350 V500 QL0001", true, "C=1001|Q=L0001|R=350|S=1|V=500"},
-    {157, "F157 OK I3 S9 S10", true, "I=3|S=10"},
+    {101, "F101 OK M:a\tb\r S:1\r", "M=a b|S=1"},
+    {101, "F101 OK S:first S:second", "S=first"},
+    {102, "F102 OK S1 C=4", "C=4|S=1"},
+    {157, "F157 OK I3 S9 S10", "I=3|S=10"},
     // A blank makes "Room" look like the key R.
-    {190, "F190 OK SSID=<My Room = 2> R:80 S:1", true, "R=80|S=1|SSID=My Room = 2"},
-    {190, "F190 OK S:1 SSID=<never closed R:80", true, "R=80|S=1|SSID=<never"},
-    {190, "F190 OK SSID=<a > b> R:1> S1 C6 <", true, "C=6|S=1|SSID=a > b> R:1"},
-    {192, "F192 OK SSID=Lab net IP=10.0.0.2 MAC=02:aa C6 M1 S:1", true,
+    {190, "F190 OK SSID=<My Room = 2> R:80 S:1", "R=80|S=1|SSID=My Room = 2"},
+    {190, "F190 OK S:1 SSID=<never closed R:80", "R=80|S=1|SSID=<never"},
+    {190, "F190 OK SSID=<a > b> R:1> S1 C6 <", "C=6|S=1|SSID=a > b> R:1"},
+    {192, "F192 OK SSID=Lab net IP=10.0.0.2 MAC=02:aa C6 M1 S:1",
      "C=6|IP=10.0.0.2|M=1|MAC=02:aa|S=1|SSID=Lab"},
-    {197, "F197 OK N:Lab printer: two", true, "N=Lab printer: two|printer="},
-    {301, "F301 BUSY OK C_T:1 C_LI:2 ZLT:3", true, "C_LI=2|C_T=1|ZLT=3"},
-    {303, "F303 OK LSU:1 a P1:2", true, "LSU=1 a|P1=2"},
-    {327, "F327 OK C:1 C1:2 L:3 L34 T:", true, "C=1|C1=2|L=3|L3=4|T="},
-    {335, "F335 BUSY OK S:1", false, "S=1"},
-    {839, "F839 X OK A:1 T:2", true, "A=1|T=2"},
+    {197, "F197 OK N:Lab printer: two", "N=Lab printer: two|printer="},
+    {303, "F303 OK LSU:1 a P1:2", "LSU=1 a|P1=2"},
+    {327, "F327 OK C:1 C1:2 L:3 L34 T:", "C=1|C1=2|L=3|L3=4|T="},
 };
 
 TEST_F(CatalogueTest, RepliesAreReadAsTheirFormSays) {
@@ -92,11 +76,9 @@ TEST_F(CatalogueTest, RepliesAreReadAsTheirFormSays) {
     SCOPED_TRACE(row.reply);
     printer.Replies({row.reply});
     CommandArguments arguments;
-    bool ok = false;
-    arguments.resultCallback = [&](int32_t, int32_t, bool accepted, Strings) { ok = accepted; };
+    arguments.resultCallback = [](int32_t, int32_t, bool, const Strings&) {};
     const auto command = Make(row.code, std::move(arguments));
     EXPECT_EQ(command->Execute(), kReplied);
-    EXPECT_EQ(ok, row.ok);
     std::string record;
     for (const auto& [key, value] : command->result()) {
       record += (record.empty() ? "" : "|") + key + "=" + value;

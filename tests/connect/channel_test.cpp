@@ -69,7 +69,7 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
 
 // docs/protocol.md promises hosts how long a printer is waited for.
 TEST(ReplyLimitTest, IsThatOfTheProtocol) {
-  std::ifstream file(NUV_PROTOCOL_PAGE);
+  std::ifstream file(NUV_SOURCE_FOLDER "/docs/protocol.md");
   std::stringstream page;
   page << file.rdbuf();
   EXPECT_THAT(page.str(),

@@ -6,8 +6,10 @@
 #include <thread>
 
 #include "command/reply_views.h"
+#include "connect/device_table.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
+#include "tests/support/protocol_page.h"
 #include "transport/search_turn.h"
 
 namespace Nuv::Connect {
@@ -27,6 +29,14 @@ class DevicesTest : public Lab {
     return found;
   }
 };
+
+TEST(DeviceTableTest, AsksEachModelWhatTheProtocolPageSays) {
+  for (const protocol_page::Row& model : protocol_page::Models()) {
+    const std::string name = NameOf(model);
+    EXPECT_EQ(HasOwnSerialQuery(name), model["Listing"] == "140") << model.Where() << name;
+    EXPECT_EQ(ListsNickname(name), model["Listing"] == "197") << model.Where() << name;
+  }
+}
 
 TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
   auto bego = Printer("B-1234567890", "BEGO VARSEO XS");

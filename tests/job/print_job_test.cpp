@@ -9,6 +9,7 @@
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
 #include "tests/job/job_fixture.h"
+#include "tests/support/protocol_page.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -325,27 +326,29 @@ TEST_F(JobTest, CommandTextGoesOutLineByLine) {
   EXPECT_EQ(clock.SleptMs(), 400);
 }
 
+// The machine IDs that docs/protocol.md has, and those of their form that it has not.
 TEST_F(JobTest, MachineIdDecidesFamilyAndBufferQuery) {
-  const struct {
-    std::string models;  // the character of each in the middle of the ID
-    PrinterFamily family;
-    const char* query;
-  } kRows[] = {
-      {"213578", PrinterFamily::kZafelSuperfine, "F117\r\n"},
-      {"B", PrinterFamily::kBego, "F117\r\n"},
-      {"49C", PrinterFamily::kAndroid, "F503\r\n"},
-      {"A6c", PrinterFamily::kUnknown, "F117\r\n"},
-  };
+  const std::map<std::string, PrinterFamily> families = {
+      {"Zafel Superfine", PrinterFamily::kZafelSuperfine},
+      {"BEGO", PrinterFamily::kBego},
+      {"Android", PrinterFamily::kAndroid},
+      {"", PrinterFamily::kUnknown}};
+  std::map<std::string, protocol_page::Row> known;
+  for (const auto& row : protocol_page::Rows("Model")) {
+    for (const std::string& id : protocol_page::Quoted(row["Machine IDs"])) known[id] = row;
+  }
   printer.Always("F503", "F503 OK S:7");
   HasFreeBuffer(7);
-  for (const auto& row : kRows) {
-    for (const char model : row.models) {
-      const std::string id = std::string("3DPSNKG") + model + "3WTW00001";
-      EXPECT_EQ(FamilyOf(id), row.family) << id;
-      EXPECT_EQ(QueryFreeBufferSize(Context(), id), 7U) << id;
-      EXPECT_EQ(printer.Wire().back(), row.query) << id;
-    }
+  for (const char machine : std::string("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZc")) {
+    const std::string id = std::string("3DPSNKG") + machine + "3WTW00001";
+    const std::string family = known[id]["Family"];
+    EXPECT_EQ(FamilyOf(id), families.at(family)) << known[id].Where() << id;
+    EXPECT_EQ(QueryFreeBufferSize(Context(), id), 7U) << known[id].Where() << id;
+    EXPECT_EQ(printer.Wire().back(), family == "Android" ? "F503\r\n" : "F117\r\n")
+        << known[id].Where() << id;
+    known.erase(id);
   }
+  EXPECT_TRUE(known.empty()) << known.begin()->second.Where() << known.begin()->first;
   EXPECT_EQ(FamilyOf(""), PrinterFamily::kUnknown);
   HasFreeBuffer(-5);
   EXPECT_EQ(QueryFreeBufferSize(Context(), kZafelId), 0U);

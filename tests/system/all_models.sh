@@ -13,7 +13,7 @@ trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$wor
 
 # The page's table of models: name, then an x under each feature.
 features=(resin105 resin120 laser LSU LED sensors wireless history android dental)
-awk -F' *[|] *' '/^\| `/ && NF == 13 {gsub("`", "", $2); for (i = 2; i < 13; ++i) printf "%s|", $i; print ""}' \
+awk -F' *[|] *' '/^\| `/ && NF == 16 {gsub("`", "", $2); printf "%s|", $2; for (i = 6; i < 16; ++i) printf "%s|", $i; print ""}' \
   "$2" > "$work/models"
 [ "$(wc -l < "$work/models")" = 11 ] || { echo "the page's table of models has changed its form"; exit 1; }
 
