@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "command/catalogue.h"
-#include "command/command_base.h"
+#include "command/command_runner.h"
 #include "command/commands.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scripted_channel.h"

@@ -74,7 +74,7 @@ std::vector<AccessPoint> ParseAccessPoints(const json& value, const std::string&
 std::map<std::string, int> ParseSensors(const json& value, const std::string& path) {
   JsonObject object(value, path);
   std::map<std::string, int> readings;
-  for (const Sensor& each : kSensors) {
+  for (const Sensor& each : kSensorTable) {
     if (object.Has(each.key)) object.ReadInteger(each.key, each.low, each.high, readings[each.key]);
   }
   object.RefuseOthers();
@@ -194,9 +194,9 @@ void ValidateAccessPoints(const std::vector<AccessPoint>& points, const std::str
 }
 
 void ValidateSensor(const std::string& key, int reading, const std::string& path) {
-  const auto sensor = std::find_if(kSensors.begin(), kSensors.end(),
+  const auto sensor = std::find_if(kSensorTable.begin(), kSensorTable.end(),
                                    [&key](const Sensor& each) { return key == each.key; });
-  RefuseUnless(sensor != kSensors.end(), path, "unknown key");
+  RefuseUnless(sensor != kSensorTable.end(), path, "unknown key");
   RefuseUnless(reading >= sensor->low && reading <= sensor->high, path, "is out of range");
 }
 

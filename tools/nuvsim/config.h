@@ -32,7 +32,7 @@ struct Sensor {
 };
 
 // In the order of the answer.
-constexpr std::array<Sensor, 13> kSensors = {{
+constexpr std::array<Sensor, 13> kSensorTable = {{
     {"C_T", -40, 200, 28},
     {"C_B", -40, 200, 27},
     {"ZLT", 0, 1, 0},

@@ -34,7 +34,7 @@ std::string PulseWidths(Machine&, const Request& request) {
 std::string Sensors(Machine& machine, const Request&) {
   const auto& readings = machine.Config().sensors;
   std::string answer = "OK";
-  for (const Sensor& each : kSensors) {
+  for (const Sensor& each : kSensorTable) {
     const auto told = readings.find(each.key);
     const int reading = told == readings.end() ? each.usual : told->second;
     answer += std::string(" ") + each.key + ":" + std::to_string(reading);
