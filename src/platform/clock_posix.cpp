@@ -21,7 +21,7 @@ WaitEnd Clock::WaitReady(Handle handle, Readiness readiness, Deadline deadline,
     const int ready = poll(&entry, 1, static_cast<int>(slice.count()));
     if (ready > 0) return WaitEnd::kReady;
     // A signal that came is none of ours.
-    if (ready == 0 && left <= slice) return WaitEnd::kTimeout;
+    if (ready == 0 ? left <= slice : Clock::Now() >= end) return WaitEnd::kTimeout;
   }
 }
 
