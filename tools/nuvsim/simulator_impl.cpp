@@ -131,6 +131,7 @@ void Simulator::Impl::ListenForSearches() {
 
 void Simulator::Impl::ServeUsb() {
   std::vector<UsbDevice*> bus;
+  bus.reserve(printers.size());
   for (const auto& printer : printers) bus.push_back(&printer->usbDevice);
   const std::string& address = commons.config.usbipAddress;
   const std::uint16_t port = *commons.config.usbipPort;

@@ -50,7 +50,7 @@ std::optional<Fault> FaultList::TakeForAnswer(int code) {
     Fault& fault = each->fault;
     if (!IsOnAnswer(fault.kind) || (fault.code != 0 && fault.code != code)) continue;
     if (Skips(fault)) continue;
-    const Fault taken = fault;
+    Fault taken = fault;
     Apply(each);
     return taken;
   }
@@ -119,7 +119,7 @@ std::optional<Fault> FaultList::CountBytes(std::uint64_t bytes) {
   if (armed->bytesLeft > 0) return std::nullopt;
   CountAnew(*armed);
   if (Skips(armed->fault)) return std::nullopt;
-  const Fault taken = armed->fault;
+  Fault taken = armed->fault;
   Apply(armed);
   return taken;
 }
