@@ -77,7 +77,7 @@ class Intake final : private RawSink {
  public:
   // Files are <folder>/<prefix>-<kind>.bin, of a thumbnail .png; the newest of a kind is kept.
   Intake(std::filesystem::path folder, std::string prefix);
-  ~Intake();
+  ~Intake() override;
 
   // A print file that a host has announced without sending it.
   void NotePrintFile(std::uint64_t bytes, std::string name, std::string digest);
