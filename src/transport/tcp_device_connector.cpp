@@ -20,14 +20,19 @@ constexpr char kErrorE35[] = "E35";
 }  // namespace
 
 TcpDeviceConnector::TcpDeviceConnector(const TcpLimits& limits, const Nuv::Platform::Waiter& waiter)
-    : limits_(limits), waiter_(waiter), socket_(new QTcpSocket(this)) {
-  // A printer stands on the local network; a proxy set for the host program does not lead to it.
-  socket_->setProxy(QNetworkProxy::NoProxy);
-  DetachFromThreads(*this, *socket_);
+    : limits_(limits), waiter_(waiter) {
+  moveToThread(nullptr);
+  MakeSocket();
 }
 
-// The socket goes with its parent: without an event loop deleteLater would never delete it.
 TcpDeviceConnector::~TcpDeviceConnector() { Disconnect(); }
+
+void TcpDeviceConnector::MakeSocket() {
+  socket_ = std::make_unique<QTcpSocket>();
+  // A printer stands on the local network; a proxy set for the host program does not lead to it.
+  socket_->setProxy(QNetworkProxy::NoProxy);
+  DetachFromThreads(*socket_, *socket_);
+}
 
 bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
   Disconnect();
@@ -46,7 +51,8 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
              socket_->state() == QAbstractSocket::ConnectingState
                  ? "no answer"
                  : qPrintable(socket_->errorString()));
-  socket_->abort();
+  // One whose connection was refused keeps its descriptor, which can be bound only once.
+  MakeSocket();
   return false;
 }
 

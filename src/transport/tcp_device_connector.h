@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QTcpSocket>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "platform/waiter.h"
@@ -60,6 +61,7 @@ class TcpDeviceConnector : public QObject {
   bool Discard(int quietMs = 0, int limitMs = 0);
 
  private:
+  void MakeSocket();
   bool MakeConnection(const QHostAddress& address, uint16_t port);
 
   // Where taking what has arrived ends.
@@ -80,7 +82,7 @@ class TcpDeviceConnector : public QObject {
 
   const Nuv::Transport::TcpLimits limits_;
   const Nuv::Platform::Waiter& waiter_;
-  QTcpSocket* socket_;   // child
+  std::unique_ptr<QTcpSocket> socket_;
   bool opened_ = false;  // since the last Disconnect
   int stalls_ = 0;       // patient writes in a row that took no byte to their end
 };
