@@ -83,8 +83,7 @@ TEST(EndFaultTest, EndsTheConnectionAndServesTheNext) {
     Bench bench;
     bench.sim->InjectFault(0, ParseFault(row.fault));
     const auto client = bench.Connect();
-    client->Send(row.sent);
-    EXPECT_EQ(client->ReadToEnd(), row.received);
+    EXPECT_EQ(client->ReadToEnd(row.sent), row.received);
     EXPECT_EQ(bench.Connect()->Ask("F197"), "F197 OK N:Simulated printer");
     EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
   }

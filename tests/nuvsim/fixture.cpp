@@ -39,13 +39,14 @@ std::string RawClient::Ask(const std::string& command) {
   return ReadLine();
 }
 
-std::string RawClient::ReadToEnd() {
+std::string RawClient::ReadToEnd(const std::string& sent) {
   std::string ending = " (open)";
   asio::async_read(socket_, asio::dynamic_buffer(received_),
                    [&ending](const asio::error_code& error, std::size_t) {
                      if (error == asio::error::eof) ending = " (closed)";
                      if (error == asio::error::connection_reset) ending = " (reset)";
                    });
+  Send(sent);
   RunPatiently(io_, socket_);
   return std::exchange(received_, std::string()) + ending;
 }
