@@ -46,8 +46,8 @@ class RawClient {
   std::string ReadLine();
   // Sends a command, returns the next line.
   std::string Ask(const std::string& command);
-  // Reads until the connection ends: the bytes, and " (closed)", " (reset)" or " (open)". `sent` goes
-  // out when the reading has begun: under Wine a reset that comes before it looks like an end.
+  // Reads until the connection ends: the bytes, and " (closed)", " (reset)" or " (open)". `sent`
+  // goes out when the reading has begun: under Wine a reset that comes before it looks like an end.
   std::string ReadToEnd(const std::string& sent = "");
   void Close() { socket_.close(); }
 
