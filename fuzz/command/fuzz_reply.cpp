@@ -68,7 +68,7 @@ void ReadReply(const Command::CommandRow& row, const std::string& reply) {
 }
 
 void ReadSearchReply(const std::string& reply) {
-  const NetworkDevice device = ParseDiscoveryReply(reply);
+  const Nuv::Transport::NetworkDevice device = Nuv::Transport::ParseDiscoveryReply(reply);
   Require(device.address.size() <= reply.size(), "an address longer than the reply");
   Require(device.name.size() <= reply.size(), "a name longer than the reply");
 }
