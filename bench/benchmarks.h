@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace bench {
+namespace Bench {
 
 void RunStatus();
 // `nuvsim`: the simulator's program; `folder`: for the files that are sent.
@@ -14,6 +14,6 @@ void RunHandlers(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
 void RunParser();
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_BENCHMARKS_H_

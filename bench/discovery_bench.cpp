@@ -8,7 +8,7 @@
 #include "nuvsim/simulator.h"
 #include "transport/network_device_searcher.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 constexpr uint16_t kPort = 6013;
@@ -26,15 +26,15 @@ void RunDiscovery() {
   Report("search without answers over its time limit, per network",
          Quantile(silence, 0.5) / 1e6 / (kTimeoutMs * kNetworks), "times", 1.02);
 
-  nuvsim::SimulatorConfig config;
-  nuvsim::PrinterConfig printer;
+  NuvSim::SimulatorConfig config;
+  NuvSim::PrinterConfig printer;
   printer.address = "10.77.1.2";
-  nuvsim::Fault burst = nuvsim::MakeFault(nuvsim::FaultKind::kBurst);
+  NuvSim::Fault burst = NuvSim::MakeFault(NuvSim::FaultKind::kBurst);
   burst.size = kBurst;
   printer.faults = {burst};
   config.printers = {printer};
   config.discovery = true;
-  nuvsim::Simulator simulator(std::move(config));
+  NuvSim::Simulator simulator(std::move(config));
   simulator.Start();
   size_t found = 0;
   const std::vector<double> busy = Sample(
@@ -53,4 +53,4 @@ void RunDiscovery() {
   Report("API_Initial and API_Close, longest", life.back() / 1e6, "ms");
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -5,7 +5,7 @@
 #include <numeric>
 #include <thread>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 bool g_overLimit = false;
@@ -50,4 +50,4 @@ void ReportBarePauses(std::chrono::milliseconds length, int count) {
 
 bool AnyOverLimit() { return g_overLimit; }
 
-}  // namespace bench
+}  // namespace Bench

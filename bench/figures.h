@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 
 // Runs `body` `count` times and returns each run's nanoseconds, sorted.
 std::vector<double> Sample(int count, const std::function<void()>& body);
@@ -24,6 +24,6 @@ void ReportBarePauses(std::chrono::milliseconds length, int count);
 // True once a reported value was above its limit.
 bool AnyOverLimit();
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_FIGURES_H_

@@ -14,7 +14,7 @@
 #include "connect/connecting_framework.h"
 #include "nuvconnect/NuvConnect5.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -111,4 +111,4 @@ void RunFirmware(const std::string& nuvsim, const std::string& folder) {
   PacingOfBothKinds();
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -25,7 +25,7 @@
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -191,4 +191,4 @@ void RunHandlers(const std::string& nuvsim, const std::string& folder) {
   std::filesystem::remove_all(folder);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -14,7 +14,7 @@
 #include "nuvfile/print_file_writer.h"
 #include "tests/support/environment.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using Nuv::Connect::ConnectingFramework;
@@ -22,17 +22,17 @@ using Nuv::Connect::ConnectingFramework;
 // Writes a print file of `count` lines of `length` bytes.
 std::string MakePrintFile(const std::string& folder, int64_t count, size_t length) {
   const std::string path = folder + "/bench.nuv";
-  nuvfile::PrintFileContents contents;
-  contents.machine_id = "3DPSNKG33WTW00001";
+  NuvFile::PrintFileContents contents;
+  contents.machineId = "3DPSNKG33WTW00001";
   const std::string line(length, 'x');
   int64_t written = 0;
-  const nuvfile::Status status =
-      nuvfile::WritePrintFile(path, contents, [&](std::string_view* text, nuvfile::Status*) {
+  const NuvFile::Status status =
+      NuvFile::WritePrintFile(path, contents, [&](std::string_view* text, NuvFile::Status*) {
         *text = line;
         return written++ < count;
       });
-  if (!status.ok()) {
-    std::fprintf(stderr, "%s\n", status.message().c_str());
+  if (!status.Ok()) {
+    std::fprintf(stderr, "%s\n", status.Message().c_str());
     std::exit(1);
   }
   return path;
@@ -69,7 +69,7 @@ void Pacing(const std::string& folder) {
   const std::string path = MakePrintFile(folder, 60, 1000);
   ReportBarePauses(std::chrono::milliseconds(100), 20);
   Report("job of 60 lines: duration over its pauses",
-         bench::Pacing(clock, [&] { Send(framework, path); }), "times", 1.01);
+         Bench::Pacing(clock, [&] { Send(framework, path); }), "times", 1.01);
 }
 
 void TimePerLine(const std::string& folder) {
@@ -119,4 +119,4 @@ void RunJob(const std::string& nuvsim, const std::string& folder) {
   std::filesystem::remove_all(folder);
 }
 
-}  // namespace bench
+}  // namespace Bench

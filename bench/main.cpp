@@ -15,10 +15,10 @@
 // With arguments only those are run: status, parser, job, firmware, handlers, discovery.
 int main(int argc, char** argv) {
   const std::vector<std::string> wanted(argv + 1, argv + argc);
-  if (wanted.size() == 3 && wanted[0] == bench::kServeOption) {
-    bench::Serve(wanted[1], static_cast<uint16_t>(std::atoi(wanted[2].c_str())));
+  if (wanted.size() == 3 && wanted[0] == Bench::kServeOption) {
+    Bench::Serve(wanted[1], static_cast<uint16_t>(std::atoi(wanted[2].c_str())));
   }
-  if (!bench::InPrivateNetwork()) {
+  if (!Bench::InPrivateNetwork()) {
     std::fprintf(stderr, "not in the private network (run through ./dev bench)\n");
     return 2;
   }
@@ -27,12 +27,12 @@ int main(int argc, char** argv) {
   };
   // Generic, since it also goes into a JSON file.
   const std::string folder = (std::filesystem::temp_directory_path() / "nuvbench").generic_string();
-  if (runs("status")) bench::RunStatus();
-  if (runs("parser")) bench::RunParser();
-  if (runs("job")) bench::RunJob(NUVSIM_FILE, folder);
-  if (runs("firmware")) bench::RunFirmware(NUVSIM_FILE, folder);
-  if (runs("handlers")) bench::RunHandlers(NUVSIM_FILE, folder);
-  if (runs("discovery")) bench::RunDiscovery();
-  if (bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
-  return bench::AnyOverLimit() ? 1 : 0;
+  if (runs("status")) Bench::RunStatus();
+  if (runs("parser")) Bench::RunParser();
+  if (runs("job")) Bench::RunJob(NUVSIM_FILE, folder);
+  if (runs("firmware")) Bench::RunFirmware(NUVSIM_FILE, folder);
+  if (runs("handlers")) Bench::RunHandlers(NUVSIM_FILE, folder);
+  if (runs("discovery")) Bench::RunDiscovery();
+  if (Bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
+  return Bench::AnyOverLimit() ? 1 : 0;
 }

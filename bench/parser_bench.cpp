@@ -26,7 +26,7 @@ void* operator new(size_t size) {
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using Nuv::Connect::GeneralCommandProc;
@@ -51,21 +51,20 @@ std::string Reply(const std::string& head, const std::string& field, size_t leng
   return reply + "\r\n";
 }
 
-void Run(Nuv::Connect::IChannel& printer, int32_t code) {
+void Run(Nuv::Connect::IChannel& printer, int code) {
   GeneralCommandProc proc(Nuv::Command::CreateCommand(printer, code, {}));
   std::vector<std::string> values;
   if (proc.Process(values) != 0) std::abort();
 }
 
 // Microseconds to run command `code` on a reply of `length` bytes.
-double MedianUs(int32_t code, const std::string& head, const std::string& field, size_t length) {
+double MedianUs(int code, const std::string& head, const std::string& field, size_t length) {
   constexpr int kRuns = 201;
   OneReply printer(Reply(head, field, length));
   return Quantile(Sample(kRuns, [&] { Run(printer, code); }), 0.5) / 1000;
 }
 
-void Lengths(const std::string& what, int32_t code, const std::string& head,
-             const std::string& field) {
+void Lengths(const std::string& what, int code, const std::string& head, const std::string& field) {
   double shorter = 0;
   double longest = 0;
   for (const size_t kib : {1, 4, 16, 64}) {
@@ -76,7 +75,7 @@ void Lengths(const std::string& what, int32_t code, const std::string& head,
   Report(what + ", 64 KiB over four times 16 KiB", longest / (4 * shorter), "times", 1.5);
 }
 
-void Allocations(const char* what, int32_t code, const std::string& reply, double limit) {
+void Allocations(const char* what, int code, const std::string& reply, double limit) {
   OneReply printer(reply);
   Run(printer, code);
   const uint64_t before = g_allocations;
@@ -101,4 +100,4 @@ void RunParser() {
               40);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -9,7 +9,7 @@
 #include "bench/figures.h"
 #include "platform/clock.h"
 
-namespace bench {
+namespace Bench {
 
 // Notes how long the library works between one pause and the next, and sleeps or does not.
 class PassClock final : public Nuv::Platform::Clock {
@@ -51,6 +51,6 @@ inline double Pacing(const PassClock& clock, const std::function<void()>& job) {
   return ms / static_cast<double>(clock.SleptMs());
 }
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_PASS_CLOCK_H_

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace bench {
+namespace Bench {
 
 void WaitUntilReady(std::FILE* printed, const std::string& program) {
   char line[1024];
@@ -15,4 +15,4 @@ void WaitUntilReady(std::FILE* printed, const std::string& program) {
   std::exit(1);
 }
 
-}  // namespace bench
+}  // namespace Bench

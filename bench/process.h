@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 
 // A program that runs until the object goes, or until this process ends, however it ends.
 class Child {
@@ -43,6 +43,6 @@ long ResidentKib();
 long PeakKib();
 void ResetPeak();
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_PROCESS_H_

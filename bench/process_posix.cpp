@@ -13,7 +13,7 @@
 
 #include "bench/process.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 long StatusField(const char* name) {
@@ -88,4 +88,4 @@ void ResetPeak() {
   close(file);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace bench {
+namespace Bench {
 
 constexpr char kRegistersPart[] = "registers";
 
@@ -16,6 +16,6 @@ void ServeRegisters(uint16_t port);
 // A call that reads one register from a server of its own, started here; empty without the library.
 std::function<void()> MakeRegisterRead();
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_REGISTER_READ_H_

@@ -8,7 +8,7 @@
 #include "bench/register_read.h"
 #include "bench/servers.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 constexpr uint16_t kPort = 19002;
@@ -65,4 +65,4 @@ std::function<void()> MakeRegisterRead() {
   return [client] { client->Read(); };
 }
 
-}  // namespace bench
+}  // namespace Bench

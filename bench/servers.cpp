@@ -12,7 +12,7 @@
 
 #include "bench/register_read.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using asio::ip::tcp;
@@ -100,4 +100,4 @@ bool InPrivateNetwork() {
   return !error;
 }
 
-}  // namespace bench
+}  // namespace Bench

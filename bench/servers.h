@@ -8,7 +8,7 @@
 
 #include "bench/process.h"
 
-namespace bench {
+namespace Bench {
 
 constexpr char kServeOption[] = "--serve";
 // The barest printer there can be, for one client after the other.
@@ -29,6 +29,6 @@ Child StartServer(const std::string& part, uint16_t port);
 // Whether this machine is the private one, in which searching reaches nobody else.
 bool InPrivateNetwork();
 
-}  // namespace bench
+}  // namespace Bench
 
 #endif  // NUV_BENCH_SERVERS_H_

@@ -23,7 +23,7 @@
 #include "bench/servers.h"
 #include "nuvconnect/NuvConnect5.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using asio::ip::tcp;
@@ -125,4 +125,4 @@ void RunStatus() {
   Unpin();
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -52,8 +52,8 @@ std::vector<double> BareLoop() {
     Check(write(device, kRequest, sizeof kRequest - 1) == sizeof kRequest - 1, "write");
     Check(read(device, buffer, sizeof buffer) == sizeof kReply - 1, "read");
   };
-  bench::Sample(kWarmUp, call);
-  std::vector<double> samples = bench::Sample(kCalls, call);
+  Bench::Sample(kWarmUp, call);
+  std::vector<double> samples = Bench::Sample(kCalls, call);
   close(device);
   return samples;
 }
@@ -64,8 +64,8 @@ std::vector<double> LibraryLoop(ConnectingFramework& framework) {
   const auto call = [&] {
     Check(framework.GetPrinterStatus(&state) == NUV_OK && state == 0, "state query");
   };
-  bench::Sample(kWarmUp, call);
-  std::vector<double> samples = bench::Sample(kCalls, call);
+  Bench::Sample(kWarmUp, call);
+  std::vector<double> samples = Bench::Sample(kCalls, call);
   framework.GetConnect()->CloseDevice();
   return samples;
 }
@@ -78,30 +78,30 @@ void RoundTrip(ConnectingFramework& framework) {
     if (round % 2 == 0) library = LibraryLoop(framework);
     bare = BareLoop();
     if (round % 2 == 1) library = LibraryLoop(framework);
-    bareMedian = std::min(bareMedian, bench::Quantile(bare, 0.5) / 1000);
-    bareLate = std::min(bareLate, bench::Quantile(bare, 0.99) / 1000);
-    median = std::min(median, bench::Quantile(library, 0.5) / 1000);
-    late = std::min(late, bench::Quantile(library, 0.99) / 1000);
+    bareMedian = std::min(bareMedian, Bench::Quantile(bare, 0.5) / 1000);
+    bareLate = std::min(bareLate, Bench::Quantile(bare, 0.99) / 1000);
+    median = std::min(median, Bench::Quantile(library, 0.5) / 1000);
+    late = std::min(late, Bench::Quantile(library, 0.99) / 1000);
   }
-  bench::Report("floor: bare write and read, median", bareMedian, "us");
-  bench::Report("floor: bare write and read, 99th percentile", bareLate, "us");
-  bench::Report("state query, median", median, "us");
-  bench::Report("state query, 99th percentile", late, "us");
-  bench::Report("median over floor", median / bareMedian, "times", 1.3);
-  bench::Report("99th percentile over floor", late / bareLate, "times", 1.3);
+  Bench::Report("floor: bare write and read, median", bareMedian, "us");
+  Bench::Report("floor: bare write and read, 99th percentile", bareLate, "us");
+  Bench::Report("state query, median", median, "us");
+  Bench::Report("state query, 99th percentile", late, "us");
+  Bench::Report("median over floor", median / bareMedian, "times", 1.3);
+  Bench::Report("99th percentile over floor", late / bareLate, "times", 1.3);
 }
 
 void Listing(ConnectingFramework& framework) {
   std::vector<std::string> found;
-  const std::vector<double> enumerations = bench::Sample(
+  const std::vector<double> enumerations = Bench::Sample(
       11, [&] { Check(framework.GetConnect()->EnumerateDevices(NUV_KIND_USB, found), "listing"); });
-  bench::Report("printers attached", static_cast<double>(found.size()), "");
-  bench::Report("finding them, without the questions to each",
-                bench::Quantile(enumerations, 0.5) / 1e6, "ms", 100);
+  Bench::Report("printers attached", static_cast<double>(found.size()), "");
+  Bench::Report("finding them, without the questions to each",
+                Bench::Quantile(enumerations, 0.5) / 1e6, "ms", 100);
   std::vector<std::string> serials;
-  const std::vector<double> listing = bench::Sample(
+  const std::vector<double> listing = Bench::Sample(
       1, [&] { Check(framework.GetDeviceList(NUV_KIND_USB, serials, 0) == NUV_OK, "listing"); });
-  bench::Report("the whole list", listing[0] / 1e6, "ms");
+  Bench::Report("the whole list", listing[0] / 1e6, "ms");
 }
 
 constexpr int kLines = 60;
@@ -111,8 +111,8 @@ double BareLines() {
   const int device = open(kDevice, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   Check(device >= 0, "opening the device");
   constexpr char kLine[] = "G1 X10 Y0.125 E3.5\r\n";
-  bench::PassClock clock(true);
-  const double pacing = bench::Pacing(clock, [&] {
+  Bench::PassClock clock(true);
+  const double pacing = Bench::Pacing(clock, [&] {
     for (int i = 0; i < kLines; ++i) {
       Check(write(device, kLine, sizeof kLine - 1) == sizeof kLine - 1, "writing a line");
       pollfd output{device, POLLOUT, 0};
@@ -121,22 +121,22 @@ double BareLines() {
     }
   });
   close(device);
-  bench::Report("floor: time per bare line", clock.MedianUs(0, clock.Passes()), "us");
-  bench::Report("floor: bare lines, duration over their pauses", pacing, "times");
+  Bench::Report("floor: time per bare line", clock.MedianUs(0, clock.Passes()), "us");
+  Bench::Report("floor: bare lines, duration over their pauses", pacing, "times");
   return pacing;
 }
 
 double Job(const std::string& path) {
-  bench::PassClock clock(true);
+  Bench::PassClock clock(true);
   ConnectingFramework framework(clock);
   std::vector<std::string> serials;
   Check(framework.GetDeviceList(NUV_KIND_USB, serials, 0) == NUV_OK, "listing");
   Check(framework.ChooseDevice(NUV_KIND_USB, 0) == NUV_OK, "choosing");
-  const double pacing = bench::Pacing(clock, [&] {
+  const double pacing = Bench::Pacing(clock, [&] {
     Check(framework.SendPrintFile({path.begin(), path.end()}, nullptr) == NUV_OK, "job");
   });
-  bench::Report("time per line", clock.MedianUs(0, clock.Passes()), "us");
-  bench::Report("job of 60 lines: duration over its pauses", pacing, "times");
+  Bench::Report("time per line", clock.MedianUs(0, clock.Passes()), "us");
+  Bench::Report("job of 60 lines: duration over its pauses", pacing, "times");
   return pacing;
 }
 
@@ -156,11 +156,11 @@ int main(int argc, char** argv) {
     if (i % 3 == 0) framework.GetConnect()->CloseDevice();
   }
   framework.GetConnect()->CloseDevice();
-  bench::Report("handles left open by 100 openings", static_cast<double>(OpenHandles() - before),
+  Bench::Report("handles left open by 100 openings", static_cast<double>(OpenHandles() - before),
                 "", 0.5);
   // What a virtual machine adds to a pause and to the first write after it is not the library's.
   const double job = Job(argv[1]);
-  bench::Report("job over bare lines", job / BareLines(), "times", 1.01);
-  if (bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
-  return bench::AnyOverLimit() ? 1 : 0;
+  Bench::Report("job over bare lines", job / BareLines(), "times", 1.01);
+  if (Bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
+  return Bench::AnyOverLimit() ? 1 : 0;
 }

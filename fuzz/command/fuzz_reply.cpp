@@ -49,7 +49,7 @@ void ReadReply(const Command::CommandRow& row, const std::string& reply) {
   Connect::GeneralCommandProc processor(std::move(command));
   std::vector<std::string> values;
   try {
-    const int32_t result = processor.Process(values);
+    const int result = processor.Process(values);
     Require(result == NUV_OK || result == NUV_FAILED || result == NUV_PRINTER_REFUSED,
             "an unknown result");
   } catch (const std::invalid_argument&) {

@@ -11,10 +11,10 @@
 
 namespace {
 
-using nuvfile::Fault;
-using nuvfile::PrintFile;
-using nuvfile::Section;
-using nuvfile::Status;
+using NuvFile::Fault;
+using NuvFile::PrintFile;
+using NuvFile::Section;
+using NuvFile::Status;
 
 static_assert(static_cast<int>(Fault::kNone) == NUVFILE_LOADED);
 static_assert(static_cast<int>(Fault::kCannotOpen) == NUVFILE_CANNOT_OPEN);
@@ -29,11 +29,11 @@ static_assert(static_cast<int>(Fault::kBadLine) == NUVFILE_BAD_LINE);
 static_assert(static_cast<int>(Fault::kTooLarge) == NUVFILE_TOO_LARGE);
 static_assert(static_cast<int>(Fault::kOutOfMemory) == NUVFILE_OUT_OF_MEMORY);
 // Lengths are returned as int.
-static_assert(nuvfile::kMaxModelBytes <= 0x7FFFFFFF);
+static_assert(NuvFile::kMaxModelBytes <= 0x7FFFFFFF);
 
 struct State {
   std::unique_ptr<PrintFile> file;
-  std::string last_error;
+  std::string lastError;
 };
 
 State& TheState() {
@@ -50,7 +50,7 @@ int Guarded(int fallback, Call call) noexcept {
   } catch (const std::exception& e) {
     // what() of bad_alloc fits into the string without an allocation.
     try {
-      TheState().last_error = e.what();
+      TheState().lastError = e.what();
     } catch (...) {
     }
   } catch (...) {
@@ -68,7 +68,7 @@ int CopyText(const std::string& text, char* out, int capacity) {
 }
 
 int NoFile(State& state) {
-  state.last_error = "no print file is open";
+  state.lastError = "no print file is open";
   return NUVFILE_NO_FILE;
 }
 
@@ -82,9 +82,10 @@ int GetText(Text text, char* out, int capacity) {
 
 // Length of what was read, or the result code that stands for the fault.
 int ReadResult(State& state, const Status& status, size_t length) {
-  if (status.ok()) return static_cast<int>(length);
-  state.last_error = status.message();
-  return status.fault() == Fault::kLineOutOfRange ? NUVFILE_INDEX_OUT_OF_RANGE : NUVFILE_READ_ERROR;
+  if (status.Ok()) return static_cast<int>(length);
+  state.lastError = status.Message();
+  return status.GetFault() == Fault::kLineOutOfRange ? NUVFILE_INDEX_OUT_OF_RANGE
+                                                     : NUVFILE_READ_ERROR;
 }
 
 int ReadBytes(Section section, unsigned char* buffer, int capacity) {
@@ -101,14 +102,14 @@ int ReadBytes(Section section, unsigned char* buffer, int capacity) {
 int Load(const char* path) {
   return Guarded(NUVFILE_OUT_OF_MEMORY, [&](State& state) {
     state.file.reset();
-    state.last_error.clear();
+    state.lastError.clear();
     if (path == nullptr) {
-      state.last_error = "the path is null";
+      state.lastError = "the path is null";
       return static_cast<int>(NUVFILE_CANNOT_OPEN);
     }
     const Status status = PrintFile::Open(path, &state.file);
-    state.last_error = status.message();
-    return static_cast<int>(status.fault());
+    state.lastError = status.Message();
+    return static_cast<int>(status.GetFault());
   });
 }
 
@@ -119,22 +120,22 @@ void Close(void) {
   });
 }
 
-int GetMachineID(char* out, int capacity) { return GetText(&PrintFile::machine_id, out, capacity); }
+int GetMachineID(char* out, int capacity) { return GetText(&PrintFile::MachineId, out, capacity); }
 
-int GetProjectID(char* out, int capacity) { return GetText(&PrintFile::project_id, out, capacity); }
+int GetProjectID(char* out, int capacity) { return GetText(&PrintFile::ProjectId, out, capacity); }
 
 int GetMaterialID(char* out, int capacity) {
-  return GetText(&PrintFile::material_id, out, capacity);
+  return GetText(&PrintFile::MaterialId, out, capacity);
 }
 
 int GetFileArguments(char* out, int capacity) {
-  return GetText(&PrintFile::arguments_text, out, capacity);
+  return GetText(&PrintFile::ArgumentsText, out, capacity);
 }
 
 int GetModelDataSize(void) {
   return Guarded(NUVFILE_NO_FILE, [](State& state) {
     if (!state.file) return NoFile(state);
-    return static_cast<int>(state.file->model_bytes());
+    return static_cast<int>(state.file->ModelBytes());
   });
 }
 
@@ -170,5 +171,5 @@ int GetAESkey(unsigned char* buffer, int capacity) {
 }
 
 int GetLastErrorText(char* out, int capacity) {
-  return Guarded(0, [&](State& state) { return CopyText(state.last_error, out, capacity); });
+  return Guarded(0, [&](State& state) { return CopyText(state.lastError, out, capacity); });
 }

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <system_error>
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 // `long` has 32 bits on Windows, so plain fseek and ftell end at 2 GiB there.
@@ -31,8 +31,8 @@ Status ReadFault(uint64_t offset, const std::string& reason) {
 
 }  // namespace
 
-std::string SystemErrorText(int error_number) {
-  return std::generic_category().message(error_number);
+std::string SystemErrorText(int errorNumber) {
+  return std::generic_category().message(errorNumber);
 }
 
 Status FileSource::Open(const std::string& path, std::unique_ptr<ByteSource>* source) {
@@ -56,11 +56,11 @@ Status FileSource::ReadAt(uint64_t offset, uint8_t* buffer, size_t length) {
   if (Seek(file_.get(), offset, SEEK_SET) != 0) return ReadFault(offset, SystemErrorText(errno));
   const size_t got = std::fread(buffer, 1, length, file_.get());
   if (got == length) return {};
-  const int error_number = errno;
+  const int errorNumber = errno;
   const bool failed = std::ferror(file_.get()) != 0;
   std::clearerr(file_.get());
   return ReadFault(offset + got,
-                   failed ? SystemErrorText(error_number) : "the file ends before that offset");
+                   failed ? SystemErrorText(errorNumber) : "the file ends before that offset");
 }
 
 Status MemorySource::ReadAt(uint64_t offset, uint8_t* buffer, size_t length) {
@@ -71,18 +71,18 @@ Status MemorySource::ReadAt(uint64_t offset, uint8_t* buffer, size_t length) {
   return {};
 }
 
-Status ReadWholeFile(const std::string& path, uint64_t max_length, std::vector<uint8_t>* bytes) {
+Status ReadWholeFile(const std::string& path, uint64_t maxLength, std::vector<uint8_t>* bytes) {
   std::unique_ptr<ByteSource> source;
-  if (Status status = FileSource::Open(path, &source); !status.ok()) return status;
-  if (source->Size() > max_length) {
+  if (Status status = FileSource::Open(path, &source); !status.Ok()) return status;
+  if (source->Size() > maxLength) {
     return {Fault::kTooLarge, "'" + path + "' has " + std::to_string(source->Size()) +
-                                  " bytes, at most " + std::to_string(max_length) + " are allowed"};
+                                  " bytes, at most " + std::to_string(maxLength) + " are allowed"};
   }
   bytes->resize(static_cast<size_t>(source->Size()));
-  if (Status status = source->ReadAt(0, bytes->data(), bytes->size()); !status.ok()) {
-    return {status.fault(), "'" + path + "': " + status.message()};
+  if (Status status = source->ReadAt(0, bytes->data(), bytes->size()); !status.Ok()) {
+    return {status.GetFault(), "'" + path + "': " + status.Message()};
   }
   return {};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

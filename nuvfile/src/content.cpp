@@ -8,7 +8,7 @@
 
 #include "header.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 constexpr size_t kMaxArgumentNameLength = 64;
@@ -136,7 +136,7 @@ Status CheckId(std::string_view what, std::string_view id) {
 Status CheckArguments(const std::vector<Argument>& arguments) {
   std::unordered_set<std::string_view> names;
   for (const Argument& argument : arguments) {
-    if (Status status = CheckArgument(argument); !status.ok()) return status;
+    if (Status status = CheckArgument(argument); !status.Ok()) return status;
     if (!names.insert(argument.name).second) {
       return {Fault::kBadText, "argument " + argument.name + ": given more than once"};
     }
@@ -194,9 +194,9 @@ Status ParseArguments(std::string_view text, std::vector<Argument>* arguments) {
     parsed.push_back({std::string(line.substr(0, equals)), std::string(line.substr(equals + 1))});
     text.remove_prefix(end + 1);
   }
-  if (Status status = CheckArguments(parsed); !status.ok()) return status;
+  if (Status status = CheckArguments(parsed); !status.Ok()) return status;
   *arguments = std::move(parsed);
   return {};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

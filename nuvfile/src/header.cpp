@@ -8,7 +8,7 @@
 
 #include "nuvfile/content.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 // A byte above 127, CR LF, Ctrl-Z and LF: a transfer that alters text spoils the magic
@@ -24,7 +24,7 @@ constexpr size_t kReservedAt = 32;
 
 struct SectionRow {
   char tag[5];
-  uint64_t max_length;
+  uint64_t maxLength;
 };
 
 constexpr SectionRow kSectionRows[kSectionCount] = {
@@ -69,13 +69,13 @@ Status CheckPreamble(const HeaderBytes& bytes, size_t available) {
   return {};
 }
 
-Status CheckFields(const HeaderBytes& bytes, uint64_t actual_size) {
+Status CheckFields(const HeaderBytes& bytes, uint64_t actualSize) {
   if (const uint32_t count = LoadU32(&bytes[kSectionCountAt]); count != kSectionCount) {
     return HeaderFault("number of sections: " + Expected(kSectionCount, count));
   }
-  if (const uint64_t size = LoadU64(&bytes[kFileSizeAt]); size != actual_size) {
-    return HeaderFault("size of the file: " + Expected(size, actual_size) +
-                       (actual_size < size ? ", it has been cut short" : ""));
+  if (const uint64_t size = LoadU64(&bytes[kFileSizeAt]); size != actualSize) {
+    return HeaderFault("size of the file: " + Expected(size, actualSize) +
+                       (actualSize < size ? ", it has been cut short" : ""));
   }
   if (const uint64_t lines = LoadU64(&bytes[kLineCountAt]); lines > kMaxLines) {
     return {Fault::kTooLarge, "header: expected at most " + std::to_string(kMaxLines) +
@@ -89,7 +89,7 @@ Status CheckFields(const HeaderBytes& bytes, uint64_t actual_size) {
 
 // Sections follow each other without gaps. That rules out overlaps and leaves no byte
 // outside a checksum. `begin` is never above `file_size`, so the difference cannot wrap.
-Status CheckEntry(size_t i, const uint8_t* entry, uint64_t begin, uint64_t file_size) {
+Status CheckEntry(size_t i, const uint8_t* entry, uint64_t begin, uint64_t fileSize) {
   const auto section = static_cast<Section>(i);
   const SectionRow& row = kSectionRows[i];
   if (std::memcmp(entry, row.tag, 4) != 0) {
@@ -103,15 +103,15 @@ Status CheckEntry(size_t i, const uint8_t* entry, uint64_t begin, uint64_t file_
                                             : ", it leaves a gap or lies past the end"));
   }
   const uint64_t length = LoadU64(entry + 16);
-  if (length > row.max_length) {
+  if (length > row.maxLength) {
     return SectionFault(Fault::kTooLarge, section,
-                        "length: expected at most " + std::to_string(row.max_length) + ", found " +
+                        "length: expected at most " + std::to_string(row.maxLength) + ", found " +
                             std::to_string(length));
   }
-  if (length > file_size - begin) {
+  if (length > fileSize - begin) {
     return SectionFault(Fault::kBadHeader, section,
                         "length: " + std::to_string(length) + " goes past the end, only " +
-                            std::to_string(file_size - begin) + " bytes follow");
+                            std::to_string(fileSize - begin) + " bytes follow");
   }
   return {};
 }
@@ -125,8 +125,8 @@ HeaderBytes EncodeHeader(const Layout& layout) {
   std::copy(std::begin(kMagic), std::end(kMagic), bytes.begin());
   StoreU32(&bytes[kVersionAt], kFormatVersion);
   StoreU32(&bytes[kSectionCountAt], kSectionCount);
-  StoreU64(&bytes[kFileSizeAt], layout.file_size);
-  StoreU64(&bytes[kLineCountAt], layout.line_count);
+  StoreU64(&bytes[kFileSizeAt], layout.fileSize);
+  StoreU64(&bytes[kLineCountAt], layout.lineCount);
   for (size_t i = 0; i < kSectionCount; ++i) {
     uint8_t* entry = &bytes[kFixedHeaderSize + i * kTableEntrySize];
     std::memcpy(entry, kSectionRows[i].tag, 4);
@@ -138,28 +138,28 @@ HeaderBytes EncodeHeader(const Layout& layout) {
   return bytes;
 }
 
-Status DecodeHeader(const HeaderBytes& bytes, size_t available, uint64_t actual_size,
+Status DecodeHeader(const HeaderBytes& bytes, size_t available, uint64_t actualSize,
                     Layout* layout) {
-  if (Status status = CheckPreamble(bytes, available); !status.ok()) return status;
-  if (Status status = CheckFields(bytes, actual_size); !status.ok()) return status;
+  if (Status status = CheckPreamble(bytes, available); !status.Ok()) return status;
+  if (Status status = CheckFields(bytes, actualSize); !status.Ok()) return status;
   Layout decoded;
-  decoded.file_size = actual_size;
-  decoded.line_count = LoadU64(&bytes[kLineCountAt]);
+  decoded.fileSize = actualSize;
+  decoded.lineCount = LoadU64(&bytes[kLineCountAt]);
   uint64_t begin = kHeaderSize;
   for (size_t i = 0; i < kSectionCount; ++i) {
     const uint8_t* entry = &bytes[kFixedHeaderSize + i * kTableEntrySize];
-    if (Status status = CheckEntry(i, entry, begin, actual_size); !status.ok()) return status;
+    if (Status status = CheckEntry(i, entry, begin, actualSize); !status.Ok()) return status;
     decoded.sections[i] = {begin, LoadU64(entry + 16), LoadU32(entry + 4)};
     begin += decoded.sections[i].length;
   }
-  if (begin != actual_size) {
-    return HeaderFault("end of the last section: " + Expected(actual_size, begin));
+  if (begin != actualSize) {
+    return HeaderFault("end of the last section: " + Expected(actualSize, begin));
   }
-  const uint64_t index_length = (decoded.line_count + 1) * kIndexEntrySize;
-  if (decoded.At(Section::kIndex).length != index_length) {
+  const uint64_t indexLength = (decoded.lineCount + 1) * kIndexEntrySize;
+  if (decoded.At(Section::kIndex).length != indexLength) {
     return SectionFault(Fault::kBadHeader, Section::kIndex,
-                        "length for " + std::to_string(decoded.line_count) + " lines: " +
-                            Expected(index_length, decoded.At(Section::kIndex).length));
+                        "length for " + std::to_string(decoded.lineCount) +
+                            " lines: " + Expected(indexLength, decoded.At(Section::kIndex).length));
   }
   *layout = decoded;
   return {};
@@ -198,4 +198,4 @@ Status SectionFault(Fault fault, Section section, const std::string& what) {
   return {fault, std::string("section ") + SectionTag(section) + ": " + what};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -9,7 +9,7 @@
 #include "nuvfile/sections.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 inline constexpr uint32_t kFormatVersion = 1;
 inline constexpr size_t kFixedHeaderSize = 40;
@@ -26,7 +26,7 @@ HeaderBytes EncodeHeader(const Layout& layout);
 // section lies inside the file, none overlaps another and no byte lies between them.
 // `available`: how many of `bytes` were read, less than kHeaderSize for a short file.
 // `actual_size`: size of the file on disk. On failure `*layout` is left as it was.
-Status DecodeHeader(const HeaderBytes& bytes, size_t available, uint64_t actual_size,
+Status DecodeHeader(const HeaderBytes& bytes, size_t available, uint64_t actualSize,
                     Layout* layout);
 
 // CRC-32 of header and table, which leaves out the four bytes that hold it.
@@ -43,6 +43,6 @@ uint64_t LoadU64(const uint8_t* in);
 // "DATA: expected 12, found 13": all faults of a section read alike.
 Status SectionFault(Fault fault, Section section, const std::string& what);
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_SRC_HEADER_H_

@@ -6,7 +6,7 @@
 
 #include "header.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 constexpr size_t kBufferSize = size_t{256} * 1024;
@@ -54,7 +54,7 @@ Status OutputFile::AppendFile(OutputFile& other) {
     if (got == 0) {
       return {Fault::kReadFailed, "cannot read back '" + other.path_ + "'"};
     }
-    if (Status status = Append(buffer.data(), got); !status.ok()) return status;
+    if (Status status = Append(buffer.data(), got); !status.Ok()) return status;
     copied += got;
   }
   return {};
@@ -82,8 +82,8 @@ Status OutputFile::RenameTo(const std::string& path) {
 
 uint32_t OutputFile::TakeChecksum() { return std::exchange(checksum_, 0); }
 
-Status OutputFile::WriteFault(int error_number) const {
-  return {Fault::kWriteFailed, "cannot write '" + path_ + "': " + SystemErrorText(error_number)};
+Status OutputFile::WriteFault(int errorNumber) const {
+  return {Fault::kWriteFailed, "cannot write '" + path_ + "': " + SystemErrorText(errorNumber)};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

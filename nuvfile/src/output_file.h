@@ -8,7 +8,7 @@
 #include "nuvfile/byte_source.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Thread-safety: none.
 class OutputFile {
@@ -35,12 +35,12 @@ class OutputFile {
   Status RenameTo(const std::string& path);
 
   // Bytes appended so far.
-  uint64_t size() const { return size_; }
+  uint64_t Size() const { return size_; }
   // CRC-32 of the bytes appended since the last call.
   uint32_t TakeChecksum();
 
  private:
-  Status WriteFault(int error_number) const;
+  Status WriteFault(int errorNumber) const;
 
   std::string path_;
   FileHandle file_;
@@ -48,6 +48,6 @@ class OutputFile {
   uint32_t checksum_ = 0;
 };
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_SRC_OUTPUT_FILE_H_

@@ -6,7 +6,7 @@
 #include "header.h"
 #include "verify.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 Status ReadText(PrintFile& file, Section section, std::string* text) {
@@ -19,7 +19,7 @@ Status ReadText(PrintFile& file, Section section, std::string* text) {
 
 Status PrintFile::Open(const std::string& path, std::unique_ptr<PrintFile>* file) {
   std::unique_ptr<ByteSource> source;
-  if (Status status = FileSource::Open(path, &source); !status.ok()) return status;
+  if (Status status = FileSource::Open(path, &source); !status.Ok()) return status;
   return Open(std::move(source), file);
 }
 
@@ -27,13 +27,13 @@ Status PrintFile::Open(std::unique_ptr<ByteSource> source, std::unique_ptr<Print
   HeaderBytes bytes{};
   const uint64_t size = source->Size();
   const auto available = static_cast<size_t>(std::min<uint64_t>(size, bytes.size()));
-  if (Status status = source->ReadAt(0, bytes.data(), available); !status.ok()) return status;
+  if (Status status = source->ReadAt(0, bytes.data(), available); !status.Ok()) return status;
   Layout layout;
   Status status = DecodeHeader(bytes, available, size, &layout);
-  if (!status.ok()) return status;
-  if (status = VerifySections(*source, layout); !status.ok()) return status;
+  if (!status.Ok()) return status;
+  if (status = VerifySections(*source, layout); !status.Ok()) return status;
   std::unique_ptr<PrintFile> opened(new PrintFile(std::move(source), layout));
-  if (status = opened->LoadTexts(); !status.ok()) return status;
+  if (status = opened->LoadTexts(); !status.Ok()) return status;
   *file = std::move(opened);
   return {};
 }
@@ -42,30 +42,30 @@ Status PrintFile::LoadTexts() {
   const struct {
     Section section;
     std::string* text;
-  } kTexts[] = {{Section::kMachineId, &machine_id_},
-                {Section::kProjectId, &project_id_},
-                {Section::kMaterialId, &material_id_},
-                {Section::kArguments, &arguments_text_}};
+  } kTexts[] = {{Section::kMachineId, &machineId_},
+                {Section::kProjectId, &projectId_},
+                {Section::kMaterialId, &materialId_},
+                {Section::kArguments, &argumentsText_}};
   for (const auto& row : kTexts) {
-    if (Status status = ReadText(*this, row.section, row.text); !status.ok()) return status;
+    if (Status status = ReadText(*this, row.section, row.text); !status.Ok()) return status;
   }
-  Status status = CheckMachineId(machine_id_);
-  if (status.ok()) status = CheckId("project ID", project_id_);
-  if (status.ok()) status = CheckId("material ID", material_id_);
-  if (status.ok()) status = ParseArguments(arguments_text_, &arguments_);
+  Status status = CheckMachineId(machineId_);
+  if (status.Ok()) status = CheckId("project ID", projectId_);
+  if (status.Ok()) status = CheckId("material ID", materialId_);
+  if (status.Ok()) status = ParseArguments(argumentsText_, &arguments_);
   return status;
 }
 
 Status PrintFile::ReadLine(uint64_t index, uint8_t* buffer, size_t capacity, size_t* length) {
-  if (index >= layout_.line_count) {
+  if (index >= layout_.lineCount) {
     return {Fault::kLineOutOfRange, "line index " + std::to_string(index) +
                                         ": expected less than " +
-                                        std::to_string(layout_.line_count)};
+                                        std::to_string(layout_.lineCount)};
   }
   uint8_t entries[2 * kIndexEntrySize];
-  const uint64_t entry_offset = layout_.At(Section::kIndex).offset + index * kIndexEntrySize;
-  Status status = source_->ReadAt(entry_offset, entries, sizeof(entries));
-  if (!status.ok()) return SectionFault(status.fault(), Section::kIndex, status.message());
+  const uint64_t entryOffset = layout_.At(Section::kIndex).offset + index * kIndexEntrySize;
+  Status status = source_->ReadAt(entryOffset, entries, sizeof(entries));
+  if (!status.Ok()) return SectionFault(status.GetFault(), Section::kIndex, status.Message());
   // Checked again, since the file on disk may have been overwritten meanwhile.
   const uint64_t begin = LoadU64(entries);
   const uint64_t end = LoadU64(entries + kIndexEntrySize);
@@ -78,7 +78,7 @@ Status PrintFile::ReadLine(uint64_t index, uint8_t* buffer, size_t capacity, siz
   *length = static_cast<size_t>(end - begin);
   if (*length > capacity) return {};
   status = source_->ReadAt(data.offset + begin, buffer, *length);
-  if (!status.ok()) return SectionFault(status.fault(), Section::kData, status.message());
+  if (!status.Ok()) return SectionFault(status.GetFault(), Section::kData, status.Message());
   if (*length == 0) return {};
   return CheckDataLine(index + 1, {reinterpret_cast<const char*>(buffer), *length});
 }
@@ -88,11 +88,11 @@ Status PrintFile::ReadSection(Section section, uint8_t* buffer, size_t capacity,
   *length = static_cast<size_t>(entry.length);
   if (*length > capacity) return {};
   Status status = source_->ReadAt(entry.offset, buffer, *length);
-  if (!status.ok()) return SectionFault(status.fault(), section, status.message());
+  if (!status.Ok()) return SectionFault(status.GetFault(), section, status.Message());
   if (UpdateChecksum(0, buffer, *length) != entry.checksum) {
     return SectionFault(Fault::kBadChecksum, section, "it has changed since the file was opened");
   }
   return {};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -5,7 +5,7 @@
 #include "header.h"
 #include "output_file.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 // Writes the sections in table order and notes where each lies.
@@ -14,7 +14,7 @@ class Writer {
   explicit Writer(const PrintFileContents& contents) : contents_(contents) {}
 
   Status Run(const std::string& path, const NextLine& next);
-  const Layout& layout() const { return layout_; }
+  const Layout& GetLayout() const { return layout_; }
 
  private:
   Status WriteFrontSections();
@@ -28,44 +28,44 @@ class Writer {
   Layout layout_;
   OutputFile out_;
   OutputFile index_;  // apart until the last line: the number of lines is not known before
-  uint64_t model_bytes_ = 0;
+  uint64_t modelBytes_ = 0;
 };
 
-Status CheckLength(const char* what, const std::vector<uint8_t>& bytes, uint64_t max_length) {
-  if (bytes.size() <= max_length) return {};
-  return {Fault::kTooLarge, std::string(what) + ": expected at most " + std::to_string(max_length) +
+Status CheckLength(const char* what, const std::vector<uint8_t>& bytes, uint64_t maxLength) {
+  if (bytes.size() <= maxLength) return {};
+  return {Fault::kTooLarge, std::string(what) + ": expected at most " + std::to_string(maxLength) +
                                 " bytes, found " + std::to_string(bytes.size())};
 }
 
 // Before anything is written, so that a wrong option does not cost the lines' copying.
 Status CheckContents(const PrintFileContents& contents) {
-  Status status = CheckMachineId(contents.machine_id);
-  if (status.ok()) status = CheckId("project ID", contents.project_id);
-  if (status.ok()) status = CheckId("material ID", contents.material_id);
-  if (status.ok()) status = CheckArguments(contents.arguments);
-  if (status.ok()) status = CheckLength("key", contents.aes_key, kMaxKeyLength);
-  if (status.ok()) status = CheckLength("record L101", contents.l101, kMaxRecordLength);
-  if (status.ok()) status = CheckLength("record L102", contents.l102, kMaxRecordLength);
-  if (status.ok()) status = CheckLength("record L103", contents.l103, kMaxRecordLength);
-  if (status.ok()) status = CheckLength("preview", contents.preview, kMaxPreviewLength);
+  Status status = CheckMachineId(contents.machineId);
+  if (status.Ok()) status = CheckId("project ID", contents.projectId);
+  if (status.Ok()) status = CheckId("material ID", contents.materialId);
+  if (status.Ok()) status = CheckArguments(contents.arguments);
+  if (status.Ok()) status = CheckLength("key", contents.aesKey, kMaxKeyLength);
+  if (status.Ok()) status = CheckLength("record L101", contents.l101, kMaxRecordLength);
+  if (status.Ok()) status = CheckLength("record L102", contents.l102, kMaxRecordLength);
+  if (status.Ok()) status = CheckLength("record L103", contents.l103, kMaxRecordLength);
+  if (status.Ok()) status = CheckLength("preview", contents.preview, kMaxPreviewLength);
   return status;
 }
 
 Status Writer::Run(const std::string& path, const NextLine& next) {
   Status status = CheckContents(contents_);
-  if (status.ok()) status = out_.Create(path + ".partial");
-  if (status.ok()) status = index_.Create(path + ".partial-index");
+  if (status.Ok()) status = out_.Create(path + ".partial");
+  if (status.Ok()) status = index_.Create(path + ".partial-index");
   const HeaderBytes placeholder{};
-  if (status.ok()) status = out_.Append(placeholder.data(), placeholder.size());
+  if (status.Ok()) status = out_.Append(placeholder.data(), placeholder.size());
   out_.TakeChecksum();
-  if (status.ok()) status = WriteFrontSections();
-  if (status.ok()) status = WriteLines(next);
-  if (status.ok()) status = WriteArguments();
-  if (!status.ok()) return status;
-  layout_.file_size = out_.size();
+  if (status.Ok()) status = WriteFrontSections();
+  if (status.Ok()) status = WriteLines(next);
+  if (status.Ok()) status = WriteArguments();
+  if (!status.Ok()) return status;
+  layout_.fileSize = out_.Size();
   const HeaderBytes header = EncodeHeader(layout_);
   status = out_.WriteAtStart(header.data(), header.size());
-  if (status.ok()) status = out_.RenameTo(path);
+  if (status.Ok()) status = out_.RenameTo(path);
   return status;
 }
 
@@ -76,10 +76,10 @@ Status Writer::WriteFrontSections() {
     const void* bytes;
     size_t length;
   } kRows[] = {
-      {Section::kMachineId, c.machine_id.data(), c.machine_id.size()},
-      {Section::kProjectId, c.project_id.data(), c.project_id.size()},
-      {Section::kMaterialId, c.material_id.data(), c.material_id.size()},
-      {Section::kAesKey, c.aes_key.data(), c.aes_key.size()},
+      {Section::kMachineId, c.machineId.data(), c.machineId.size()},
+      {Section::kProjectId, c.projectId.data(), c.projectId.size()},
+      {Section::kMaterialId, c.materialId.data(), c.materialId.size()},
+      {Section::kAesKey, c.aesKey.data(), c.aesKey.size()},
       {Section::kL101, c.l101.data(), c.l101.size()},
       {Section::kL102, c.l102.data(), c.l102.size()},
       {Section::kL103, c.l103.data(), c.l103.size()},
@@ -87,53 +87,53 @@ Status Writer::WriteFrontSections() {
   };
   for (const auto& row : kRows) {
     Status status = WriteSection(row.section, row.bytes, row.length);
-    if (!status.ok()) return status;
+    if (!status.Ok()) return status;
   }
   return {};
 }
 
 Status Writer::WriteLines(const NextLine& next) {
-  const uint64_t data_begin = out_.size();
+  const uint64_t dataBegin = out_.Size();
   std::string_view line;
   Status status;
   while (next(&line, &status)) {
-    if (status = WriteLine(line); !status.ok()) return status;
+    if (status = WriteLine(line); !status.Ok()) return status;
   }
-  if (!status.ok()) return status;
-  EndSection(Section::kData, data_begin);
+  if (!status.Ok()) return status;
+  EndSection(Section::kData, dataBegin);
   uint8_t end[kIndexEntrySize];
-  StoreU64(end, model_bytes_);
-  if (status = index_.Append(end, sizeof(end)); !status.ok()) return status;
-  const uint64_t index_begin = out_.size();
-  if (status = out_.AppendFile(index_); !status.ok()) return status;
-  EndSection(Section::kIndex, index_begin);
+  StoreU64(end, modelBytes_);
+  if (status = index_.Append(end, sizeof(end)); !status.Ok()) return status;
+  const uint64_t indexBegin = out_.Size();
+  if (status = out_.AppendFile(index_); !status.Ok()) return status;
+  EndSection(Section::kIndex, indexBegin);
   return {};
 }
 
 Status Writer::WriteLine(std::string_view line) {
-  if (layout_.line_count == kMaxLines) {
+  if (layout_.lineCount == kMaxLines) {
     return {Fault::kTooLarge,
             "expected at most " + std::to_string(kMaxLines) + " data lines, found more"};
   }
-  const uint64_t number = ++layout_.line_count;
-  if (Status status = CheckDataLine(number, line); !status.ok()) return status;
-  if (line.size() > kMaxModelBytes - model_bytes_) {
+  const uint64_t number = ++layout_.lineCount;
+  if (Status status = CheckDataLine(number, line); !status.Ok()) return status;
+  if (line.size() > kMaxModelBytes - modelBytes_) {
     return {Fault::kTooLarge, "model data: expected at most " + std::to_string(kMaxModelBytes) +
                                   " bytes in all data lines, more with data line " +
                                   std::to_string(number)};
   }
   uint8_t begin[kIndexEntrySize];
-  StoreU64(begin, model_bytes_);
-  if (Status status = index_.Append(begin, sizeof(begin)); !status.ok()) return status;
-  model_bytes_ += line.size();
+  StoreU64(begin, modelBytes_);
+  if (Status status = index_.Append(begin, sizeof(begin)); !status.Ok()) return status;
+  modelBytes_ += line.size();
   return out_.Append(line.data(), line.size());
 }
 
 Status Writer::WriteArguments() {
   std::vector<Argument> arguments = contents_.arguments;
-  const bool has_layers = std::any_of(arguments.begin(), arguments.end(),
-                                      [](const Argument& a) { return a.name == "layers"; });
-  if (!has_layers) arguments.push_back({"layers", std::to_string(layout_.line_count)});
+  const bool hasLayers = std::any_of(arguments.begin(), arguments.end(),
+                                     [](const Argument& a) { return a.name == "layers"; });
+  if (!hasLayers) arguments.push_back({"layers", std::to_string(layout_.lineCount)});
   const std::string text = FormatArguments(arguments);
   if (text.size() > kMaxArgumentsLength) {
     return {Fault::kTooLarge, "arguments: expected at most " + std::to_string(kMaxArgumentsLength) +
@@ -143,14 +143,14 @@ Status Writer::WriteArguments() {
 }
 
 Status Writer::WriteSection(Section section, const void* bytes, size_t length) {
-  const uint64_t begin = out_.size();
-  if (Status status = out_.Append(bytes, length); !status.ok()) return status;
+  const uint64_t begin = out_.Size();
+  if (Status status = out_.Append(bytes, length); !status.Ok()) return status;
   EndSection(section, begin);
   return {};
 }
 
 void Writer::EndSection(Section section, uint64_t begin) {
-  layout_.At(section) = {begin, out_.size() - begin, out_.TakeChecksum()};
+  layout_.At(section) = {begin, out_.Size() - begin, out_.TakeChecksum()};
 }
 
 }  // namespace
@@ -166,12 +166,12 @@ NextLine LinesOf(const std::vector<std::string>& lines) {
 Status WritePrintFile(const std::string& path, const PrintFileContents& contents,
                       const NextLine& next, WriteSummary* summary) {
   Writer writer(contents);
-  if (Status status = writer.Run(path, next); !status.ok()) return status;
+  if (Status status = writer.Run(path, next); !status.Ok()) return status;
   if (summary != nullptr) {
-    const Layout& layout = writer.layout();
-    *summary = {layout.line_count, layout.At(Section::kData).length, layout.file_size};
+    const Layout& layout = writer.GetLayout();
+    *summary = {layout.lineCount, layout.At(Section::kData).length, layout.fileSize};
   }
   return {};
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -1,6 +1,6 @@
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 const char* FaultName(Fault fault) {
   switch (fault) {
@@ -36,4 +36,4 @@ const char* FaultName(Fault fault) {
   return "unknown";
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -5,7 +5,7 @@
 
 #include "nuvfile/content.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 constexpr size_t kBufferSize = size_t{256} * 1024;
@@ -31,8 +31,8 @@ Status TextLines::Open(const std::string& path, std::unique_ptr<TextLines>* line
 bool TextLines::Next(std::string_view* line, Status* error) {
   line_.clear();
   if (!TakeLine(error)) return false;
-  ++line_number_;
-  if (line_number_ == 1 && line_.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+  ++lineNumber_;
+  if (lineNumber_ == 1 && line_.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
     *error = {Fault::kBadText,
               "the text begins with a byte-order mark: save it as UTF-8 without one"};
     return false;
@@ -45,14 +45,14 @@ bool TextLines::Next(std::string_view* line, Status* error) {
 bool TextLines::TakeLine(Status* error) {
   bool any = false;
   for (;;) {
-    if (begin_ == end_ && !Refill(error)) return error->ok() && any;
+    if (begin_ == end_ && !Refill(error)) return error->Ok() && any;
     any = true;
     const char* from = &buffer_[begin_];
     const auto* end = static_cast<const char*>(std::memchr(from, '\n', end_ - begin_));
     const size_t length = end != nullptr ? static_cast<size_t>(end - from) : end_ - begin_;
     // One byte more for the CR that is dropped below.
     if (line_.size() + length > kMaxLineLength + 1) {
-      *error = {Fault::kTooLarge, "data line " + std::to_string(line_number_ + 1) +
+      *error = {Fault::kTooLarge, "data line " + std::to_string(lineNumber_ + 1) +
                                       ": expected at most " + std::to_string(kMaxLineLength) +
                                       " bytes, found more"};
       return false;
@@ -76,4 +76,4 @@ bool TextLines::Refill(Status* error) {
   return false;
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -8,7 +8,7 @@
 #include "header.h"
 #include "nuvfile/content.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 // Large enough that the cost of a read call vanishes, small enough for the second-level
@@ -40,9 +40,9 @@ Status ScanSection(ByteSource& source, const Layout& layout, Section section,
     const auto size = static_cast<size_t>(std::min<uint64_t>(kChunkSize, left));
     const auto ahead = static_cast<size_t>(std::min<uint64_t>(kChunkSize + 1, left));
     Status status = source.ReadAt(entry.offset + position, buffer.data(), ahead);
-    if (!status.ok()) return SectionFault(status.fault(), section, status.message());
+    if (!status.Ok()) return SectionFault(status.GetFault(), section, status.Message());
     checksum = UpdateChecksum(checksum, buffer.data(), size);
-    if (visit && content.ok()) content = visit(position, buffer.data(), size, ahead);
+    if (visit && content.Ok()) content = visit(position, buffer.data(), size, ahead);
   }
   if (checksum != entry.checksum) {
     char text[64];
@@ -61,15 +61,15 @@ class IndexCheck {
   Status Visit(const uint8_t* bytes, size_t size) {
     for (size_t i = 0; i < size; i += kIndexEntrySize, ++number_) {
       const uint64_t entry = LoadU64(bytes + i);
-      const uint64_t data_length = layout_.At(Section::kData).length;
+      const uint64_t dataLength = layout_.At(Section::kData).length;
       if (number_ == 0 && entry != 0) return Wrong("expected 0", entry);
       if (entry < previous_) {
         return Wrong("expected at least the " + std::to_string(previous_) + " before it", entry);
       }
-      if (entry > data_length || (number_ == layout_.line_count && entry != data_length)) {
-        return Wrong((number_ == layout_.line_count ? "expected the length of the data, "
-                                                    : "expected at most the length of the data, ") +
-                         std::to_string(data_length),
+      if (entry > dataLength || (number_ == layout_.lineCount && entry != dataLength)) {
+        return Wrong((number_ == layout_.lineCount ? "expected the length of the data, "
+                                                   : "expected at most the length of the data, ") +
+                         std::to_string(dataLength),
                      entry);
       }
       if (entry - previous_ > kMaxLineLength) {
@@ -99,7 +99,7 @@ class IndexCheck {
 class DataCheck {
  public:
   DataCheck(ByteSource& source, const Layout& layout)
-      : index_(source, layout.At(Section::kIndex)), lines_left_(layout.line_count) {}
+      : index_(source, layout.At(Section::kIndex)), linesLeft_(layout.lineCount) {}
 
   // Takes the start of the first line.
   Status Begin() { return index_.Next(&next_); }
@@ -107,17 +107,17 @@ class DataCheck {
   Status Visit(uint64_t position, const uint8_t* bytes, size_t size, size_t ahead) {
     const size_t bad = FindLineEnd(bytes, size);
     const uint64_t until = position + (bad < size ? bad + 1 : size);
-    while (lines_left_ > 0 && next_ < until) {
+    while (linesLeft_ > 0 && next_ < until) {
       const uint64_t begin = next_;
-      if (Status status = index_.Next(&next_); !status.ok()) return status;
-      --lines_left_;
+      if (Status status = index_.Next(&next_); !status.Ok()) return status;
+      --linesLeft_;
       ++number_;
       const auto at = static_cast<size_t>(begin - position);
       // The first two bytes decide; the second may be the one from the next chunk.
       const auto known = static_cast<size_t>(
           std::min({next_ - begin, static_cast<uint64_t>(ahead - at), uint64_t{2}}));
       if (bytes[at] != 'F') continue;
-      if (Status status = CheckDataLine(number_, AsText(bytes + at, known)); !status.ok()) {
+      if (Status status = CheckDataLine(number_, AsText(bytes + at, known)); !status.Ok()) {
         return status;
       }
     }
@@ -135,7 +135,7 @@ class DataCheck {
   }
 
   IndexCursor index_;
-  uint64_t lines_left_;
+  uint64_t linesLeft_;
   uint64_t number_ = 0;  // of the line that was begun last, from 1
   uint64_t next_ = 0;    // where the line after it begins
 };
@@ -149,8 +149,8 @@ Status IndexCursor::Next(uint64_t* entry) {
   if (position_ == filled_) {
     filled_ = static_cast<size_t>(std::min<uint64_t>(buffer_.size(), left_));
     position_ = 0;
-    if (Status status = source_.ReadAt(offset_, buffer_.data(), filled_); !status.ok()) {
-      return SectionFault(status.fault(), Section::kIndex, status.message());
+    if (Status status = source_.ReadAt(offset_, buffer_.data(), filled_); !status.Ok()) {
+      return SectionFault(status.GetFault(), Section::kIndex, status.Message());
     }
     offset_ += filled_;
     left_ -= filled_;
@@ -164,7 +164,7 @@ Status VerifySections(ByteSource& source, const Layout& layout) {
   for (size_t i = 0; i < kSectionCount; ++i) {
     const auto section = static_cast<Section>(i);
     if (section == Section::kData || section == Section::kIndex) continue;
-    if (Status status = ScanSection(source, layout, section, {}); !status.ok()) return status;
+    if (Status status = ScanSection(source, layout, section, {}); !status.Ok()) return status;
   }
   // The index first: the data's check relies on it.
   IndexCheck index(layout);
@@ -172,13 +172,13 @@ Status VerifySections(ByteSource& source, const Layout& layout) {
                               [&](uint64_t, const uint8_t* bytes, size_t size, size_t) {
                                 return index.Visit(bytes, size);
                               });
-  if (!status.ok()) return status;
+  if (!status.Ok()) return status;
   DataCheck data(source, layout);
-  if (status = data.Begin(); !status.ok()) return status;
+  if (status = data.Begin(); !status.Ok()) return status;
   return ScanSection(source, layout, Section::kData,
                      [&](uint64_t position, const uint8_t* bytes, size_t size, size_t ahead) {
                        return data.Visit(position, bytes, size, ahead);
                      });
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile

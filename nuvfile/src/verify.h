@@ -10,7 +10,7 @@
 #include "nuvfile/sections.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Checks every section's checksum, that the index describes the data lines and that
 // every data line may be sent to a printer. `layout` has passed DecodeHeader.
@@ -34,6 +34,6 @@ class IndexCursor {
   size_t filled_ = 0;
 };
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_SRC_VERIFY_H_

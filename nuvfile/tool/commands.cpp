@@ -10,7 +10,7 @@
 #include "nuvfile/print_file_writer.h"
 #include "nuvfile/text_lines.h"
 
-namespace nuvfile::tool {
+namespace NuvFile::Tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -64,27 +64,27 @@ int ReadRecords(const CreateOptions& options, PrintFileContents* contents) {
   const struct {
     const char* option;
     const std::string& path;
-    uint64_t max_length;
+    uint64_t maxLength;
     std::vector<uint8_t>* bytes;
   } kRows[] = {
-      {"--key-file", options.key_path, kMaxKeyLength, &contents->aes_key},
-      {"--l101", options.l101_path, kMaxRecordLength - kRecordFrameLength, &contents->l101},
-      {"--l102", options.l102_path, kMaxRecordLength - kRecordFrameLength, &contents->l102},
-      {"--l103", options.l103_path, kMaxRecordLength - kRecordFrameLength, &contents->l103},
-      {"--preview", options.preview_path, kMaxPreviewLength, &contents->preview},
+      {"--key-file", options.keyPath, kMaxKeyLength, &contents->aesKey},
+      {"--l101", options.l101Path, kMaxRecordLength - kRecordFrameLength, &contents->l101},
+      {"--l102", options.l102Path, kMaxRecordLength - kRecordFrameLength, &contents->l102},
+      {"--l103", options.l103Path, kMaxRecordLength - kRecordFrameLength, &contents->l103},
+      {"--preview", options.previewPath, kMaxPreviewLength, &contents->preview},
   };
   for (const auto& row : kRows) {
     if (row.path.empty()) continue;
-    const Status status = ReadWholeFile(row.path, row.max_length, row.bytes);
-    if (status.ok()) continue;
-    PrintFault(row.option, status.message(), "Check the file named by this option.");
-    return ExitCodeFor(status.fault());
+    const Status status = ReadWholeFile(row.path, row.maxLength, row.bytes);
+    if (status.Ok()) continue;
+    PrintFault(row.option, status.Message(), "Check the file named by this option.");
+    return ExitCodeFor(status.GetFault());
   }
-  if (!options.l101_path.empty()) contents->l101 = FrameRecord("L101", contents->l101);
-  if (!options.l102_path.empty()) contents->l102 = FrameRecord("L102", contents->l102);
-  if (!options.l103_path.empty()) contents->l103 = FrameRecord("L103", contents->l103);
-  if (!options.preview_path.empty() && !IsPng(contents->preview)) {
-    PrintFault("--preview", "'" + options.preview_path + "' is not a PNG picture",
+  if (!options.l101Path.empty()) contents->l101 = FrameRecord("L101", contents->l101);
+  if (!options.l102Path.empty()) contents->l102 = FrameRecord("L102", contents->l102);
+  if (!options.l103Path.empty()) contents->l103 = FrameRecord("L103", contents->l103);
+  if (!options.previewPath.empty() && !IsPng(contents->preview)) {
+    PrintFault("--preview", "'" + options.previewPath + "' is not a PNG picture",
                "Save the preview as PNG and try again.");
     return kExitRefused;
   }
@@ -136,13 +136,13 @@ int ReportFault(const std::string& path, const Status& status, bool json) {
   if (json) {
     PrintJson({{"file", path},
                {"ok", false},
-               {"fault", FaultName(status.fault())},
-               {"message", status.message()},
-               {"advice", Advice(status.fault())}});
+               {"fault", FaultName(status.GetFault())},
+               {"message", status.Message()},
+               {"advice", Advice(status.GetFault())}});
   } else {
-    PrintFault(path, status.message(), Advice(status.fault()));
+    PrintFault(path, status.Message(), Advice(status.GetFault()));
   }
-  return ExitCodeFor(status.fault());
+  return ExitCodeFor(status.GetFault());
 }
 
 // The sections that are shown by their length only. The key's bytes are never shown:
@@ -159,15 +159,15 @@ constexpr struct {
 Json InfoJson(const std::string& path, const PrintFile& file) {
   Json json = {{"file", path},
                {"ok", true},
-               {"machine_id", file.machine_id()},
-               {"project_id", file.project_id()},
-               {"material_id", file.material_id()},
-               {"data_lines", file.line_count()},
-               {"model_bytes", file.model_bytes()},
-               {"file_bytes", file.file_bytes()}};
+               {"machine_id", file.MachineId()},
+               {"project_id", file.ProjectId()},
+               {"material_id", file.MaterialId()},
+               {"data_lines", file.LineCount()},
+               {"model_bytes", file.ModelBytes()},
+               {"file_bytes", file.FileBytes()}};
   for (const auto& row : kBinarySections) json[row.name] = file.SectionLength(row.section);
   Json& arguments = json["arguments"] = Json::object();
-  for (const Argument& argument : file.arguments()) arguments[argument.name] = argument.value;
+  for (const Argument& argument : file.Arguments()) arguments[argument.name] = argument.value;
   return json;
 }
 
@@ -185,40 +185,40 @@ void PrintInfo(const Json& info) {
 }  // namespace
 
 int RunCreate(const CreateOptions& options) {
-  if (options.lines_path == options.out_path) {
-    return UsageFault(options.out_path, "the data lines and the print file are the same file");
+  if (options.linesPath == options.outPath) {
+    return UsageFault(options.outPath, "the data lines and the print file are the same file");
   }
   PrintFileContents contents;
-  contents.machine_id = options.machine_id;
-  contents.project_id = options.project_id;
-  contents.material_id = options.material_id;
+  contents.machineId = options.machineId;
+  contents.projectId = options.projectId;
+  contents.materialId = options.materialId;
   if (!SplitArguments(options.arguments, &contents.arguments)) return kExitUsage;
   if (const int code = ReadRecords(options, &contents); code != kExitOk) return code;
   std::unique_ptr<TextLines> lines;
-  if (const Status status = TextLines::Open(options.lines_path, &lines); !status.ok()) {
-    PrintFault("data lines", status.message(), "Check the path.");
-    return ExitCodeFor(status.fault());
+  if (const Status status = TextLines::Open(options.linesPath, &lines); !status.Ok()) {
+    PrintFault("data lines", status.Message(), "Check the path.");
+    return ExitCodeFor(status.GetFault());
   }
   WriteSummary summary;
   const Status status = WritePrintFile(
-      options.out_path, contents,
+      options.outPath, contents,
       [&](std::string_view* line, Status* error) { return lines->Next(line, error); }, &summary);
-  if (!status.ok()) {
-    PrintFault(options.out_path + " not written", status.message(), CreateAdvice(status.fault()));
+  if (!status.Ok()) {
+    PrintFault(options.outPath + " not written", status.Message(), CreateAdvice(status.GetFault()));
     // The texts come from the command line.
-    return status.fault() == Fault::kBadText ? kExitUsage : ExitCodeFor(status.fault());
+    return status.GetFault() == Fault::kBadText ? kExitUsage : ExitCodeFor(status.GetFault());
   }
   std::printf("%s: %llu data lines, %llu bytes of model data, %llu bytes\n",
-              options.out_path.c_str(), static_cast<unsigned long long>(summary.line_count),
-              static_cast<unsigned long long>(summary.model_bytes),
-              static_cast<unsigned long long>(summary.file_bytes));
+              options.outPath.c_str(), static_cast<unsigned long long>(summary.lineCount),
+              static_cast<unsigned long long>(summary.modelBytes),
+              static_cast<unsigned long long>(summary.fileBytes));
   return kExitOk;
 }
 
 int RunInfo(const std::string& path, bool json) {
   std::unique_ptr<PrintFile> file;
   const Status status = PrintFile::Open(path, &file);
-  if (!status.ok()) return ReportFault(path, status, json);
+  if (!status.Ok()) return ReportFault(path, status, json);
   const Json info = InfoJson(path, *file);
   if (json) {
     PrintJson(info);
@@ -231,14 +231,14 @@ int RunInfo(const std::string& path, bool json) {
 int RunVerify(const std::string& path, bool json) {
   std::unique_ptr<PrintFile> file;
   const Status status = PrintFile::Open(path, &file);
-  if (!status.ok()) return ReportFault(path, status, json);
+  if (!status.Ok()) return ReportFault(path, status, json);
   if (json) {
-    PrintJson({{"file", path}, {"ok", true}, {"data_lines", file->line_count()}});
+    PrintJson({{"file", path}, {"ok", true}, {"data_lines", file->LineCount()}});
   } else {
     std::printf("%s: ok, %llu data lines\n", path.c_str(),
-                static_cast<unsigned long long>(file->line_count()));
+                static_cast<unsigned long long>(file->LineCount()));
   }
   return kExitOk;
 }
 
-}  // namespace nuvfile::tool
+}  // namespace NuvFile::Tool

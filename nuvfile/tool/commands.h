@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace nuvfile::tool {
+namespace NuvFile::Tool {
 
 // What scripts can rely on.
 enum ExitCode {
@@ -16,17 +16,17 @@ enum ExitCode {
 };
 
 struct CreateOptions {
-  std::string lines_path;
-  std::string out_path;
-  std::string machine_id;
-  std::string project_id;
-  std::string material_id;
+  std::string linesPath;
+  std::string outPath;
+  std::string machineId;
+  std::string projectId;
+  std::string materialId;
   std::vector<std::string> arguments;  // name=value
-  std::string key_path;                // these may be empty
-  std::string l101_path;
-  std::string l102_path;
-  std::string l103_path;
-  std::string preview_path;
+  std::string keyPath;                 // these may be empty
+  std::string l101Path;
+  std::string l102Path;
+  std::string l103Path;
+  std::string previewPath;
 };
 
 // Each prints its result to standard output, or to standard error a message that names
@@ -35,6 +35,6 @@ int RunCreate(const CreateOptions& options);
 int RunInfo(const std::string& path, bool json);
 int RunVerify(const std::string& path, bool json);
 
-}  // namespace nuvfile::tool
+}  // namespace NuvFile::Tool
 
 #endif  // NUVFILE_TOOL_COMMANDS_H_

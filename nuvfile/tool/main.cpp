@@ -4,7 +4,7 @@
 
 #include "commands.h"
 
-namespace nuvfile::tool {
+namespace NuvFile::Tool {
 namespace {
 
 constexpr const char* kExitCodes =
@@ -21,22 +21,22 @@ constexpr const char* kCreateExamples =
 void AddCreate(CLI::App& app, CreateOptions& options, int& result) {
   CLI::App* create = app.add_subcommand("create", "Make a print file from a text of data lines");
   create
-      ->add_option("lines", options.lines_path,
+      ->add_option("lines", options.linesPath,
                    "Data lines, one per line (LF or CR LF); - for standard input")
       ->required();
-  create->add_option("out", options.out_path, "Print file to write")->required();
-  create->add_option("--machine-id", options.machine_id, "Machine the job is for, 17 characters")
+  create->add_option("out", options.outPath, "Print file to write")->required();
+  create->add_option("--machine-id", options.machineId, "Machine the job is for, 17 characters")
       ->required();
-  create->add_option("--project-id", options.project_id, "Project ID");
-  create->add_option("--material-id", options.material_id, "Material ID");
+  create->add_option("--project-id", options.projectId, "Project ID");
+  create->add_option("--material-id", options.materialId, "Material ID");
   create->add_option("--argument", options.arguments, "Job argument name=value; may be repeated")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  create->add_option("--key-file", options.key_path, "File with the key bytes");
-  create->add_option("--l101", options.l101_path, "File with the payload of header record L101");
-  create->add_option("--l102", options.l102_path, "File with the payload of header record L102");
-  create->add_option("--l103", options.l103_path, "File with the payload of header record L103");
-  create->add_option("--preview", options.preview_path, "Preview picture (PNG)");
+  create->add_option("--key-file", options.keyPath, "File with the key bytes");
+  create->add_option("--l101", options.l101Path, "File with the payload of header record L101");
+  create->add_option("--l102", options.l102Path, "File with the payload of header record L102");
+  create->add_option("--l103", options.l103Path, "File with the payload of header record L103");
+  create->add_option("--preview", options.previewPath, "Preview picture (PNG)");
   create->footer(std::string(kCreateExamples) + "\n" + kExitCodes);
   create->callback([&] { result = RunCreate(options); });
 }
@@ -80,13 +80,13 @@ int Main(int argc, char** argv) {
 }
 
 }  // namespace
-}  // namespace nuvfile::tool
+}  // namespace NuvFile::Tool
 
 int main(int argc, char** argv) {
   try {
-    return nuvfile::tool::Main(argc, argv);
+    return NuvFile::Tool::Main(argc, argv);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "nuvfile: %s\n", e.what());
-    return nuvfile::tool::kExitIo;
+    return NuvFile::Tool::kExitIo;
   }
 }

@@ -15,7 +15,7 @@ int ResultOf(const std::exception& error) {
   const bool always = dynamic_cast<const Command::NoSerialNumber*>(&error) != nullptr;
   if (Connect::HostThrew() || !(g_noExceptions || always)) throw;
   const auto* const reply = dynamic_cast<const Command::ReplyError*>(&error);
-  const int code = reply == nullptr ? 0 : reply->code();
+  const int code = reply == nullptr ? 0 : reply->Code();
   Platform::Diagnostic("F%d: %s", code, error.what());
   if (const NuvErrorCodeCallback callback = g_errorCode) {
     Connect::CallHost(callback, int{NUV_FAILED}, code);

@@ -18,11 +18,11 @@ using ResultMap = std::map<std::string, std::string>;
 
 // Told of every finished transaction: the command's code, the code that the reply echoed, whether
 // the printer said "OK", and the values of the reply.
-using ResultCallback = std::function<void(int32_t code, int32_t replyCode, bool replyOk,
-                                          std::vector<std::string> values)>;
+using ResultCallback =
+    std::function<void(int code, int replyCode, bool replyOk, std::vector<std::string> values)>;
 
 // How a transaction ended. Whether the printer accepted the command is a flag of its own.
-using TransactionStatus = int32_t;
+using TransactionStatus = int;
 constexpr TransactionStatus kReplied = 0;      // a reply to this command was read
 constexpr TransactionStatus kNoReply = -1;     // the reply held fewer than two tokens
 constexpr TransactionStatus kOtherReply = -2;  // the reply belongs to another command
@@ -50,7 +50,7 @@ class AbstractCommand {
     return status;
   }
 
-  virtual int32_t GetCode() const = 0;
+  virtual int GetCode() const = 0;
 
   // Repairs a failed status by waiting and then reading again or resending the request.
   virtual void Recover(TransactionStatus& /*status*/, const std::string& /*request*/) {}
@@ -69,7 +69,7 @@ class AbstractCommand {
   virtual void DeliverResult() = 0;
 
   // The keyed fields of the reply, after Execute; empty without a result callback.
-  const ResultMap& result() const { return result_; }
+  const ResultMap& Result() const { return result_; }
   // The same, for one who outlives the command.
   ResultMap TakeResult() { return std::move(result_); }
 
@@ -81,7 +81,7 @@ class AbstractCommand {
     clock_ = &clock;
     interrupt_ = interrupt;
   }
-  void set_result_callback(ResultCallback callback) { resultCallback_ = std::move(callback); }
+  void SetResultCallback(ResultCallback callback) { resultCallback_ = std::move(callback); }
 
  protected:
   ResultMap result_;

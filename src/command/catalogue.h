@@ -53,7 +53,7 @@ constexpr Record Of(Names... keys) {
 }
 
 struct CommandRow {
-  int32_t code;
+  int code;
   Request request;
   std::string_view tags;  // in wire order
   int exactCount;         // with any other count the bare line is sent, which the printer refuses
@@ -143,7 +143,7 @@ inline constexpr CommandRow kRows[] = {
 
 // Place of `code` in kRows; std::size(kRows) when it has none. A place and not a pointer: comparing
 // addresses is no constant expression to a compiler that adds the undefined-behaviour checks.
-constexpr size_t RowPlace(int32_t code) {
+constexpr size_t RowPlace(int code) {
   size_t place = 0;
   while (place < std::size(kRows) && kRows[place].code != code) ++place;
   return place;

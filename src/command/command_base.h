@@ -13,19 +13,19 @@ namespace Nuv::Command {
 // and, where a row cannot say it, by an override.
 class CommandBase : public AbstractCommand {
  public:
-  explicit CommandBase(int32_t code) : code_(code) {}
+  explicit CommandBase(int code) : code_(code) {}
 
   // Whether the request was sent more than once.
-  bool sent_again() const { return resends_ > 0; }
+  bool SentAgain() const { return resends_ > 0; }
 
   // Request parameters, in wire order.
-  void set_parameters(std::vector<std::string> parameters) { parameters_ = std::move(parameters); }
+  void SetParameters(std::vector<std::string> parameters) { parameters_ = std::move(parameters); }
 
   // Refuses, with a diagnostic and -1, parameters that would break the request line; nothing is
   // sent then.
   TransactionStatus Execute() override;
 
-  int32_t GetCode() const override { return code_; }
+  int GetCode() const override { return code_; }
 
   // At most two resends after too short a reply, at most two further reads after a foreign one,
   // each after a pause of 1000 ms; ends with the first good reply, and when the wait was given up.
@@ -53,8 +53,8 @@ class CommandBase : public AbstractCommand {
 
   std::vector<std::string> parameters_;
   std::vector<std::string> replyTokens_;
-  int32_t code_;
-  int32_t replyCode_ = 0;
+  int code_;
+  int replyCode_ = 0;
   bool replyOk_ = false;
   int resends_ = 0;
 };
@@ -79,13 +79,13 @@ class TableCommand : public CommandBase {
 };
 
 // Base of the class of one code.
-template <int32_t Code>
+template <int Code>
 class CatalogueCommand : public TableCommand {
   static constexpr size_t kPlace = RowPlace(Code);
   static_assert(kPlace < std::size(kRows), "a command class needs its row in the catalogue");
 
  public:
-  static constexpr int32_t kCode = Code;
+  static constexpr int kCode = Code;
   CatalogueCommand() : TableCommand(kRows[kPlace]) {}
 };
 

@@ -18,7 +18,7 @@ std::unique_ptr<CommandBase> Make(Connect::IChannel& channel, CommandArguments a
 }
 
 struct FactoryRow {
-  int32_t code;
+  int code;
   MakeFunction make;
 };
 
@@ -54,11 +54,11 @@ static_assert(InStepWithCatalogue(), "the factory makes the rows that say so, in
 
 }  // namespace
 
-std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int32_t code,
+std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int code,
                                            CommandArguments arguments) {
   const FactoryRow* row =
       std::lower_bound(std::begin(kFactory), std::end(kFactory), code,
-                       [](const FactoryRow& a, int32_t wanted) { return a.code < wanted; });
+                       [](const FactoryRow& a, int wanted) { return a.code < wanted; });
   if (row == std::end(kFactory) || row->code != code) return nullptr;
   return row->make(channel, std::move(arguments));
 }
@@ -82,14 +82,14 @@ std::string Outcome::Text(const std::string& key) const {
   return field == fields.end() ? std::string() : field->second;
 }
 
-int32_t Outcome::Number(const std::string& key) const {
+int Outcome::Number(const std::string& key) const {
   const std::string text = Text(key);
   return text.empty() ? 0 : Command::ParseDecimal(text, code);
 }
 
-int32_t Outcome::Fill(Outputs outputs) const {
+int Outcome::Fill(Outputs outputs) const {
   if (result != NUV_OK) return result;
-  std::vector<int32_t> numbers;
+  std::vector<int> numbers;
   numbers.reserve(outputs.size());
   for (const Output& output : outputs) {
     numbers.push_back(std::holds_alternative<int*>(output.out) ? Number(output.key) : 0);
@@ -110,8 +110,8 @@ Outcome RunCommand(Command::AbstractCommand& command, const ErrorCallback& tell,
   Outcome outcome;
   outcome.code = command.GetCode();
   bool ok = false;
-  command.set_result_callback(
-      [&](int32_t /*code*/, int32_t /*replyCode*/, bool replyOk, std::vector<std::string> values) {
+  command.SetResultCallback(
+      [&](int /*code*/, int /*replyCode*/, bool replyOk, std::vector<std::string> values) {
         ok = replyOk;
         outcome.values = std::move(values);
       });
@@ -128,8 +128,7 @@ Outcome RunCommand(Command::AbstractCommand& command, const ErrorCallback& tell,
   return outcome;
 }
 
-Outcome CommandRunner::Run(int32_t code, std::vector<std::string> parameters,
-                           Refusal refusal) const {
+Outcome CommandRunner::Run(int code, std::vector<std::string> parameters, Refusal refusal) const {
   if (const auto command = Command::CreateCommand(channel_, code, {{}, {}, &clock_, interrupt_})) {
     return Run(*command, std::move(parameters), refusal);
   }
@@ -143,9 +142,9 @@ Outcome CommandRunner::Run(int32_t code, std::vector<std::string> parameters,
 Outcome CommandRunner::Run(Command::CommandBase& command, std::vector<std::string> parameters,
                            Refusal refusal) const {
   command.Bind(channel_, clock_, interrupt_);
-  command.set_parameters(std::move(parameters));
+  command.SetParameters(std::move(parameters));
   Outcome outcome = RunCommand(command, tell_, refusal);
-  outcome.sentAgain = command.sent_again();
+  outcome.sentAgain = command.SentAgain();
   return outcome;
 }
 

@@ -25,7 +25,7 @@ struct CommandArguments {
 
 // The factory: makes the command of `code`, bound to `channel`, which must outlive it. Null for a
 // code that no class has, and for those that only their processors and the framework run.
-std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int32_t code,
+std::unique_ptr<CommandBase> CreateCommand(Connect::IChannel& channel, int code,
                                            CommandArguments arguments);
 
 // Makes a command of one class and binds it in the same way.
@@ -33,8 +33,8 @@ template <class Class>
 std::unique_ptr<Class> MakeCommand(Connect::IChannel& channel, CommandArguments arguments) {
   auto command = std::make_unique<Class>();
   command->Bind(channel, *arguments.clock, arguments.interrupt);
-  command->set_parameters(std::move(arguments.parameters));
-  command->set_result_callback(std::move(arguments.resultCallback));
+  command->SetParameters(std::move(arguments.parameters));
+  command->SetResultCallback(std::move(arguments.resultCallback));
   return command;
 }
 
@@ -43,14 +43,14 @@ std::unique_ptr<Class> MakeCommand(Connect::IChannel& channel, CommandArguments 
 namespace Nuv::Connect {
 
 // What an error callback is told: the status of a failed transaction, or a refusal.
-enum ConnectError : int32_t {
+enum ConnectError : int {
   kErrorNoReply = -1,     // nothing usable came back
   kErrorOtherReply = -2,  // only replies to other commands came back
   kErrorRefused = 29      // the printer answered without "OK"
 };
 
 // Called with the error and the code of the command that failed.
-using ErrorCallback = std::function<void(ConnectError error, int32_t code)>;
+using ErrorCallback = std::function<void(ConnectError error, int code)>;
 
 // What a refusal by the printer is to whoever runs the command: a failure, told and returned as
 // 29, or an answer like another, which shows in Outcome::accepted.
@@ -69,8 +69,8 @@ void Clear(Outputs outputs);
 
 // What became of a command.
 struct Outcome {
-  int32_t code = 0;
-  int32_t result = NUV_FAILED;  // 0, 1 the transaction failed, 29 refused (where that fails)
+  int code = 0;
+  int result = NUV_FAILED;  // 0, 1 the transaction failed, 29 refused (where that fails)
   bool accepted = false;
   bool sentAgain = false;           // the printer may have taken the request each time
   std::vector<std::string> values;  // of the reply, in its order; also of a refusal
@@ -78,11 +78,11 @@ struct Outcome {
 
   // A field of the reply, empty or 0 when it lacked it. Number throws what ParseDecimal throws.
   std::string Text(const std::string& key) const;
-  int32_t Number(const std::string& key) const;
+  int Number(const std::string& key) const;
 
   // Fills the outputs from the fields of a command that succeeded, all of them or, when a number
   // is malformed and throws, none. Returns the result.
-  int32_t Fill(Outputs outputs) const;
+  int Fill(Outputs outputs) const;
 };
 
 // Runs `command`, which is bound, and tells `tell` (may be empty) of a failure. Errors raised
@@ -102,7 +102,7 @@ class CommandRunner {
 
   // Runs the command of `code` with `parameters`, in wire order. A code that the factory does not
   // know fails as one without a reply.
-  Outcome Run(int32_t code, std::vector<std::string> parameters = {},
+  Outcome Run(int code, std::vector<std::string> parameters = {},
               Refusal refusal = Refusal::kFails) const;
 
   // As Run, for a command that the caller made.
@@ -117,12 +117,12 @@ class CommandRunner {
   }
 
   // Runs a command and fills the outputs, which are cleared first.
-  int32_t Read(int32_t code, std::vector<std::string> parameters, Outputs outputs) const {
+  int Read(int code, std::vector<std::string> parameters, Outputs outputs) const {
     Clear(outputs);
     return Run(code, std::move(parameters)).Fill(outputs);
   }
   template <class Class>
-  int32_t Read(Outputs outputs) const {
+  int Read(Outputs outputs) const {
     Clear(outputs);
     return Run<Class>().Fill(outputs);
   }

@@ -28,14 +28,14 @@ std::string Hexadecimal(const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-int32_t GeneralCommandProc::Process(std::vector<std::string>& output) {
+int GeneralCommandProc::Process(std::vector<std::string>& output) {
   output.clear();
   outcome_ = RunCommand(*command_, errorCallback_, Refusal::kFails);
   output = std::move(outcome_.values);
   return outcome_.result;
 }
 
-int32_t CodeProc::Keep(Refusal refusal, std::vector<std::string>& output) {
+int CodeProc::Keep(Refusal refusal, std::vector<std::string>& output) {
   output.clear();
   outcome_ = Run(refusal);
   output = std::move(outcome_.values);

@@ -18,7 +18,7 @@ class IFcmdProc {
   virtual ~IFcmdProc() = default;
 
   // Replaces `output` by the values that the command delivered. Nonzero: failed.
-  virtual int32_t Process(std::vector<std::string>& output) = 0;
+  virtual int Process(std::vector<std::string>& output) = 0;
 };
 
 // Runs any command that it is handed, and keeps the keyed fields of the reply for look-up.
@@ -31,14 +31,14 @@ class GeneralCommandProc final : public IFcmdProc {
 
   // 0 accepted, 1 the transaction failed, 29 the printer refused. After a refusal the output and
   // the look-ups still have what the reply carried.
-  int32_t Process(std::vector<std::string>& output) override;
+  int Process(std::vector<std::string>& output) override;
 
-  int32_t GetCode() const { return command_->GetCode(); }
+  int GetCode() const { return command_->GetCode(); }
 
   // As Text and Number of Outcome.
   std::string GetStringValue(const std::string& key) const { return outcome_.Text(key); }
-  int32_t GetIntValue(const std::string& key) const { return outcome_.Number(key); }
-  const Command::ResultMap& result() const { return outcome_.fields; }
+  int GetIntValue(const std::string& key) const { return outcome_.Number(key); }
+  const Command::ResultMap& Result() const { return outcome_.fields; }
 
  private:
   std::unique_ptr<Command::AbstractCommand> command_;
@@ -51,24 +51,20 @@ class GeneralCommandProc final : public IFcmdProc {
 // bytes follow that only a printer that accepted takes as such, callers use ProcessAccepted.
 class CodeProc : public IFcmdProc {
  public:
-  int32_t Process(std::vector<std::string>& output) override {
-    return Keep(Refusal::kAnswers, output);
-  }
+  int Process(std::vector<std::string>& output) override { return Keep(Refusal::kAnswers, output); }
 
   // As Process, but a refusal is a failure too: 29, also told to the error callback.
-  int32_t ProcessAccepted(std::vector<std::string>& output) {
-    return Keep(Refusal::kFails, output);
-  }
+  int ProcessAccepted(std::vector<std::string>& output) { return Keep(Refusal::kFails, output); }
 
   // Of the last command: whether the printer accepted it, whether it was sent more than once, the
   // named fields of its reply.
-  bool accepted() const { return outcome_.accepted; }
-  bool sent_again() const { return outcome_.sentAgain; }
-  const Command::ResultMap& fields() const { return outcome_.fields; }
+  bool Accepted() const { return outcome_.accepted; }
+  bool SentAgain() const { return outcome_.sentAgain; }
+  const Command::ResultMap& Fields() const { return outcome_.fields; }
 
  private:
   virtual Outcome Run(Refusal refusal) const = 0;
-  int32_t Keep(Refusal refusal, std::vector<std::string>& output);
+  int Keep(Refusal refusal, std::vector<std::string>& output);
 
   Outcome outcome_;
 };
@@ -158,10 +154,10 @@ class F508proc final : public ProcOf<Command::F508Cmd> {
 
 // What the printer needs to know of a job before its data.
 struct JobOpening {
-  int32_t dataBytes = 0;         // S: model data, without line ends
-  int32_t layers = 0;            // L
+  int dataBytes = 0;             // S: model data, without line ends
+  int layers = 0;                // L
   double layerThicknessMm = 0;   // T
-  int32_t printMinutes = 0;      // R
+  int printMinutes = 0;          // R
   double resinMl = 0;            // V
   double exposureS = 0;          // C: per layer
   double bottomExposureS = 0;    // E: per bottom layer

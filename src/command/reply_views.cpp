@@ -162,20 +162,20 @@ ResultMap ReadRecord(const Tokens& tokens, const Record& record) {
   return values;
 }
 
-int32_t ParseDecimal(const std::string& text, int32_t code) {
+int ParseDecimal(const std::string& text, int code) {
   constexpr int kBase = 10;
   char* end = nullptr;
   errno = 0;
   const long long number = std::strtoll(text.c_str(), &end, kBase);
   if (end == text.c_str()) throw MalformedNumber("invalid stoi argument", code);
-  if (errno == ERANGE || number < std::numeric_limits<int32_t>::min() ||
-      number > std::numeric_limits<int32_t>::max()) {
+  if (errno == ERANGE || number < std::numeric_limits<int>::min() ||
+      number > std::numeric_limits<int>::max()) {
     throw NumberOutOfRange("stoi argument out of range", code);
   }
-  return static_cast<int32_t>(number);
+  return static_cast<int>(number);
 }
 
-float ParseFraction(const std::string& text, int32_t code) {
+float ParseFraction(const std::string& text, int code) {
   float number = 0;
   const std::from_chars_result parsed =
       std::from_chars(text.data(), text.data() + text.size(), number);

@@ -53,30 +53,30 @@ ResultMap ReadRecord(const Tokens& tokens, const Record& record);
 // What each of them carries besides its text: the number of the command.
 class ReplyError {
  public:
-  int32_t code() const { return code_; }
+  int Code() const { return code_; }
 
  protected:
-  explicit ReplyError(int32_t code) : code_(code) {}
+  explicit ReplyError(int code) : code_(code) {}
   ~ReplyError() = default;
 
  private:
-  int32_t code_;
+  int code_;
 };
 
 class MalformedNumber final : public std::invalid_argument, public ReplyError {
  public:
-  MalformedNumber(const char* text, int32_t code) : std::invalid_argument(text), ReplyError(code) {}
+  MalformedNumber(const char* text, int code) : std::invalid_argument(text), ReplyError(code) {}
 };
 
 class NumberOutOfRange final : public std::out_of_range, public ReplyError {
  public:
-  NumberOutOfRange(const char* text, int32_t code) : std::out_of_range(text), ReplyError(code) {}
+  NumberOutOfRange(const char* text, int code) : std::out_of_range(text), ReplyError(code) {}
 };
 
 // A printer that has a query for its serial number names none.
 class NoSerialNumber final : public std::out_of_range, public ReplyError {
  public:
-  explicit NoSerialNumber(int32_t code)
+  explicit NoSerialNumber(int code)
       : std::out_of_range("the printer names no serial number"), ReplyError(code) {}
 };
 
@@ -85,11 +85,11 @@ class NoSerialNumber final : public std::out_of_range, public ReplyError {
 // reply holds it. Throws MalformedNumber, a std::invalid_argument ("invalid stoi argument"), when
 // there is no digit, NumberOutOfRange, a std::out_of_range ("stoi argument out of range"), beyond
 // 32 bits: the host is promised these texts on every system.
-int32_t ParseDecimal(const std::string& text, int32_t code);
+int ParseDecimal(const std::string& text, int code);
 
 // The fraction that `text` begins with, such as "1.050000", written with a point whatever the
 // locale. Throws like ParseDecimal, with "stof" in place of "stoi".
-float ParseFraction(const std::string& text, int32_t code);
+float ParseFraction(const std::string& text, int code);
 
 // `number` as "%f" writes it, with a point whatever the locale of the host program.
 std::string Fixed(double number);

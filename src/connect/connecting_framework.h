@@ -118,16 +118,16 @@ class ConnectingFramework final : public IConnectingFramework {
   // Runs the command of an operation: the host is told of a failure once, by the result that the
   // operation has.
   CommandRunner Commands() {
-    return {connect_, clock_, [this](ConnectError error, int32_t code) {
+    return {connect_, clock_, [this](ConnectError error, int code) {
               Fail(error == kErrorRefused ? NUV_PRINTER_REFUSED : NUV_FAILED, code);
             }};
   }
 
   // Tells the host of `result`, that of an operation whose command is `code`, and returns it.
-  int Fail(int result, int32_t code) const;
+  int Fail(int result, int code) const;
 
   // A resin query: a refusal that names the resin's state returns that (10 to 14, 1).
-  int ReadResin(int32_t code, Outputs outputs);
+  int ReadResin(int code, Outputs outputs);
 
   // The table of `kind`, or null for a kind that has none.
   DeviceTable* TableOf(int kind);

@@ -8,7 +8,7 @@ namespace Nuv::Connect {
 namespace {
 
 // The result for a printer that refuses a resin query and names its resin state instead.
-int32_t ResinRefusal(int32_t resinState) {
+int ResinRefusal(int resinState) {
   switch (resinState) {
     case 0:
       return NUV_RESIN_NO_CARTRIDGE;
@@ -27,7 +27,7 @@ int32_t ResinRefusal(int32_t resinState) {
 
 }  // namespace
 
-int ConnectingFramework::ReadResin(int32_t code, Outputs outputs) {
+int ConnectingFramework::ReadResin(int code, Outputs outputs) {
   Clear(outputs);
   const Outcome outcome = Commands().Run(code, {}, Refusal::kAnswers);
   if (outcome.result != NUV_OK || outcome.accepted) return outcome.Fill(outputs);

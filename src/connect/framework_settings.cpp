@@ -19,7 +19,7 @@ std::string Joined(float first, float second) {
 }
 
 // The reverse; a factor that is missing is 0.
-Pair Split(const std::string& text, int32_t code) {
+Pair Split(const std::string& text, int code) {
   Pair pair{};
   if (text.empty()) return pair;
   pair[0] = Command::ParseFraction(text, code);

@@ -62,7 +62,7 @@ class Link {
 
   // Why the printer did nothing: as the link tells, or `otherwise` if it is alive.
   LinkFailure Failure(LinkFailure otherwise) {
-    if (waiter_.over()) return LinkFailure::kGivenUp;
+    if (waiter_.Over()) return LinkFailure::kGivenUp;
     switch (Look()) {
       case LinkState::kClosed:
         return LinkFailure::kNotOpen;

@@ -29,7 +29,7 @@ std::string Narrow(const std::wstring& wide) {
 }  // namespace
 
 Reply LocalLink::ReadReply() {
-  const Platform::Clock& clock = waiter_.clock();
+  const Platform::Clock& clock = waiter_.GetClock();
   const Platform::Deadline end = waiter_.In(kMostReplyMs);
   lastRead_.clear();
   while (lastRead_.size() < kMostReplyBytes && clock.Now() < end) {
@@ -97,9 +97,9 @@ std::string UsbLink::ReadBlock(int timeoutMs) {
 bool SocketLink::SearchDevices(std::vector<std::string>& found, const std::string& address,
                                const std::string& netmask, int timeoutMs) {
   const SearchSettings& settings = SearchSettings::Instance();
-  const std::string message = settings.message();
+  const std::string message = settings.Message();
   const int length = static_cast<int>(message.size());
-  const auto port = static_cast<uint16_t>(settings.port());
+  const auto port = static_cast<uint16_t>(settings.Port());
   const int waitMs = EffectiveTimeoutMs(timeoutMs);
   found.clear();
   devices_.clear();
@@ -111,7 +111,7 @@ bool SocketLink::SearchDevices(std::vector<std::string>& found, const std::strin
     searched = search_.BroadcastTo(message.data(), length, address, netmask, port, waitMs) != 0;
   }
   search_.Close();
-  for (const std::wstring& reply : search_.replies()) {
+  for (const std::wstring& reply : search_.Replies()) {
     found.push_back(Narrow(reply));
     Transport::NetworkDevice device = Transport::ParseDiscoveryReply(found.back());
     if (device.valid) devices_.push_back(std::move(device));
@@ -157,11 +157,11 @@ bool SocketLink::Discard(int quietMs, int limitMs) {
   bool any = false;
   int64_t waitMs = 0;
   do {
-    Transport::DiscardLimit limit(limits_, waiter_.clock());
+    Transport::DiscardLimit limit(limits_, waiter_.GetClock());
     for (std::string block; !(block = ReadBlock(0)).empty(); any = true) {
       if (!limit.Allows(block.size())) socket_.Close();
     }
-    const auto left = std::chrono::ceil<milliseconds>(end - waiter_.clock().Now());
+    const auto left = std::chrono::ceil<milliseconds>(end - waiter_.GetClock().Now());
     waitMs = std::min<int64_t>(quietMs, left.count());
   } while (waitMs > 0 && socket_.WaitForInput(static_cast<int>(waitMs)));
   return any;
@@ -181,7 +181,7 @@ LinkFailure SocketLink::Write(const uint8_t* data, size_t length, bool /*patient
   }
   if (!IsOpen()) return Failure(LinkFailure::kEnded);
   Close();
-  return waiter_.over() ? LinkFailure::kGivenUp : LinkFailure::kNotTaken;
+  return waiter_.Over() ? LinkFailure::kGivenUp : LinkFailure::kNotTaken;
 }
 
 std::string SocketLink::ReadBlock(int timeoutMs) {
@@ -194,7 +194,7 @@ std::string SocketLink::ReadBlock(int timeoutMs) {
   return {buffer.data(), static_cast<size_t>(received)};
 }
 
-void LocalLinks::set_mode(int mode) {
+void LocalLinks::SetMode(int mode) {
   constexpr int kUsb = 0;
   constexpr int kSockets = 1;
   if (mode != kUsb && mode != kSockets) {

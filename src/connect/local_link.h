@@ -43,7 +43,7 @@ class UsbLink final : public LocalLink {
  public:
   UsbLink(std::unique_ptr<ConnectorBase> connector, const Platform::Waiter& waiter)
       : LocalLink(waiter), connector_(std::move(connector)) {
-    connector_->set_waiter(waiter);
+    connector_->SetWaiter(waiter);
   }
 
   // Replaces `found` by the stored names of the attached printers. False: they could not all be
@@ -115,7 +115,7 @@ struct LocalLinks {
   LocalLink& Current() { return usesSockets ? static_cast<LocalLink&>(sockets) : usb; }
 
   // 0 USB, 1 sockets; others change nothing. What the other link has open is closed.
-  void set_mode(int mode);
+  void SetMode(int mode);
 
   UsbLink usb;
   SocketLink sockets;

@@ -7,14 +7,14 @@ namespace Nuv::Connect {
 
 Transport::SearchTurn NetworkLink::WaitForTurn() {
   const SearchSettings& settings = SearchSettings::Instance();
-  return Transport::SearchTurn(static_cast<uint16_t>(settings.port()),
-                               EffectiveTimeoutMs(settings.timeout_ms()));
+  return Transport::SearchTurn(static_cast<uint16_t>(settings.Port()),
+                               EffectiveTimeoutMs(settings.TimeoutMs()));
 }
 
 bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
   const SearchSettings& settings = SearchSettings::Instance();
-  if (net_.Search(settings.message(), static_cast<uint16_t>(settings.port()),
-                  EffectiveTimeoutMs(settings.timeout_ms())) != 0) {
+  if (net_.Search(settings.Message(), static_cast<uint16_t>(settings.Port()),
+                  EffectiveTimeoutMs(settings.TimeoutMs())) != 0) {
     return false;
   }
   found = net_.GetDeviceAddresses();
@@ -23,13 +23,13 @@ bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
 
 std::vector<std::string> NetworkLink::CollectReplies() const {
   const SearchSettings& settings = SearchSettings::Instance();
-  NetworkDeviceSearcher searcher(settings.message(), waiter_);
-  return searcher.Search(static_cast<uint16_t>(settings.port()),
-                         EffectiveTimeoutMs(settings.timeout_ms()));
+  NetworkDeviceSearcher searcher(settings.Message(), waiter_);
+  return searcher.Search(static_cast<uint16_t>(settings.Port()),
+                         EffectiveTimeoutMs(settings.TimeoutMs()));
 }
 
 LinkFailure NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
-  const TcpResult result = net_.connector().Send(reinterpret_cast<const char*>(data),
+  const TcpResult result = net_.Connector().Send(reinterpret_cast<const char*>(data),
                                                  static_cast<int64_t>(length), patient);
   if (result == TcpResult::kOk) return LinkFailure::kNone;
   const LinkFailure failure = Failure(LinkFailure::kNotTaken);
@@ -40,7 +40,7 @@ LinkFailure NetworkLink::Write(const uint8_t* data, size_t length, bool patient)
 
 Reply NetworkLink::ReadReply() {
   std::string reply;
-  const TcpResult result = net_.connector().Receive("", reply, replyTimeoutMs_);
+  const TcpResult result = net_.Connector().Receive("", reply, replyTimeoutMs_);
   if (result == TcpResult::kOk) return {std::move(reply)};
   return {{}, Failure(LinkFailure::kSilence)};
 }

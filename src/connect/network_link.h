@@ -36,12 +36,12 @@ class NetworkLink final : public Link {
   bool Open(int index) override { return net_.ConnectByIndex(index); }
   bool OpenAddress(const std::string& address) { return net_.ConnectByAddress(address); }
   bool Reopen(bool /*job*/) override { return net_.Reconnect(); }
-  void Close() override { net_.connector().Disconnect(); }
-  LinkState Look() override { return net_.connector().Look(); }
+  void Close() override { net_.Connector().Disconnect(); }
+  LinkState Look() override { return net_.Connector().Look(); }
   bool Discard(int quietMs, int limitMs) override {
-    return net_.connector().Discard(quietMs, limitMs);
+    return net_.Connector().Discard(quietMs, limitMs);
   }
-  bool DiscardInput() override { return net_.connector().Discard(); }
+  bool DiscardInput() override { return net_.Connector().Discard(); }
   LinkFailure Write(const uint8_t* data, size_t length, bool patient) override;
   Reply ReadReply() override;
 

@@ -62,7 +62,7 @@ bool NuvConnect::Choose(int kind, int index) {
   const bool isNetwork = kind != 0;
   Link& link = LinkOf(isNetwork);
   const bool kept = isNetwork == isNetwork_ && index == index_ && link.KeepsOpen();
-  if (waiter_.givenUp() || !link.Open(index)) return false;
+  if (waiter_.GivenUp() || !link.Open(index)) return false;
   Opened(isNetwork, kept);
   index_ = index;
   return true;
@@ -100,9 +100,9 @@ bool NuvConnect::OpenDevice() {
   Link& link = Current();
   // A USB printer stays open, but not with an answer on its way that nobody waits for. One that has
   // gone is left to the reopening, which in a job must see that.
-  if (ledger_.owes() && link.KeepsOpen()) link.Close();
+  if (ledger_.Owes() && link.KeepsOpen()) link.Close();
   const bool kept = link.KeepsOpen();
-  const bool opened = !waiter_.givenUp() && link.Reopen(job_ != JobKind::kNone);
+  const bool opened = !waiter_.GivenUp() && link.Reopen(job_ != JobKind::kNone);
   if (opened && !kept) ledger_.Reset();
   return opened;
 }
@@ -139,7 +139,7 @@ Reply NuvConnect::ReadAgain(Platform::Interrupt* interrupt) {
 
 // A reply that came too late, or twice, would be taken for the next command's.
 void NuvConnect::DiscardStaleInput() {
-  if (ledger_.owes() && ledger_.answered()) {
+  if (ledger_.Owes() && ledger_.Answered()) {
     Current().Discard(kQuietMs, kLongestQuietWaitMs);
     ledger_.OweNothing();
   } else if (Current().DiscardInput()) {
@@ -156,7 +156,7 @@ bool NuvConnect::SendBytes(std::vector<uint8_t> bytes) {
 
 LinkLook NuvConnect::Look() {
   const Lock lock(mutex_);
-  return {Current().Look() == LinkState::kAlive, ledger_.unconfirmed()};
+  return {Current().Look() == LinkState::kAlive, ledger_.Unconfirmed()};
 }
 
 void NuvConnect::EndJob(bool complete) {
@@ -168,27 +168,27 @@ void NuvConnect::EndJob(bool complete) {
 
 void NuvConnect::SetLocalOption(int option) {
   const Lock lock(mutex_);
-  local_.set_mode(option);
+  local_.SetMode(option);
 }
 
 void NuvConnect::SetSearchTimeout(int timeoutMs) {
   const Lock lock(mutex_);
-  SearchSettings::Instance().set_timeout_ms(timeoutMs);
+  SearchSettings::Instance().SetTimeoutMs(timeoutMs);
 }
 
 void NuvConnect::SetSearchPort(int port) {
   const Lock lock(mutex_);
-  SearchSettings::Instance().set_port(port);
+  SearchSettings::Instance().SetPort(port);
 }
 
 void NuvConnect::SetSearchMessage(std::string message) {
   const Lock lock(mutex_);
-  SearchSettings::Instance().set_message(message);
+  SearchSettings::Instance().SetMessage(message);
 }
 
 bool NuvConnect::ConnectAddress(const std::string& address) {
   const Lock lock(mutex_);
-  if (waiter_.givenUp() || !network_.OpenAddress(address)) return false;
+  if (waiter_.GivenUp() || !network_.OpenAddress(address)) return false;
   Opened(true, false);
   return true;
 }
@@ -200,7 +200,7 @@ std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
 }
 
 LinkFailure NuvConnect::Write(const uint8_t* data, size_t length) {
-  if (waiter_.over()) return LinkFailure::kGivenUp;
+  if (waiter_.Over()) return LinkFailure::kGivenUp;
   return Current().Write(data, length, job_ == JobKind::kImage);
 }
 

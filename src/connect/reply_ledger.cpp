@@ -33,7 +33,7 @@ void ReplyLedger::Answered(const std::string& reply) {
   answered_ = true;
   // Two answers may come in one piece. The first part of one confirms as well as the whole, but
   // pays nothing before its end has come.
-  for (size_t start = 0; start < reply.size() && owes();) {
+  for (size_t start = 0; start < reply.size() && Owes();) {
     const size_t end = reply.find('\n', start);
     const std::string line = reply.substr(start, end - start);
     const Debt& debt = owed_.front();
@@ -46,7 +46,7 @@ void ReplyLedger::Answered(const std::string& reply) {
 }
 
 void ReplyLedger::Discarded() {
-  if (owes()) owed_.pop_front();
+  if (Owes()) owed_.pop_front();
 }
 
 }  // namespace Nuv::Connect

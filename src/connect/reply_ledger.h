@@ -32,10 +32,10 @@ class ReplyLedger {
   // What is still owed will not come any more.
   void OweNothing() { owed_.clear(); }
 
-  bool owes() const { return !owed_.empty(); }
+  bool Owes() const { return !owed_.empty(); }
   // Whether the last request was answered, or given up.
-  bool answered() const { return answered_; }
-  bool unconfirmed() const { return confirmed_ < written_; }
+  bool Answered() const { return answered_; }
+  bool Unconfirmed() const { return confirmed_ < written_; }
 
  private:
   struct Debt {

@@ -7,12 +7,12 @@ SearchSettings& SearchSettings::Instance() {
   return settings;
 }
 
-std::string SearchSettings::message() const {
+std::string SearchSettings::Message() const {
   const std::lock_guard<std::mutex> lock(messageMutex_);
   return message_;
 }
 
-void SearchSettings::set_message(const std::string& message) {
+void SearchSettings::SetMessage(const std::string& message) {
   const std::lock_guard<std::mutex> lock(messageMutex_);
   message_ = message;
 }

@@ -18,13 +18,13 @@ class SearchSettings {
  public:
   static SearchSettings& Instance();
 
-  int port() const { return port_; }
-  int timeout_ms() const { return timeoutMs_; }  // as it was set
-  std::string message() const;
+  int Port() const { return port_; }
+  int TimeoutMs() const { return timeoutMs_; }  // as it was set
+  std::string Message() const;
 
-  void set_port(int port) { port_ = port; }
-  void set_timeout_ms(int timeoutMs) { timeoutMs_ = timeoutMs; }
-  void set_message(const std::string& message);
+  void SetPort(int port) { port_ = port; }
+  void SetTimeoutMs(int timeoutMs) { timeoutMs_ = timeoutMs; }
+  void SetMessage(const std::string& message);
 
  private:
   std::atomic<int> port_{kDefaultSearchPort};

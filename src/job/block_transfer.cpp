@@ -40,19 +40,18 @@ std::vector<uint8_t> BlockStream::Next() {
   return block;
 }
 
-int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>& announce) {
+int AnnounceImage(const JobContext& context, const std::function<int()>& announce) {
   const JobClaim claim(context.state.jobRunning);
-  if (!claim.held()) return NUV_FAILED;
+  if (!claim.Held()) return NUV_FAILED;
   const LinkClaim link(context, JobKind::kLines);
-  const int32_t result = announce();
+  const int result = announce();
   if (result == NUV_OK) context.state.quietUntil = context.clock.Now() + kPrinterWaits;
   return result;
 }
 
-int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& image,
-                     BlockHeader header) {
+int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header) {
   const JobClaim claim(context.state.jobRunning);
-  if (!claim.held()) return NUV_FAILED;
+  if (!claim.Held()) return NUV_FAILED;
   LinkClaim link(context, JobKind::kImage);
   context.callbacks.ReportStart();
   bool written = true;
@@ -62,11 +61,10 @@ int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& imag
     const bool block = context.channel.SendBytes(blocks.Next());
     if (written && !block) {
       Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu was not taken in time",
-                           blocks.sent(), image.size());
+                           blocks.Sent(), image.size());
     }
     written = written && block;
-    context.callbacks.ReportSent(static_cast<int32_t>(image.size()),
-                                 static_cast<int32_t>(blocks.sent()));
+    context.callbacks.ReportSent(static_cast<int>(image.size()), static_cast<int>(blocks.Sent()));
   }
   link.Complete();
   return NUV_OK;

@@ -30,7 +30,7 @@ class BlockStream {
   std::vector<uint8_t> Next();
 
   // Bytes in the blocks so far, without headers.
-  size_t sent() const { return sent_; }
+  size_t Sent() const { return sent_; }
 
  private:
   const std::vector<uint8_t>& bytes_;
@@ -42,7 +42,7 @@ class BlockStream {
 // thread stays off the link meanwhile and, once the printer has accepted, for as long as it waits
 // for the image: it would take a query for a part of it, and a new connection for its end.
 // 1 when a job or another transfer is running; nothing is announced then.
-int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>& announce);
+int AnnounceImage(const JobContext& context, const std::function<int()>& announce);
 
 // Streams a firmware image to the printer, one block every 15 ms, on the caller's thread. Tells the
 // host of the start and of each block, and asks it before each block whether to go on. The printer
@@ -50,8 +50,7 @@ int32_t AnnounceImage(const JobContext& context, const std::function<int32_t()>&
 // printer answers to the next command is the only report.
 //
 // 0 every block was handed to the channel, 1 another transfer is running, 2 cancelled.
-int32_t SendFirmware(const JobContext& context, const std::vector<uint8_t>& image,
-                     BlockHeader header);
+int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header);
 
 }  // namespace Nuv::Connect
 

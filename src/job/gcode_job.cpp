@@ -63,10 +63,10 @@ std::vector<uint8_t> CommandText::NextLine() {
   return line;
 }
 
-int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
-                      NuvJobProgressCallback progress) {
+int SendGCodeFile(const JobContext& context, const std::wstring& path,
+                  NuvJobProgressCallback progress) {
   const JobClaim claim(context.state.jobRunning);
-  if (!claim.held()) return NUV_FAILED;
+  if (!claim.Held()) return NUV_FAILED;
   const LinkClaim link(context, JobKind::kLines);
   const std::optional<std::string> narrow = Platform::NarrowPath(path);
   CommandText text;
@@ -77,12 +77,12 @@ int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
     return NUV_FILE_NOT_READABLE;
   }
 
-  LineTransfer transfer(context, text.total(), progress);
+  LineTransfer transfer(context, text.Total(), progress);
   transfer.Start();
   for (std::vector<uint8_t> line = text.NextLine(); !line.empty(); line = text.NextLine()) {
     for (bool sent = false; !sent;) {
       if (context.callbacks.IsCancelled()) return NUV_OK;
-      const int32_t result = transfer.Pass(line, line.size() - kLineEndBytes, sent);
+      const int result = transfer.Pass(line, line.size() - kLineEndBytes, sent);
       if (result != NUV_OK) return result;
     }
   }

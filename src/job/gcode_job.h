@@ -16,7 +16,7 @@ namespace Nuv::Connect {
 class CommandText {
  public:
   // `mostBytes`: of all lines without their line ends; progress counts no further.
-  explicit CommandText(int64_t mostBytes = std::numeric_limits<int32_t>::max())
+  explicit CommandText(int64_t mostBytes = std::numeric_limits<int>::max())
       : mostBytes_(mostBytes) {}
 
   // Reads the file through, once. False when it is no regular file or cannot be read, and as soon
@@ -24,7 +24,7 @@ class CommandText {
   bool Read(const std::string& path);
 
   // The bytes of all lines.
-  int32_t total() const { return static_cast<int32_t>(total_); }
+  int Total() const { return static_cast<int>(total_); }
 
   // The next line as it goes out, line end included; empty behind the last.
   std::vector<uint8_t> NextLine();
@@ -41,8 +41,8 @@ class CommandText {
 };
 
 // Sends a text file of printer commands line by line. Results as at API_SendGCodeFile.
-int32_t SendGCodeFile(const JobContext& context, const std::wstring& path,
-                      NuvJobProgressCallback progress);
+int SendGCodeFile(const JobContext& context, const std::wstring& path,
+                  NuvJobProgressCallback progress);
 
 }  // namespace Nuv::Connect
 

@@ -2,7 +2,7 @@
 
 namespace Nuv::Connect {
 
-void HostCallbacks::ReportError(int32_t result, int32_t code) const {
+void HostCallbacks::ReportError(int result, int code) const {
   if (const NuvErrorCodeCallback callback = errorCode) CallHost(callback, result, code);
 }
 
@@ -10,7 +10,7 @@ void HostCallbacks::ReportStart() const {
   if (const NuvSendDataStartCallback callback = sendStart) CallHost(callback);
 }
 
-void HostCallbacks::ReportSent(int32_t total, int32_t sent) const {
+void HostCallbacks::ReportSent(int total, int sent) const {
   if (const NuvSendDataUpdateCallback callback = sendUpdate) CallHost(callback, total, sent);
 }
 

@@ -44,9 +44,9 @@ struct HostCallbacks {
   std::atomic<NuvSendDataUpdateCallback> sendUpdate{nullptr};
   std::atomic<NuvSendDataCancelCallback> sendCancel{nullptr};
 
-  void ReportError(int32_t result, int32_t code) const;
+  void ReportError(int result, int code) const;
   void ReportStart() const;
-  void ReportSent(int32_t total, int32_t sent) const;
+  void ReportSent(int total, int sent) const;
   bool IsCancelled() const;
 };
 
@@ -73,7 +73,7 @@ struct JobContext {
   // Runs a job's commands. What became of a failed one is told to the error-code callback that is
   // registered at that time.
   CommandRunner Commands() const {
-    return {channel, clock, [&callbacks = callbacks](ConnectError error, int32_t code) {
+    return {channel, clock, [&callbacks = callbacks](ConnectError error, int code) {
               callbacks.ReportError(error, code);
             }};
   }
@@ -92,7 +92,7 @@ class JobClaim {
   JobClaim(const JobClaim&) = delete;
   JobClaim& operator=(const JobClaim&) = delete;
 
-  bool held() const { return held_; }
+  bool Held() const { return held_; }
 
  private:
   std::atomic<bool>& running_;

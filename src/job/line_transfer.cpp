@@ -16,8 +16,7 @@ constexpr float kPercent = 100.0F;
 
 const char kLineEnd[3] = "\r\n";
 
-LineTransfer::LineTransfer(const JobContext& context, int32_t total,
-                           NuvJobProgressCallback progress)
+LineTransfer::LineTransfer(const JobContext& context, int total, NuvJobProgressCallback progress)
     : context_(context), progress_(progress), total_(total) {}
 
 void LineTransfer::Start() {
@@ -25,14 +24,14 @@ void LineTransfer::Start() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
 }
 
-int32_t LineTransfer::Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent) {
+int LineTransfer::Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent) {
   sent = context_.state.freeBuffer >= line.size();
-  const int32_t result = sent ? Write(std::move(line), cost) : WaitForSpace();
+  const int result = sent ? Write(std::move(line), cost) : WaitForSpace();
   if (result == NUV_OK) context_.clock.SleepFor(kPassPause);
   return result;
 }
 
-int32_t LineTransfer::WaitForSpace() {
+int LineTransfer::WaitForSpace() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
   // A new connection would carry on behind lines that the printer may never have taken.
   if (IsLost()) return NUV_WRITE_FAILED;
@@ -49,8 +48,8 @@ bool LineTransfer::IsLost() const {
   return true;
 }
 
-int32_t LineTransfer::Write(std::vector<uint8_t>&& line, uint64_t cost) {
-  const auto textBytes = static_cast<int32_t>(line.size() - kLineEndBytes);
+int LineTransfer::Write(std::vector<uint8_t>&& line, uint64_t cost) {
+  const auto textBytes = static_cast<int>(line.size() - kLineEndBytes);
   if (!context_.channel.SendBytes(std::move(line))) {
     Platform::Diagnostic("job: line not written after %d of %d bytes", sent_, total_);
     return NUV_WRITE_FAILED;

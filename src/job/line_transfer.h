@@ -17,7 +17,7 @@ namespace Nuv::Connect {
 class LineTransfer {
  public:
   // `total`: bytes of all lines without line ends; `progress` may be null.
-  LineTransfer(const JobContext& context, int32_t total, NuvJobProgressCallback progress);
+  LineTransfer(const JobContext& context, int total, NuvJobProgressCallback progress);
 
   // Tells the host that the transfer starts and asks for the free buffer.
   void Start();
@@ -26,23 +26,23 @@ class LineTransfer {
   // `cost`: bytes that it is charged with. `sent` tells whether it went out or is to be tried again
   // in the next pass. 0, 16 the printer was lost while waiting for buffer space, 20 the line could
   // not be written, or the printer ended the link and nobody can tell what it had taken until then.
-  int32_t Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent);
+  int Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent);
 
   // Looks at the link once more, behind the last pause. 0 or 20, as Pass.
-  int32_t Finish() const { return IsLost() ? NUV_WRITE_FAILED : NUV_OK; }
+  int Finish() const { return IsLost() ? NUV_WRITE_FAILED : NUV_OK; }
 
   bool IsComplete() const { return sent_ >= total_; }
 
  private:
-  int32_t Write(std::vector<uint8_t>&& line, uint64_t cost);
-  int32_t WaitForSpace();
+  int Write(std::vector<uint8_t>&& line, uint64_t cost);
+  int WaitForSpace();
   // True when the link has ended with bytes on it that no reply has confirmed.
   bool IsLost() const;
 
   const JobContext& context_;
   NuvJobProgressCallback progress_;
-  int32_t total_;
-  int32_t sent_ = 0;      // without line ends
+  int total_;
+  int sent_ = 0;          // without line ends
   uint64_t charged_ = 0;  // running total of the lines' cost
 };
 

@@ -82,9 +82,9 @@ std::string NuvFileLibrary::GetMaterialID() { return Text(functions_.GetMaterial
 
 std::string NuvFileLibrary::GetFileArguments() { return Text(functions_.GetFileArguments); }
 
-int32_t NuvFileLibrary::GetModelDataSize() { return functions_.GetModelDataSize(); }
+int NuvFileLibrary::GetModelDataSize() { return functions_.GetModelDataSize(); }
 
-bool NuvFileLibrary::ReadLayer(int32_t index, std::vector<uint8_t>& line) {
+bool NuvFileLibrary::ReadLayer(int index, std::vector<uint8_t>& line) {
   // A second call is needed only when the line turns out longer than the buffer.
   line.resize(kUsualLineBytes);
   for (int attempt = 0; attempt < 2; ++attempt) {

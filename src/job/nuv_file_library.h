@@ -19,8 +19,8 @@ class NuvFileLibrary final : public IPrintFileLibrary {
   std::string GetProjectID() override;
   std::string GetMaterialID() override;
   std::string GetFileArguments() override;
-  int32_t GetModelDataSize() override;
-  bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override;
+  int GetModelDataSize() override;
+  bool ReadLayer(int index, std::vector<uint8_t>& line) override;
   bool GetAESkey(std::vector<uint8_t>& bytes) override;
   bool ReadPreImg(std::vector<uint8_t>& bytes) override;
   bool ReadL101(std::vector<uint8_t>& bytes) override;

@@ -32,19 +32,19 @@ void Read(const Arguments& arguments, const char* name, double& number) {
   if (!(text >> number)) number = 0;
 }
 
-bool ReadWhole(const Arguments& arguments, const char* name, int32_t& number) {
+bool ReadWhole(const Arguments& arguments, const char* name, int& number) {
   const auto found = arguments.find(name);
   if (found == arguments.end()) return true;
   const std::string& text = found->second;
   uint32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size() ||
-      value > uint32_t{std::numeric_limits<int32_t>::max()}) {
+      value > uint32_t{std::numeric_limits<int>::max()}) {
     Platform::Diagnostic("print file: argument %s is \"%s\", not a whole number up to 2147483647",
                          name, text.c_str());
     return false;
   }
-  number = static_cast<int32_t>(value);
+  number = static_cast<int>(value);
   return true;
 }
 

@@ -30,11 +30,11 @@ class IPrintFileLibrary {
   virtual std::string GetProjectID() = 0;
   virtual std::string GetMaterialID() = 0;
   virtual std::string GetFileArguments() = 0;  // lines "name=value"
-  virtual int32_t GetModelDataSize() = 0;      // bytes of all data lines, without line ends
+  virtual int GetModelDataSize() = 0;          // bytes of all data lines, without line ends
 
   // Replaces `line` by data line `index`, without line end. False, with a diagnostic, when there is
   // no such line or it cannot be read.
-  virtual bool ReadLayer(int32_t index, std::vector<uint8_t>& line) = 0;
+  virtual bool ReadLayer(int index, std::vector<uint8_t>& line) = 0;
 
   // What some printers are sent before the data lines. Replace `bytes`, which is empty when the
   // file has no such part. False, with a diagnostic, when it cannot be read.

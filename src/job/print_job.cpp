@@ -18,7 +18,7 @@ namespace Nuv::Connect {
 namespace {
 
 // Of all frameworks of the process: the print-file library holds one open file.
-std::atomic<bool> printJobRunning{false};
+std::atomic<bool> g_printJobRunning{false};
 
 // The file at `path`, when it can be opened for reading.
 std::optional<JobFile> ReadableFile(const std::wstring& path) {
@@ -36,16 +36,16 @@ std::optional<JobFile> ReadableFile(const std::wstring& path) {
 }
 
 // Streams the data lines of the open print file, as far as the host does not cancel.
-int32_t SendDataLines(const JobContext& context, int32_t total, LineTransfer& transfer) {
+int SendDataLines(const JobContext& context, int total, LineTransfer& transfer) {
   if (total < 1) return NUV_OK;
-  int32_t index = 0;
+  int index = 0;
   while (!context.callbacks.IsCancelled()) {
     std::vector<uint8_t> line;
     if (!context.printFiles.ReadLayer(index, line)) return NUV_FILE_NOT_READABLE;
     line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
     const uint64_t cost = line.size();
     bool sent = false;
-    const int32_t result = transfer.Pass(std::move(line), cost, sent);
+    const int result = transfer.Pass(std::move(line), cost, sent);
     if (result != NUV_OK) return result;
     if (sent) ++index;
     if (transfer.IsComplete()) break;
@@ -53,11 +53,10 @@ int32_t SendDataLines(const JobContext& context, int32_t total, LineTransfer& tr
   return NUV_OK;
 }
 
-int32_t TransferModelData(const JobContext& context, int32_t total,
-                          NuvJobProgressCallback progress) {
+int TransferModelData(const JobContext& context, int total, NuvJobProgressCallback progress) {
   LineTransfer transfer(context, total, progress);
   transfer.Start();
-  const int32_t result = SendDataLines(context, total, transfer);
+  const int result = SendDataLines(context, total, transfer);
   // The next job would be appended to one that the file broke off.
   if (result == NUV_FILE_NOT_READABLE) AbandonJob(context);
   if (result != NUV_OK) return result;
@@ -85,12 +84,12 @@ class OpenFile {
 
 }  // namespace
 
-int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
-                      NuvJobProgressCallback progress) {
+int SendPrintFile(const JobContext& context, const std::wstring& path,
+                  NuvJobProgressCallback progress) {
   const JobClaim claim(context.state.jobRunning);
-  if (!claim.held()) return NUV_FAILED;
-  const JobClaim printFile(printJobRunning);
-  if (!printFile.held()) return NUV_FAILED;
+  if (!claim.Held()) return NUV_FAILED;
+  const JobClaim printFile(g_printJobRunning);
+  if (!printFile.Held()) return NUV_FAILED;
   const std::optional<JobFile> file = ReadableFile(path);
   if (!file) return NUV_FILE_NOT_READABLE;
   if (!context.printFiles.LoadLibrary()) return NUV_NUVFILE_MISSING;
@@ -111,7 +110,7 @@ int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
   context.state.freeBuffer = 0;
   // This figure decides only whether the job begins. The transfer asks for its own when it starts,
   // since the jobs of Android printers and command text come to it without one.
-  const int32_t prepared = sender->PrepareJob(context.state.freeBuffer);
+  const int prepared = sender->PrepareJob(context.state.freeBuffer);
   if (prepared != NUV_OK) {
     Diagnostic("print file %s: the printer did not open the job (%d)", file->path.c_str(),
                prepared);

@@ -11,8 +11,8 @@ namespace Nuv::Connect {
 // Sends a print file: opening exchange, data lines, abandon command when cancelled. Blocks for the
 // whole job; `progress` may be null. Results as at API_SendPrintFile. An exception of a malformed
 // number in a reply passes through and leaves the link free.
-int32_t SendPrintFile(const JobContext& context, const std::wstring& path,
-                      NuvJobProgressCallback progress);
+int SendPrintFile(const JobContext& context, const std::wstring& path,
+                  NuvJobProgressCallback progress);
 
 }  // namespace Nuv::Connect
 

@@ -23,11 +23,11 @@ constexpr char kPrinting[] = "1";
 
 // What the host is told of a running print.
 struct PrintingInfo {
-  int32_t totalLayers = 0;
-  int32_t layer = 0;
-  int32_t totalMinutes = 0;
+  int totalLayers = 0;
+  int layer = 0;
+  int totalMinutes = 0;
   std::string jobText;
-  int32_t minutesLeft = 0;
+  int minutesLeft = 0;
   std::string stateText;
   std::string controller;
 };
@@ -48,7 +48,7 @@ class StatusLoop {
     const std::lock_guard<std::mutex> lock(state_->statusThread);
     // Once closed, the clock is not touched: it need not outlive a framework that the host destroys
     // inside its callback.
-    while (!state_->closing.raised() && !clock_.WaitFor(interval_, state_->closing)) Pass();
+    while (!state_->closing.Raised() && !clock_.WaitFor(interval_, state_->closing)) Pass();
     channel_.reset();
     std::fputs("PrintStatusCallBackHandler exit ...\n", stdout);
     std::fflush(stdout);
@@ -59,7 +59,7 @@ class StatusLoop {
   void Pass() {
     try {
       const std::optional<PrintingInfo> info = Ask();
-      if (!info || state_->closing.raised()) return;
+      if (!info || state_->closing.Raised()) return;
       callback_(info->totalLayers, info->layer, info->totalMinutes, info->jobText,
                 info->minutesLeft, info->stateText, info->controller);
     } catch (const std::exception& error) {
@@ -74,7 +74,7 @@ class StatusLoop {
   std::optional<PrintingInfo> Ask() {
     const std::lock_guard<std::mutex> link(state_->link);
     if (!state_->linkFree || clock_.Now() < state_->quietUntil.load()) return std::nullopt;
-    if (!channel_->OpenDevice() || state_->closing.raised()) return std::nullopt;
+    if (!channel_->OpenDevice() || state_->closing.Raised()) return std::nullopt;
 
     const CommandRunner commands(*channel_, clock_, {}, &state_->closing);
     Command::F101Cmd identityCommand;
@@ -86,7 +86,7 @@ class StatusLoop {
     info.minutesLeft = Command::ParseDecimal(identity.Text("T"), identity.code);
     info.stateText = identity.Text("R");
     info.controller = identity.Text("C");
-    if (state_->closing.raised()) return std::nullopt;
+    if (state_->closing.Raised()) return std::nullopt;
 
     const Outcome totals = commands.Run<Command::F107Cmd>();
     if (totals.result != NUV_OK) return std::nullopt;

@@ -11,10 +11,10 @@
 namespace Nuv::Connect {
 namespace {
 
-constexpr int32_t kJobControl = 104;
+constexpr int kJobControl = 104;
 constexpr char kAbandonJob[] = "2";
-constexpr int32_t kFreeBuffer = 117;
-constexpr int32_t kFreeBufferAndroid = 503;
+constexpr int kFreeBuffer = 117;
+constexpr int kFreeBufferAndroid = 503;
 constexpr char kState[] = "S";
 constexpr char kIdle[] = "0";
 constexpr char kReceiving[] = "2";
@@ -25,7 +25,7 @@ uint64_t QueryFreeBufferSize(const JobContext& context, const std::string& machi
   const bool android = FamilyOf(machineId) == PrinterFamily::kAndroid;
   const Outcome outcome = context.Commands().Run(android ? kFreeBufferAndroid : kFreeBuffer);
   if (outcome.result != NUV_OK) return 0;
-  const int32_t free = outcome.Number(kState);
+  const int free = outcome.Number(kState);
   return free > 0 ? static_cast<uint64_t>(free) : 0;
 }
 
@@ -33,8 +33,8 @@ std::optional<std::string> QueryState(const JobContext& context) {
   F102proc proc(context.Commands());
   std::vector<std::string> values;
   if (proc.Process(values) != NUV_OK) return std::nullopt;
-  const auto state = proc.fields().find(kState);
-  return state == proc.fields().end() ? std::string() : state->second;
+  const auto state = proc.Fields().find(kState);
+  return state == proc.Fields().end() ? std::string() : state->second;
 }
 
 namespace {
@@ -50,11 +50,11 @@ bool IsReceiving(const JobContext& context) {
 
 }  // namespace
 
-int32_t OpenJob(const JobContext& context, CodeProc& opening, const std::string& before) {
+int OpenJob(const JobContext& context, CodeProc& opening, const std::string& before) {
   std::vector<std::string> values;
-  const int32_t result = opening.ProcessAccepted(values);
+  const int result = opening.ProcessAccepted(values);
   // Only then is it certain that the job on the printer is ours and not somebody's print.
-  if (result == NUV_PRINTER_REFUSED && opening.sent_again() && before == kIdle &&
+  if (result == NUV_PRINTER_REFUSED && opening.SentAgain() && before == kIdle &&
       IsReceiving(context)) {
     AbandonJob(context);
   }

@@ -24,7 +24,7 @@ std::optional<std::string> QueryState(const JobContext& context);
 // follows for commands. `before`: its state before, of this call. When a command that was sent
 // again is refused, the printer may have taken it the first time; if it was idle then and receives
 // now, it is ordered to abandon that job.
-int32_t OpenJob(const JobContext& context, CodeProc& opening, const std::string& before);
+int OpenJob(const JobContext& context, CodeProc& opening, const std::string& before);
 
 // Orders the printer to abandon the job. Its answer changes nothing, whatever it is.
 void AbandonJob(const JobContext& context);

@@ -17,13 +17,13 @@ namespace Nuv::Connect {
 
 // ---- Zafel Superfine
 
-int32_t SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
+int SendJobProcZSF::PrepareJob(uint64_t& freeBuffer) {
   const std::optional<JobOpening> job = OpeningOf(context_.printFiles);
   if (!job) return NUV_FILE_NOT_READABLE;
   const std::optional<std::string> state = QueryState(context_);
   if (!state) return NUV_FAILED;
   F103proc opening(context_.Commands(), *job);
-  const int32_t opened = OpenJob(context_, opening, *state);
+  const int opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   freeBuffer = QueryFreeBufferSize(context_, kZafelSuperfineMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
@@ -53,7 +53,7 @@ bool SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
 
 }  // namespace
 
-int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
+int SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   // A name with a line end would be a second command.
   if (file_.name.find_first_of("\r\n") != std::string::npos) {
     Diagnostic("print file %s: a name with a line end cannot be sent", file_.path.c_str());
@@ -75,7 +75,7 @@ int32_t SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
     return NUV_FAILED;
   }
   F103proc opening(context_.Commands(), *job);
-  const int32_t opened = OpenJob(context_, opening, *state);
+  const int opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   if (!SendPart(context_.channel, parts.key, "key") ||
       !SendPart(context_.channel, parts.l102, "record L102") ||
@@ -155,7 +155,7 @@ bool SendJobProcAndroid::ReadParts(Parts& parts) const {
          Append([&](auto& record) { return file.ReadL103(record); }, parts.records);
 }
 
-int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
+int SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
   // The name stands in angle brackets on a line.
   if (file_.name.find_first_of("\r\n>") != std::string::npos) {
     Diagnostic("print file %s: a name with a line end or > cannot be sent", file_.path.c_str());
@@ -174,30 +174,29 @@ int32_t SendJobProcAndroid::PrepareJob(uint64_t& /*freeBuffer*/) {
           NUV_OK) {
     return NUV_FAILED;
   }
-  const int32_t sent = SendThumbnail(parts.thumbnail);
+  const int sent = SendThumbnail(parts.thumbnail);
   if (sent != NUV_OK) return sent;
   F500proc opening(context_.Commands(), *job, file_.name);
-  const int32_t opened = OpenJob(context_, opening, *state);
+  const int opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
   return SendBlocks(parts.records, BlockHeader::kNone);
 }
 
-int32_t SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) const {
+int SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) const {
   if (thumbnail.empty()) return NUV_OK;
   std::vector<std::string> values;
   F501proc announcement(context_.Commands(), static_cast<uint32_t>(thumbnail.size()),
                         kThumbnailName);
-  const int32_t result = announcement.Process(values);
+  const int result = announcement.Process(values);
   if (result != NUV_OK) return result;
   // A printer that does not want a thumbnail prints all the same.
-  if (announcement.accepted()) return SendBlocks(thumbnail, BlockHeader::kL105);
+  if (announcement.Accepted()) return SendBlocks(thumbnail, BlockHeader::kL105);
   Diagnostic("job: the printer refused the thumbnail");
   return NUV_OK;
 }
 
 // The query of the transfer confirms them.
-int32_t SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes,
-                                       BlockHeader header) const {
+int SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const {
   for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {
     if (context_.channel.SendBytes(blocks.Next())) continue;
     Diagnostic("job: a block before the data lines was not written");

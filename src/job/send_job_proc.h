@@ -20,7 +20,7 @@ class ISendJobProc {
 
   // Runs the opening exchange and writes the printer's free receive buffer, in bytes, to
   // `freeBuffer`. 0, or the result that ends the job.
-  virtual int32_t PrepareJob(uint64_t& freeBuffer) = 0;
+  virtual int PrepareJob(uint64_t& freeBuffer) = 0;
 };
 
 // The print file of a job.
@@ -40,7 +40,7 @@ class SendJobProcZSF final : public ISendJobProc {
   explicit SendJobProcZSF(const JobContext& context) : context_(context) {}
 
   // 1 an exchange failed, 16 the printer has no free buffer.
-  int32_t PrepareJob(uint64_t& freeBuffer) override;
+  int PrepareJob(uint64_t& freeBuffer) override;
 
  private:
   const JobContext& context_;
@@ -55,7 +55,7 @@ class SendJobProcBEGO final : public ISendJobProc {
 
   // 1 an exchange failed, 4 a part of the file cannot be read or its name cannot be sent, 16 the
   // printer has no free buffer, 20 a part could not be written, 29 it refused to open the job.
-  int32_t PrepareJob(uint64_t& freeBuffer) override;
+  int PrepareJob(uint64_t& freeBuffer) override;
 
  private:
   const JobContext& context_;
@@ -72,7 +72,7 @@ class SendJobProcAndroid final : public ISendJobProc {
 
   // 1 an exchange failed, 4 the file or a part of it cannot be read or its name cannot be sent, 20
   // a part could not be written, 29 the printer refused to open the job.
-  int32_t PrepareJob(uint64_t& freeBuffer) override;
+  int PrepareJob(uint64_t& freeBuffer) override;
 
  private:
   struct Parts {
@@ -81,8 +81,8 @@ class SendJobProcAndroid final : public ISendJobProc {
   };
 
   bool ReadParts(Parts& parts) const;
-  int32_t SendThumbnail(const std::vector<uint8_t>& thumbnail) const;
-  int32_t SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const;
+  int SendThumbnail(const std::vector<uint8_t>& thumbnail) const;
+  int SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const;
 
   const JobContext& context_;
   const JobFile file_;

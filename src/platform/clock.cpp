@@ -8,8 +8,8 @@ void Clock::SleepFor(std::chrono::milliseconds duration) { std::this_thread::sle
 
 Clock& SystemClock() {
   // Never destroyed: a status thread may still sleep on it when the process ends.
-  static Clock* const clock = new Clock;
-  return *clock;
+  static Clock* const kClock = new Clock;
+  return *kClock;
 }
 
 }  // namespace Nuv::Platform

@@ -27,7 +27,7 @@ WaitEnd Clock::WaitReady(Handle handle, Readiness readiness, Deadline deadline,
   // By the system's time, also for a clock that does not run by itself.
   const Deadline end = Clock::Now() + (deadline - Now());
   for (;;) {
-    if (interrupts.raised()) return WaitEnd::kInterrupted;
+    if (interrupts.Raised()) return WaitEnd::kInterrupted;
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::Now());
     const milliseconds slice = std::clamp(left, milliseconds(0), milliseconds(kSlice));
     const bool ready =

@@ -10,7 +10,7 @@ void Interrupt::Raise() {
 
 bool Interrupt::WaitFor(std::chrono::milliseconds duration) {
   std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, duration, [this] { return raised(); });
+  return changed_.wait_for(lock, duration, [this] { return Raised(); });
 }
 
 bool Interrupt::WaitUntil(const std::function<bool()>& over) {

@@ -15,7 +15,7 @@ namespace Nuv::Platform {
 class Interrupt {
  public:
   void Raise();
-  bool raised() const { return raised_; }
+  bool Raised() const { return raised_; }
 
   // Blocks for `duration` or until raised. True when raised.
   bool WaitFor(std::chrono::milliseconds duration);
@@ -36,8 +36,8 @@ struct Interrupts {
   const Interrupt* channel = nullptr;  // nobody waits for anything any more
   const Interrupt* call = nullptr;     // of the call under way
 
-  bool raised() const {
-    return (channel != nullptr && channel->raised()) || (call != nullptr && call->raised());
+  bool Raised() const {
+    return (channel != nullptr && channel->Raised()) || (call != nullptr && call->Raised());
   }
 };
 

@@ -16,7 +16,7 @@ class Waiter {
   Waiter(const Waiter&) = delete;
   Waiter& operator=(const Waiter&) = delete;
 
-  Clock& clock() const { return clock_; }
+  Clock& GetClock() const { return clock_; }
   Deadline In(int64_t ms) const { return clock_.Now() + std::chrono::milliseconds(ms); }
 
   // True when `handle` is ready; see Clock::WaitReady.
@@ -25,11 +25,11 @@ class Waiter {
   }
 
   // Whether nobody waits any more: the channel, or the call under way.
-  bool over() const { return interrupts_.raised(); }
+  bool Over() const { return interrupts_.Raised(); }
 
   // No wait from now on, and the one under way ends within Clock::kSlice.
   void GiveUp() { givenUp_.Raise(); }
-  bool givenUp() const { return givenUp_.raised(); }
+  bool GivenUp() const { return givenUp_.Raised(); }
 
   // While it lives, the interrupt of one call (may be null) ends the waits too.
   class Call {
@@ -53,8 +53,8 @@ class Waiter {
 
 // Waits on the system's clock, which nothing ends.
 inline Waiter& SystemWaiter() {
-  static Waiter* const waiter = new Waiter;
-  return *waiter;
+  static Waiter* const kWaiter = new Waiter;
+  return *kWaiter;
 }
 
 }  // namespace Nuv::Platform

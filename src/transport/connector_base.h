@@ -67,7 +67,7 @@ class ConnectorBase {
   virtual std::string Identity(size_t index) const = 0;
 
   // How it waits from now on; `waiter` outlives it. Without: on the system's clock.
-  void set_waiter(const Nuv::Platform::Waiter& waiter) { waiter_ = &waiter; }
+  void SetWaiter(const Nuv::Platform::Waiter& waiter) { waiter_ = &waiter; }
 
  protected:
   const Nuv::Platform::Waiter* waiter_ = &Nuv::Platform::SystemWaiter();

@@ -106,7 +106,7 @@ void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t
   }
 
   const QByteArray echo = message_.toUpper();
-  SearchBounds bounds(broadcast, timeoutMs, waiter_.clock());
+  SearchBounds bounds(broadcast, timeoutMs, waiter_.GetClock());
   while (const int waitMs = bounds.WaitMs()) {
     if (!waiter_.Until(waiter_.In(waitMs), socket.socketDescriptor(),
                        Nuv::Platform::Readiness::kInput)) {

@@ -35,7 +35,7 @@ class QNetworkLib : public QObject {
   bool Reconnect();
 
   // The connection.
-  TcpDeviceConnector& connector() { return connector_; }
+  TcpDeviceConnector& Connector() { return connector_; }
 
  private:
   bool Connect(const Nuv::Transport::NetworkDevice& device);

@@ -117,10 +117,10 @@ TcpResult TcpDeviceConnector::Send(const char* data, int64_t length, bool patien
 }
 
 TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& reply,
-                                      int32_t timeoutMs) {
-  constexpr int32_t kSliceMs = 600;
+                                      int timeoutMs) {
+  constexpr int kSliceMs = 600;
   if (!IsConnected()) return TcpResult::kNotConnected;
-  const int32_t slices = timeoutMs / kSliceMs;
+  const int slices = timeoutMs / kSliceMs;
   if (slices <= 0) return TcpResult::kNoReply;
   const Nuv::Platform::Deadline deadline = waiter_.In(slices * int64_t{kSliceMs});
   std::string text;
@@ -138,7 +138,7 @@ TcpResult TcpDeviceConnector::Receive(const std::string& expected, std::string& 
 bool TcpDeviceConnector::Take(std::string& text, size_t most, Until until) {
   const qint64 goesOn = until == Until::kShortRead ? kReadChunkBytes : 1;
   char chunk[kReadChunkBytes];
-  DiscardLimit limit(limits_, waiter_.clock());
+  DiscardLimit limit(limits_, waiter_.GetClock());
   bool any = false;
   qint64 count = 0;
   do {
@@ -150,8 +150,8 @@ bool TcpDeviceConnector::Take(std::string& text, size_t most, Until until) {
     const size_t thrown = static_cast<size_t>(count) - kept;
     if (thrown > 0 && !limit.Allows(thrown)) socket_->abort();
   } while (count >= goesOn && IsConnected());
-  if (most > 0 && limit.thrown() > 0) {
-    Diagnostic("reply longer than %zu bytes: %zu thrown away", most, limit.thrown());
+  if (most > 0 && limit.Thrown() > 0) {
+    Diagnostic("reply longer than %zu bytes: %zu thrown away", most, limit.Thrown());
   }
   return any;
 }
@@ -162,7 +162,7 @@ bool TcpDeviceConnector::Discard(int quietMs, int limitMs) {
   bool any = false;
   do {
     any = (IsConnected() && Take(nothing, 0, Until::kNothing)) || any;
-  } while (quietMs > 0 && IsConnected() && waiter_.clock().Now() < end &&
+  } while (quietMs > 0 && IsConnected() && waiter_.GetClock().Now() < end &&
            HasInput(std::min(end, waiter_.In(quietMs))));
   return any;
 }

@@ -13,7 +13,7 @@
 #include "transport/tcp_limits.h"
 
 // Results of Send and Receive.
-enum class TcpResult : int32_t {
+enum class TcpResult : int {
   kOk = 0,
   kNotConnected = 1,
   kNotSent = 2,     // fewer bytes accepted than given, or not written in time
@@ -49,7 +49,7 @@ class TcpDeviceConnector : public QObject {
   // Waits for data as many whole 600 ms as `timeoutMs` has (below that not at all), then takes all
   // that has arrived, but keeps 64 KiB at most: a reply still on its way is cut there. `reply`
   // is set only on kOk, which needs `expected` (may be empty) to occur in the text.
-  TcpResult Receive(const std::string& expected, std::string& reply, int32_t timeoutMs);
+  TcpResult Receive(const std::string& expected, std::string& reply, int timeoutMs);
 
   // How the connection stands, without waiting. Throws away what has come, so that an end behind it
   // shows. An end is told until the next Connect or Disconnect.

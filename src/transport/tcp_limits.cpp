@@ -16,9 +16,9 @@ WriteEnd FinishWrite(Platform::Handle socket, int64_t& left, const TcpLimits& li
   Deadline stalled = waiter.In(limits.stallMs);
   while (left > 0) {
     const Deadline limit = std::min(stalled, end);
-    if (waiter.clock().Now() >= limit ||
+    if (waiter.GetClock().Now() >= limit ||
         !waiter.Until(limit, socket, Platform::Readiness::kOutput)) {
-      if (waiter.over()) return WriteEnd::kGivenUp;
+      if (waiter.Over()) return WriteEnd::kGivenUp;
       return stalled <= end ? WriteEnd::kStalled : WriteEnd::kSlow;
     }
     const int64_t rest = takeMore();

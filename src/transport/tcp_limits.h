@@ -48,7 +48,7 @@ class DiscardLimit {
   // False, with a diagnostic, when the printer is to be dropped.
   bool Allows(size_t bytes);
 
-  size_t thrown() const { return thrown_; }
+  size_t Thrown() const { return thrown_; }
 
  private:
   const TcpLimits& limits_;

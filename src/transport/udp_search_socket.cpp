@@ -44,7 +44,7 @@ void UdpSearchSocket::BroadcastAll(const char* message, int length, uint16_t por
     const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
     if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return;
   }
-  waiter_.clock().SleepFor(kPauseAfterSearch);
+  waiter_.GetClock().SleepFor(kPauseAfterSearch);
 }
 
 int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::string& address,
@@ -55,7 +55,7 @@ int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::str
   if (!SearchNetwork(message, length, DirectedBroadcast(address, netmask), port, timeoutMs)) {
     return 0;
   }
-  waiter_.clock().SleepFor(kPauseAfterSearch);
+  waiter_.GetClock().SleepFor(kPauseAfterSearch);
   return 1;
 }
 
@@ -65,7 +65,7 @@ bool UdpSearchSocket::SearchNetwork(const char* message, int length, const std::
     Diagnostic("sendto error!, error code is %d", SocketSystem::LastError());
     return false;
   }
-  SearchBounds bounds(broadcast, timeoutMs > 0 ? timeoutMs : kDefaultWaitMs, waiter_.clock());
+  SearchBounds bounds(broadcast, timeoutMs > 0 ? timeoutMs : kDefaultWaitMs, waiter_.GetClock());
   char buffer[kReplyBytes];
   while (const int waitMs = bounds.WaitMs()) {
     if (!waiter_.Until(waiter_.In(waitMs), socket_, Nuv::Platform::Readiness::kInput)) break;

@@ -35,7 +35,7 @@ class UdpSearchSocket {
                   const std::string& netmask, uint16_t port, int timeoutMs);
 
   // The answers of the last search in order of arrival, duplicates kept, a character per byte.
-  const std::vector<std::wstring>& replies() const { return replies_; }
+  const std::vector<std::wstring>& Replies() const { return replies_; }
 
  private:
   bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }

@@ -221,7 +221,7 @@ uint32_t UsbConnectorLinux::Read(uint8_t* buffer, uint32_t timeoutMs) {
       Report(opened_, "reading", failed ? static_cast<int>(-count) : ENODEV);
       break;
     }
-    if (waiter_->clock().Now() >= deadline) break;
+    if (waiter_->GetClock().Now() >= deadline) break;
   }
   return kTransferTimeout;
 }
@@ -270,7 +270,7 @@ bool UsbConnectorLinux::Discard(uint32_t firstMs, uint32_t quietMs, Deadline dea
     const int64_t count = calls_.Read(fd_, stale, sizeof stale);
     if (count < 0 && !MayTryAgain(count)) break;
     any = any || count > 0;
-  } while (waiter_->clock().Now() < deadline);
+  } while (waiter_->GetClock().Now() < deadline);
   return any;
 }
 

@@ -252,7 +252,7 @@ uint32_t UsbConnectorWin::Write(const uint8_t* data, uint32_t length, uint32_t t
 uint32_t UsbConnectorWin::Read(uint8_t* buffer, uint32_t timeoutMs) {
   if (!isOpen_) return kNotOpen;
   listenMs_ = kQuietMs;
-  if (waiter_->over()) return kTransferTimeout;
+  if (waiter_->Over()) return kTransferTimeout;
   PrepareTransfer(readOverlapped_);
   DWORD received = 0;
   const BOOL started = ReadFile(readHandle_, buffer, kReadBytes, &received, &readOverlapped_);
@@ -298,6 +298,6 @@ bool UsbConnectorWin::Discard(uint32_t firstMs, uint32_t quietMs, uint32_t limit
     if (!Finish(started, readHandle_, readOverlapped_, any ? quietMs : firstMs)) break;
     if (!GetOverlappedResult(readHandle_, &readOverlapped_, &received, FALSE)) break;
     any = any || received > 0;
-  } while (waiter_->clock().Now() < end);
+  } while (waiter_->GetClock().Now() < end);
   return any;
 }

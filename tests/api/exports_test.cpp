@@ -109,8 +109,8 @@ struct Row {
   std::string untouched;
   Kind kind;
 
-  std::string operation() const { return Part(0, Arrow()); }
-  std::string outputs() const { return Arrow() == std::string::npos ? "" : Part(Arrow() + 3, 99); }
+  std::string Operation() const { return Part(0, Arrow()); }
+  std::string Outputs() const { return Arrow() == std::string::npos ? "" : Part(Arrow() + 3, 99); }
 
  private:
   size_t Arrow() const { return std::string(expected).find(" ->"); }
@@ -249,7 +249,7 @@ class ExportsTest : public ::testing::Test {
 
   // What a failed operation leaves in the outputs.
   static std::string AfterFailure(const Row& row) {
-    return row.kind == kSingle ? row.untouched : row.outputs();
+    return row.kind == kSingle ? row.untouched : row.Outputs();
   }
 
   Record record;
@@ -283,9 +283,9 @@ TEST_F(ExportsTest, EachCallsItsOperationInputsAndOutputsInOrder) {
       record = Record();
       record.result = result;
       const Outcome outcome = row.call();
-      EXPECT_THAT(record.calls, ElementsAre(row.operation()));
+      EXPECT_THAT(record.calls, ElementsAre(row.Operation()));
       EXPECT_EQ(outcome.result, row.kind == kRaw ? NUV_OK : result);
-      EXPECT_EQ(outcome.outputs, result == NUV_OK ? row.outputs() : AfterFailure(row));
+      EXPECT_EQ(outcome.outputs, result == NUV_OK ? row.Outputs() : AfterFailure(row));
     }
   }
   for (const bool answer : {true, false}) {
@@ -329,7 +329,7 @@ TEST_F(ExportsTest, ExceptionsBecomeResultsForHostsThatCannotCatch) {
       const Outcome outcome = row.call();
       EXPECT_EQ(outcome.result, NUV_FAILED);
       EXPECT_EQ(outcome.outputs, row.kind == kRaw ? " " : AfterFailure(row));
-      if (row.operation() != "RegisterErrorCodeCallback callback") {
+      if (row.Operation() != "RegisterErrorCodeCallback callback") {
         EXPECT_THAT(g_told, ElementsAre(told));
       }
     }

@@ -17,7 +17,7 @@ using Strings = std::vector<std::string>;
 
 // Other counts of parameters than docs/protocol.md shows, and tags that no operation uses.
 const struct {
-  int32_t code;
+  int code;
   Strings parameters;
   const char* request;
 } kRequests[] = {
@@ -33,7 +33,7 @@ const struct {
 
 class CatalogueTest : public ::testing::Test {
  protected:
-  std::unique_ptr<CommandBase> Make(int32_t code, CommandArguments arguments) {
+  std::unique_ptr<CommandBase> Make(int code, CommandArguments arguments) {
     arguments.clock = &clock;
     return CreateCommand(printer, code, std::move(arguments));
   }
@@ -52,7 +52,7 @@ TEST_F(CatalogueTest, RequestsGoOutAsTheirFormSays) {
 }
 
 const struct {
-  int32_t code;
+  int code;
   const char* reply;
   const char* record;  // "key=value" in the order of the keys
 } kReplies[] = {
@@ -76,11 +76,11 @@ TEST_F(CatalogueTest, RepliesAreReadAsTheirFormSays) {
     SCOPED_TRACE(row.reply);
     printer.Replies({row.reply});
     CommandArguments arguments;
-    arguments.resultCallback = [](int32_t, int32_t, bool, const Strings&) {};
+    arguments.resultCallback = [](int, int, bool, const Strings&) {};
     const auto command = Make(row.code, std::move(arguments));
     EXPECT_EQ(command->Execute(), kReplied);
     std::string record;
-    for (const auto& [key, value] : command->result()) {
+    for (const auto& [key, value] : command->Result()) {
       record += (record.empty() ? "" : "|") + key + "=" + value;
     }
     EXPECT_EQ(record, row.record);
@@ -133,12 +133,12 @@ TEST_F(CatalogueTest, SelfTestWaitsForItsSecondLineOnce) {
     CommandArguments arguments;
     arguments.parameters = {"1", "2"};
     int delivered = 0;
-    arguments.resultCallback = [&](int32_t, int32_t, bool, Strings) { ++delivered; };
+    arguments.resultCallback = [&](int, int, bool, Strings) { ++delivered; };
     arguments.clock = &clock;
     const auto command = MakeCommand<F160Cmd>(channel, std::move(arguments));
     EXPECT_EQ(command->Execute(), kReplied);
     EXPECT_EQ(channel.Wire(), row.wire);
-    EXPECT_EQ(command->result(), row.result);
+    EXPECT_EQ(command->Result(), row.result);
     EXPECT_EQ(delivered, 1);
   }
 }

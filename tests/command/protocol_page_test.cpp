@@ -18,11 +18,11 @@
 namespace Nuv::Command {
 namespace {
 
-using protocol_page::Codes;
-using protocol_page::Quoted;
-using protocol_page::Row;
-using protocol_page::Rows;
-using protocol_page::Strings;
+using ProtocolPage::Codes;
+using ProtocolPage::Quoted;
+using ProtocolPage::Row;
+using ProtocolPage::Rows;
+using ProtocolPage::Strings;
 
 template <class... Classes>
 std::unique_ptr<CommandBase> MakeOneOf(int code, Connect::IChannel& channel,
@@ -33,8 +33,8 @@ std::unique_ptr<CommandBase> MakeOneOf(int code, Connect::IChannel& channel,
 }
 
 // The factory's, and those that it leaves to others.
-constexpr auto Make = MakeOneOf<F140Cmd, F141Cmd, F353Cmd, F354Cmd, F355Cmd, F356Cmd, F367Cmd,
-                                F369Cmd, F370Cmd, F500Cmd, F501Cmd, F508Cmd>;
+constexpr auto kMake = MakeOneOf<F140Cmd, F141Cmd, F353Cmd, F354Cmd, F355Cmd, F356Cmd, F367Cmd,
+                                 F369Cmd, F370Cmd, F500Cmd, F501Cmd, F508Cmd>;
 
 // The example for this code, which in a row of several codes is that of the first.
 std::string Example(const Row& row, const char* column, int code) {
@@ -51,7 +51,7 @@ Strings Parameters(const CommandRow& command, const std::string& request) {
   if (command.code == 355) form = " M(.*)=(.*)";
   if (command.code == 367) form = " =(.*)";
   Strings parameters;
-  for (const Strings& found : protocol_page::Find(request, form)) {
+  for (const Strings& found : ProtocolPage::Find(request, form)) {
     std::copy_if(found.begin(), found.end(), std::back_inserter(parameters),
                  [](const std::string& each) { return !each.empty(); });
   }
@@ -68,7 +68,7 @@ TEST(ProtocolPageTest, RequestsAreWhatTheCommandsWrite) {
       CommandArguments arguments;
       ASSERT_LT(RowPlace(code), std::size(kRows)) << row.Where() << "no command is " << code;
       arguments.parameters = Parameters(kRows[RowPlace(code)], request);
-      const auto command = Make(code, channel, arguments);
+      const auto command = kMake(code, channel, arguments);
       ASSERT_NE(command, nullptr) << row.Where() << "no class is " << code;
       EXPECT_EQ(command->BuildRequest(), request + "\r\n") << row.Where() << "request of " << code;
     }
@@ -112,9 +112,9 @@ Reading Read(const std::string& reply, const std::vector<Row>& forms) {
     const bool keyed = letters ? Begins(form, "letter-tagged, by key")
                                : Begins(form, "named") || reply.find('=') == std::string::npos;
     for (const Strings& each :
-         protocol_page::Find(reply.substr(7), letters ? " ([A-Z])(\\S*)()"
-                                                      : " ([A-Z][A-Z0-9_]*)[:=](?:<(.*?)>|(.*?))"
-                                                        "(?= [A-Z][A-Z0-9_]*[:=]|$)")) {
+         ProtocolPage::Find(reply.substr(7), letters ? " ([A-Z])(\\S*)()"
+                                                     : " ([A-Z][A-Z0-9_]*)[:=](?:<(.*?)>|(.*?))"
+                                                       "(?= [A-Z][A-Z0-9_]*[:=]|$)")) {
       if (!Begins(form, "named")) reading.values.push_back(each[1] + each[2]);
       if (keyed) reading.record.emplace(each[0], each[1] + each[2]);
     }
@@ -131,13 +131,13 @@ class ProtocolPageReplyTest : public ::testing::Test {
     Reading reading;
     CommandArguments arguments;
     arguments.clock = &clock;
-    arguments.resultCallback = [&](int32_t, int32_t, bool ok, Strings values) {
+    arguments.resultCallback = [&](int, int, bool ok, Strings values) {
       accepted = ok;
       reading.values = std::move(values);
     };
-    const auto command = Make(code, channel, arguments);
+    const auto command = kMake(code, channel, arguments);
     EXPECT_EQ(command->Execute(), kReplied) << reply;
-    reading.record = command->result();
+    reading.record = command->Result();
     return reading;
   }
 

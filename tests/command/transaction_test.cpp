@@ -18,9 +18,9 @@ using Strings = std::vector<std::string>;
 
 class TransactionTest : public ::testing::Test {
  protected:
-  TransactionStatus Run(int32_t code) {
+  TransactionStatus Run(int code) {
     CommandArguments arguments{{}, {}, &clock};
-    arguments.resultCallback = [this](int32_t, int32_t, bool ok, Strings) { accepted = ok; };
+    arguments.resultCallback = [this](int, int, bool ok, Strings) { accepted = ok; };
     command = CreateCommand(printer, code, std::move(arguments));
     return command->Execute();
   }
@@ -35,7 +35,7 @@ TEST_F(TransactionTest, RefusalIsARepliedTransactionWithItsFields) {
   printer.Replies({"F102 NG S:3 E:12"});
   EXPECT_EQ(Run(102), kReplied);
   EXPECT_EQ(accepted, false);
-  EXPECT_EQ(command->result(), (ResultMap{{"E", "12"}, {"S", "3"}}));
+  EXPECT_EQ(command->Result(), (ResultMap{{"E", "12"}, {"S", "3"}}));
 }
 
 // What comes back, attempt by attempt; what the transaction makes of it, and how: by requests (?)
@@ -88,7 +88,7 @@ TEST_F(TransactionTest, MalformedHeadReachesTheCaller) {
 TEST_F(TransactionTest, UnequalViewsGiveAnEmptyMapAndKeepTheStatus) {
   printer.Replies({"F104 OK S2"});
   EXPECT_EQ(Run(104), kReplied);
-  EXPECT_TRUE(command->result().empty());
+  EXPECT_TRUE(command->Result().empty());
   EXPECT_EQ(accepted, true);
 }
 
@@ -98,7 +98,7 @@ TEST_F(TransactionTest, ARefusalIsAFailureOrAnAnswer) {
   const struct {
     const char* reply;
     Refusal refusal;
-    int32_t result;
+    int result;
     const char* told;
     Strings values;
   } kRows[] = {
@@ -111,7 +111,7 @@ TEST_F(TransactionTest, ARefusalIsAFailureOrAnAnswer) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.reply);
     std::string told;
-    const auto tell = [&](Connect::ConnectError error, int32_t code) {
+    const auto tell = [&](Connect::ConnectError error, int code) {
       told += std::to_string(error) + " F" + std::to_string(code);
     };
     printer = ScriptedChannel();

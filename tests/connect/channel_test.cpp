@@ -60,10 +60,10 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
         ledger.Wrote(event.size());
       }
     }
-    EXPECT_EQ(ledger.unconfirmed(), row.unconfirmed);
-    EXPECT_EQ(ledger.owes(), row.owes);
+    EXPECT_EQ(ledger.Unconfirmed(), row.unconfirmed);
+    EXPECT_EQ(ledger.Owes(), row.owes);
     ledger.Reset();
-    EXPECT_FALSE(ledger.unconfirmed() || ledger.owes());
+    EXPECT_FALSE(ledger.Unconfirmed() || ledger.Owes());
   }
 }
 
@@ -101,7 +101,7 @@ TEST_F(ChannelTest, SecondAnswerIsNotTakenForTheNextQuestion) {
   Commits("other-code,code=159,text=F159 OK S0 V80");
   EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_FAILED);
   EXPECT_EQ(micrometres, 0);
-  EXPECT_THAT(errors(), ElementsAre(std::pair(1, 159)));
+  EXPECT_THAT(Errors(), ElementsAre(std::pair(1, 159)));
 }
 
 // One that came unasked, and would answer for the other setting.
@@ -116,7 +116,7 @@ TEST_F(ChannelTest, StaleInputIsNotTakenForTheAnswer) {
     return totals.requests == asked + 1 && totals.answersSent == totals.requests;
   }));
   EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_OK);
-  EXPECT_THAT(errors(), IsEmpty());
+  EXPECT_THAT(Errors(), IsEmpty());
 }
 
 // A connection that ended with all confirmed is no loss: the job goes on over the next one.
@@ -219,7 +219,7 @@ TEST_F(ChannelTest, JobThatLostBytesIsNoSuccess) {
       EXPECT_TRUE(result == NUV_WRITE_FAILED || (result == NUV_OK && buffer < data.size()))
           << result;
       ASSERT_TRUE(host.GetConnect()->OpenDevice());
-      if (result != NUV_OK && simulator->Status().state == nuvsim::State::kReceiving) {
+      if (result != NUV_OK && simulator->Status().state == NuvSim::State::kReceiving) {
         EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_PRINTER_REFUSED);
         EXPECT_EQ(host.GetConnect()->ExecuteCommand("F104 S2\r\n"), "F104 OK\r");
         EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_OK);

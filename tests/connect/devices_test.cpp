@@ -31,7 +31,7 @@ class DevicesTest : public Lab {
 };
 
 TEST(DeviceTableTest, AsksEachModelWhatTheProtocolPageSays) {
-  for (const protocol_page::Row& model : protocol_page::Models()) {
+  for (const ProtocolPage::Row& model : ProtocolPage::Models()) {
     const std::string name = NameOf(model);
     EXPECT_EQ(HasOwnSerialQuery(name), model["Listing"] == "140") << model.Where() << name;
     EXPECT_EQ(ListsNickname(name), model["Listing"] == "197") << model.Where() << name;
@@ -60,7 +60,7 @@ TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
     EXPECT_EQ(framework.GetDeviceInfo(value, kind, index, 1), NUV_NOT_FOUND);
   }
   EXPECT_EQ(value, "kept");
-  EXPECT_TRUE(errors().empty());
+  EXPECT_TRUE(Errors().empty());
   EXPECT_EQ(List(-1), NUV_FAILED) << "no kind of device";
 }
 
@@ -69,7 +69,7 @@ TEST_F(DevicesTest, FailedListingLeavesTheTableAsItWas) {
   ASSERT_EQ(List(), NUV_OK);
   ASSERT_EQ(serials, (Strings{"A1", "A2"}));
   // The second answer gives an address at which nobody listens.
-  simulator->InjectFault(1, nuvsim::ParseFault("malformed,count=-1,text=F195 OK IP=<10.77.1.2> "
+  simulator->InjectFault(1, NuvSim::ParseFault("malformed,count=-1,text=F195 OK IP=<10.77.1.2> "
                                                "PORT=1 N=<ghost> M:0 CN:0"));
   EXPECT_EQ(List(), NUV_CONNECTION_REFUSED);
   EXPECT_EQ(serials, Strings{"A1"});
@@ -83,9 +83,9 @@ TEST_F(DevicesTest, FailedListingLeavesTheTableAsItWas) {
 
 // The name would lead to the other simulator.
 TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
-  nuvsim::SimulatorConfig other;
-  other.printers = {nuvsim::LoopbackPrinter()};
-  nuvsim::Simulator named(std::move(other));
+  NuvSim::SimulatorConfig other;
+  other.printers = {NuvSim::LoopbackPrinter()};
+  NuvSim::Simulator named(std::move(other));
   named.Start();
   Start({Printer("A1")});
   Commits("malformed,count=-1,text=F195 OK IP=<localhost> PORT=" + std::to_string(named.TcpPort()) +
@@ -109,7 +109,7 @@ TEST_F(DevicesTest, BegoSerialQueryDecidesTheListing) {
   Start({Printer("B-1", "BEGO VARSEO XS")});
   Commits("silent,code=140,count=3");
   EXPECT_EQ(List(), NUV_FAILED);
-  EXPECT_THAT(errors(), ElementsAre(std::pair(-1, 140)));
+  EXPECT_THAT(Errors(), ElementsAre(std::pair(-1, 140)));
   Commits("other-code,code=140,text=F140 OK");  // "OK" twice and no serial number behind it
   EXPECT_EQ(List(), NUV_OK);
   Commits("answer,code=140,text=F140 OK");
@@ -121,7 +121,7 @@ TEST_F(DevicesTest, SerialNumberConnectsOnTheSecondCall) {
   twin.name = "twin";
   Start({Printer("A1"), twin, Printer("A2")});
   // The time limit of an earlier listing stays in force where 0 is handed on.
-  SearchSettings::Instance().set_timeout_ms(kSearchMs);
+  SearchSettings::Instance().SetTimeoutMs(kSearchMs);
   EXPECT_EQ(framework.GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
   ConnectingFramework fresh(clock, kReplyTimeoutMs);
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_NOT_FOUND) << "it only lists";
@@ -241,9 +241,9 @@ TEST_F(DevicesTest, WaitingForATurnHoldsUpNoQuery) {
 TEST_F(DevicesTest, ListingHandsItsTimeLimitOn) {
   Start({Printer("A1")});
   Commits("late,code=195,ms=30");
-  SearchSettings::Instance().set_timeout_ms(1);
+  SearchSettings::Instance().SetTimeoutMs(1);
   EXPECT_EQ(List(), NUV_OK) << "would not have waited for the answer";
-  EXPECT_EQ(SearchSettings::Instance().timeout_ms(), kSearchMs) << "stays for later searches";
+  EXPECT_EQ(SearchSettings::Instance().TimeoutMs(), kSearchMs) << "stays for later searches";
 }
 
 TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {

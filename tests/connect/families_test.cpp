@@ -25,12 +25,12 @@ std::string Text(const std::vector<uint8_t>& bytes) { return {bytes.begin(), byt
 class FamiliesTest : public JobLab {
  protected:
   FamiliesTest() {
-    contents.project_id = "P7";
-    contents.material_id = "Resin A";
-    contents.aes_key = Bytes(32, 200);
-    contents.l101 = nuvfile::FrameRecord("L101", Bytes(30000, 1));
-    contents.l102 = nuvfile::FrameRecord("L102", Bytes(5, 2));
-    contents.l103 = nuvfile::FrameRecord("L103", Bytes(20000, 3));
+    contents.projectId = "P7";
+    contents.materialId = "Resin A";
+    contents.aesKey = Bytes(32, 200);
+    contents.l101 = NuvFile::FrameRecord("L101", Bytes(30000, 1));
+    contents.l102 = NuvFile::FrameRecord("L102", Bytes(5, 2));
+    contents.l103 = NuvFile::FrameRecord("L103", Bytes(20000, 3));
     contents.preview = Bytes(25000, 4);
   }
 
@@ -48,13 +48,13 @@ class FamiliesTest : public JobLab {
   // "kind=bytes" of all that came besides lines, incomplete ones with a "!".
   Strings Received() const {
     Strings items;
-    for (const nuvsim::ReceivedItem& item : simulator->Received()) {
+    for (const NuvSim::ReceivedItem& item : simulator->Received()) {
       items.push_back(item.kind + "=" + std::to_string(item.receivedBytes) +
                       (item.complete ? "" : "!"));
     }
     return items;
   }
-  nuvsim::ReceivedItem Last() const { return simulator->Received().back(); }
+  NuvSim::ReceivedItem Last() const { return simulator->Received().back(); }
 
   size_t seen = 0;
 };
@@ -70,9 +70,9 @@ TEST_F(FamiliesTest, DentalJobArrivesByteForByte) {
   EXPECT_EQ(simulator->ReceivedBytes("L103"), Text(Bytes(20000, 3)));
   EXPECT_THAT(NewCodes(),
               ElementsAre("F102", "F354", "F353", "F367", "F355", "F103", "F117", "F117"));
-  EXPECT_TRUE(errors().empty());
+  EXPECT_TRUE(Errors().empty());
   // What a file lacks is not sent, and the job arrives all the same.
-  for (auto* part : {&contents.aes_key, &contents.l103}) part->clear();
+  for (auto* part : {&contents.aesKey, &contents.l103}) part->clear();
   simulator->SetIdle(0);
   ASSERT_EQ(Send("3DPSNKGB3WTW00001"), NUV_OK);
   ExpectJobArrived();
@@ -86,7 +86,7 @@ TEST_F(FamiliesTest, AndroidJobArrivesByteForByte) {
   ExpectJobArrived();
   EXPECT_THAT(Received(), ElementsAre(::testing::StartsWith("announcement=0"), "thumbnail=25000",
                                       "L101=30000", "L102=5", "L103=20000"));
-  const nuvsim::ReceivedItem announcement = simulator->Received().front();
+  const NuvSim::ReceivedItem announcement = simulator->Received().front();
   EXPECT_EQ(announcement.sha1.size(), 40U);
   EXPECT_EQ(announcement.name, path.filename().string());
   EXPECT_EQ(announcement.announcedBytes, std::filesystem::file_size(path));
@@ -116,7 +116,7 @@ TEST_F(FamiliesTest, EngineImageArrivesWithItsDigest) {
   int status = -1;
   EXPECT_EQ(framework.GetPrinterStatus(&status), NUV_OK) << "lines are commands again";
   EXPECT_EQ(framework.SetFWUpdateFileInfo_Engine(0, "empty.bin"), NUV_PRINTER_REFUSED);
-  EXPECT_EQ(errors().back(), std::pair(29, 141));
+  EXPECT_EQ(Errors().back(), std::pair(29, 141));
   EXPECT_EQ(framework.SendFWData({}), NUV_OK);
   EXPECT_EQ(framework.SetFWUpdateFileInfo_Engine(1, "two\r\nlines"), NUV_FAILED);
 }

@@ -36,11 +36,11 @@ class JobLab : public Lab {
   // A new print file. A job that did not open leaves its file open, and Windows lets nobody replace
   // an open file.
   void WritePrintFile(const std::string& machineId = "3DPSNKG53WTW00001") {
-    contents.machine_id = machineId;
+    contents.machineId = machineId;
     path.replace_filename(TestName() + std::to_string(files++) + ".nuv");
-    const nuvfile::Status written =
-        nuvfile::WritePrintFile(path.string(), contents, nuvfile::LinesOf(lines));
-    ASSERT_TRUE(written.ok()) << written.message();
+    const NuvFile::Status written =
+        NuvFile::WritePrintFile(path.string(), contents, NuvFile::LinesOf(lines));
+    ASSERT_TRUE(written.Ok()) << written.Message();
   }
   int Send() { return framework.SendPrintFile(path.wstring(), nullptr); }
 
@@ -62,7 +62,7 @@ class JobLab : public Lab {
 
   std::filesystem::path path = std::filesystem::path(::testing::TempDir()) / TestName();
   std::vector<std::string> lines{"G1 X1", "", "G1 X2 Y3"};
-  nuvfile::PrintFileContents contents;
+  NuvFile::PrintFileContents contents;
   int files = 0;
 };
 

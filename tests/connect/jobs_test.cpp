@@ -49,7 +49,7 @@ TEST_F(JobsTest, CancelledJobIsAbandonedOnThePrinter) {
     EXPECT_TRUE(Becomes([&] { return simulator->Totals().jobsAbandoned == jobs; }));
     EXPECT_EQ(simulator->JobBytes(), Wire(sent));
     EXPECT_EQ(simulator->Requests().back(), "F104 S2");
-    EXPECT_EQ(simulator->Status().state, nuvsim::State::kIdle);
+    EXPECT_EQ(simulator->Status().state, NuvSim::State::kIdle);
   }
 }
 

@@ -32,15 +32,15 @@ class Lab : public ::testing::Test {
       GTEST_SKIP() << "searches printers: run it through in_private_network.sh";
     }
     ExpectNoQtWarnings();
-    errors().clear();
+    Errors().clear();
     framework.RegisterErrorCodeCallback(
-        [](int result, int code) { errors().emplace_back(result, code); });
+        [](int result, int code) { Errors().emplace_back(result, code); });
   }
 
-  static nuvsim::PrinterConfig Printer(const std::string& serial,
+  static NuvSim::PrinterConfig Printer(const std::string& serial,
                                        const std::string& model = "Zafel Superfine",
                                        const std::string& address = kFirstNetwork) {
-    nuvsim::PrinterConfig printer;
+    NuvSim::PrinterConfig printer;
     printer.serial = serial;
     printer.model = model;
     printer.name = "printer-" + serial;
@@ -49,16 +49,16 @@ class Lab : public ::testing::Test {
     return printer;
   }
 
-  void Start(std::vector<nuvsim::PrinterConfig> printers) {
-    nuvsim::SimulatorConfig config;
+  void Start(std::vector<NuvSim::PrinterConfig> printers) {
+    NuvSim::SimulatorConfig config;
     config.printers = std::move(printers);
     config.discovery = true;
-    simulator = std::make_unique<nuvsim::Simulator>(std::move(config));
+    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
     simulator->Start();
   }
 
   // Starts one printer and connects to it.
-  void StartConnected(nuvsim::PrinterConfig printer) {
+  void StartConnected(NuvSim::PrinterConfig printer) {
     Start({std::move(printer)});
     ASSERT_EQ(List(), NUV_OK);
     ASSERT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
@@ -86,17 +86,17 @@ class Lab : public ::testing::Test {
     return simulator->WaitUntil(condition, std::chrono::seconds(10));
   }
 
-  void Commits(const nuvsim::Fault& fault) { simulator->InjectFault(0, fault); }
-  void Commits(const std::string& fault) { Commits(nuvsim::ParseFault(fault)); }
+  void Commits(const NuvSim::Fault& fault) { simulator->InjectFault(0, fault); }
+  void Commits(const std::string& fault) { Commits(NuvSim::ParseFault(fault)); }
 
-  static std::vector<std::pair<int, int>>& errors() {
+  static std::vector<std::pair<int, int>>& Errors() {
     static std::vector<std::pair<int, int>> list;
     return list;
   }
 
   ManualClock clock;
   ConnectingFramework framework{clock, kReplyTimeoutMs};
-  std::unique_ptr<nuvsim::Simulator> simulator;
+  std::unique_ptr<NuvSim::Simulator> simulator;
   std::vector<std::string> serials;
 };
 

@@ -57,7 +57,7 @@ TEST_F(LocalSocketsTest, ExchangesCommandsWithAPrinterOfTheSearch) {
   EXPECT_EQ(NameOfCurrent(), "printer-A1");
   // A reply of the block's length, a longer one, one in pieces, one that came twice.
   for (const size_t length : {size_t{510}, size_t{511}, size_t{2000}}) {
-    nuvsim::Fault fault = nuvsim::MakeFault(nuvsim::FaultKind::kAnswer, 102);
+    NuvSim::Fault fault = NuvSim::MakeFault(NuvSim::FaultKind::kAnswer, 102);
     fault.text = std::string(length, 'x');
     Commits(fault);
     EXPECT_EQ(Channel().ExecuteCommand("F102\r\n"), fault.text + "\r");
@@ -182,7 +182,7 @@ TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
   Platform::Waiter waiter;
   NetworkLink link(36000, waiter);
   std::vector<std::string> found;
-  SearchSettings::Instance().set_timeout_ms(kSearchMs);
+  SearchSettings::Instance().SetTimeoutMs(kSearchMs);
   ASSERT_TRUE(link.EnumerateDevices(found));
   EXPECT_EQ(link.Identity(0), "10.77.1.2:" + std::to_string(simulator->TcpPort()));
   EXPECT_EQ(link.Identity(1) + link.Identity(-1), "");

@@ -16,7 +16,7 @@
 namespace Nuv::Connect {
 namespace {
 
-using Errors = std::vector<std::pair<int, int>>;
+using ErrorList = std::vector<std::pair<int, int>>;
 using Strings = std::vector<std::string>;
 
 // What an operation hands out; marked before, so that what it left alone shows.
@@ -74,7 +74,7 @@ struct Row {
 
 // clang-format off
 const std::vector<Row>& Rows() {
-  static const std::vector<Row> rows = {
+  static const std::vector<Row> kRows = {
     {101, "F101", "OK V:1.2 N:Lab one M:Zafel 1.0 S:SN1 C:7", Calls(&F::GetPrinterInfo),
      {}, {"1.2", "Lab one", "Zafel 1.0", "SN1", "7"}},
     {354, "F354", "OK V:1.2 N:Lab one M:BEGO VARSEO XS S:SN1 C:7 D:20240131", Calls(&F::GetPrinterInfo_BEGO),
@@ -132,7 +132,7 @@ const std::vector<Row>& Rows() {
      Calls(&F::GetLSUFlashParameterFX150), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, {}},
     {708, "F708", "OK H:1234", Calls(&F::GetLedUseTime), {}, {"1234"}},
   };
-  return rows;
+  return kRows;
 }
 // clang-format on
 
@@ -141,11 +141,11 @@ class OperationsTest : public Lab {
   // The printer answers the row's command with this, behind its code, as often as it is asked.
   void Answers(int code, const std::string& reply) {
     simulator->ClearFaults(0);
-    nuvsim::Fault fault = nuvsim::MakeFault(nuvsim::FaultKind::kAnswer, code);
+    NuvSim::Fault fault = NuvSim::MakeFault(NuvSim::FaultKind::kAnswer, code);
     fault.text = reply;
     fault.count = -1;
     Commits(fault);
-    errors().clear();
+    Errors().clear();
   }
 
   int Run(const Row& row) {
@@ -159,7 +159,7 @@ class OperationsTest : public Lab {
     try {
       Run(row);
     } catch (const Exception& error) {
-      return error.code();
+      return error.Code();
     }
     return 0;
   }
@@ -175,7 +175,7 @@ class OperationsTest : public Lab {
     EXPECT_EQ(result, expected);
     EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
     EXPECT_EQ(Texts(row), Strings(row.texts.size()));
-    EXPECT_EQ(errors(), (Errors{{expected, row.code}}));
+    EXPECT_EQ(Errors(), (ErrorList{{expected, row.code}}));
   }
 
   Out out;
@@ -198,7 +198,7 @@ TEST_F(OperationsTest, RequestReplyAndOutputs) {
     EXPECT_EQ(simulator->Requests().back(), row.request);
     EXPECT_EQ(Numbers(row), row.numbers);
     EXPECT_EQ(Texts(row), row.texts);
-    EXPECT_EQ(errors(), Errors{});
+    EXPECT_EQ(Errors(), ErrorList{});
     if (row.code == 219) continue;  // accepted is all that it says
     Answers(row.code, Head(row) + "OK");
     EXPECT_EQ(Run(row), NUV_OK);
@@ -246,7 +246,7 @@ TEST_F(OperationsTest, ScalingFactors) {
   Answers(369, "F369 NG");
   EXPECT_EQ(read(), NUV_PRINTER_REFUSED);
   EXPECT_EQ(out.f, Factors{});
-  EXPECT_EQ(errors(), (Errors{{29, 369}}));
+  EXPECT_EQ(Errors(), (ErrorList{{29, 369}}));
 }
 
 TEST_F(OperationsTest, AccessPointNames) {
@@ -261,13 +261,13 @@ TEST_F(OperationsTest, AccessPointNames) {
 TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
   StartConnected(Printer("A1"));
   const size_t before = simulator->Requests().size();
-  errors().clear();
+  Errors().clear();
   EXPECT_EQ(framework.SetNickName("a\r\nF104 S2"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp("a", "b\n"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp(std::string("a\0b", 3), "k"), NUV_FAILED);
   EXPECT_EQ(framework.GetApAttribute("\r", &out.i[0], &out.i[1]), NUV_FAILED);
   EXPECT_EQ(simulator->Requests().size(), before);
-  EXPECT_EQ(errors(), (Errors{{1, 196}, {1, 191}, {1, 191}, {1, 190}}));
+  EXPECT_EQ(Errors(), (ErrorList{{1, 196}, {1, 191}, {1, 191}, {1, 190}}));
 }
 
 TEST_F(OperationsTest, ResinRefusalsOfBothQueries) {

@@ -10,7 +10,7 @@ namespace Nuv::Connect {
 namespace {
 
 using ::testing::ElementsAre;
-using Errors = std::vector<std::pair<int, int>>;
+using ErrorList = std::vector<std::pair<int, int>>;
 
 class QueriesTest : public Lab {
  protected:
@@ -29,7 +29,7 @@ TEST_F(QueriesTest, RunningPrintReportsItsProgress) {
   int layer = 7, progress = 7, minutes = 7;
   EXPECT_EQ(framework.GetPrintingStatus(&layer, &progress, &minutes), NUV_NOT_PRINTING);
   EXPECT_THAT((std::vector{layer, progress, minutes}), ElementsAre(7, 7, 7));
-  EXPECT_EQ(errors(), (Errors{{22, 102}}));
+  EXPECT_EQ(Errors(), (ErrorList{{22, 102}}));
   std::map<std::string, std::string> reply;
   const std::vector<std::string> job = {"4", "10", "0.05", "90", "1", "1", "1", "1", "1", "1", "1"};
   ASSERT_EQ(framework.ExecuteCommand(103, job, reply), NUV_OK);
@@ -40,7 +40,7 @@ TEST_F(QueriesTest, RunningPrintReportsItsProgress) {
   EXPECT_EQ(errorCode, 7) << "a state that is no error leaves it alone";
   const std::string line = "data\r\n";
   ASSERT_TRUE(framework.GetConnect()->SendBytes({line.begin(), line.end()}));
-  ASSERT_TRUE(Becomes([&] { return simulator->Status().state == nuvsim::State::kPrinting; }));
+  ASSERT_TRUE(Becomes([&] { return simulator->Status().state == NuvSim::State::kPrinting; }));
   EXPECT_EQ(framework.GetPrintingStatus(&layer, &progress, &minutes), NUV_OK);
   EXPECT_EQ(layer, 1);
   EXPECT_EQ(progress, 0);
@@ -93,7 +93,7 @@ TEST_F(QueriesTest, OperationWithoutExportRunsAnyCommand) {
   EXPECT_EQ(framework.ExecuteCommand(140, {}, reply), NUV_FAILED) << "not the factory's";
   EXPECT_EQ(framework.ExecuteCommand(104, {"2\r\nF104 S2"}, reply), NUV_FAILED);
   EXPECT_TRUE(reply.empty());
-  EXPECT_EQ(errors(), (Errors{{29, 104}, {1, 140}, {1, 104}}));
+  EXPECT_EQ(Errors(), (ErrorList{{29, 104}, {1, 140}, {1, 104}}));
 }
 
 // A printer's fault, its code, and that the command after it works again.
@@ -120,11 +120,11 @@ TEST_F(QueriesTest, EveryFaultEndsInItsCodeAndTheNextCommandWorks) {
   StartConnected(Printer("A1"));
   for (const Row& row : rows) {
     SCOPED_TRACE(row.fault);
-    errors().clear();
+    Errors().clear();
     Commits(row.fault);
     EXPECT_EQ(Status(), row.result);
     EXPECT_EQ(status, row.result == NUV_OK ? 0 : -1);
-    EXPECT_EQ(errors(), row.result == NUV_OK ? Errors{} : (Errors{{row.result, 102}}));
+    EXPECT_EQ(Errors(), row.result == NUV_OK ? ErrorList{} : (ErrorList{{row.result, 102}}));
     simulator->ClearFaults(0);
     if (row.reopen) {
       EXPECT_TRUE(framework.GetConnect()->OpenDevice());

@@ -98,8 +98,8 @@ class ScriptedConnector final : public ConnectorBase {
     if (port_.onRead) port_.onRead();
     port_.reading = false;
     const uint32_t tookMs = std::min(port_.readMs, timeoutMs);
-    waiter_->clock().SleepFor(std::chrono::milliseconds(tookMs));
-    if (waiter_->over() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
+    waiter_->GetClock().SleepFor(std::chrono::milliseconds(tookMs));
+    if (waiter_->Over() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;
     const std::string block = port_.blocks.front();
     port_.blocks.pop_front();
     EXPECT_LE(block.size(), kReadBytes);

@@ -22,19 +22,19 @@ class VirtualTimeTest : public Lab {
     // The simulator only tells the search of the printer.
     Start({Printer("A1")});
     Commits("malformed,count=-1,text=F195 OK IP=<127.0.0.1> PORT=" +
-            std::to_string(printer.port()) + " N=<V1> M:02 CN:V1");
+            std::to_string(printer.Port()) + " N=<V1> M:02 CN:V1");
     channel.SetSearchTimeout(kSearchMs);
     ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
     ASSERT_EQ(host.ConnectNetWorkDevice("127.0.0.1"), NUV_OK);
-    time.set_peer(&printer);
+    time.SetPeer(&printer);
     host.RegisterErrorCodeCallback(
-        [](int result, int code) { errors().emplace_back(result, code); });
+        [](int result, int code) { Errors().emplace_back(result, code); });
   }
   // A connection is made in real time: the system makes it.
   void Reconnect() {
-    time.set_peer(nullptr);
+    time.SetPeer(nullptr);
     ASSERT_TRUE(channel.OpenDevice());
-    time.set_peer(&printer);
+    time.SetPeer(&printer);
   }
   // What the library tells while `act` runs.
   template <class Act>
@@ -59,7 +59,7 @@ TEST_F(VirtualTimeTest, ASilentPrinterIsWaitedForAlmostTwoMinutes) {
   EXPECT_THAT(told, HasSubstr("F102 failed: the printer did not answer in time"));
   EXPECT_EQ(time.NowMs(), 3 * 36000 + 2 * 1000);
   EXPECT_THAT(printer.requests, ElementsAre("F102\r\n", "F102\r\n", "F102\r\n"));
-  EXPECT_THAT(errors(), ElementsAre(std::pair(1, 102)));
+  EXPECT_THAT(Errors(), ElementsAre(std::pair(1, 102)));
 }
 
 TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {

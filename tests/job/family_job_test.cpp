@@ -64,7 +64,7 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
     const char* name;
     const char* machineId;
     Fault fault;
-    int32_t result;
+    int result;
     const char* last;  // the code of the last command; empty: none was sent
     size_t blocks;     // of bytes that are no command
     std::vector<std::pair<int, int>> errors;

@@ -18,7 +18,7 @@ class FirmwareTest : public JobTest {
     for (size_t i = 0; i < size; ++i) image[i] = static_cast<char>(i % 251);
     return image;
   }
-  int32_t SendImage(size_t size, BlockHeader header) {
+  int SendImage(size_t size, BlockHeader header) {
     const std::string image = Image(size);
     return SendFirmware(Context(), {image.begin(), image.end()}, header);
   }
@@ -67,7 +67,7 @@ TEST_F(FirmwareTest, BlocksAreCutAtTheWiresSize) {
 TEST_F(FirmwareTest, CancelStopsTheTransferAndALostConnectionDoesNot) {
   const struct {
     Fault fault;
-    int32_t result;
+    int result;
     size_t blocks;
     size_t updates;
   } kRows[] = {
@@ -88,8 +88,8 @@ TEST_F(FirmwareTest, CancelStopsTheTransferAndALostConnectionDoesNot) {
 std::function<void()> g_meanwhile;
 
 TEST_F(FirmwareTest, LinkIsClaimedMeanwhileAndOneTransferRunsAtATime) {
-  int32_t second = -1;
-  int32_t announced = -1;
+  int second = -1;
+  int announced = -1;
   g_meanwhile = [&] {
     EXPECT_FALSE(state.linkFree);
     EXPECT_EQ(printer.job, JobKind::kImage);

@@ -42,12 +42,12 @@ class FakePrintFiles final : public IPrintFileLibrary {
   std::string GetProjectID() override { return "P7"; }
   std::string GetMaterialID() override { return "Resin A"; }
   std::string GetFileArguments() override { return arguments; }
-  int32_t GetModelDataSize() override {
+  int GetModelDataSize() override {
     size_t total = 0;
     for (const std::string& line : lines) total += line.size();
-    return static_cast<int32_t>(total);
+    return static_cast<int>(total);
   }
-  bool ReadLayer(int32_t index, std::vector<uint8_t>& line) override {
+  bool ReadLayer(int index, std::vector<uint8_t>& line) override {
     if (static_cast<size_t>(index) >= lines.size() || index == unreadable) return false;
     const std::string& text = lines[static_cast<size_t>(index)];
     line.assign(text.begin(), text.end());
@@ -68,7 +68,7 @@ class FakePrintFiles final : public IPrintFileLibrary {
       "bottom_exposure_s=8\nlift_mm=6\nlift_mm_s=2.5\nretract_mm_s=3\n"
       "laser_power_percent=80\nother=x\nbroken\n";
   Strings lines;
-  int32_t unreadable = -1;
+  int unreadable = -1;
   std::string key, preview, l101, l102, l103;
   const std::string* damaged = nullptr;  // the part of these that cannot be read
   int closes = 0;
@@ -121,8 +121,8 @@ class JobTest : public ::testing::Test {
     files = FakePrintFiles();
     SetUp();
   }
-  int32_t Send() { return SendPrintFile(Context(), path.wstring(), Progress); }
-  int32_t SendCommands() { return SendGCodeFile(Context(), path.wstring(), Progress); }
+  int Send() { return SendPrintFile(Context(), path.wstring(), Progress); }
+  int SendCommands() { return SendGCodeFile(Context(), path.wstring(), Progress); }
   JobContext Context() { return {printer, clock, files, callbacks, state}; }
 
   ScriptedChannel printer;

@@ -70,7 +70,7 @@ TEST_F(JobTest, AnEndedLinkIsNoSuccess) {
     int endsAfter;  // lines
     int freeBuffer;
     bool asGCode;
-    int32_t result;
+    int result;
     const char* data;
     std::vector<std::pair<int, int>> errors;
   } kRows[] = {
@@ -126,7 +126,7 @@ TEST_F(JobTest, ARefusedOpeningEndsTheJobAndAbandonsOnlyItsOwn) {
 struct EndRow {
   const char* name;
   Fault fault;
-  int32_t result;
+  int result;
   const char* data;
   int closes = 0;          // of the print file
   bool abandoned = false;  // on the printer
@@ -134,7 +134,7 @@ struct EndRow {
 
 class JobEndTest : public JobTest {
  public:
-  void ExpectEnds(const std::vector<EndRow>& rows, int32_t (JobTest::*send)()) {
+  void ExpectEnds(const std::vector<EndRow>& rows, int (JobTest::*send)()) {
     for (const EndRow& row : rows) {
       SCOPED_TRACE(row.name);
       StartAnew();
@@ -259,9 +259,9 @@ TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   ScriptedChannel otherPrinter;
   otherPrinter.Always("F117", "F117 OK S:100");
   WriteFile("G28");
-  int32_t commands = -1;
-  int32_t printFileElsewhere = -1;
-  int32_t commandsElsewhere = -1;
+  int commands = -1;
+  int printFileElsewhere = -1;
+  int commandsElsewhere = -1;
   printer.onExecute = [&] {
     const JobContext elsewhere{otherPrinter, clock, files, callbacks, other};
     commands = SendCommands();
@@ -296,7 +296,7 @@ TEST_F(JobTest, CommandTextIsBounded) {
     CommandText commands(10);
     EXPECT_EQ(commands.Read(path.string()), total >= 0);
     if (total >= 0) {
-      EXPECT_EQ(commands.total(), total);
+      EXPECT_EQ(commands.Total(), total);
     }
   }
 }
@@ -333,9 +333,9 @@ TEST_F(JobTest, MachineIdDecidesFamilyAndBufferQuery) {
       {"BEGO", PrinterFamily::kBego},
       {"Android", PrinterFamily::kAndroid},
       {"", PrinterFamily::kUnknown}};
-  std::map<std::string, protocol_page::Row> known;
-  for (const auto& row : protocol_page::Rows("Model")) {
-    for (const std::string& id : protocol_page::Quoted(row["Machine IDs"])) known[id] = row;
+  std::map<std::string, ProtocolPage::Row> known;
+  for (const auto& row : ProtocolPage::Rows("Model")) {
+    for (const std::string& id : ProtocolPage::Quoted(row["Machine IDs"])) known[id] = row;
   }
   printer.Always("F503", "F503 OK S:7");
   HasFreeBuffer(7);

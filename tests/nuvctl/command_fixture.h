@@ -9,7 +9,7 @@
 #include "error.h"
 #include "fake_library.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 using Words = std::vector<std::string>;
 
@@ -28,16 +28,16 @@ inline Words Split(const std::string& text, char separator = ' ') {
 }
 
 struct CommandTest : testing::Test {
-  void SetUp() override { fake = FakeLibrary(); }
+  void SetUp() override { g_fake = FakeLibrary(); }
   void Devices(int count) {
-    fake.devices.clear();
+    g_fake.devices.clear();
     for (int i = 0; i < count; ++i) {
       const std::string number = std::to_string(i);
-      fake.devices.push_back({"10.0.0." + number, "SN" + number, "Model", "Nick"});
+      g_fake.devices.push_back({"10.0.0." + number, "SN" + number, "Model", "Nick"});
     }
   }
   static bool Called(const std::string& call) {
-    return std::find(fake.calls.begin(), fake.calls.end(), call) != fake.calls.end();
+    return std::find(g_fake.calls.begin(), g_fake.calls.end(), call) != g_fake.calls.end();
   }
   // Runs for scripts.
   CommandRun Json(Words arguments) {
@@ -52,9 +52,9 @@ struct CommandTest : testing::Test {
   }
   // Runs twice: for people and, with the same outcome, for scripts.
   CommandRun Both(const Words& arguments) {
-    const FakeLibrary script = fake;
+    const FakeLibrary script = g_fake;
     const CommandRun text(arguments, system);
-    fake = script;
+    g_fake = script;
     EXPECT_EQ(Json(arguments).exit, text.exit);
     EXPECT_EQ(text.err.empty(), text.exit == 0) << text.err;
     return text;
@@ -72,6 +72,6 @@ struct CommandTest : testing::Test {
   nlohmann::json document;
 };
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_COMMAND_FIXTURE_H_

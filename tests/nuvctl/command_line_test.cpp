@@ -6,7 +6,7 @@
 
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 using CommandLineTest = CommandTest;
@@ -23,7 +23,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutTouchingAnyPrinter) {
   for (const std::string& line : Split(lines, ';')) rows.push_back(Split(line));
   for (const Words& row : rows) {
     Ends(row, kUsage, "usage");
-    EXPECT_TRUE(fake.calls.empty());
+    EXPECT_TRUE(g_fake.calls.empty());
   }
 }
 
@@ -34,8 +34,8 @@ TEST_F(CommandLineTest, HelpAndVersionAreAnswers) {
 }
 
 TEST_F(CommandLineTest, LetsNoPrinterSteerTheTerminal) {
-  fake.devices = {{"10.0.0.1", "S\x1b[2J", "M\xFF", "\xC2\x9Bx"}, {"10.0.0.2", "B\r", "", ""}};
-  fake.reply = "F1 OK\x1b]0;x\x07\r";
+  g_fake.devices = {{"10.0.0.1", "S\x1b[2J", "M\xFF", "\xC2\x9Bx"}, {"10.0.0.2", "B\r", "", ""}};
+  g_fake.reply = "F1 OK\x1b]0;x\x07\r";
   for (const char* line : {"list", "info --index 0", "info", "raw F1 --index 1"}) {
     const CommandRun run = Both(Split(line));
     EXPECT_EQ((run.out + run.err).find_first_of("\x1b\x07\r\x9B"), std::string::npos);
@@ -44,17 +44,17 @@ TEST_F(CommandLineTest, LetsNoPrinterSteerTheTerminal) {
 
 TEST_F(CommandLineTest, SendsOneRawLineAndWantsAReply) {
   for (const char* text : {"F101", "F101\n", "F101\r\n"}) {
-    fake.reply = "F101 OK V:1\r";
+    g_fake.reply = "F101 OK V:1\r";
     EXPECT_EQ(Both({"raw", text}).out, "F101 OK V:1\n");
-    EXPECT_EQ(fake.calls.back(), "raw F101\r\n");
+    EXPECT_EQ(g_fake.calls.back(), "raw F101\r\n");
     EXPECT_EQ(document["reply"], "F101 OK V:1");
   }
-  fake.reply = "\r";
+  g_fake.reply = "\r";
   Ends({"raw", "F101"}, kConnectionProblem, "no_answer");
 }
 
 TEST_F(CommandLineTest, ReportsAMalformedNumber) {
-  fake.malformed = true;
+  g_fake.malformed = true;
   Ends({"status"}, kPrinterFailed, "bad_reply");
 }
 
@@ -110,4 +110,4 @@ TEST_F(CommandLineTest, ExitCodesAreThoseOfTheManualAndTheHelp) {
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <stdexcept>
 
-FakeLibrary fake;
+FakeLibrary g_fake;
 
 namespace {
 
 int Fail(int result, int command) {
-  if (result != 0 && fake.on_error != nullptr) fake.on_error(result, command);
+  if (result != 0 && g_fake.onError != nullptr) g_fake.onError(result, command);
   return result;
 }
 
@@ -22,42 +22,42 @@ int Keep(Callback& kept, Callback given) {
 std::string OnUsb(int kind) { return kind == NUV_KIND_USB ? "usb " : ""; }
 
 int Open(const std::string& what) {
-  fake.calls.push_back("open " + what);
-  return fake.open_result;
+  g_fake.calls.push_back("open " + what);
+  return g_fake.openResult;
 }
 
 // Returns whether it was not cancelled.
 bool Transfer(const char* what, int total, const std::vector<int>& steps) {
-  fake.calls.emplace_back(what);
-  fake.on_start();
+  g_fake.calls.emplace_back(what);
+  g_fake.onStart();
   for (size_t i = 0; i < steps.size(); ++i) {
-    fake.before_step(i);
-    if (fake.on_cancel()) return false;
-    fake.on_update(total, steps[i]);
+    g_fake.beforeStep(i);
+    if (g_fake.onCancel()) return false;
+    g_fake.onUpdate(total, steps[i]);
   }
   return true;
 }
 
 int TransferFile(const wchar_t* path) {
-  fake.path = path;
-  if (Transfer("send", 1000, fake.sent)) fake.at_end();
-  return Fail(fake.send_result, 103);
+  g_fake.path = path;
+  if (Transfer("send", 1000, g_fake.sent)) g_fake.atEnd();
+  return Fail(g_fake.sendResult, 103);
 }
 
 int TransferImage(const unsigned char* data, int length) {
-  fake.image.assign(data, data + length);
+  g_fake.image.assign(data, data + length);
   return Transfer("image", length, {length / 2, length}) ? NUV_OK : NUV_CANCELLED;
 }
 
 }  // namespace
 
 int ResultOf(int command) {
-  const auto row = fake.results.find(command);
-  return Fail(row == fake.results.end() ? 0 : row->second, command);
+  const auto row = g_fake.results.find(command);
+  return Fail(row == g_fake.results.end() ? 0 : row->second, command);
 }
 
 int Order(int command, const std::string& call) {
-  fake.calls.push_back(call);
+  g_fake.calls.push_back(call);
   return ResultOf(command);
 }
 
@@ -73,31 +73,31 @@ void FillList(const std::vector<std::string>& texts, char** list, int* count, in
 extern "C" {
 
 int API_Initial() {
-  fake.running = true;
+  g_fake.running = true;
   return 0;
 }
-void API_Close() { fake.running = false; }
+void API_Close() { g_fake.running = false; }
 int API_SetBroadCastPort(int port) { return Order(0, "port " + std::to_string(port)); }
 
 int API_GetDeviceList(int kind, char** list, int* count, int entrySize, int timeoutMs) {
-  fake.calls.push_back(OnUsb(kind) + "list " + std::to_string(timeoutMs));
+  g_fake.calls.push_back(OnUsb(kind) + "list " + std::to_string(timeoutMs));
   std::vector<std::string> serials;
-  if (fake.missed_searches > 0) {
-    --fake.missed_searches;
+  if (g_fake.missedSearches > 0) {
+    --g_fake.missedSearches;
     *count = 0;
     return NUV_NOT_FOUND;
   }
-  for (const auto& device : fake.devices) serials.push_back(device[NUV_DEVICE_SERIAL]);
+  for (const auto& device : g_fake.devices) serials.push_back(device[NUV_DEVICE_SERIAL]);
   FillList(serials, list, count, entrySize);
-  return fake.list_result;
+  return g_fake.listResult;
 }
 
 int API_GetDeviceInfo(char* out, int kind, int index, int field) {
-  const bool listed = fake.list_result == 0 && kind == fake.kind &&
-                      static_cast<size_t>(index) < fake.devices.size();
+  const bool listed = g_fake.listResult == 0 && kind == g_fake.kind &&
+                      static_cast<size_t>(index) < g_fake.devices.size();
   *out = '\0';
   if (!listed) return NUV_NOT_FOUND;
-  std::strcpy(out, fake.devices[static_cast<size_t>(index)][static_cast<size_t>(field)].c_str());
+  std::strcpy(out, g_fake.devices[static_cast<size_t>(index)][static_cast<size_t>(field)].c_str());
   return 0;
 }
 
@@ -107,7 +107,7 @@ int API_ConnectNetWorkDevice(const char* address) { return Open(address); }
 int API_GetPrinterInfo(char* version, char* name, char* model, char* serial, char* controller) {
   std::strcpy(version, "1.2");
   std::strcpy(name, "\x1b[31mred");
-  std::strcpy(model, fake.devices[0][NUV_DEVICE_MODEL].c_str());
+  std::strcpy(model, g_fake.devices[0][NUV_DEVICE_MODEL].c_str());
   std::strcpy(serial, "SN1");
   std::strcpy(controller, "C7");
   return ResultOf(101);
@@ -123,19 +123,19 @@ int API_GetPrinterInfo_BEGO(char* version, char* name, char* model, char* serial
 }
 
 int API_GetPrinterStatusWithErrorCode(int* status, int* errorCode) {
-  if (fake.malformed) throw std::invalid_argument("stoi");
-  const StateAnswer answer = fake.states.Take();
+  if (g_fake.malformed) throw std::invalid_argument("stoi");
+  const StateAnswer answer = g_fake.states.Take();
   *status = answer.result == 0 ? answer.state : -1;
-  if (*status == NUV_PRINTER_ERROR) *errorCode = answer.error_number;
+  if (*status == NUV_PRINTER_ERROR) *errorCode = answer.errorNumber;
   return Fail(answer.result, 102);
 }
 
 int API_GetPrintingStatus(int* layer, int* progressPercent, int* minutesLeft) {
-  const ProgressAnswer answer = fake.progress.Take();
+  const ProgressAnswer answer = g_fake.progress.Take();
   *layer = answer.layer;
   *progressPercent = answer.percent;
-  *minutesLeft = answer.minutes_left;
-  return Fail(fake.progress_result, 102);
+  *minutesLeft = answer.minutesLeft;
+  return Fail(g_fake.progressResult, 102);
 }
 
 int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes) {
@@ -145,7 +145,7 @@ int API_GetTotalLayerAndTime(int* totalLayers, int* totalMinutes) {
 }
 
 int API_GetCurrJobIndexAndTotalSize(int* index, int* totalSize) {
-  const MarkAnswer answer = fake.marks.Take();
+  const MarkAnswer answer = g_fake.marks.Take();
   *index = answer.index;
   *totalSize = answer.bytes;
   return Fail(answer.result, 157);
@@ -173,25 +173,27 @@ int API_FinishFWUpdateFileInfo_LCM(char* out) {
 int API_StartFWUpgradeProcess() { return Order(507, "start"); }
 
 bool API_NUVCONNECT_OpenDevice() {
-  if (++fake.reopened == fake.answers_when_reopened) fake.results.erase(101);
+  if (++g_fake.reopened == g_fake.answersWhenReopened) g_fake.results.erase(101);
   return true;
 }
 
 bool API_NUVCONNECT_CloseDevice() { return true; }
 
 int API_NUVCONNECT_ExecutiveCommand(const char* command, char* reply, int) {
-  fake.calls.push_back(std::string("raw ") + command);
-  std::strcpy(reply, fake.reply.c_str());
+  g_fake.calls.push_back(std::string("raw ") + command);
+  std::strcpy(reply, g_fake.reply.c_str());
   return 0;
 }
 
-int API_RegisterErrorCodeCallback(NuvErrorCodeCallback f) { return Keep(fake.on_error, f); }
-int API_RegisterSendDataStartCallback(NuvSendDataStartCallback f) { return Keep(fake.on_start, f); }
+int API_RegisterErrorCodeCallback(NuvErrorCodeCallback f) { return Keep(g_fake.onError, f); }
+int API_RegisterSendDataStartCallback(NuvSendDataStartCallback f) {
+  return Keep(g_fake.onStart, f);
+}
 int API_RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback f) {
-  return Keep(fake.on_update, f);
+  return Keep(g_fake.onUpdate, f);
 }
 int API_RegisterSendDataCancelCallback(NuvSendDataCancelCallback f) {
-  return Keep(fake.on_cancel, f);
+  return Keep(g_fake.onCancel, f);
 }
 
 }  // extern "C"

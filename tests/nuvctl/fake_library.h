@@ -23,10 +23,10 @@ struct Sequence {
 };
 
 struct StateAnswer {
-  int result, state, error_number;
+  int result, state, errorNumber;
 };
 struct ProgressAnswer {
-  int layer, percent, minutes_left;
+  int layer, percent, minutesLeft;
 };
 struct MarkAnswer {
   int result, index, bytes;
@@ -36,29 +36,29 @@ struct FakeLibrary {
   // Script. Devices are address, serial number, model, nickname.
   std::vector<std::array<std::string, 4>> devices = {{"10.0.0.1", "SN1", "Fabrix100 xP", ""}};
   int kind = NUV_KIND_NETWORK;  // where the devices are
-  int list_result = 0;          // 3: devices is what was reached
-  int missed_searches = 0;      // in which no device is found
-  int open_result = 0;
+  int listResult = 0;           // 3: devices is what was reached
+  int missedSearches = 0;       // in which no device is found
+  int openResult = 0;
   bool malformed = false;  // the state's reply holds no number
   Sequence<StateAnswer> states{{{0, 0, 0}}};
-  int progress_result = 0;
+  int progressResult = 0;
   Sequence<ProgressAnswer> progress{{{12, 34, 56}}};
   std::string reply;
   Sequence<MarkAnswer> marks{{{0, 6, 10}, {0, 7, 1000}}};
-  int send_result = 0;
+  int sendResult = 0;
   std::vector<int> sent = {500, 1000};  // of 1000 bytes
-  std::function<void(size_t)> before_step = [](size_t) {};
-  std::function<void()> at_end = [] {};
-  std::map<int, int> results;      // of queries and orders, by command number
-  int reopened = 0;                // how often the connection was made anew
-  int answers_when_reopened = -1;  // so many times until command 101 is answered
-  bool forgetful = false;          // settings are accepted, but not kept
+  std::function<void(size_t)> beforeStep = [](size_t) {};
+  std::function<void()> atEnd = [] {};
+  std::map<int, int> results;    // of queries and orders, by command number
+  int reopened = 0;              // how often the connection was made anew
+  int answersWhenReopened = -1;  // so many times until command 101 is answered
+  bool forgetful = false;        // settings are accepted, but not kept
   std::string nickname = "Lab one";
-  int laser_power = 80, z_compensation = 5, last_updated = 3;
+  int laserPower = 80, zCompensation = 5, lastUpdated = 3;
   std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};
-  int oldest_job = 1, job_result = 0;
-  std::vector<std::string> access_points = {"Lab net", "Office"};
-  std::string out_of_reach;   // an access point
+  int oldestJob = 1, jobResult = 0;
+  std::vector<std::string> accessPoints = {"Lab net", "Office"};
+  std::string outOfReach;     // an access point
   Sequence<int> joined{{0}};  // to an access point
 
   // Record.
@@ -66,12 +66,12 @@ struct FakeLibrary {
   std::wstring path;
   std::string image;  // the firmware that came through
   bool running = false;
-  NuvErrorCodeCallback on_error = nullptr;
-  NuvSendDataStartCallback on_start = nullptr;
-  NuvSendDataUpdateCallback on_update = nullptr;
-  NuvSendDataCancelCallback on_cancel = nullptr;
+  NuvErrorCodeCallback onError = nullptr;
+  NuvSendDataStartCallback onStart = nullptr;
+  NuvSendDataUpdateCallback onUpdate = nullptr;
+  NuvSendDataCancelCallback onCancel = nullptr;
 };
-extern FakeLibrary fake;
+extern FakeLibrary g_fake;
 
 // The scripted result of a command; a failure is also told to the callback.
 int ResultOf(int command);
@@ -81,14 +81,14 @@ int Order(int command, const std::string& call);
 // Writes all that the contract of lists allows, so that a buffer too small shows under a sanitizer.
 void FillList(const std::vector<std::string>& texts, char** list, int* count, int entrySize);
 
-struct FakeSystem final : nuvctl::System {
+struct FakeSystem final : NuvCtl::System {
   int64_t NowMs() override { return now; }
   void SleepMs(int64_t milliseconds) override { now += milliseconds; }
   bool ErrorIsTerminal() override { return terminal; }
   bool OutputIsTerminal() override { return terminal; }
   bool InputIsTerminal() override { return terminal; }
   int ErrorWidth() override { return width; }
-  int OutputWidth() override { return output_width; }
+  int OutputWidth() override { return outputWidth; }
   std::optional<std::string> Ask(const std::string& question) override {
     prompt = question;
     return answer;
@@ -104,7 +104,7 @@ struct FakeSystem final : nuvctl::System {
   int64_t now = 0;
   bool terminal = false, watched = false, interrupted = false;
   int width = 80;
-  int output_width = 80;
+  int outputWidth = 80;
   std::string environment, prompt;
   std::optional<std::string> secret, answer;
 };
@@ -112,10 +112,10 @@ struct FakeSystem final : nuvctl::System {
 // One run of nuvctl against the fake.
 struct CommandRun {
   CommandRun(const std::vector<std::string>& arguments, FakeSystem& system) {
-    std::ostringstream out_stream, err_stream;
-    exit = nuvctl::RunCommandLine(arguments, out_stream, err_stream, system);
-    out = out_stream.str();
-    err = err_stream.str();
+    std::ostringstream outStream, errStream;
+    exit = NuvCtl::RunCommandLine(arguments, outStream, errStream, system);
+    out = outStream.str();
+    err = errStream.str();
   }
   // Throws when the standard output is anything but one JSON document.
   nlohmann::json Json() const { return nlohmann::json::parse(out); }

@@ -32,14 +32,14 @@ int AnswerNumbers(int command, std::initializer_list<int*> outputs, const int* v
 template <typename Value>
 int Set(int command, Value& kept, const Value& wanted) {
   const int result = ResultOf(command);
-  if (result == 0 && !fake.forgetful) kept = wanted;
+  if (result == 0 && !g_fake.forgetful) kept = wanted;
   return result;
 }
 
 // Of commands 174 to 177.
 int AnswerJob(int command, int index, std::initializer_list<Output> outputs) {
-  fake.calls.push_back("job " + std::to_string(index));
-  if (index < fake.oldest_job) fake.results[command] = NUV_PRINTER_REFUSED;
+  g_fake.calls.push_back("job " + std::to_string(index));
+  if (index < g_fake.oldestJob) g_fake.results[command] = NUV_PRINTER_REFUSED;
   return Answer(command, outputs);
 }
 
@@ -88,48 +88,48 @@ int API_GetLCMPanelVersion(char* out) { return Answer(504, {{out, "3.0.2"}}); }
 int API_GetJobCounter(int kind, int* started, int* finished, int* cancelled, int* failed) {
   return Answer(169, {{started, 12 + kind}, {finished, 9}, {cancelled, 1}, {failed, 2}});
 }
-int API_GetLastUpdatedIndex(int* index) { return Answer(170, {{index, fake.last_updated}}); }
-int API_SetLastUpdatedIndex(int index) { return Set(171, fake.last_updated, index); }
+int API_GetLastUpdatedIndex(int* index) { return Answer(170, {{index, g_fake.lastUpdated}}); }
+int API_SetLastUpdatedIndex(int index) { return Set(171, g_fake.lastUpdated, index); }
 int API_GetJobInfo1(int job, char* name, char* code, char* start) {
   const std::string text = "Job" + std::to_string(job);
   return AnswerJob(174, job, {{name, text}, {code, "1001"}, {start, "20261121T103000"}});
 }
 int API_GetJobInfo2(int job, int* layers, int* minutes, int* resin, int* end) {
-  return AnswerJob(175, job, {{layers, 300}, {minutes, 45}, {resin, 12}, {end, fake.job_result}});
+  return AnswerJob(175, job, {{layers, 300}, {minutes, 45}, {resin, 12}, {end, g_fake.jobResult}});
 }
 int API_GetJobInfo3(int job, int* layer, int* exposure, int* bottom, int* power) {
   return AnswerJob(176, job, {{layer, 50}, {exposure, 1500}, {bottom, 9000}, {power, 81}});
 }
 int API_GetJobInfo4(int job, char* end, char* lot) {
-  return AnswerJob(177, job, {{end, fake.job_result == 3 ? "-" : "20261121T111500"}, {lot, "L1"}});
+  return AnswerJob(177, job, {{end, g_fake.jobResult == 3 ? "-" : "20261121T111500"}, {lot, "L1"}});
 }
 
-int API_SetNickName(const char* name) { return Set(196, fake.nickname, std::string(name)); }
-int API_GetNickName(char* out) { return Answer(197, {{out, fake.nickname}}); }
-int API_SetLaserPower(int percent) { return Set(332, fake.laser_power, percent); }
-int API_GetLaserPower(int* percent) { return Answer(159, {{percent, fake.laser_power}}); }
-int API_SetZCompensation(int micrometres) { return Set(332, fake.z_compensation, micrometres); }
+int API_SetNickName(const char* name) { return Set(196, g_fake.nickname, std::string(name)); }
+int API_GetNickName(char* out) { return Answer(197, {{out, g_fake.nickname}}); }
+int API_SetLaserPower(int percent) { return Set(332, g_fake.laserPower, percent); }
+int API_GetLaserPower(int* percent) { return Answer(159, {{percent, g_fake.laserPower}}); }
+int API_SetZCompensation(int micrometres) { return Set(332, g_fake.zCompensation, micrometres); }
 int API_GetZCompensation(int* micrometres) {
-  return Answer(159, {{micrometres, fake.z_compensation}});
+  return Answer(159, {{micrometres, g_fake.zCompensation}});
 }
 int API_SetBCPScaling(float x1, float x2, float y1, float y2, float z1, float z2) {
-  return Set(370, fake.scaling, {x1, x2, y1, y2, z1, z2});
+  return Set(370, g_fake.scaling, {x1, x2, y1, y2, z1, z2});
 }
 int API_GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1, float* z2) {
-  const auto& f = fake.scaling;
+  const auto& f = g_fake.scaling;
   return Answer(369, {{x1, f[0]}, {x2, f[1]}, {y1, f[2]}, {y2, f[3]}, {z1, f[4]}, {z2, f[5]}});
 }
 int API_SkipSLAWarmup() { return ResultOf(112); }
 
 int API_GetApList(char** list, int* count, int entrySize) {
-  FillList(fake.access_points, list, count, entrySize);
+  FillList(g_fake.accessPoints, list, count, entrySize);
   return ResultOf(198);
 }
 int API_GetApAttribute(const char* name, int* signal, int* security) {
-  if (name == fake.out_of_reach) return NUV_PRINTER_REFUSED;
+  if (name == g_fake.outOfReach) return NUV_PRINTER_REFUSED;
   return Answer(190, {{signal, 80}, {security, 1}});
 }
-int API_IsconnectedAp(int* connected) { return Answer(190, {{connected, fake.joined.Take()}}); }
+int API_IsconnectedAp(int* connected) { return Answer(190, {{connected, g_fake.joined.Take()}}); }
 int API_ConnectAp(const char* name, const char* key) {
   return Order(191, std::string("join ") + name + " with " + key);
 }

@@ -3,7 +3,7 @@
 
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int kPanelBytes = 21504;
@@ -39,9 +39,9 @@ TEST_F(FirmwareTest, IsAnnouncedSentAndEndedInTheWayOfItsKind) {
   for (const auto& row : kRows) {
     SetUp();
     Update(row.kind, row.bytes, {"--yes"}, kDone);
-    fake.calls.erase(fake.calls.begin(), fake.calls.begin() + 2);  // list, open
-    EXPECT_EQ(fake.calls, row.calls);
-    EXPECT_EQ(fake.image, content);
+    g_fake.calls.erase(g_fake.calls.begin(), g_fake.calls.begin() + 2);  // list, open
+    EXPECT_EQ(g_fake.calls, row.calls);
+    EXPECT_EQ(g_fake.image, content);
     nlohmann::json expected = {{"kind", row.kind},
                                {"file", file},
                                {"bytes", row.bytes},
@@ -72,7 +72,7 @@ TEST_F(FirmwareTest, IsRefusedBeforeAnySearch) {
   std::filesystem::resize_file(file, std::uintmax_t{1} << 31);
   Ends({"firmware", "engine", file, "--yes"}, kFileProblem, "wrong_size");
   Ends({"firmware", "engine", file + ".missing"}, kFileProblem, "file_not_readable");
-  EXPECT_TRUE(fake.calls.empty());
+  EXPECT_TRUE(g_fake.calls.empty());
 }
 
 TEST_F(FirmwareTest, AsksAtATerminal) {
@@ -109,8 +109,8 @@ TEST_F(FirmwareTest, IsASuccessOnlyWhenThePrinterSaysSo) {
   };
   for (const auto& row : kRows) {
     SetUp();
-    fake.results = row.results;
-    fake.states.answers = {row.state};
+    g_fake.results = row.results;
+    g_fake.states.answers = {row.state};
     Update(row.kind, kPanelBytes, {"--yes"}, row.exit, row.code);
     EXPECT_EQ(Called("image"), row.sends);
     EXPECT_EQ(document.value("result", ""), row.sends ? "not_confirmed" : "");
@@ -118,8 +118,8 @@ TEST_F(FirmwareTest, IsASuccessOnlyWhenThePrinterSaysSo) {
 }
 
 TEST_F(FirmwareTest, EngineThatRestartsIsAskedOnANewConnection) {
-  fake.results = {{101, 1}};
-  fake.answers_when_reopened = 3;
+  g_fake.results = {{101, 1}};
+  g_fake.answersWhenReopened = 3;
   Update("engine", kPanelBytes, {"--yes"}, kDone);
   EXPECT_EQ(document["result"], "sent");
 }
@@ -127,13 +127,13 @@ TEST_F(FirmwareTest, EngineThatRestartsIsAskedOnANewConnection) {
 TEST_F(FirmwareTest, CtrlCCancelsAndStartsNothing) {
   for (const char* kind : {"engine", "android", "panel"}) {
     SetUp();
-    fake.before_step = [this](size_t step) { system.interrupted = step == 1; };
+    g_fake.beforeStep = [this](size_t step) { system.interrupted = step == 1; };
     Update(kind, kPanelBytes, {"--yes"}, kCancelled, "cancelled");
     EXPECT_EQ(document["bytes"], kPanelBytes / 2);
     EXPECT_NE(document.dump().find("keeps its old firmware"), std::string::npos);
-    EXPECT_EQ(fake.calls.back(), "image");
+    EXPECT_EQ(g_fake.calls.back(), "image");
   }
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -6,7 +6,7 @@
 
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 TEST(PrintableTest, LeavesTextAndReplacesWhatSteersATerminal) {
@@ -62,4 +62,4 @@ TEST(TableTest, AlignsByColumnsOnTheTerminal) {
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

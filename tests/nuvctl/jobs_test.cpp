@@ -3,7 +3,7 @@
 
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr MarkAnswer kBefore = {0, 6, 10};
@@ -15,7 +15,7 @@ constexpr int kCut = NUV_WRITE_FAILED, kFull = NUV_NO_BUFFER_SPACE;
 struct JobsTest : CommandTest {
   void SetUp() override {
     CommandTest::SetUp();
-    fake.before_step = [this](size_t) { system.now += 1000; };
+    g_fake.beforeStep = [this](size_t) { system.now += 1000; };
     std::ofstream(std::filesystem::u8path(file)) << "data";
   }
   void TearDown() override { std::filesystem::remove(std::filesystem::u8path(file)); }
@@ -29,7 +29,7 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     ExitCode exit;
     std::vector<MarkAnswer> marks;  // the first before the job
     std::vector<int> sent = {1000};
-    int send_result = NUV_OK;
+    int sendResult = NUV_OK;
     bool leaves = false;  // perhaps a job that is still open
     std::vector<StateAnswer> states = {kIdle};
   } kRows[] = {
@@ -66,10 +66,10 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     SetUp();
-    fake.marks.answers = row.marks;
-    fake.states.answers = row.states;
-    fake.sent = row.sent;
-    fake.send_result = row.send_result;
+    g_fake.marks.answers = row.marks;
+    g_fake.states.answers = row.states;
+    g_fake.sent = row.sent;
+    g_fake.sendResult = row.sendResult;
     EXPECT_EQ(Json({"send", file}).exit, row.exit);
     EXPECT_EQ(row.exit == kDone ? document["result"] : document["error"]["code"], row.outcome);
     // The job's number is there when it is known.
@@ -79,7 +79,7 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     }
     EXPECT_EQ(document.dump().find("F104 S2") != std::string::npos, row.leaves);
     EXPECT_TRUE(Called("send"));
-    EXPECT_EQ(fake.on_cancel, nullptr);
+    EXPECT_EQ(g_fake.onCancel, nullptr);
     EXPECT_FALSE(system.watched);
   }
 }
@@ -113,44 +113,44 @@ TEST_F(JobsTest, AsksTheSamePrinterOnlyWhatItHasAfterACut) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.options + std::string(": ") + row.reopened);
     SetUp();
-    fake.devices = row.before;
-    fake.kind = row.options == std::string(" --usb") ? NUV_KIND_USB : NUV_KIND_NETWORK;
-    fake.at_end = [&row] {
-      fake.devices = row.after;
-      fake.missed_searches = row.missed;
+    g_fake.devices = row.before;
+    g_fake.kind = row.options == std::string(" --usb") ? NUV_KIND_USB : NUV_KIND_NETWORK;
+    g_fake.atEnd = [&row] {
+      g_fake.devices = row.after;
+      g_fake.missedSearches = row.missed;
     };
-    fake.send_result = kCut;
-    fake.marks.answers = {kBefore, kTaken, kTaken};
+    g_fake.sendResult = kCut;
+    g_fake.marks.answers = {kBefore, kTaken, kTaken};
     Words arguments = Split("send" + std::string(row.options));
     arguments.push_back(file);
     EXPECT_EQ(Json(arguments).exit, row.reopened.empty() ? kConnectionProblem : kDone);
-    EXPECT_EQ(fake.marks.next > 1, !row.reopened.empty());
+    EXPECT_EQ(g_fake.marks.next > 1, !row.reopened.empty());
     if (!row.reopened.empty()) {
-      EXPECT_EQ(fake.calls.back(), row.reopened);
+      EXPECT_EQ(g_fake.calls.back(), row.reopened);
     }
   }
 }
 
 TEST_F(JobsTest, TellsWhatACutLeaves) {
-  fake.send_result = kCut;
+  g_fake.sendResult = kCut;
   const CommandRun all({"send", file}, system);
   EXPECT_EQ(all.exit, kDone);
   EXPECT_NE(all.err.find("connection was lost, but the printer has everything"), std::string::npos);
   SetUp();
-  fake.send_result = kCut;
-  fake.marks.answers = {kBefore, {0, 7, 9}};
+  g_fake.sendResult = kCut;
+  g_fake.marks.answers = {kBefore, {0, 7, 9}};
   const CommandRun part({"send", file}, system);
   EXPECT_NE(part.err.find("has 9 of 1000 bytes of it, as job 7"), std::string::npos) << part.err;
 }
 
 TEST_F(JobsTest, SendsNothingToAPrinterThatIsNotReady) {
   for (const StateAnswer& state : {kPrinting, kReceiving, kInError}) {
-    fake.states.answers = {state};
-    Ends({"send", file}, kPrinterFailed, state.error_number != 0 ? "printer_error" : "busy");
+    g_fake.states.answers = {state};
+    Ends({"send", file}, kPrinterFailed, state.errorNumber != 0 ? "printer_error" : "busy");
     EXPECT_FALSE(Called("send"));
   }
-  fake.states.answers = {kIdle};
-  fake.marks.answers = {kSilent};
+  g_fake.states.answers = {kIdle};
+  g_fake.marks.answers = {kSilent};
   Ends({"send", file}, kConnectionProblem, "no_answer");
   EXPECT_FALSE(Called("send"));
 }
@@ -162,7 +162,7 @@ TEST_F(JobsTest, ShowsProgressAndHandsOverTheNameUnchanged) {
                          " to SN1\n"
                          " 50%  500 B of 1.0 kB  500 B/s  0:01 left\n"
                          "100%  1.0 kB of 1.0 kB  500 B/s\n");
-  EXPECT_EQ(fake.path.substr(fake.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
+  EXPECT_EQ(g_fake.path.substr(g_fake.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
   system.terminal = true;
   const CommandRun bar({"gcode", file}, system);
   EXPECT_NE(bar.err.find("\r[####################"), std::string::npos) << bar.err;
@@ -171,7 +171,7 @@ TEST_F(JobsTest, ShowsProgressAndHandsOverTheNameUnchanged) {
 }
 
 TEST_F(JobsTest, CtrlCCancelsAndIsNeverASuccess) {
-  fake.before_step = [this](size_t step) { system.interrupted = step == 1; };
+  g_fake.beforeStep = [this](size_t step) { system.interrupted = step == 1; };
   for (const char* command : {"send", "gcode"}) {
     Ends({command, file}, kCancelled, "cancelled");
     EXPECT_EQ(document["bytes"], 500);
@@ -179,7 +179,7 @@ TEST_F(JobsTest, CtrlCCancelsAndIsNeverASuccess) {
 }
 
 TEST_F(JobsTest, CtrlCAfterTheLastLineDoesNotHideWhatWasSent) {
-  fake.at_end = [this] { system.interrupted = true; };
+  g_fake.atEnd = [this] { system.interrupted = true; };
   const CommandRun run({"gcode", file}, system);
   EXPECT_EQ(run.exit, kDone);
   EXPECT_NE(run.err.find("too late to cancel"), std::string::npos);
@@ -190,9 +190,9 @@ TEST_F(JobsTest, RefusesABadFileBeforeAnySearch) {
        {file + ".missing", testing::TempDir(), std::string("Z\xE4hne.nuv")}) {
     Ends({"send", name}, kFileProblem, "file_not_readable");
     Ends({"gcode", name}, kFileProblem, "file_not_readable");
-    EXPECT_TRUE(fake.calls.empty());
+    EXPECT_TRUE(g_fake.calls.empty());
   }
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -1,6 +1,6 @@
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct NetworkTest : CommandTest {
@@ -14,26 +14,26 @@ struct NetworkTest : CommandTest {
 };
 
 TEST_F(NetworkTest, ListsAccessPointsAlsoBeyondItsArrayAndLeavesTheUnknownBlank) {
-  fake.out_of_reach = "Office";
+  g_fake.outOfReach = "Office";
   EXPECT_EQ(Both({"wifi", "list"}).out,
             "NAME     SIGNAL  SECURITY\n"
             "Lab net  80 %    secured\n"
             "Office   -       -\n");
   EXPECT_EQ(document, R"({"access_points": [
       {"name": "Lab net", "signal_percent": 80, "security": "secured"}, {"name": "Office"}]})"_json);
-  fake.access_points.assign(1000, "Net");
-  fake.access_points.back() = "Last";
+  g_fake.accessPoints.assign(1000, "Net");
+  g_fake.accessPoints.back() = "Last";
   Both({"wifi", "list"});
   EXPECT_EQ(document["access_points"].size(), 1000U);
   EXPECT_EQ(document["access_points"].back()["name"], "Last");
-  fake.access_points.clear();
+  g_fake.accessPoints.clear();
   EXPECT_EQ(Both({"wifi", "list"}).out, "The printer sees no access point.\n");
 }
 
 TEST_F(NetworkTest, JoinsWithTheKeyThatIsReadAndMakesSure) {
-  fake.joined.answers = {0, 0, 1};
+  g_fake.joined.answers = {0, 0, 1};
   for (const char* typed : {"geheim 42", "geheim 42\n", "geheim 42\r\n"}) {
-    fake.calls.clear();
+    g_fake.calls.clear();
     system.secret = typed;
     EXPECT_EQ(Discreetly("wifi connect Lab", kDone).out, "The printer joined Lab.\n");
     EXPECT_TRUE(Called("join Lab with geheim 42"));
@@ -42,7 +42,7 @@ TEST_F(NetworkTest, JoinsWithTheKeyThatIsReadAndMakesSure) {
 }
 
 TEST_F(NetworkTest, JoinsAnOpenOneWithoutAKeyAlsoWithTheNameOfACommand) {
-  fake.joined.answers = {1};
+  g_fake.joined.answers = {1};
   for (const char* name : {"Lab net", "list", "status", "wifi"}) {
     Ends({"wifi", "connect", "--open", name}, kDone);
     EXPECT_TRUE(Called("join " + std::string(name) + " with "));
@@ -70,9 +70,9 @@ TEST_F(NetworkTest, NeverRepeatsAKey) {
   system.secret = "geheim 42";
   for (const auto& row : kRows) {
     SetUp();
-    fake.results[191] = row.result;
+    g_fake.results[191] = row.result;
     Discreetly(row.arguments, row.exit, row.code);
-    EXPECT_EQ(fake.calls.empty(), row.exit == kUsage);
+    EXPECT_EQ(g_fake.calls.empty(), row.exit == kUsage);
   }
 }
 
@@ -82,18 +82,18 @@ TEST_F(NetworkTest, RefusesWhatIsNoKeyWithoutASearch) {
   for (const auto& secret : kSecrets) {
     system.secret = secret;
     Discreetly("wifi connect Lab", kUsage, "usage");
-    EXPECT_TRUE(fake.calls.empty());
+    EXPECT_TRUE(g_fake.calls.empty());
   }
 }
 
 TEST_F(NetworkTest, LeavesAndMakesSure) {
   EXPECT_EQ(Both({"wifi", "disconnect"}).out, "The printer left its access point.\n");
   EXPECT_TRUE(Called("leave"));
-  fake.joined.answers = {1};
+  g_fake.joined.answers = {1};
   Ends({"wifi", "disconnect"}, kPrinterFailed, "not_confirmed");
-  fake.results[190] = NUV_FAILED;  // it was reached over that network
+  g_fake.results[190] = NUV_FAILED;  // it was reached over that network
   Ends({"wifi", "disconnect"}, kConnectionProblem, "not_confirmed");
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -1,13 +1,13 @@
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 using PrinterTest = CommandTest;
 
 TEST_F(PrinterTest, OpensThePrinterThatIsMeant) {
   const struct {
-    int devices, list_result, open_result;
+    int devices, listResult, openResult;
     const char* choice;
     int exit;
     std::string opened, code;
@@ -34,19 +34,19 @@ TEST_F(PrinterTest, OpensThePrinterThatIsMeant) {
   for (const auto& row : kRows) {
     SetUp();
     Devices(row.devices);
-    fake.list_result = row.list_result;
-    fake.open_result = row.open_result;
+    g_fake.listResult = row.listResult;
+    g_fake.openResult = row.openResult;
     Ends(Split(std::string("status") + row.choice), row.exit, row.code);
-    EXPECT_EQ(fake.calls.size() > 1 ? fake.calls[1] : "",
+    EXPECT_EQ(g_fake.calls.size() > 1 ? g_fake.calls[1] : "",
               row.opened.empty() ? "" : "open " + row.opened);
-    EXPECT_FALSE(fake.running);
+    EXPECT_FALSE(g_fake.running);
   }
 }
 
 TEST_F(PrinterTest, UsbStandsInForTheNetwork) {
   const struct {
     const char* arguments;
-    int list_result, open_result, exit;
+    int listResult, openResult, exit;
     const char *opened, *told;
   } kRows[] = {
       {"--usb list", 0, 0, kDone, "", "1      /dev/usb/lp1  SN1"},
@@ -58,21 +58,21 @@ TEST_F(PrinterTest, UsbStandsInForTheNetwork) {
   };
   for (const auto& row : kRows) {
     SetUp();
-    fake.kind = NUV_KIND_USB;
-    fake.devices = {{"/dev/usb/lp0\\1", "SN0", "", ""}, {"/dev/usb/lp1\\1", "SN1", "", ""}};
-    fake.list_result = row.list_result;
-    fake.open_result = row.open_result;
+    g_fake.kind = NUV_KIND_USB;
+    g_fake.devices = {{"/dev/usb/lp0\\1", "SN0", "", ""}, {"/dev/usb/lp1\\1", "SN1", "", ""}};
+    g_fake.listResult = row.listResult;
+    g_fake.openResult = row.openResult;
     const CommandRun run = Both(Split(row.arguments));
     EXPECT_EQ(run.exit, row.exit) << row.arguments;
     EXPECT_NE((run.out + run.err).find(row.told), std::string::npos) << run.out << run.err;
-    EXPECT_EQ(fake.calls.at(0), "usb list 3000");
-    EXPECT_EQ(fake.calls.size() > 1 ? fake.calls[1] : "", row.opened);
+    EXPECT_EQ(g_fake.calls.at(0), "usb list 3000");
+    EXPECT_EQ(g_fake.calls.size() > 1 ? g_fake.calls[1] : "", row.opened);
   }
 }
 
 TEST_F(PrinterTest, TwoOfOneSerialNumberAreNotTakenForOne) {
   Devices(2);
-  fake.devices[1][NUV_DEVICE_SERIAL] = "SN0";
+  g_fake.devices[1][NUV_DEVICE_SERIAL] = "SN0";
   Ends({"info", "--serial", "SN0"}, kNoPrinter, "which_printer");
   EXPECT_EQ(document["printers"].size(), 2U);
 }
@@ -82,8 +82,8 @@ TEST_F(PrinterTest, ListsAllPrintersAlsoBeyondItsArray) {
   EXPECT_NE(Both({"list", "--port", "7000", "--timeout", "50"}).out.find("299    10.0.0.299"),
             std::string::npos);
   EXPECT_EQ(document["printers"].size(), 300U);
-  EXPECT_EQ(fake.calls, (std::vector<std::string>{"port 7000", "list 50"}));
-  fake.list_result = 3;
+  EXPECT_EQ(g_fake.calls, (std::vector<std::string>{"port 7000", "list 50"}));
+  g_fake.listResult = 3;
   const CommandRun cut = Ends({"list"}, kConnectionProblem, "listing_incomplete");
   EXPECT_NE(cut.out.find("SN255"), std::string::npos);  // a result, so on standard output
   EXPECT_EQ(document["printers"].size(), 256U);
@@ -93,11 +93,11 @@ TEST_F(PrinterTest, ListsAllPrintersAlsoBeyondItsArray) {
 TEST_F(PrinterTest, TellsWhatThePrinterIs) {
   EXPECT_NE(Both({"info"}).out.find("Serial number:  SN1\n"), std::string::npos);
   EXPECT_FALSE(document.contains("manufactured"));
-  fake.devices[0][NUV_DEVICE_MODEL] = "BEGO VARSEO XS";
+  g_fake.devices[0][NUV_DEVICE_MODEL] = "BEGO VARSEO XS";
   EXPECT_NE(Both({"info"}).out.find("Manufactured:   2024-05-06\n"), std::string::npos);
   EXPECT_EQ(document["serial"], "BEGO-9");
   // An older firmware: the common record is better than nothing.
-  fake.results[354] = NUV_PRINTER_REFUSED;
+  g_fake.results[354] = NUV_PRINTER_REFUSED;
   Ends({"info"}, kDone);
   EXPECT_EQ(document["serial"], "SN1");
 }
@@ -107,7 +107,7 @@ TEST_F(PrinterTest, TellsWhatThePrinterDoes) {
   constexpr char kIdleJson[] = R"({"state":"idle","state_number":0})";
   const struct {
     std::vector<StateAnswer> states;
-    int progress_result;
+    int progressResult;
     const char *out, *json;
   } kRows[] = {
       {{kIdle}, 0, "State:  idle\n", kIdleJson},
@@ -123,19 +123,19 @@ TEST_F(PrinterTest, TellsWhatThePrinterDoes) {
   };
   for (const auto& row : kRows) {
     SetUp();
-    fake.states.answers = row.states;
-    fake.progress_result = row.progress_result;
+    g_fake.states.answers = row.states;
+    g_fake.progressResult = row.progressResult;
     EXPECT_EQ(Ends({"status"}, kDone).out, row.out);
     EXPECT_EQ(document, nlohmann::json::parse(row.json));
   }
 }
 
 TEST_F(PrinterTest, BlamesTheCommandThatFailed) {
-  fake.states.answers = {kPrinting};
-  fake.progress_result = NUV_PRINTER_REFUSED;
+  g_fake.states.answers = {kPrinting};
+  g_fake.progressResult = NUV_PRINTER_REFUSED;
   const CommandRun run = Ends({"status"}, kPrinterFailed, "refused");
   EXPECT_NE(run.err.find("(printer command 102)"), std::string::npos) << run.err;
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -4,7 +4,7 @@
 
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 TEST(ProgressTextTest, ShowsOnlyWhatIsKnown) {
@@ -72,7 +72,7 @@ TEST_F(WatchTest, WritesALinePerChangeUntilThePrintEnds) {
     ExitCode exit;
     std::string out, error;  // code, empty: none
     int64_t seconds;
-    int progress_result = NUV_OK;
+    int progressResult = NUV_OK;
   } kRows[] = {
       {{kIdle}, kDone, "idle\n", "", 0},
       {{kReceiving, kPrinting, kPrinting, kPrinting, kIdle},
@@ -88,16 +88,16 @@ TEST_F(WatchTest, WritesALinePerChangeUntilThePrintEnds) {
   for (const auto& row : kRows) {
     SetUp();
     SCOPED_TRACE(row.out);
-    fake.states.answers = row.states;
-    fake.progress.answers = {{12, 34, 56}, {12, 34, 56}, {13, 35, 55}};
-    fake.progress_result = row.progress_result;
-    const FakeLibrary script = fake;
+    g_fake.states.answers = row.states;
+    g_fake.progress.answers = {{12, 34, 56}, {12, 34, 56}, {13, 35, 55}};
+    g_fake.progressResult = row.progressResult;
+    const FakeLibrary script = g_fake;
     system.now = 0;
     const CommandRun text({"watch"}, system);
     EXPECT_EQ(text.exit, row.exit);
     EXPECT_EQ(text.out, row.out);
     EXPECT_EQ(system.now, row.seconds * 1000);
-    fake = script;
+    g_fake = script;
     const CommandRun json({"watch", "--json"}, system);
     EXPECT_EQ(json.exit, row.exit);
     EXPECT_EQ(json.err, "");
@@ -110,8 +110,8 @@ TEST_F(WatchTest, WritesALinePerChangeUntilThePrintEnds) {
 
 TEST_F(WatchTest, OverwritesItsRowOnATerminalAtEachInterval) {
   system.terminal = true;
-  system.output_width = 81;
-  fake.states.answers = {kPrinting, kIdle};
+  system.outputWidth = 81;
+  g_fake.states.answers = {kPrinting, kIdle};
   EXPECT_EQ(CommandRun({"watch", "--interval", "2500"}, system).out,
             "\r[#######---------------]  printing, layer 12 of 340, 34 %, 56 min left"
             "\ridle" +
@@ -124,4 +124,4 @@ TEST_F(WatchTest, OverwritesItsRowOnATerminalAtEachInterval) {
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -1,6 +1,6 @@
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 using QueryTest = CommandTest;
@@ -10,7 +10,7 @@ constexpr int kLacks = NUV_PRINTER_REFUSED;
 TEST_F(QueryTest, EachShowsWhatThePrinterTells) {
   const struct {
     const char *arguments, *model;
-    int lacks, lacks_too;     // commands, 0: none
+    int lacks, lacksToo;      // commands, 0: none
     const char *line, *json;  // one line of the text, the whole document
   } kRows[] = {
       {"resin", "Moldrix100 xP", 0, 0, "Left:                       350 ml\n",
@@ -37,8 +37,8 @@ TEST_F(QueryTest, EachShowsWhatThePrinterTells) {
   };
   for (const auto& row : kRows) {
     SetUp();
-    fake.devices[0][NUV_DEVICE_MODEL] = row.model;
-    fake.results = {{row.lacks, kLacks}, {row.lacks_too, kLacks}};
+    g_fake.devices[0][NUV_DEVICE_MODEL] = row.model;
+    g_fake.results = {{row.lacks, kLacks}, {row.lacksToo, kLacks}};
     const CommandRun run = Ends(Split(row.arguments), kDone);
     EXPECT_NE(run.out.find(row.line), std::string::npos) << run.out;
     EXPECT_EQ(document, nlohmann::json::parse(row.json));
@@ -51,22 +51,22 @@ TEST_F(QueryTest, WhatThePrinterLacksIsSaidSoOrLeftOut) {
       "105 resin;301 sensors;186 sensors --laser 1;303 sensors --laser 1;327 sensors --flash;"
       "169 jobs;301 tank;708 leds;197 nickname;159 laser-power;159 laser-power 80;"
       "159 z-compensation;369 scaling;198 wifi list;190 wifi status";
-  const std::string left_out =
+  const std::string leftOut =
       "219 resin;335 resin;515 sensors;310 versions;504 versions;170 jobs;174 jobs;177 jobs;"
       "192 wifi status";
   for (const bool refused : {true, false}) {
-    for (const std::string& row : Split(refused ? needed : left_out, ';')) {
+    for (const std::string& row : Split(refused ? needed : leftOut, ';')) {
       Words arguments = Split(row);
       const std::string command = arguments.front();
       arguments.erase(arguments.begin());
       SetUp();
-      fake.results[std::stoi(command)] = kLacks;
+      g_fake.results[std::stoi(command)] = kLacks;
       const CommandRun run =
           Ends(arguments, refused ? kPrinterFailed : kDone, refused ? "refused" : "");
       const std::string told = "this printer does not have it (printer command " + command + ")";
       EXPECT_EQ(run.err.find(told) != std::string::npos, refused) << run.err;
       // No answer is another matter.
-      fake.results[std::stoi(command)] = NUV_FAILED;
+      g_fake.results[std::stoi(command)] = NUV_FAILED;
       Ends(arguments, kConnectionProblem, "no_answer");
     }
   }
@@ -81,7 +81,7 @@ TEST_F(QueryTest, AResinThatCannotBeUsedIsAnAnswer) {
       {NUV_RESIN_WRONG_TYPE, "resin_wrong_type"},
   };
   for (const auto& [result, code] : kRows) {
-    fake.results = {{105, result}, {219, kLacks}};
+    g_fake.results = {{105, result}, {219, kLacks}};
     const CommandRun run = Ends({"resin"}, kPrinterFailed, code);
     const std::string told = "cannot print with this resin: " + ReasonOf(result) + ".\n";
     EXPECT_NE(run.err.find(told), std::string::npos) << run.err;
@@ -107,8 +107,8 @@ TEST_F(QueryTest, SensorsKeepTheirNamesAndUnits) {
         "pulse_widths": [11, 12, 13, 14, 15]},
       "flash": {"scan_centre": 1, "line_length": 2, "polygon_speed": 3, "start": 4,
         "trigger_delay": 5, "line_width": 6, "y_offset": 7}})"_json);
-  fake.devices[0][NUV_DEVICE_MODEL] = "Fabrix150 xP";
-  fake.results = {{301, kLacks}, {515, kLacks}};  // the flash is there all the same
+  g_fake.devices[0][NUV_DEVICE_MODEL] = "Fabrix150 xP";
+  g_fake.results = {{301, kLacks}, {515, kLacks}};  // the flash is there all the same
   Ends({"sensors", "--flash"}, kDone);
   EXPECT_EQ(document, R"({"flash": {"scan_centre_1": 1, "scan_centre_2": 2, "scan_centre_3": 3,
       "line_length_1": 4, "line_length_2": 5, "line_length_3": 6, "trigger_delay_1": 7,
@@ -131,8 +131,8 @@ TEST_F(QueryTest, ListsTheNewestJobsDownToTheOldestKnown) {
   };
   for (const auto& row : kRows) {
     SetUp();
-    fake.marks.answers = {{0, row.newest, 1000}};
-    fake.oldest_job = row.oldest;
+    g_fake.marks.answers = {{0, row.newest, 1000}};
+    g_fake.oldestJob = row.oldest;
     Ends(Split(row.arguments), kDone);
     std::vector<int> listed;
     for (const auto& job : document["jobs"]) listed.push_back(job["index"]);
@@ -141,7 +141,7 @@ TEST_F(QueryTest, ListsTheNewestJobsDownToTheOldestKnown) {
 }
 
 TEST_F(QueryTest, TellsAllOfAJob) {
-  fake.marks.answers = {{0, 1, 6750}};
+  g_fake.marks.answers = {{0, 1, 6750}};
   const CommandRun run = Both({"jobs"});
   EXPECT_NE(
       run.out.find("1      Job1  finished  2026-11-21 10:30:00  2026-11-21 11:15:00  45   300"),
@@ -153,17 +153,17 @@ TEST_F(QueryTest, TellsAllOfAJob) {
         "started": "20261121T103000", "ended": "20261121T111500", "layers": 300,
         "minutes": 45, "resin_code": "1001", "lot": "L1", "resin_ml": 12, "layer_um": 50,
         "exposure_ms": 1500, "bottom_exposure_ms": 9000, "laser_power_percent": 81}]})"_json);
-  fake.job_result = 3;
+  g_fake.jobResult = 3;
   Both({"jobs"});
   EXPECT_EQ(document["jobs"][0]["result"], "not ended");
   EXPECT_FALSE(document["jobs"][0].contains("ended"));
-  fake.job_result = 4;
+  g_fake.jobResult = 4;
   Both({"jobs"});
   EXPECT_EQ(document["jobs"][0]["result"], "unknown (4)");
-  fake.results[169] = kLacks;  // without a history the current job is told all the same
+  g_fake.results[169] = kLacks;  // without a history the current job is told all the same
   EXPECT_NE(Both({"jobs"}).out.find("Current or last job:  1\n"), std::string::npos);
   EXPECT_EQ(document["current"]["index"], 1);
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

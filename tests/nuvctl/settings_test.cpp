@@ -1,6 +1,6 @@
 #include "command_fixture.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 using SettingsTest = CommandTest;
@@ -28,15 +28,15 @@ TEST_F(SettingsTest, ShowsAndSetsAndBelievesOnlyWhatIsReadBack) {
     SetUp();
     Ends(Split(row.show), kDone);
     EXPECT_EQ(document, before);
-    fake.forgetful = true;
+    g_fake.forgetful = true;
     EXPECT_EQ(Ends(Split(row.set), kPrinterFailed, "not_confirmed").out, "");
     document.erase("error");
     EXPECT_EQ(document, before);
-    fake.forgetful = false;
+    g_fake.forgetful = false;
     Ends(Split(row.set), kDone);
     EXPECT_EQ(document, nlohmann::json::parse(row.after));
     // A refused value is not a missing query.
-    fake.results[row.command] = NUV_PRINTER_REFUSED;
+    g_fake.results[row.command] = NUV_PRINTER_REFUSED;
     const CommandRun run = Ends(Split(row.set), kPrinterFailed, "refused");
     EXPECT_NE(run.err.find("the printer refused (printer command"), std::string::npos) << run.err;
   }
@@ -49,4 +49,4 @@ TEST_F(SettingsTest, ShowsForPeopleWithUnits) {
 }
 
 }  // namespace
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -3,14 +3,14 @@
 #include "nuvfile/NuvFile.h"
 #include "test_files.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 class ApiTest : public FolderTest {
  protected:
   ApiTest() {
     const std::vector<std::string> lines = SampleLines();
-    EXPECT_TRUE(WritePrintFile(Path("a.nuv"), SampleContents(), LinesOf(lines)).ok());
+    EXPECT_TRUE(WritePrintFile(Path("a.nuv"), SampleContents(), LinesOf(lines)).Ok());
   }
   ~ApiTest() override { Close(); }
 
@@ -48,11 +48,11 @@ TEST_F(ApiTest, PartsAreCopiedWhenTheyFit) {
   ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
   const PrintFileContents contents = SampleContents();
   const std::string arguments = "job_name=crown=left\nlayer_thickness_mm=0.05\nlayers=7\n";
-  ExpectCopied(GetMachineID, contents.machine_id, '\0');
-  ExpectCopied(GetProjectID, contents.project_id, '\0');
-  ExpectCopied(GetMaterialID, contents.material_id, '\0');
+  ExpectCopied(GetMachineID, contents.machineId, '\0');
+  ExpectCopied(GetProjectID, contents.projectId, '\0');
+  ExpectCopied(GetMaterialID, contents.materialId, '\0');
   ExpectCopied(GetFileArguments, arguments, '\0');
-  ExpectCopied(GetAESkey, Text(contents.aes_key), '#');
+  ExpectCopied(GetAESkey, Text(contents.aesKey), '#');
   ExpectCopied(ReadL101, Text(contents.l101), '#');
   ExpectCopied(ReadL102, Text(contents.l102), '#');
   ExpectCopied(ReadL103, Text(contents.l103), '#');
@@ -106,8 +106,8 @@ TEST_F(ApiTest, FailedLoadClosesTheEarlierFileAndIsExplained) {
 TEST_F(ApiTest, DamageAfterLoadIsAReadError) {
   unsigned char buffer[64];
   const struct {
-    const char* old_bytes;
-    const char* new_bytes;
+    const char* oldBytes;
+    const char* newBytes;
     std::function<int()> read;
   } kRows[] = {
       {"FA1", "F11", [&] { return ReadLayer(4, buffer, 64, 0.0F); }},
@@ -117,11 +117,11 @@ TEST_F(ApiTest, DamageAfterLoadIsAReadError) {
   for (const auto& row : kRows) {
     ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
     ASSERT_GE(row.read(), 0);
-    const uint64_t offset = OffsetOf(row.old_bytes);
-    Overwrite("a.nuv", offset, row.new_bytes);
-    EXPECT_EQ(row.read(), NUVFILE_READ_ERROR) << row.old_bytes;
+    const uint64_t offset = OffsetOf(row.oldBytes);
+    Overwrite("a.nuv", offset, row.newBytes);
+    EXPECT_EQ(row.read(), NUVFILE_READ_ERROR) << row.oldBytes;
     EXPECT_NE(LastError(), "");
-    Overwrite("a.nuv", offset, row.old_bytes);
+    Overwrite("a.nuv", offset, row.oldBytes);
   }
   ASSERT_EQ(LoadSample(), NUVFILE_LOADED) << LastError();
   std::filesystem::resize_file(Path("a.nuv"), OffsetOf("L0 first"));
@@ -130,4 +130,4 @@ TEST_F(ApiTest, DamageAfterLoadIsAReadError) {
 }
 
 }  // namespace
-}  // namespace nuvfile
+}  // namespace NuvFile

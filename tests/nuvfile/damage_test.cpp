@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 // Fields of an entry of the section table.
@@ -47,7 +47,7 @@ class DamageTest : public FolderTest {
  protected:
   Image MakeImage(const std::vector<std::string>& lines) {
     const Status status = WritePrintFile(Path("good.nuv"), SampleContents(), LinesOf(lines));
-    EXPECT_TRUE(status.ok()) << status.message();
+    EXPECT_TRUE(status.Ok()) << status.Message();
     return {ReadBytes(Path("good.nuv"))};
   }
   Image MakeImage() { return MakeImage(SampleLines()); }
@@ -55,12 +55,12 @@ class DamageTest : public FolderTest {
 
 TEST_F(DamageTest, EveryChangedByteIsRefused) {
   Image image = MakeImage();
-  ASSERT_TRUE(image.Open().ok());
+  ASSERT_TRUE(image.Open().Ok());
   for (size_t i = 0; i < image.bytes.size(); ++i) {
     const uint8_t good = image.bytes[i];
     for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
       image.bytes[i] = static_cast<uint8_t>(good ^ change);
-      EXPECT_FALSE(image.Open().ok()) << "byte " << i;
+      EXPECT_FALSE(image.Open().Ok()) << "byte " << i;
       EXPECT_TRUE(image.HoldsInFuzzTarget());
     }
     image.bytes[i] = good;
@@ -71,12 +71,12 @@ TEST_F(DamageTest, EveryOtherLengthOfTheFileIsRefused) {
   const Image good = MakeImage();
   for (Image image = good; !image.bytes.empty();) {
     image.bytes.pop_back();
-    EXPECT_FALSE(image.Open().ok()) << "cut to " << image.bytes.size();
+    EXPECT_FALSE(image.Open().Ok()) << "cut to " << image.bytes.size();
     EXPECT_TRUE(image.HoldsInFuzzTarget());
   }
   Image longer = good;
   longer.bytes.push_back(0);
-  EXPECT_EQ(longer.Open().fault(), Fault::kBadHeader);
+  EXPECT_EQ(longer.Open().GetFault(), Fault::kBadHeader);
 }
 
 TEST_F(DamageTest, ChecksumFaultNamesTheSection) {
@@ -85,8 +85,8 @@ TEST_F(DamageTest, ChecksumFaultNamesTheSection) {
     const auto section = static_cast<Section>(i);
     image.SetContent(section, 0, '\n');  // also a bad line, a bad index, a bad text
     const Status status = image.Open();
-    EXPECT_EQ(status.fault(), Fault::kBadChecksum) << status.message();
-    EXPECT_NE(status.message().find(SectionTag(section)), std::string::npos) << status.message();
+    EXPECT_EQ(status.GetFault(), Fault::kBadChecksum) << status.Message();
+    EXPECT_NE(status.Message().find(SectionTag(section)), std::string::npos) << status.Message();
   }
 }
 
@@ -157,9 +157,9 @@ TEST_F(DamageTest, HostileFilesAreRefusedAndTheFaultNamed) {
     row.spoil(image);
     RepairChecksums(&image.bytes);
     const Status status = image.Open();
-    EXPECT_EQ(status.fault(), row.fault) << row.name << ": " << status.message();
-    EXPECT_NE(status.message().find(row.message), std::string::npos)
-        << row.name << ": " << status.message();
+    EXPECT_EQ(status.GetFault(), row.fault) << row.name << ": " << status.Message();
+    EXPECT_NE(status.Message().find(row.message), std::string::npos)
+        << row.name << ": " << status.Message();
   }
 }
 
@@ -167,7 +167,7 @@ TEST_F(DamageTest, LineOver16MiBIsRefusedByItsIndexEntry) {
   Image image = MakeImage({std::string(9 << 20, 'a'), std::string(9 << 20, 'b')});
   image.SetIndexEntry(1, 18 << 20);
   RepairChecksums(&image.bytes);
-  EXPECT_EQ(image.Open().fault(), Fault::kBadIndex);
+  EXPECT_EQ(image.Open().GetFault(), Fault::kBadIndex);
 }
 
 // The data are checked in chunks of 256 KiB; a command must not slip through between two.
@@ -175,18 +175,18 @@ TEST_F(DamageTest, CommandAndLineEndAreSeenAroundTheEndsOfChunks) {
   constexpr size_t kChunk = size_t{256} * 1024;
   for (size_t begin = kChunk - 3; begin <= kChunk + 2; ++begin) {
     Image image = MakeImage({std::string(begin, 'a'), "X", "X1", "F", "2"});
-    ASSERT_TRUE(image.Open().ok());
+    ASSERT_TRUE(image.Open().Ok());
     Image command = image;
     command.SetContent(Section::kData, begin + 1, 'F');
     RepairChecksums(&command.bytes);
-    EXPECT_NE(command.Open().message().find("data line 3 begins with 'F1'"), std::string::npos)
-        << begin << command.Open().message();
+    EXPECT_NE(command.Open().Message().find("data line 3 begins with 'F1'"), std::string::npos)
+        << begin << command.Open().Message();
     image.SetContent(Section::kData, begin + 3, '\r');
     RepairChecksums(&image.bytes);
-    EXPECT_NE(image.Open().message().find("data line 4: "), std::string::npos)
-        << begin << image.Open().message();
+    EXPECT_NE(image.Open().Message().find("data line 4: "), std::string::npos)
+        << begin << image.Open().Message();
   }
 }
 
 }  // namespace
-}  // namespace nuvfile
+}  // namespace NuvFile

@@ -9,7 +9,7 @@
 
 #include "header.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Sets the checksum of every section that lies inside `bytes`, and that of the header.
 inline void RepairChecksums(std::vector<uint8_t>* bytes) {
@@ -26,6 +26,6 @@ inline void RepairChecksums(std::vector<uint8_t>* bytes) {
   StoreU32(bytes->data() + kHeaderChecksumOffset, HeaderChecksum(header));
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // TESTS_NUVFILE_REPAIR_CHECKSUMS_H_

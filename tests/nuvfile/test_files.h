@@ -13,7 +13,7 @@
 #include "nuvfile/print_file.h"
 #include "nuvfile/print_file_writer.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // A test with a folder of its own, which is removed at the end.
 class FolderTest : public testing::Test {
@@ -55,11 +55,11 @@ class FolderTest : public testing::Test {
 
 inline PrintFileContents SampleContents() {
   PrintFileContents contents;
-  contents.machine_id = "3DPSNKG43WTW00001";
-  contents.project_id = "project-7";
-  contents.material_id = "resin grey";
+  contents.machineId = "3DPSNKG43WTW00001";
+  contents.projectId = "project-7";
+  contents.materialId = "resin grey";
   contents.arguments = {{"job_name", "crown=left"}, {"layer_thickness_mm", "0.05"}};
-  contents.aes_key = {0, 1, 2, 3, 254, 255};
+  contents.aesKey = {0, 1, 2, 3, 254, 255};
   contents.l101 = {'a', 0, 'b'};
   contents.l102 = {'c'};
   contents.l103 = {'d', 'e'};
@@ -74,7 +74,7 @@ inline std::vector<std::string> SampleLines() {
 inline std::vector<uint8_t> ReadBytes(const std::string& path) {
   std::vector<uint8_t> bytes;
   const Status status = ReadWholeFile(path, uint64_t{1} << 30, &bytes);
-  EXPECT_TRUE(status.ok()) << status.message();
+  EXPECT_TRUE(status.Ok()) << status.Message();
   return bytes;
 }
 
@@ -85,12 +85,12 @@ inline std::string LineText(PrintFile& file, uint64_t index) {
   size_t length = 0;
   const Status status =
       file.ReadLine(index, reinterpret_cast<uint8_t*>(text.data()), text.size(), &length);
-  if (!status.ok()) return "failed: " + status.message();
+  if (!status.Ok()) return "failed: " + status.Message();
   if (length > text.size()) return "long: " + std::to_string(length);
   text.resize(length);
   return text;
 }
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // TESTS_NUVFILE_TEST_FILES_H_

@@ -4,7 +4,7 @@
 
 #include "test_files.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 class ToolTest : public FolderTest {
@@ -72,7 +72,7 @@ TEST_F(ToolTest, ExitCodesTellUsageFromDamageFromTheDisk) {
   const std::string create = "create --machine-id 3DPSNKG23WTW00001 ";
   const struct {
     std::string arguments;
-    int exit_code;
+    int exitCode;
     const char* output;
   } rows[] = {
       {"--help", 0, "Examples:"},
@@ -96,11 +96,11 @@ TEST_F(ToolTest, ExitCodesTellUsageFromDamageFromTheDisk) {
       {"verify missing.nuv", 3, "Check the path"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(Run(row.arguments), row.exit_code) << row.arguments << "\n" << Output();
+    EXPECT_EQ(Run(row.arguments), row.exitCode) << row.arguments << "\n" << Output();
     EXPECT_NE(Output().find(row.output), std::string::npos) << row.arguments << "\n" << Output();
   }
   EXPECT_FALSE(std::filesystem::exists(Path("out.nuv")));
 }
 
 }  // namespace
-}  // namespace nuvfile
+}  // namespace NuvFile

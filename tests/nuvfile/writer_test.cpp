@@ -7,7 +7,7 @@
 #include "output_file.h"
 #include "test_files.h"
 
-namespace nuvfile {
+namespace NuvFile {
 namespace {
 
 class WriterTest : public FolderTest {
@@ -16,8 +16,8 @@ class WriterTest : public FolderTest {
                                           const std::vector<std::string>& lines) {
     std::unique_ptr<PrintFile> file;
     Status status = WritePrintFile(Path("a.nuv"), contents, LinesOf(lines));
-    if (status.ok()) status = PrintFile::Open(Path("a.nuv"), &file);
-    EXPECT_TRUE(status.ok()) << status.message();
+    if (status.Ok()) status = PrintFile::Open(Path("a.nuv"), &file);
+    EXPECT_TRUE(status.Ok()) << status.Message();
     return file;
   }
 };
@@ -34,13 +34,13 @@ TEST_F(WriterTest, ArgumentsTellTheLayers) {
   };
   for (const auto& row : kRows) {
     PrintFileContents contents;  // without any record
-    contents.machine_id = "3DPSNKG23WTW00001";
+    contents.machineId = "3DPSNKG23WTW00001";
     contents.arguments = row.given;
     const auto file = WriteAndOpen(contents, row.lines);
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->arguments_text(), row.text);
-    EXPECT_EQ(file->line_count(), row.lines.size());
-    EXPECT_EQ(file->model_bytes(), row.lines.size());
+    EXPECT_EQ(file->ArgumentsText(), row.text);
+    EXPECT_EQ(file->LineCount(), row.lines.size());
+    EXPECT_EQ(file->ModelBytes(), row.lines.size());
   }
 }
 
@@ -64,9 +64,9 @@ TEST_F(WriterTest, SampleFileIsTheOneOfTheFormat) {
   EXPECT_EQ(ReadBytes(Path("a.nuv")), sample);
   std::unique_ptr<PrintFile> file;
   const Status status = PrintFile::Open(std::make_unique<MemorySource>(sample), &file);
-  ASSERT_TRUE(status.ok()) << status.message();
-  EXPECT_EQ(file->model_bytes(), 42U);
-  ASSERT_EQ(file->line_count(), SampleLines().size());
+  ASSERT_TRUE(status.Ok()) << status.Message();
+  EXPECT_EQ(file->ModelBytes(), 42U);
+  ASSERT_EQ(file->LineCount(), SampleLines().size());
   for (size_t i = 0; i < SampleLines().size(); ++i) EXPECT_EQ(LineText(*file, i), SampleLines()[i]);
 }
 
@@ -99,11 +99,11 @@ const struct {
   Fault fault;
   const char* message;  // a part of it
 } kRefusedRows[] = {
-    {"short machine ID", [](Contents& c, Lines&) { c.machine_id.pop_back(); }, Fault::kBadText,
+    {"short machine ID", [](Contents& c, Lines&) { c.machineId.pop_back(); }, Fault::kBadText,
      "(16 bytes)"},
-    {"long project ID", [](Contents& c, Lines&) { c.project_id.assign(256, 'p'); }, Fault::kBadText,
+    {"long project ID", [](Contents& c, Lines&) { c.projectId.assign(256, 'p'); }, Fault::kBadText,
      "project ID: expected at most 255 bytes, found 256"},
-    {"tab in the material ID", [](Contents& c, Lines&) { c.material_id = "a\tb"; }, Fault::kBadText,
+    {"tab in the material ID", [](Contents& c, Lines&) { c.materialId = "a\tb"; }, Fault::kBadText,
      "found 'a?b'"},
     {"not a number", Arguments({{"resin_ml", "12,5"}}), Fault::kBadText, "argument resin_ml"},
     {"infinite", Arguments({{"exposure_s", "inf"}}), Fault::kBadText, "argument exposure_s"},
@@ -117,7 +117,7 @@ const struct {
     {"twice", Arguments({{"a", "1"}, {"a", "1"}}), Fault::kBadText, "more than once"},
     {"name", Arguments({{"a b", "1"}}), Fault::kBadText, "argument name 'a b'"},
     {"LF in a value", Arguments({{"a", "1\nb=2"}}), Fault::kBadText, "control characters"},
-    {"key", [](Contents& c, Lines&) { c.aes_key.resize(4097); }, Fault::kTooLarge,
+    {"key", [](Contents& c, Lines&) { c.aesKey.resize(4097); }, Fault::kTooLarge,
      "key: expected at most 4096 bytes"},
     {"command", Line(2, "F104 S2"), Fault::kBadLine, "data line 3 begins with 'F1'"},
     {"CR", Line(1, "a\rb"), Fault::kBadLine, "data line 2"},
@@ -133,9 +133,9 @@ TEST_F(WriterTest, RefusedContentLeavesTheOlderFileAndNothingElse) {
     std::vector<std::string> lines = SampleLines();
     row.spoil(contents, lines);
     const Status status = WritePrintFile(Path("a.nuv"), contents, LinesOf(lines));
-    EXPECT_EQ(status.fault(), row.fault) << row.name << ": " << status.message();
-    EXPECT_NE(status.message().find(row.message), std::string::npos)
-        << row.name << ": " << status.message();
+    EXPECT_EQ(status.GetFault(), row.fault) << row.name << ": " << status.Message();
+    EXPECT_NE(status.Message().find(row.message), std::string::npos)
+        << row.name << ": " << status.Message();
     EXPECT_EQ(FileNames(), std::vector<std::string>{"a.nuv"}) << row.name;
     EXPECT_EQ(ReadBytes(Path("a.nuv")).size(), 5u) << row.name;
   }
@@ -150,13 +150,13 @@ TEST_F(WriterTest, LineOfExactly16MiBIsWrittenAndRead) {
 
 TEST_F(WriterTest, SystemFaultsAreTold) {
   std::unique_ptr<PrintFile> file;
-  EXPECT_EQ(PrintFile::Open(Path("missing.nuv"), &file).fault(), Fault::kCannotOpen);
-  EXPECT_FALSE(PrintFile::Open(Path("."), &file).ok());
+  EXPECT_EQ(PrintFile::Open(Path("missing.nuv"), &file).GetFault(), Fault::kCannotOpen);
+  EXPECT_FALSE(PrintFile::Open(Path("."), &file).Ok());
   const std::vector<std::string> lines = SampleLines();
-  EXPECT_EQ(WritePrintFile(Path("no/such/folder"), SampleContents(), LinesOf(lines)).fault(),
+  EXPECT_EQ(WritePrintFile(Path("no/such/folder"), SampleContents(), LinesOf(lines)).GetFault(),
             Fault::kCannotOpen);
   std::filesystem::create_directory(Path("taken"));
-  EXPECT_EQ(WritePrintFile(Path("taken"), SampleContents(), LinesOf(lines)).fault(),
+  EXPECT_EQ(WritePrintFile(Path("taken"), SampleContents(), LinesOf(lines)).GetFault(),
             Fault::kWriteFailed);
   EXPECT_EQ(FileNames(), std::vector<std::string>{"taken"});
 }
@@ -166,15 +166,15 @@ TEST_F(WriterTest, FullDiskIsToldHoweverLateItShows) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   std::filesystem::create_symlink("/dev/full", Path("a.nuv.partial"));
   OutputFile file;
-  ASSERT_TRUE(file.Create(Path("a.nuv.partial")).ok());
-  ASSERT_TRUE(file.Append("a", 1).ok()) << "buffered";
-  EXPECT_EQ(file.RenameTo(Path("a.nuv")).fault(), Fault::kWriteFailed);
+  ASSERT_TRUE(file.Create(Path("a.nuv.partial")).Ok());
+  ASSERT_TRUE(file.Append("a", 1).Ok()) << "buffered";
+  EXPECT_EQ(file.RenameTo(Path("a.nuv")).GetFault(), Fault::kWriteFailed);
   EXPECT_FALSE(std::filesystem::exists(Path("a.nuv")));
 
   OutputFile other;
-  ASSERT_TRUE(other.Create(Path("a.nuv.partial")).ok());
-  ASSERT_TRUE(other.Append("a", 1).ok());
-  EXPECT_EQ(other.WriteAtStart("b", 1).fault(), Fault::kWriteFailed);
+  ASSERT_TRUE(other.Create(Path("a.nuv.partial")).Ok());
+  ASSERT_TRUE(other.Append("a", 1).Ok());
+  EXPECT_EQ(other.WriteAtStart("b", 1).GetFault(), Fault::kWriteFailed);
 }
 
 TEST_F(WriterTest, TextIsSplitIntoLines) {
@@ -197,15 +197,15 @@ TEST_F(WriterTest, TextIsSplitIntoLines) {
   };
   for (const auto& row : kRows) {
     std::unique_ptr<TextLines> lines;
-    ASSERT_TRUE(TextLines::Open(WriteText("lines.txt", row.text), &lines).ok());
+    ASSERT_TRUE(TextLines::Open(WriteText("lines.txt", row.text), &lines).Ok());
     std::vector<std::string> read;
     std::string_view line;
     Status status;
     while (lines->Next(&line, &status)) read.emplace_back(line);
     EXPECT_TRUE(read == row.lines) << row.text.substr(0, 20);
-    EXPECT_EQ(status.fault(), row.fault) << status.message();
+    EXPECT_EQ(status.GetFault(), row.fault) << status.Message();
   }
 }
 
 }  // namespace
-}  // namespace nuvfile
+}  // namespace NuvFile

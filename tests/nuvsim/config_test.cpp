@@ -12,7 +12,7 @@
 #include "fixture.h"
 #include "nuvsim/json_object.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using testing::HasSubstr;
@@ -129,4 +129,4 @@ TEST(ConfigTest, UnreadableFileIsRefused) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

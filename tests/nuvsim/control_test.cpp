@@ -11,7 +11,7 @@
 #include "nuvsim/control/language.h"
 #include "nuvsim/control/server.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using nlohmann::json;
@@ -110,4 +110,4 @@ TEST(ControlServerTest, AnswersLineByLineUntilToldToQuit) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -7,7 +7,7 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using testing::ElementsAre;
@@ -149,4 +149,4 @@ TEST(FaultTextTest, WhatIsNoFaultIsRefused) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -5,25 +5,25 @@
 #include <asio/read_until.hpp>
 #include <asio/write.hpp>
 
-namespace nuvsim {
+namespace NuvSim {
 
 using asio::ip::tcp;
 
-std::string JobRequest(std::uint64_t bytes, int layers) {
+std::string JobRequest(uint64_t bytes, int layers) {
   return "F103 S" + std::to_string(bytes) + " L" + std::to_string(layers) +
          " T0.05 R10 V12.5 C4 E30 H5 Y1 U2 P80\r\n";
 }
 
-RawClient::RawClient(std::uint16_t port) : socket_(io_) {
+RawClient::RawClient(uint16_t port) : socket_(io_) {
   socket_.connect(tcp::endpoint(asio::ip::address_v4::loopback(), port));
 }
 
 void RawClient::Send(const std::string& bytes) { asio::write(socket_, asio::buffer(bytes)); }
 
 std::string RawClient::ReadLine() {
-  std::size_t length = 0;
+  size_t length = 0;
   asio::async_read_until(socket_, asio::dynamic_buffer(received_), "\r\n",
-                         [&length](const asio::error_code& error, std::size_t end) {
+                         [&length](const asio::error_code& error, size_t end) {
                            if (!error) length = end;
                          });
   RunPatiently(io_, socket_);
@@ -42,7 +42,7 @@ std::string RawClient::Ask(const std::string& command) {
 std::string RawClient::ReadToEnd(const std::string& sent) {
   std::string ending = " (open)";
   asio::async_read(socket_, asio::dynamic_buffer(received_),
-                   [&ending](const asio::error_code& error, std::size_t) {
+                   [&ending](const asio::error_code& error, size_t) {
                      if (error == asio::error::eof) ending = " (closed)";
                      if (error == asio::error::connection_reset) ending = " (reset)";
                    });
@@ -52,7 +52,7 @@ std::string RawClient::ReadToEnd(const std::string& sent) {
 }
 
 Bench::Bench(const std::function<void(PrinterConfig&)>& change)
-    : nowMs_(std::make_shared<std::atomic<std::int64_t>>(0)) {
+    : nowMs_(std::make_shared<std::atomic<int64_t>>(0)) {
   PrinterConfig printer = LoopbackPrinter();
   change(printer);
   SimulatorConfig config;
@@ -70,4 +70,4 @@ void Bench::Pass(std::chrono::milliseconds time) {
   sim->ClockChanged();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -15,7 +15,7 @@
 
 #include "nuvsim/simulator.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Long enough that only a defect can exceed it.
 constexpr std::chrono::milliseconds kPatience{20000};
@@ -34,12 +34,12 @@ bool RunPatiently(asio::io_context& io, Socket& socket) {
 }
 
 // An opening request for a job of so many bytes and layers, with its line end.
-std::string JobRequest(std::uint64_t bytes, int layers = 4);
+std::string JobRequest(uint64_t bytes, int layers = 4);
 
 // A TCP client that sends and reads bytes as they are. Reads end at kPatience at the latest.
 class RawClient {
  public:
-  explicit RawClient(std::uint16_t port);
+  explicit RawClient(uint16_t port);
 
   void Send(const std::string& bytes);
   // The next line without its line end; what there is when the connection ends or time is up.
@@ -58,7 +58,7 @@ class RawClient {
 };
 
 // 21 November 2026 at 10:30, in seconds since the epoch.
-constexpr std::int64_t kBenchStart = 1795257000;
+constexpr int64_t kBenchStart = 1795257000;
 
 // The simulator of one printer with a clock that stands still until it is put forward; it begins at
 // kBenchStart.
@@ -75,9 +75,9 @@ class Bench {
   std::unique_ptr<Simulator> sim;
 
  private:
-  std::shared_ptr<std::atomic<std::int64_t>> nowMs_;
+  std::shared_ptr<std::atomic<int64_t>> nowMs_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_TEST_FIXTURE_H_

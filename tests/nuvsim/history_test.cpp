@@ -7,7 +7,7 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using std::chrono::seconds;
@@ -50,7 +50,7 @@ TEST(HistoryTest, TellsWhatWasAnnouncedAndHowTheJobEnded) {
 
 TEST(CalendarTest, TellsTheUtcTime) {
   struct Row {
-    std::int64_t sinceEpoch;
+    int64_t sinceEpoch;
     const char* text;
   };
   for (const Row& row : {Row{0, "19700101T000000"}, Row{1798720496, "20261231T123456"},
@@ -66,4 +66,4 @@ TEST(CalendarTest, TellsTheUtcTime) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -8,7 +8,7 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using std::chrono::milliseconds;
@@ -100,4 +100,4 @@ TEST(BufferTest, LosesWhatDoesNotFit) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

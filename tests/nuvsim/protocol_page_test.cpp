@@ -7,15 +7,15 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-namespace page = protocol_page;
+namespace Page = ProtocolPage;
 
 // The models of the page, and what it says of all others.
-std::vector<page::Row> Models() {
-  std::vector<page::Row> models = page::Models();
-  page::Row other = models.back();
+std::vector<Page::Row> Models() {
+  std::vector<Page::Row> models = Page::Models();
+  Page::Row other = models.back();
   for (auto& [head, cell] : other.cells) cell = head == "dental" ? "" : "x";
   other.cells["Model"] = "`a model of its own`";
   models.push_back(other);
@@ -23,7 +23,7 @@ std::vector<page::Row> Models() {
 }
 
 // The page's reply as a printer of this model gives it on this machine.
-std::string AsHere(const std::string& reply, const page::Row& model) {
+std::string AsHere(const std::string& reply, const Page::Row& model) {
   const std::regex name("M:Zafel Superfine"), address("192\\.168\\.1\\.[15]");
   return std::regex_replace(std::regex_replace(reply, name, "M:" + NameOf(model)), address,
                             "127.0.0.1");
@@ -38,35 +38,35 @@ std::string Payload(int code) {
 }
 
 // Asks what the page shows of this state, from top to bottom.
-void Converse(Bench& bench, RawClient& client, const page::Row& model, const std::string& state) {
-  static const std::vector<page::Row> rows = page::Rows("Code");
+void Converse(Bench& bench, RawClient& client, const Page::Row& model, const std::string& state) {
+  static const std::vector<Page::Row> kRows = Page::Rows("Code");
   std::set<std::string> answered;
-  for (const page::Row& row : rows) {
-    if (page::Means(row["Models"], model)) answered.insert(page::Quoted(row["Request"]).at(0));
+  for (const Page::Row& row : kRows) {
+    if (Page::Means(row["Models"], model)) answered.insert(Page::Quoted(row["Request"]).at(0));
   }
-  for (const page::Row& row : rows) {
-    const std::string request = page::Quoted(row["Request"]).at(0);
-    const bool isMeant = page::Means(row["Models"], model);
+  for (const Page::Row& row : kRows) {
+    const std::string request = Page::Quoted(row["Request"]).at(0);
+    const bool isMeant = Page::Means(row["Models"], model);
     if (row["Request"] != "`" + request + "`" + state) continue;
     if (!isMeant && answered.count(request) == 1) continue;  // another row has its answer
     if (state.empty()) bench.sim->SetIdle(0);
     client.Send(request + "\r\n");
     const std::vector<std::string> refusal = {request.substr(0, 4) + " NG"};
-    for (const std::string& reply : isMeant ? page::Quoted(row["Reply"]) : refusal) {
+    for (const std::string& reply : isMeant ? Page::Quoted(row["Reply"]) : refusal) {
       EXPECT_EQ(client.ReadLine(), AsHere(reply, model))
           << row.Where() << NameOf(model) << " was asked " << request;
     }
-    if (isMeant) client.Send(Payload(page::Codes(row["Code"]).at(0)));
+    if (isMeant) client.Send(Payload(Page::Codes(row["Code"]).at(0)));
   }
 }
 
 TEST(ProtocolPageTest, EachModelAnswersAsItSays) {
   constexpr std::chrono::seconds kHalfOfThePrint(300 * 9 / 2);
   std::string opening;
-  for (const page::Row& row : page::Rows("Code")) {
-    if (row["Code"] == "103") opening = page::Quoted(row["Request"]).at(0);
+  for (const Page::Row& row : Page::Rows("Code")) {
+    if (row["Code"] == "103") opening = Page::Quoted(row["Request"]).at(0);
   }
-  for (const page::Row& model : Models()) {
+  for (const Page::Row& model : Models()) {
     Bench bench([&model](PrinterConfig& printer) {
       printer.model = NameOf(model);
       printer.name = "Lab one";
@@ -86,4 +86,4 @@ TEST(ProtocolPageTest, EachModelAnswersAsItSays) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -8,7 +8,7 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr const char* kAny = "a model of its own";
@@ -149,4 +149,4 @@ TEST(AnotherFormTest, IsRefusedAndChangesNothing) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

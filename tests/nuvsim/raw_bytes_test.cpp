@@ -11,7 +11,7 @@
 #include "fixture.h"
 #include "nuvsim/control/language.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using std::chrono::milliseconds;
@@ -30,7 +30,7 @@ std::string Frame(const std::string& name, const std::string& payload) {
 }
 
 // Bytes with everything in them that could be taken for a line, a command or a frame.
-std::string Image(std::size_t size) {
+std::string Image(size_t size) {
   const std::string pattern = std::string("\0\r\nF102\r\nL105\xff\n", 15);
   std::string image;
   while (image.size() < size) image += pattern + std::to_string(image.size());
@@ -38,15 +38,15 @@ std::string Image(std::size_t size) {
   return image;
 }
 
-std::string InFrames(const std::string& image, std::size_t payload = 10232) {
+std::string InFrames(const std::string& image, size_t payload = 10232) {
   std::string frames;
-  for (std::size_t i = 0; i < image.size(); i += payload) {
+  for (size_t i = 0; i < image.size(); i += payload) {
     frames += Frame("L105", image.substr(i, payload));
   }
   return frames;
 }
 
-std::string OpenBoardJob(std::uint64_t bytes) {
+std::string OpenBoardJob(uint64_t bytes) {
   std::string request = JobRequest(bytes);
   request.replace(0, 4, "F500");
   return request.insert(request.size() - 2, " N<part = 1: one.nuv>");
@@ -135,12 +135,12 @@ std::vector<WireRow> WireRows() {
 // In one piece and byte by byte.
 TEST(WireTest, KeepsWhatIsNoLineApart) {
   for (const WireRow& row : WireRows()) {
-    for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1}}) {
+    for (const size_t piece : {size_t{1} << 20, size_t{1}}) {
       if (piece == 1 && row.sent.size() > 12000) continue;
       SCOPED_TRACE(row.what + std::string(piece == 1 ? ", byte by byte" : ""));
       Bench bench = MakeBench(row.model);
       const auto client = bench.Connect();
-      for (std::size_t i = 0; i < row.sent.size(); i += piece) {
+      for (size_t i = 0; i < row.sent.size(); i += piece) {
         client->Send(row.sent.substr(i, piece));
       }
       std::string answers;
@@ -243,4 +243,4 @@ TEST(IncompleteTest, EndsAfterASecondOfSilenceAndWithTheConnection) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -7,7 +7,7 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using testing::ElementsAre;
@@ -68,4 +68,4 @@ TEST(StartTest, FailsOnATakenPort) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -10,13 +10,13 @@
 #include "fixture.h"
 #include "usbip_client.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using testing::ElementsAre;
 
-constexpr std::int32_t kStalled = -32;
-constexpr std::int32_t kUnlinked = -104;
+constexpr int kStalled = -32;
+constexpr int kUnlinked = -104;
 
 // One simulated printer on its bus, and a host that has it.
 class UsbTest : public testing::Test {
@@ -51,10 +51,10 @@ class UsbTest : public testing::Test {
   }
 
   // The data of so many reads, posted one after the other.
-  std::vector<std::string> ReadAll(std::size_t count, std::uint32_t length) {
+  std::vector<std::string> ReadAll(size_t count, uint32_t length) {
     std::vector<std::string> data;
-    for (std::size_t i = 0; i < count; ++i) host->Read(length);
-    for (std::size_t i = 0; i < count; ++i) data.push_back(host->Next().data);
+    for (size_t i = 0; i < count; ++i) host->Read(length);
+    for (size_t i = 0; i < count; ++i) data.push_back(host->Next().data);
     return data;
   }
 
@@ -121,7 +121,7 @@ const ControlRow kControls[] = {
 TEST_F(UsbTest, ControlTransfersAreAnswered) {
   for (const ControlRow& row : kControls) {
     SCOPED_TRACE(row.what);
-    const std::uint32_t sequence = host->Control(row.setup);
+    const uint32_t sequence = host->Control(row.setup);
     const UsbipReply reply = host->Next();
     EXPECT_EQ(reply.sequence, sequence);
     EXPECT_EQ(reply.status, row.data == nullptr ? kStalled : 0);
@@ -132,7 +132,7 @@ TEST_F(UsbTest, ControlTransfersAreAnswered) {
 TEST_F(UsbTest, AnswersEndReadAfterRead) {
   const struct {
     const char* fault;
-    std::uint32_t length;  // of each read
+    uint32_t length;  // of each read
     std::vector<std::string> data;
   } kRows[] = {
       {"", 1024, {"F102 OK S:0\r\n"}},
@@ -155,8 +155,8 @@ TEST_F(UsbTest, AnswersEndReadAfterRead) {
 }
 
 TEST_F(UsbTest, ReadsWaitForAnswersInTheirOrder) {
-  const std::uint32_t first = host->Read();
-  const std::uint32_t second = host->Read();
+  const uint32_t first = host->Read();
+  const uint32_t second = host->Read();
   Give("F102\r\nF157\r\n");
   const UsbipReply status = host->Next();
   EXPECT_EQ(status.sequence, first);
@@ -167,8 +167,8 @@ TEST_F(UsbTest, ReadsWaitForAnswersInTheirOrder) {
 }
 
 TEST_F(UsbTest, UnlinkedReadTakesNoAnswer) {
-  const std::uint32_t read = host->Read();
-  const std::uint32_t unlink = host->Unlink(read);
+  const uint32_t read = host->Read();
+  const uint32_t unlink = host->Unlink(read);
   const UsbipReply unlinked = host->Next();
   EXPECT_EQ(unlinked.command, 4u);
   EXPECT_EQ(unlinked.sequence, unlink);
@@ -181,8 +181,8 @@ TEST_F(UsbTest, UnlinkedReadTakesNoAnswer) {
 TEST_F(UsbTest, NakHoldsWhatIsSentUntilCleared) {
   sim->InjectFault(0, ParseFault("nak,skip=1"));
   EXPECT_EQ(host->Ask("F102"), "F102 OK S:0");
-  const std::uint32_t given = host->Write("F105\r\n");
-  const std::uint32_t first = host->Write("F1");
+  const uint32_t given = host->Write("F105\r\n");
+  const uint32_t first = host->Write("F1");
   host->Write("57\r\n");
   host->Unlink(given);
   EXPECT_EQ(host->Next().status, kUnlinked);
@@ -196,12 +196,12 @@ TEST_F(UsbTest, NakHoldsWhatIsSentUntilCleared) {
 
 TEST_F(UsbTest, AStallOutlastsTheTransferThatItCut) {
   sim->InjectFault(0, ParseFault("stall,code=102"));
-  const std::uint32_t cut = host->Write("F102\r\nF157\r\n");
+  const uint32_t cut = host->Write("F102\r\nF157\r\n");
   EXPECT_EQ(ReadAll(1, 1024).front(), "F102 OK S:0\r\n");
   host->Unlink(cut);
   EXPECT_EQ(host->Next().status, kUnlinked);
-  const std::uint32_t next = host->Write("F301\r\n");
-  const std::uint32_t control = host->Control("a101 0000 0000 0100");
+  const uint32_t next = host->Write("F301\r\n");
+  const uint32_t control = host->Control("a101 0000 0000 0100");
   EXPECT_EQ(host->Next().sequence, control);  // would come behind a transfer that is taken
   sim->ClearFaults(0);
   EXPECT_EQ(host->Next().sequence, next);
@@ -256,9 +256,9 @@ TEST_F(UsbTest, AHostThatDoesNotReadIsNotReceivedFromForEver) {
   EXPECT_EQ(sim->Requests().size(), 4u);
 }
 
-std::string Reads(std::uint32_t count) {
+std::string Reads(uint32_t count) {
   std::string bytes;
-  for (std::uint32_t i = 1; i <= count; ++i) bytes += Submit(i, 1, 2, 1024);
+  for (uint32_t i = 1; i <= count; ++i) bytes += Submit(i, 1, 2, 1024);
   return bytes;
 }
 
@@ -294,4 +294,4 @@ TEST_F(UsbTest, HostileHostsAreEndedAndTheNextIsServed) {
 }
 
 }  // namespace
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -6,18 +6,18 @@
 
 #include "fixture.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 using asio::ip::tcp;
 
-std::string Big16(std::uint32_t number) {
+std::string Big16(uint32_t number) {
   return {static_cast<char>(number >> 8 & 0xff), static_cast<char>(number & 0xff)};
 }
 
-std::string Big32(std::uint32_t number) { return Big16(number >> 16) + Big16(number); }
+std::string Big32(uint32_t number) { return Big16(number >> 16) + Big16(number); }
 
-std::uint32_t FromBig(const std::string& bytes) {
-  std::uint32_t number = 0;
+uint32_t FromBig(const std::string& bytes) {
+  uint32_t number = 0;
   for (const char each : bytes) number = number << 8 | static_cast<unsigned char>(each);
   return number;
 }
@@ -44,13 +44,13 @@ std::string ToHex(const std::string& bytes) {
   return digits;
 }
 
-std::string Submit(std::uint32_t sequence, std::uint32_t isIn, std::uint32_t endpoint,
-                   std::uint32_t length, const std::string& setup, std::uint32_t packets) {
+std::string Submit(uint32_t sequence, uint32_t isIn, uint32_t endpoint, uint32_t length,
+                   const std::string& setup, uint32_t packets) {
   return Big32(1) + Big32(sequence) + Big32(0x10002) + Big32(isIn) + Big32(endpoint) + Big32(0) +
          Big32(length) + Big32(0) + Big32(packets) + Big32(0) + setup;
 }
 
-UsbipClient::UsbipClient(std::uint16_t port) : socket_(io_) {
+UsbipClient::UsbipClient(uint16_t port) : socket_(io_) {
   socket_.connect(tcp::endpoint(asio::ip::address_v4::loopback(), port));
 }
 
@@ -59,10 +59,10 @@ void UsbipClient::SendBytes(const std::string& bytes) {
   asio::write(socket_, asio::buffer(bytes), ignored);
 }
 
-std::string UsbipClient::ReadBytes(std::size_t length) {
+std::string UsbipClient::ReadBytes(size_t length) {
   std::string bytes(length, '\0');
-  std::size_t got = 0;
-  asio::async_read(socket_, asio::buffer(bytes), [&](const asio::error_code& error, std::size_t n) {
+  size_t got = 0;
+  asio::async_read(socket_, asio::buffer(bytes), [&](const asio::error_code& error, size_t n) {
     got = n;
     ended_ = error == asio::error::eof || error == asio::error::connection_reset;
   });
@@ -71,42 +71,42 @@ std::string UsbipClient::ReadBytes(std::size_t length) {
   return bytes;
 }
 
-std::uint32_t UsbipClient::Import(const std::string& busId) {
+uint32_t UsbipClient::Import(const std::string& busId) {
   std::string padded = busId;
   padded.resize(32, '\0');
   SendBytes(Big16(0x0111) + Big16(0x8003) + Big32(0) + padded);
   const std::string header = ReadBytes(8);
   EXPECT_EQ(ToHex(header.substr(0, 4)), "01110003");
-  const std::uint32_t status = FromBig(header.substr(4));
+  const uint32_t status = FromBig(header.substr(4));
   if (status == 0) {
     EXPECT_EQ(ReadBytes(312).substr(256, 4), busId + '\0');
   }
   return status;
 }
 
-std::uint32_t UsbipClient::Start(std::uint32_t isIn, std::uint32_t endpoint, std::uint32_t length,
-                                 const std::string& setup, const std::string& data) {
+uint32_t UsbipClient::Start(uint32_t isIn, uint32_t endpoint, uint32_t length,
+                            const std::string& setup, const std::string& data) {
   ++sequence_;
   if (isIn != 0) reads_.insert(sequence_);
   SendBytes(Submit(sequence_, isIn, endpoint, length, setup) + data);
   return sequence_;
 }
 
-std::uint32_t UsbipClient::Control(const std::string& setupHex, std::uint32_t length) {
+uint32_t UsbipClient::Control(const std::string& setupHex, uint32_t length) {
   const std::string setup = FromHex(setupHex);
   const bool isIn = (setup[0] & 0x80) != 0;
   return Start(isIn ? 1 : 0, 0, isIn ? length : 0, setup, "");
 }
 
-std::uint32_t UsbipClient::Write(const std::string& bytes) {
-  return Start(0, 1, static_cast<std::uint32_t>(bytes.size()), std::string(8, '\0'), bytes);
+uint32_t UsbipClient::Write(const std::string& bytes) {
+  return Start(0, 1, static_cast<uint32_t>(bytes.size()), std::string(8, '\0'), bytes);
 }
 
-std::uint32_t UsbipClient::Read(std::uint32_t length) {
+uint32_t UsbipClient::Read(uint32_t length) {
   return Start(1, 2, length, std::string(8, '\0'), "");
 }
 
-std::uint32_t UsbipClient::Unlink(std::uint32_t sequence) {
+uint32_t UsbipClient::Unlink(uint32_t sequence) {
   SendBytes(Big32(2) + Big32(++sequence_) + Big32(0x10002) + Big32(0) + Big32(0) + Big32(sequence) +
             std::string(24, '\0'));
   return sequence_;
@@ -118,7 +118,7 @@ UsbipReply UsbipClient::Next() {
   if (header.size() < 48) return reply;
   reply.command = FromBig(header.substr(0, 4));
   reply.sequence = FromBig(header.substr(4, 4));
-  reply.status = static_cast<std::int32_t>(FromBig(header.substr(20, 4)));
+  reply.status = static_cast<int>(FromBig(header.substr(20, 4)));
   if (reply.command == 3) {
     reply.length = FromBig(header.substr(24, 4));
     if (reads_.count(reply.sequence) > 0) reply.data = ReadBytes(reply.length);
@@ -139,4 +139,4 @@ std::string UsbipClient::Ask(const std::string& command) {
   return line.substr(0, line.find("\r\n"));
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

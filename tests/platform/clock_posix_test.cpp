@@ -58,7 +58,7 @@ TEST_F(ClockTest, AnInterruptOfACallEndsWithIt) {
   call.Raise();
   {
     const Waiter::Call under(waiter, &call);
-    EXPECT_TRUE(waiter.over());
+    EXPECT_TRUE(waiter.Over());
     EXPECT_FALSE(waiter.Until(waiter.In(1), ends[1], Readiness::kOutput));
   }
   EXPECT_TRUE(waiter.Until(waiter.In(1), ends[1], Readiness::kOutput));

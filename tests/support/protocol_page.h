@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace protocol_page {
+namespace ProtocolPage {
 
 using Strings = std::vector<std::string>;
 
@@ -86,6 +86,6 @@ inline bool Means(const std::string& models, const Row& model) {
   return models == "all" || models == NameOf(model) || (!models.empty() && model[models] == "x");
 }
 
-}  // namespace protocol_page
+}  // namespace ProtocolPage
 
 #endif  // NUV_TESTS_PROTOCOL_PAGE_H_

@@ -41,7 +41,7 @@ class VirtualClock final : public Nuv::Platform::Clock {
   using Deadline = Nuv::Platform::Deadline;
 
   explicit VirtualClock(VirtualPeer* peer = nullptr) : peer_(peer) {}
-  void set_peer(VirtualPeer* peer) { peer_ = peer; }
+  void SetPeer(VirtualPeer* peer) { peer_ = peer; }
   int64_t NowMs() const { return now_ / std::chrono::milliseconds(1); }
 
   Deadline Now() const override { return now_; }
@@ -49,8 +49,8 @@ class VirtualClock final : public Nuv::Platform::Clock {
     Pass(now_ + duration, [] { return false; });
   }
   bool WaitFor(std::chrono::milliseconds duration, Nuv::Platform::Interrupt& interrupt) override {
-    Pass(now_ + duration, [&] { return interrupt.raised(); });
-    return interrupt.raised();
+    Pass(now_ + duration, [&] { return interrupt.Raised(); });
+    return interrupt.Raised();
   }
   Nuv::Platform::WaitEnd WaitReady(Nuv::Platform::Handle handle, Nuv::Platform::Readiness readiness,
                                    Deadline deadline,
@@ -59,8 +59,8 @@ class VirtualClock final : public Nuv::Platform::Clock {
     if (peer_ == nullptr) return Clock::WaitReady(handle, readiness, deadline, interrupts);
     bool ready = false;
     Pass(deadline,
-         [&] { return interrupts.raised() || (ready = peer_->IsReady(handle, readiness)); });
-    if (interrupts.raised()) return WaitEnd::kInterrupted;
+         [&] { return interrupts.Raised() || (ready = peer_->IsReady(handle, readiness)); });
+    if (interrupts.Raised()) return WaitEnd::kInterrupted;
     return ready ? WaitEnd::kReady : WaitEnd::kTimeout;
   }
 

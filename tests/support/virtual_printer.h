@@ -29,7 +29,7 @@ class VirtualPrinter final : public VirtualPeer {
 
   VirtualPrinter() { EXPECT_TRUE(server_.listen(QHostAddress::LocalHost)); }
 
-  uint16_t port() const { return server_.serverPort(); }
+  uint16_t Port() const { return server_.serverPort(); }
 
   std::function<Answer(const std::string& request)> answers = [](const auto&) { return Answer{}; };
   bool stuck = false;

@@ -19,7 +19,7 @@ class Peer {
  public:
   Peer() { EXPECT_TRUE(server_.listen(QHostAddress::LocalHost)); }
 
-  uint16_t port() const { return server_.serverPort(); }
+  uint16_t Port() const { return server_.serverPort(); }
 
   // Takes the connection that was made.
   void Accept() {

@@ -51,12 +51,12 @@ TEST(NetworksToSearchTest, LoopbackAddressesAreLeftOut) {
 class SocketLayerTest : public ::testing::Test {
  protected:
   void Start(const std::string& address, bool discovery = false, const std::string& name = "x") {
-    nuvsim::SimulatorConfig config;
+    NuvSim::SimulatorConfig config;
     config.discovery = discovery;
-    config.printers = {nuvsim::LoopbackPrinter()};
+    config.printers = {NuvSim::LoopbackPrinter()};
     config.printers.front().address = address;
     config.printers.front().name = name;
-    simulator = std::make_unique<nuvsim::Simulator>(std::move(config));
+    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
     simulator->Start();
   }
 
@@ -71,7 +71,7 @@ class SocketLayerTest : public ::testing::Test {
     return socket.Send(text.data(), static_cast<int>(text.size()));
   }
 
-  std::unique_ptr<nuvsim::Simulator> simulator;
+  std::unique_ptr<NuvSim::Simulator> simulator;
   TcpClientSocket socket;
 };
 
@@ -86,7 +86,7 @@ TEST_F(SocketLayerTest, TcpExchange) {
   EXPECT_EQ(Send(""), -1);
   EXPECT_EQ(simulator->Totals().requests, 3U);
   // A read gives no more than its block.
-  nuvsim::Fault fault = nuvsim::MakeFault(nuvsim::FaultKind::kAnswer, 102);
+  NuvSim::Fault fault = NuvSim::MakeFault(NuvSim::FaultKind::kAnswer, 102);
   fault.text = std::string(512, 'x') + "rest";
   simulator->InjectFault(0, fault);
   ASSERT_EQ(Send("F102\r\n"), 0);
@@ -99,7 +99,7 @@ TEST_F(SocketLayerTest, TcpEndsAndRefusals) {
   const uint16_t port = simulator->TcpPort();
   EXPECT_EQ(Send("F102\r\n"), -1) << "never opened";
   EXPECT_EQ(Read(9000), "<nothing>");
-  simulator->InjectFault(0, nuvsim::MakeFault(nuvsim::FaultKind::kDrop, 102));
+  simulator->InjectFault(0, NuvSim::MakeFault(NuvSim::FaultKind::kDrop, 102));
   ASSERT_TRUE(socket.Connect("", port));
   ASSERT_EQ(Send("F102\r\n"), 0);
   EXPECT_EQ(Read(9000), "<closed>");
@@ -120,7 +120,7 @@ TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
   TcpClientSocket writer(limits);
   Peer peer;
   for (const char* const pending : {"", "L100 OK\r\n"}) {
-    ASSERT_TRUE(writer.Connect("", peer.port()));
+    ASSERT_TRUE(writer.Connect("", peer.Port()));
     peer.Accept();
     peer.Says(pending);
     const std::string endless(size_t{32} << 20, 'x');
@@ -136,10 +136,10 @@ TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
   std::deque<TcpClientSocket> sockets;
   do {
     sockets.emplace_back(limits);
-  } while (sockets.back().Connect("", peer.port()) && sockets.size() < kMore);
+  } while (sockets.back().Connect("", peer.Port()) && sockets.size() < kMore);
   EXPECT_LT(sockets.size(), kMore);
   EXPECT_FALSE(sockets.back().IsOpen());
-  EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.port()));
+  EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.Port()));
 }
 
 class UdpSearchTest : public SocketLayerTest {
@@ -188,7 +188,7 @@ class UdpSearchTest : public SocketLayerTest {
       UdpSearchSocket local(waiter);
       local.Open();
       local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kFloodWaitMs);
-      return local.replies();
+      return local.Replies();
     });
   }
   // On both networks: what is still on its way when the first is done comes to the second.
@@ -227,7 +227,7 @@ TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {
   EXPECT_EQ(SearchBounds::Longest(3000), std::chrono::seconds(kSeconds));
   EXPECT_EQ(SearchBounds::Longest(4000), std::chrono::seconds(40)) << "ten time limits";
   Start("10.77.1.2", true);
-  simulator->InjectFault(0, nuvsim::ParseFault("burst,count=-1,n=20000"));
+  simulator->InjectFault(0, NuvSim::ParseFault("burst,count=-1,n=20000"));
   HurryingClock hurrying;
   const struct {
     Nuv::Platform::Clock& clock;
@@ -251,7 +251,7 @@ TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {
 TEST_F(UdpSearchTest, LongAnswersEndTheSearchBeforeManyDo) {
   constexpr size_t kNameBytes = 1000;
   Start("10.77.1.2", true, std::string(kNameBytes, 'n'));
-  simulator->InjectFault(0, nuvsim::ParseFault("burst,count=-1,n=20000"));
+  simulator->InjectFault(0, NuvSim::ParseFault("burst,count=-1,n=20000"));
   const size_t bytes = Channel(clock).bytes;
   EXPECT_GT(bytes, SearchBounds::kMostBytes - 2 * kNameBytes);
   EXPECT_LE(bytes, 2 * SearchBounds::kMostBytes);
@@ -259,12 +259,12 @@ TEST_F(UdpSearchTest, LongAnswersEndTheSearchBeforeManyDo) {
 
 TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {
   Start("10.77.1.2", true);
-  simulator->InjectFault(0, nuvsim::ParseFault("duplicate,n=2"));
-  simulator->InjectFault(0, nuvsim::ParseFault("foreign,text=" + std::string(300, '\xE9')));
+  simulator->InjectFault(0, NuvSim::ParseFault("duplicate,n=2"));
+  simulator->InjectFault(0, NuvSim::ParseFault("foreign,text=" + std::string(300, '\xE9')));
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, 0), 1);
-  ASSERT_EQ(search.replies().size(), 4U);
-  EXPECT_EQ(search.replies()[0], std::wstring(255, L'\xE9')) << "a character per byte";
-  EXPECT_EQ(search.replies()[1], search.replies()[3]);
+  ASSERT_EQ(search.Replies().size(), 4U);
+  EXPECT_EQ(search.Replies()[0], std::wstring(255, L'\xE9')) << "a character per byte";
+  EXPECT_EQ(search.Replies()[1], search.Replies()[3]);
   EXPECT_EQ(clock.SleptMs(), 100) << "before it reads";
 }
 
@@ -281,7 +281,7 @@ TEST_F(UdpSearchTest, FailuresAreTold) {
   search.Close();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs), 0);
   search.BroadcastAll(kMessage, kLength, kPort, kWaitMs);
-  EXPECT_TRUE(search.replies().empty());
+  EXPECT_TRUE(search.Replies().empty());
   EXPECT_EQ(clock.SleptMs(), 0);
 }
 

@@ -37,7 +37,7 @@ class Signals {
     over_ = true;
     thread_.join();
   }
-  int sent() const { return sent_; }
+  int Sent() const { return sent_; }
 
  private:
   std::atomic<int> sent_{0};
@@ -50,7 +50,7 @@ TEST(SocketSignalsTest, WaitGoesOnWithTheTimeThatIsLeft) {
   const SocketSystem::Handle silent = SocketSystem::Create(SocketSystem::Kind::kUdp);
   const Signals alarms;
   EXPECT_FALSE(waiter.Until(waiter.In(50), silent, Nuv::Platform::Readiness::kInput));
-  EXPECT_LT(alarms.sent(), Signals::kMost) << "it waited as long as there were signals";
+  EXPECT_LT(alarms.Sent(), Signals::kMost) << "it waited as long as there were signals";
   SocketSystem::Close(silent);
 }
 
@@ -60,7 +60,7 @@ TEST(SocketSignalsTest, WriteIsNotCut) {
   Peer peer;
   TcpClientSocket socket;
   const Signals alarms;
-  ASSERT_TRUE(socket.Connect("", peer.port()));
+  ASSERT_TRUE(socket.Connect("", peer.Port()));
   peer.Accept();
   std::thread reader([&] { EXPECT_EQ(peer.Reads(kBytes).size(), kBytes); });
   EXPECT_EQ(socket.Send(line.data(), static_cast<int>(kBytes)), 0);

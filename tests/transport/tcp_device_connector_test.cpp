@@ -28,9 +28,9 @@ class TcpDeviceConnectorTest : public ::testing::Test {
  protected:
   TcpDeviceConnectorTest() {
     ExpectNoQtWarnings();
-    nuvsim::SimulatorConfig config;
-    config.printers = {nuvsim::LoopbackPrinter(), nuvsim::LoopbackPrinter()};
-    simulator = std::make_unique<nuvsim::Simulator>(std::move(config));
+    NuvSim::SimulatorConfig config;
+    config.printers = {NuvSim::LoopbackPrinter(), NuvSim::LoopbackPrinter()};
+    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
     simulator->Start();
   }
 
@@ -44,13 +44,13 @@ class TcpDeviceConnectorTest : public ::testing::Test {
     const TcpResult sent = Send(request);
     return sent == TcpResult::kOk ? connector.Receive(expected, reply, kReplyTimeoutMs) : sent;
   }
-  void Commits(nuvsim::FaultKind kind, const std::string& text = "") {
-    nuvsim::Fault fault = nuvsim::MakeFault(kind);
+  void Commits(NuvSim::FaultKind kind, const std::string& text = "") {
+    NuvSim::Fault fault = NuvSim::MakeFault(kind);
     if (!text.empty()) fault.text = text;
     simulator->InjectFault(0, fault);
   }
 
-  std::unique_ptr<nuvsim::Simulator> simulator;
+  std::unique_ptr<NuvSim::Simulator> simulator;
   TcpDeviceConnector connector;
   std::string reply;
 };
@@ -92,10 +92,10 @@ TEST_F(TcpDeviceConnectorTest, ExpectedTextDecidesTheResult) {
   ASSERT_TRUE(Connect());
   reply = "before";
   EXPECT_EQ(Ask("F102\r\n", "S:7"), TcpResult::kUnexpected);
-  Commits(nuvsim::FaultKind::kOtherCode, "E35");
+  Commits(NuvSim::FaultKind::kOtherCode, "E35");
   EXPECT_EQ(Ask("F102\r\n", "S:7"), TcpResult::kE35);
   EXPECT_EQ(reply, "before");
-  Commits(nuvsim::FaultKind::kOtherCode, "E35");
+  Commits(NuvSim::FaultKind::kOtherCode, "E35");
   EXPECT_EQ(Ask("F102\r\n", "OK"), TcpResult::kOk);
   EXPECT_EQ(reply, "E35 OK S:0\r\n");
 }
@@ -105,7 +105,7 @@ TEST_F(TcpDeviceConnectorTest, WaitsInWholeSlices) {
   Send("F102\r\n");
   ASSERT_TRUE(simulator->WaitUntil([&] { return simulator->Totals().requests == 1; }, seconds(10)));
   // Even with the reply there: below one slice it does not read.
-  for (const int32_t timeoutMs : {-1, 0, 599}) {
+  for (const int timeoutMs : {-1, 0, 599}) {
     EXPECT_EQ(connector.Receive("", reply, timeoutMs), TcpResult::kNoReply);
   }
   EXPECT_EQ(connector.Receive("", reply, kReplyTimeoutMs), TcpResult::kOk);
@@ -113,7 +113,7 @@ TEST_F(TcpDeviceConnectorTest, WaitsInWholeSlices) {
 }
 
 TEST_F(TcpDeviceConnectorTest, DroppedConnectionEndsTheWaitAtOnce) {
-  for (const auto kind : {nuvsim::FaultKind::kDrop, nuvsim::FaultKind::kReset}) {
+  for (const auto kind : {NuvSim::FaultKind::kDrop, NuvSim::FaultKind::kReset}) {
     ASSERT_TRUE(Connect());
     Commits(kind);
     // Would take ten slices if the loss went unnoticed; the test's own limit would catch a hang.
@@ -154,15 +154,15 @@ class BadPrinterTest : public ::testing::Test {
 
   void Connect(const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter()) {
     connector = std::make_unique<TcpDeviceConnector>(limits, waiter);
-    ASSERT_TRUE(connector->Connect("127.0.0.1", peer.port()));
+    ASSERT_TRUE(connector->Connect("127.0.0.1", peer.Port()));
     peer.Accept();
   }
   // From now on the connector's waits take no time.
   void ConnectInNoTime() {
     limits.stallMs = 30000;
-    clock.set_peer(nullptr);
+    clock.SetPeer(nullptr);
     Connect(inNoTime);
-    clock.set_peer(&nobody);
+    clock.SetPeer(&nobody);
   }
   TcpResult Send(const std::string& text, bool patient = false) {
     return connector->Send(text.data(), static_cast<int64_t>(text.size()), patient);

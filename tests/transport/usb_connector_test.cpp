@@ -77,7 +77,7 @@ struct ScriptedNode final : DeviceCalls, VirtualPeer {
   std::optional<Deadline> Serve(Deadline now) override {
     if (!due && !input.empty()) due = now + std::chrono::milliseconds(input.front().afterMs);
     if (interrupts != nullptr && now >= interruptsAt) interrupts->GiveUp();
-    return interrupts != nullptr && !interrupts->givenUp() ? interruptsAt : due;
+    return interrupts != nullptr && !interrupts->GivenUp() ? interruptsAt : due;
   }
   bool IsReady(Nuv::Platform::Handle fd, Nuv::Platform::Readiness readiness) override {
     if (fd == dead) return true;
@@ -164,7 +164,7 @@ class UsbConnectorTest : public UsbLab {
 
   void SetUp() override {
     UsbLab::SetUp();
-    scripted.set_waiter(waiter);
+    scripted.SetWaiter(waiter);
   }
 
   UsbConnectorLinux connector;

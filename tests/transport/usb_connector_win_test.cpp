@@ -43,7 +43,7 @@ class PipePrinter {
     std::unique_lock<std::mutex> lock(mutex_);
     closing_.wait(lock, [&] { return closed_ >= hosts; });
   }
-  int closed() const {
+  int Closed() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return closed_;
   }
@@ -52,7 +52,7 @@ class PipePrinter {
 
  private:
   void Serve(const Answer& answer, std::string greeting) {
-    wine::DevicePipe pipe;
+    Wine::DevicePipe pipe;
     ready_.set_value();
     std::string request;
     while (!ended_) {
@@ -61,7 +61,7 @@ class PipePrinter {
         ++closed_;
         closing_.notify_all();
       }
-      if (pipe.connected() && !greeting.empty()) pipe.Send(std::exchange(greeting, {}));
+      if (pipe.Connected() && !greeting.empty()) pipe.Send(std::exchange(greeting, {}));
       if (!request.empty()) pipe.Send(answer(request));
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
@@ -81,14 +81,14 @@ class UsbConnectorTest : public ::testing::Test {
  protected:
   void Attach(const std::wstring& id, const std::wstring& serial = L"S1",
               const std::wstring& port = L"USB(1)") {
-    devices.push_back(std::make_unique<wine::RegisteredDevice>(id, serial, L"USB\\" + id, port));
+    devices.push_back(std::make_unique<Wine::RegisteredDevice>(id, serial, L"USB\\" + id, port));
   }
   std::vector<std::wstring> Found() {
     EXPECT_TRUE(connector.SearchDevices());
     std::vector<std::wstring> paths{L"left over"};
     return connector.GetDevicePaths(paths);
   }
-  std::wstring PathOf(size_t device) const { return devices[device]->interfacePath() + L"\\1"; }
+  std::wstring PathOf(size_t device) const { return devices[device]->InterfacePath() + L"\\1"; }
   uint32_t Write(const std::string& text, uint32_t timeoutMs = kWaitMs) {
     return connector.Write(reinterpret_cast<const uint8_t*>(text.data()),
                            static_cast<uint32_t>(text.size()), timeoutMs);
@@ -111,7 +111,7 @@ class UsbConnectorTest : public ::testing::Test {
     ASSERT_TRUE(connector.Open(L"0"));
   }
 
-  std::vector<std::unique_ptr<wine::RegisteredDevice>> devices;
+  std::vector<std::unique_ptr<Wine::RegisteredDevice>> devices;
   UsbConnectorWin connector;
   std::string block;  // of the last read
 };
@@ -132,7 +132,7 @@ TEST_F(UsbConnectorTest, LeavesOtherDevicesOut) {
   Attach(L"VID_11F1&PID_2605");  // not in the table
   Attach(L"VID_11F1&PID_2601");
   devices.push_back(
-      std::make_unique<wine::RegisteredDevice>(L"VID_11F1&PID_2602", L"S1", L""));  // without an ID
+      std::make_unique<Wine::RegisteredDevice>(L"VID_11F1&PID_2602", L"S1", L""));  // without an ID
   EXPECT_THAT(Found(), ElementsAre(PathOf(2)));
 }
 
@@ -171,7 +171,7 @@ TEST_F(UsbConnectorTest, KeepsWhatIsOpenUntilTheNextStands) {
   EXPECT_FALSE(connector.Open(L"99"));
   EXPECT_EQ(connector.Look(), LinkState::kAlive);
   EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n");
-  EXPECT_EQ(printer.closed(), 0);
+  EXPECT_EQ(printer.Closed(), 0);
 }
 
 TEST_F(UsbConnectorTest, ReopensOnlyThePrinterThatWasOpen) {
@@ -234,7 +234,7 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
     connector.Close();
   }
   // One that takes nothing: its end of the pipe exists and is never read.
-  wine::DevicePipe stuck;
+  Wine::DevicePipe stuck;
   ASSERT_TRUE(connector.Open(L"0"));
   EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout);
   EXPECT_EQ(Write(megabyte, kShortMs), kTransferTimeout) << "the first left nothing pending";
@@ -303,11 +303,11 @@ TEST_F(UsbConnectorTest, ReadsNoLongerThanItsCallerWaits) {
   const PipePrinter printer(Echo);
   Open();
   Nuv::Platform::Waiter waiter;
-  connector.set_waiter(waiter);
+  connector.SetWaiter(waiter);
   std::thread impatient([&] { waiter.GiveUp(); });
   EXPECT_EQ(Read(600000), kTransferTimeout);
   impatient.join();
-  connector.set_waiter(Nuv::Platform::SystemWaiter());
+  connector.SetWaiter(Nuv::Platform::SystemWaiter());
   EXPECT_EQ(Exchange("F102\r\n"), "F102\r\n") << "nothing is pending";
 }
 

@@ -57,11 +57,11 @@ class Printer {
 };
 
 void Bridge(Printer& printer, const std::atomic<bool>& pluggedOut) {
-  wine::DevicePipe pipe;
+  Wine::DevicePipe pipe;
   std::string bytes;
   while (!pluggedOut) {
     if (!pipe.Receive(bytes)) printer.Disconnect();
-    if (pipe.connected()) {
+    if (pipe.Connected()) {
       printer.Connect();
       if (!bytes.empty()) printer.Write(bytes);
       const std::string reply = printer.Read();
@@ -80,11 +80,11 @@ int main(int argc, char** argv) {
   }
   try {
     Printer printer(static_cast<unsigned short>(std::atoi(argv[1])));
-    std::vector<std::unique_ptr<wine::RegisteredDevice>> devices;
+    std::vector<std::unique_ptr<Wine::RegisteredDevice>> devices;
     for (int i = 2; i < argc; i += 2) {
       const std::wstring id = Wide(argv[i]);
       devices.push_back(
-          std::make_unique<wine::RegisteredDevice>(id, Wide(argv[i + 1]), L"USB\\" + id));
+          std::make_unique<Wine::RegisteredDevice>(id, Wide(argv[i + 1]), L"USB\\" + id));
     }
     std::atomic<bool> pluggedOut{false};
     std::thread input([&] {

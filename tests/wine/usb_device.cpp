@@ -11,7 +11,7 @@ extern "C" NTSTATUS NTAPI NtCreateSymbolicLinkObject(PHANDLE link, ACCESS_MASK a
                                                      POBJECT_ATTRIBUTES attributes,
                                                      PUNICODE_STRING target);
 
-namespace wine {
+namespace Wine {
 namespace {
 
 constexpr wchar_t kPrinterClass[] = L"{28d78fad-5a12-11d1-ae5b-0000f803a8c2}";
@@ -183,4 +183,4 @@ bool DevicePipe::Send(const std::string& bytes) {
   return GetOverlappedResult(end.pipe, &end.overlapped, &count, TRUE) && count == bytes.size();
 }
 
-}  // namespace wine
+}  // namespace Wine

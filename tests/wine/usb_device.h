@@ -1,6 +1,6 @@
-// A USB printer for Windows programs under Wine, without hardware or driver: the registry says that
-// it is attached, and a named pipe takes the place of its driver. The system's own functions find
-// it and open it, so a program under test runs as it would on Windows.
+// A USB printer for Windows programs under Wine, without hardware or driver: the registry says
+// that it is attached, and a named pipe takes the place of its driver. The system's own functions
+// find it and open it, so a program under test runs as it would on Windows.
 //
 // All devices lead to the one pipe, so one of them can be open at a time.
 #ifndef NUV_TESTS_WINE_USB_DEVICE_H_
@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-namespace wine {
+namespace Wine {
 
 // A device in the registry for as long as the object lives.
 class RegisteredDevice {
@@ -26,7 +26,7 @@ class RegisteredDevice {
   RegisteredDevice& operator=(const RegisteredDevice&) = delete;
 
   // As the system hands it out.
-  const std::wstring& interfacePath() const { return path_; }
+  const std::wstring& InterfacePath() const { return path_; }
 
  private:
   std::wstring instanceKey_;
@@ -53,7 +53,7 @@ class DevicePipe {
   bool Send(const std::string& bytes);
 
   // True while a host has both handles open.
-  bool connected() const { return connected_; }
+  bool Connected() const { return connected_; }
 
  private:
   struct End {
@@ -74,6 +74,6 @@ class DevicePipe {
   bool connected_ = false;
 };
 
-}  // namespace wine
+}  // namespace Wine
 
 #endif  // NUV_TESTS_WINE_USB_DEVICE_H_

@@ -11,7 +11,7 @@
 #include "library.h"
 #include "output.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 // The help names what is needed most first; what is not named here follows.
@@ -70,7 +70,7 @@ void DeclareOptions(CLI::App& app, Options& options) {
   app.add_flag("--debug", options.debug, "Write diagnostics of the connection to standard error");
   CLI::Option* const usb =
       app.add_flag("--usb", choice.usb, "Use the printers on USB instead of those on the network");
-  app.add_option("--timeout", choice.timeout_ms, "Milliseconds that the search for printers waits")
+  app.add_option("--timeout", choice.timeoutMs, "Milliseconds that the search for printers waits")
       ->type_name("MS")
       ->check(Between(1, kMaxTimeoutMs))
       ->capture_default_str();
@@ -168,4 +168,4 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
   }
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -7,7 +7,7 @@
 
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Runs nuvctl with `arguments` (UTF-8, without the program's name) and returns its exit code.
 // Results go to `out`, with --json as exactly one document, errors included; messages for people
@@ -15,6 +15,6 @@ namespace nuvctl {
 int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
                    System& system);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_COMMAND_LINE_H_

@@ -2,7 +2,7 @@
 
 #include "nuvconnect/ResultCodes.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct ResultRow {
@@ -94,4 +94,4 @@ void RequireOneLine(const std::string& text, const std::string& what) {
                      "Give one line of text; in quotes when it holds blanks.");
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

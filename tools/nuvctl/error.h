@@ -9,7 +9,7 @@
 
 #include "output.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Documented in --help and README.md; scripts rely on the numbers.
 enum ExitCode : int {
@@ -26,13 +26,13 @@ enum ExitCode : int {
 // Ends a subcommand. `code` is a stable word for scripts, `message` one sentence without a full
 // stop, `hint` what to do next (may be empty), `shown` what was found out all the same.
 struct CommandError : std::exception {
-  CommandError(std::string code_, ExitCode exit_, std::string message_, std::string hint_,
-               Report shown_ = Report())
-      : code(std::move(code_)),
-        exit(exit_),
-        message(std::move(message_)),
-        hint(std::move(hint_)),
-        shown(std::move(shown_)) {}
+  CommandError(std::string word, ExitCode exitCode, std::string sentence, std::string nextStep,
+               Report found = Report())
+      : code(std::move(word)),
+        exit(exitCode),
+        message(std::move(sentence)),
+        hint(std::move(nextStep)),
+        shown(std::move(found)) {}
 
   const char* what() const noexcept override { return message.c_str(); }
 
@@ -41,8 +41,8 @@ struct CommandError : std::exception {
   std::string message;
   std::string hint;
   Report shown;
-  bool shown_is_result = false;  // `shown` is what was asked for, so it belongs on standard output
-  std::optional<int> result;     // of the library call that failed, if one did
+  bool shownIsResult = false;  // `shown` is what was asked for, so it belongs on standard output
+  std::optional<int> result;   // of the library call that failed, if one did
 };
 
 // The failure of a library call that returned `result` (not 0) while doing `action`, such as
@@ -59,6 +59,6 @@ std::string ReasonOf(int result);
 // inside. `what`: "The nickname"; `text` itself is not told, because it may be a secret.
 void RequireOneLine(const std::string& text, const std::string& what);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_ERROR_H_

@@ -4,7 +4,7 @@
 
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr size_t kGap = 2;
@@ -93,4 +93,4 @@ std::string FormatStamp(const std::string& stamp) {
   return timed ? date + ' ' + part(9) + ':' + part(11) + ':' + part(13) : date;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace nuvctl {
+namespace NuvCtl {
 
 using TableRow = std::vector<std::string>;
 
@@ -32,12 +32,12 @@ std::string FormatDuration(int64_t seconds);
 std::string FormatStamp(const std::string& stamp);
 
 // The name of `number` among `names`, or "unknown (7)": a later firmware may have more.
-template <size_t kCount>
-std::string FormatName(const char* const (&names)[kCount], int number) {
-  if (number >= 0 && static_cast<size_t>(number) < kCount) return names[number];
+template <size_t Count>
+std::string FormatName(const char* const (&names)[Count], int number) {
+  if (number >= 0 && static_cast<size_t>(number) < Count) return names[number];
   return "unknown (" + std::to_string(number) + ")";
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_FORMAT_H_

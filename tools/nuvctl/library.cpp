@@ -4,7 +4,7 @@
 
 #include "error.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct FailedCommand {
@@ -23,8 +23,8 @@ void OnCommandFailed(int result, int code) { g_failed = {result, code}; }
 
 // The command behind `result`, or 0: an earlier failure that was put up with is not its cause.
 int CommandBehind(int result) {
-  const bool by_transaction = g_failed.result < 0 && result == NUV_FAILED;
-  return g_failed.result == result || by_transaction ? g_failed.code : 0;
+  const bool byTransaction = g_failed.result < 0 && result == NUV_FAILED;
+  return g_failed.result == result || byTransaction ? g_failed.code : 0;
 }
 
 }  // namespace
@@ -86,4 +86,4 @@ std::vector<std::string> ReadList(ListQuery query, const std::string& action) {
   }
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

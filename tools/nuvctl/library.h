@@ -7,7 +7,7 @@
 
 #include "nuvconnect/NuvConnect5.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // The started library; one at a time. The connection is closed when it goes.
 class Library {
@@ -66,6 +66,6 @@ class TextList {
 using ListQuery = int (*)(char** list, int* count, int entrySize);
 std::vector<std::string> ReadList(ListQuery query, const std::string& action);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_LIBRARY_H_

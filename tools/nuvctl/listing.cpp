@@ -4,7 +4,7 @@
 
 #include "library.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int kSerialBuffers = 256;
@@ -49,7 +49,7 @@ Listing ListPrinters(const Choice& choice) {
   Listing listing;
   const NuvDeviceKind kind = choice.usb ? NUV_KIND_USB : NUV_KIND_NETWORK;
   listing.result =
-      API_GetDeviceList(kind, serials.Data(), &count, TextList::kLength, choice.timeout_ms);
+      API_GetDeviceList(kind, serials.Data(), &count, TextList::kLength, choice.timeoutMs);
   // After a failure the library's table is an older one, and only the serial numbers are copied.
   const bool complete = listing.result == NUV_OK;
   const int known = complete ? count : std::min(count, kSerialBuffers);
@@ -110,4 +110,4 @@ CommandError Incomplete(const Listing& listing, const Choice& choice) {
   return error;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

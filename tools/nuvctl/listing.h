@@ -9,12 +9,12 @@
 #include "error.h"
 #include "output.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Where printers are looked for, and which of them is meant.
 struct Choice {
   bool usb = false;         // those on USB instead of those on the network
-  int timeout_ms = 3000;    // wait of the network search
+  int timeoutMs = 3000;     // wait of the network search
   std::optional<int> port;  // UDP port of the search; the library's own when not given
   // At most one of these.
   std::optional<std::string> serial;
@@ -54,6 +54,6 @@ Report ListingReport(const Listing& listing);
 // The failure of a listing that ended before it was complete; shows what was reached.
 CommandError Incomplete(const Listing& listing, const Choice& choice);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_LISTING_H_

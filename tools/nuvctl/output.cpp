@@ -5,7 +5,7 @@
 #include "error.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 void WriteDocument(const nlohmann::ordered_json& document, int indent, std::ostream& out) {
@@ -74,7 +74,7 @@ int Output::Finish(const Report& report, int exit) {
 
 int Output::Fail(const CommandError& error) {
   Report report = error.shown;
-  if (!json_ && !error.shown_is_result) report.text.clear();
+  if (!json_ && !error.shownIsResult) report.text.clear();
   nlohmann::ordered_json told = {
       {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
   if (error.result) told["result"] = *error.result;
@@ -82,10 +82,10 @@ int Output::Fail(const CommandError& error) {
   const int exit = Finish(report, error.exit);
   if (json_) return exit;
   err_ << "nuvctl: " << Printable(error.message) << ".\n";
-  if (!error.shown_is_result) err_ << error.shown.text;
+  if (!error.shownIsResult) err_ << error.shown.text;
   if (!error.hint.empty()) err_ << Printable(error.hint) << '\n';
   err_.flush();
   return exit;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -8,7 +8,7 @@
 
 #include "format.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 struct CommandError;
 
@@ -80,6 +80,6 @@ class Output {
   bool streams_ = false;
 };
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_OUTPUT_H_

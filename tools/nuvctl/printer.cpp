@@ -4,7 +4,7 @@
 
 #include "library.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 CommandError Unclear(const Listing& listing, const std::string& message, const std::string& hint) {
@@ -149,14 +149,14 @@ Identity ReadIdentity() {
 
 PrinterState ReadState() {
   PrinterState state;
-  Check(API_GetPrinterStatusWithErrorCode(&state.number, &state.error_number), "Reading the state");
+  Check(API_GetPrinterStatusWithErrorCode(&state.number, &state.errorNumber), "Reading the state");
   return state;
 }
 
 std::optional<PrintProgress> ReadProgress() {
   PrintProgress progress;
   const int result =
-      API_GetPrintingStatus(&progress.layer, &progress.percent, &progress.minutes_left);
+      API_GetPrintingStatus(&progress.layer, &progress.percent, &progress.minutesLeft);
   if (result == NUV_NOT_PRINTING) return std::nullopt;
   Check(result, "Reading the progress of the print");
   int layers = 0;
@@ -174,12 +174,12 @@ nlohmann::ordered_json StateJson(const PrinterState& state,
                                  const std::optional<PrintProgress>& progress) {
   nlohmann::ordered_json json = {{"state", StateName(state.number)},
                                  {"state_number", state.number}};
-  if (state.number == NUV_PRINTER_ERROR) json["error_number"] = state.error_number;
+  if (state.number == NUV_PRINTER_ERROR) json["error_number"] = state.errorNumber;
   if (!progress) return json;
   json["layer"] = progress->layer;
   if (progress->layers) json["layers"] = *progress->layers;
   json["percent"] = progress->percent;
-  json["minutes_left"] = progress->minutes_left;
+  json["minutes_left"] = progress->minutesLeft;
   return json;
 }
 
@@ -201,7 +201,7 @@ void RequireReady() {
           "\"F104 S2\"' abandons it.");
     case NUV_PRINTER_ERROR:
       throw CommandError("printer_error", kPrinterFailed,
-                         "The printer reports error " + std::to_string(state.error_number) +
+                         "The printer reports error " + std::to_string(state.errorNumber) +
                              ", so nothing was sent",
                          "Clear the error at the printer, then send again.");
     default:
@@ -218,4 +218,4 @@ JobMark ReadJobMark() {
   return mark;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -10,7 +10,7 @@
 #include "listing.h"
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Lists, then opens the printer that was chosen, or the only one. Throws CommandError: none,
 // several without a choice, or not to be opened.
@@ -34,15 +34,15 @@ struct Identity {
 Identity ReadIdentity();
 
 struct PrinterState {
-  int number = -1;       // NuvPrinterState, or one that a later firmware added
-  int error_number = 0;  // the printer's own; only in the error state
+  int number = -1;      // NuvPrinterState, or one that a later firmware added
+  int errorNumber = 0;  // the printer's own; only in the error state
 };
 
 struct PrintProgress {
   int layer = 0;              // from 1
   std::optional<int> layers;  // of the whole print, when the printer tells
   int percent = 0;
-  int minutes_left = 0;
+  int minutesLeft = 0;
 };
 
 PrinterState ReadState();
@@ -84,6 +84,6 @@ bool WaitFor(System& system, int attempts, Settled settled) {
   return false;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_PRINTER_H_

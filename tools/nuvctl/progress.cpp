@@ -7,7 +7,7 @@
 #include "format.h"
 #include "nuvconnect/NuvConnect5.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int64_t kLeastElapsedMs = 1000;  // a rate of less says nothing
@@ -17,13 +17,13 @@ constexpr size_t kUsualProgressText = 52;
 constexpr size_t kUsualWatchText = 54;
 
 // A bar and `text`, `gap` apart.
-std::string Bar(int percent, const std::string& gap, const std::string& text, size_t usual_text,
+std::string Bar(int percent, const std::string& gap, const std::string& text, size_t usualText,
                 int width) {
   constexpr size_t kLargest = 40;
   constexpr size_t kSmallest = 10;
   constexpr size_t kBrackets = 2;
   const auto columns = static_cast<size_t>(std::max(width, 0));
-  const size_t reserved = std::max(usual_text, text.size()) + kBrackets + gap.size();
+  const size_t reserved = std::max(usualText, text.size()) + kBrackets + gap.size();
   if (columns < reserved + kSmallest) return text.substr(0, columns);
   const size_t cells = std::min(kLargest, columns - reserved);
   const size_t full = cells * static_cast<size_t>(std::clamp(percent, 0, 100)) / 100;
@@ -76,14 +76,14 @@ class WatchView {
 std::string ProgressText(const ProgressFigures& figures) {
   std::string text = PadLeft(std::to_string(Percent(figures)) + "%", 4) + "  " +
                      FormatBytes(figures.sent) + " of " + FormatBytes(figures.total);
-  if (figures.sent <= 0 || figures.elapsed_ms < kLeastElapsedMs) return text;
-  text += "  " + FormatBytes(figures.sent * 1000 / figures.elapsed_ms) + "/s";
+  if (figures.sent <= 0 || figures.elapsedMs < kLeastElapsedMs) return text;
+  text += "  " + FormatBytes(figures.sent * 1000 / figures.elapsedMs) + "/s";
   if (figures.sent < figures.total) {
     // In floating point: the product of bytes and milliseconds may not fit 64 bits.
-    const double left_ms = static_cast<double>(figures.total - figures.sent) *
-                           static_cast<double>(figures.elapsed_ms) /
-                           static_cast<double>(figures.sent);
-    text += "  " + FormatDuration(std::llround(left_ms / 1000.0)) + " left";
+    const double leftMs = static_cast<double>(figures.total - figures.sent) *
+                          static_cast<double>(figures.elapsedMs) /
+                          static_cast<double>(figures.sent);
+    text += "  " + FormatDuration(std::llround(leftMs / 1000.0)) + " left";
   }
   return text;
 }
@@ -94,10 +94,10 @@ std::string ProgressBar(const ProgressFigures& figures, int width) {
 
 std::string WatchText(const PrinterState& state, const std::optional<PrintProgress>& progress) {
   std::string text = StateName(state.number);
-  if (state.number == NUV_PRINTER_ERROR) text += " " + std::to_string(state.error_number);
+  if (state.number == NUV_PRINTER_ERROR) text += " " + std::to_string(state.errorNumber);
   if (!progress) return text;
   return text + ", layer " + LayerText(*progress) + ", " + std::to_string(progress->percent) +
-         " %, " + std::to_string(progress->minutes_left) + " min left";
+         " %, " + std::to_string(progress->minutesLeft) + " min left";
 }
 
 std::string WatchBar(const PrinterState& state, const std::optional<PrintProgress>& progress,
@@ -108,8 +108,8 @@ std::string WatchBar(const PrinterState& state, const std::optional<PrintProgres
 }
 
 void LiveRow::Draw(const std::string& row) {
-  const size_t left_over = std::max(columns_.value_or(0), row.size()) - row.size();
-  stream_ << '\r' << row << std::string(left_over, ' ') << std::flush;
+  const size_t leftOver = std::max(columns_.value_or(0), row.size()) - row.size();
+  stream_ << '\r' << row << std::string(leftOver, ' ') << std::flush;
   columns_ = row.size();
 }
 
@@ -118,11 +118,11 @@ void LiveRow::Finish() {
 }
 
 ProgressView::ProgressView(ProgressStyle style, std::ostream& err, System& system)
-    : style_(style), err_(err), system_(system), row_(err), start_ms_(system.NowMs()) {}
+    : style_(style), err_(err), system_(system), row_(err), startMs_(system.NowMs()) {}
 
-void ProgressView::Start() { start_ms_ = system_.NowMs(); }
+void ProgressView::Start() { startMs_ = system_.NowMs(); }
 
-int64_t ProgressView::ElapsedMs() const { return system_.NowMs() - start_ms_; }
+int64_t ProgressView::ElapsedMs() const { return system_.NowMs() - startMs_; }
 
 void ProgressView::Update(int64_t total, int64_t sent) {
   figures_ = {total, sent, ElapsedMs()};
@@ -130,25 +130,25 @@ void ProgressView::Update(int64_t total, int64_t sent) {
   if (style_ == ProgressStyle::kBar) {
     // The last column stays free: writing it moves some terminals to the next line.
     row_.Draw(ProgressBar(figures_, system_.ErrorWidth() - 1));
-  } else if (Percent(figures_) / 10 > last_tenth_) {
+  } else if (Percent(figures_) / 10 > lastTenth_) {
     WriteLine();
   }
 }
 
 void ProgressView::Finish() {
   row_.Finish();
-  if (updated_ && style_ != ProgressStyle::kBar && last_line_sent_ != figures_.sent) WriteLine();
+  if (updated_ && style_ != ProgressStyle::kBar && lastLineSent_ != figures_.sent) WriteLine();
 }
 
 void ProgressView::WriteLine() {
-  last_tenth_ = Percent(figures_) / 10;
-  last_line_sent_ = figures_.sent;
+  lastTenth_ = Percent(figures_) / 10;
+  lastLineSent_ = figures_.sent;
   if (style_ == ProgressStyle::kLines) err_ << ProgressText(figures_) << '\n' << std::flush;
 }
 
-void WatchPrint(Output& output, System& system, int interval_ms) {
+void WatchPrint(Output& output, System& system, int intervalMs) {
   WatchView view(output, system);
-  for (;; system.SleepMs(interval_ms)) {
+  for (;; system.SleepMs(intervalMs)) {
     const PrinterState state = ReadState();
     std::optional<PrintProgress> progress;
     if (state.number == NUV_PRINTER_PRINTING) {
@@ -158,11 +158,11 @@ void WatchPrint(Output& output, System& system, int interval_ms) {
     view.Show(state, progress);
     if (state.number == NUV_PRINTER_ERROR) {
       throw CommandError("printer_error", kPrinterFailed,
-                         "The printer reports error " + std::to_string(state.error_number),
+                         "The printer reports error " + std::to_string(state.errorNumber),
                          "Look at the printer's panel.");
     }
     if (state.number != NUV_PRINTER_PRINTING && state.number != NUV_PRINTER_RECEIVING) return;
   }
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -11,12 +11,12 @@
 #include "printer.h"
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 struct ProgressFigures {
   int64_t total = 0;  // bytes
   int64_t sent = 0;
-  int64_t elapsed_ms = 0;
+  int64_t elapsedMs = 0;
 };
 
 // " 42%  1.2 MB of 3.0 MB  35.0 kB/s  1:23 left"; rate and time left only when they are known.
@@ -73,11 +73,11 @@ class ProgressView {
   std::ostream& err_;
   System& system_;
   LiveRow row_;
-  int64_t start_ms_;
+  int64_t startMs_;
   ProgressFigures figures_;
   bool updated_ = false;
-  int last_tenth_ = -1;  // tens of percent of the last line
-  int64_t last_line_sent_ = -1;
+  int lastTenth_ = -1;  // tens of percent of the last line
+  int64_t lastLineSent_ = -1;
 };
 
 constexpr int kShortestIntervalMs = 1000;
@@ -87,8 +87,8 @@ constexpr int kShortestIntervalMs = 1000;
 // CommandError when the printer reports an error or is lost.
 // It asks instead of using the library's status thread, which tells neither errors nor the end, and
 // writes a line of its own to the standard output.
-void WatchPrint(Output& output, System& system, int interval_ms);
+void WatchPrint(Output& output, System& system, int intervalMs);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_PROGRESS_H_

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Thread-safety: Interrupted may be called from any thread, the rest from the main thread only.
 class System {
@@ -53,6 +53,6 @@ std::unique_ptr<System> MakeSystem();
 // The arguments after the program's name, in UTF-8.
 std::vector<std::string> Utf8Arguments(int argc, char** argv);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_SYSTEM_H_

@@ -12,7 +12,7 @@
 #include "error.h"
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int kUsualWidth = 80;
@@ -174,4 +174,4 @@ std::vector<std::string> Utf8Arguments(int argc, char** argv) {
   return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -15,7 +15,7 @@
 #include "error.h"
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int kUsualWidth = 80;
@@ -193,4 +193,4 @@ std::vector<std::string> Utf8Arguments(int, char**) {
   return arguments;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

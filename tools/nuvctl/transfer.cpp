@@ -8,7 +8,7 @@
 #include "progress.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 CommandError FileError(const std::string& message, const std::string& hint) {
@@ -47,8 +47,8 @@ class Session {
 
   Transfer Run(const std::function<int()>& send) {
     transfer_.result = send();
-    transfer_.elapsed_ms = view_.ElapsedMs();
-    transfer_.too_late = system_.Interrupted() && !transfer_.cancelled;
+    transfer_.elapsedMs = view_.ElapsedMs();
+    transfer_.tooLate = system_.Interrupted() && !transfer_.cancelled;
     return transfer_;
   }
 
@@ -114,13 +114,13 @@ CommandError TransferFailure(const std::string& file, const Transfer& transfer) 
 }
 
 void RequireSent(Output& output, const std::string& file, const Transfer& transfer,
-                 std::string (*cancel_hint)()) {
+                 std::string (*cancelHint)()) {
   if (transfer.result != NUV_OK) throw TransferFailure(file, transfer);
   if (transfer.cancelled) {
     Report shown;
     shown.json = TransferJson(file, transfer, "cancelled");
     throw CommandError("cancelled", kCancelled, "Cancelled after " + TransferText(transfer),
-                       cancel_hint(), shown);
+                       cancelHint(), shown);
   }
   if (!transfer.reported) {
     throw CommandError("file_empty", kFileProblem, "The file " + file + " holds nothing to send",
@@ -132,7 +132,7 @@ void RequireSent(Output& output, const std::string& file, const Transfer& transf
                            " bytes, but " + std::to_string(transfer.sent) + " were sent",
                        "The file is damaged: cancel the job at the printer and export it again.");
   }
-  if (transfer.too_late) output.Remark("nuvctl: too late to cancel, everything had been sent");
+  if (transfer.tooLate) output.Remark("nuvctl: too late to cancel, everything had been sent");
 }
 
 nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& transfer,
@@ -140,11 +140,11 @@ nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& tra
   return {{"file", file},
           {"result", result},
           {"bytes", transfer.sent},
-          {"seconds", static_cast<double>(transfer.elapsed_ms) / 1000.0}};
+          {"seconds", static_cast<double>(transfer.elapsedMs) / 1000.0}};
 }
 
 std::string TransferText(const Transfer& transfer) {
-  return FormatBytes(transfer.sent) + " in " + FormatDuration(transfer.elapsed_ms / 1000);
+  return FormatBytes(transfer.sent) + " in " + FormatDuration(transfer.elapsedMs / 1000);
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

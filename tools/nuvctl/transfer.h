@@ -12,7 +12,7 @@
 #include "printer.h"
 #include "system.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // Checks that `file` (UTF-8, as the user gave it) can be read, before any printer is bothered, and
 // returns its path.
@@ -24,11 +24,11 @@ Printer OpenReadyPrinter(const Choice& choice, Output& output, const std::string
 struct Transfer {
   int result = 0;          // what the library returned
   bool cancelled = false;  // the library was told to cancel; its result is then 0 all the same
-  bool too_late = false;   // Ctrl-C came when there was nothing left to cancel
+  bool tooLate = false;    // Ctrl-C came when there was nothing left to cancel
   bool reported = false;   // the library reported progress at least once
   int total = 0;           // bytes, as last reported
   int sent = 0;
-  int64_t elapsed_ms = 0;
+  int64_t elapsedMs = 0;
 };
 
 // Runs `send`, which sends through the library and returns its result, to its end: progress shown,
@@ -41,7 +41,7 @@ CommandError TransferFailure(const std::string& file, const Transfer& transfer);
 // Throws unless the whole file went out. `cancel_hint`: what a cancel means for the printer, asked
 // only when the transfer was cancelled.
 void RequireSent(Output& output, const std::string& file, const Transfer& transfer,
-                 std::string (*cancel_hint)());
+                 std::string (*cancelHint)());
 
 // File, bytes, seconds and `result` for scripts.
 nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& transfer,
@@ -50,6 +50,6 @@ nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& tra
 // "1.2 MB in 1:23"
 std::string TransferText(const Transfer& transfer);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_TRANSFER_H_

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct Range {
@@ -21,8 +21,8 @@ constexpr Range kWide[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3
                            {0xF900, 0xFAFF}, {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
                            {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x20000, 0x3FFFD}};
 
-template <size_t kCount>
-bool Contains(const Range (&ranges)[kCount], char32_t code) {
+template <size_t Count>
+bool Contains(const Range (&ranges)[Count], char32_t code) {
   return std::any_of(std::begin(ranges), std::end(ranges), [code](const Range& range) {
     return range.first <= code && code <= range.last;
   });
@@ -99,4 +99,4 @@ size_t DisplayWidth(std::string_view text) {
   return columns;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

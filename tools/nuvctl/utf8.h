@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // The wide string of `utf8` (UTF-16 or UTF-32, as wchar_t is wide); nothing when it is not UTF-8.
 std::optional<std::wstring> WideFromUtf8(std::string_view utf8);
@@ -20,6 +20,6 @@ std::string Printable(std::string_view text);
 // Columns that printable UTF-8 takes on a terminal.
 size_t DisplayWidth(std::string_view text);
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_UTF8_H_

@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <system_error>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kUsbIdDigits = 4;
+constexpr size_t kUsbIdDigits = 4;
 constexpr int kHexadecimal = 16;
 
-std::optional<std::uint16_t> ParseHexadecimal(const char* start) {
-  std::uint16_t number = 0;
+std::optional<uint16_t> ParseHexadecimal(const char* start) {
+  uint16_t number = 0;
   const auto parsed = std::from_chars(start, start + kUsbIdDigits, number, kHexadecimal);
   if (parsed.ec != std::errc() || parsed.ptr != start + kUsbIdDigits) return std::nullopt;
   return number;
@@ -19,13 +19,13 @@ std::optional<std::uint16_t> ParseHexadecimal(const char* start) {
 
 }  // namespace
 
-std::optional<std::uint32_t> ParseIpv4(const std::string& text) {
+std::optional<uint32_t> ParseIpv4(const std::string& text) {
   const char* at = text.data();
   const char* const last = at + text.size();
-  std::uint32_t address = 0;
+  uint32_t address = 0;
   for (int part = 0; part < 4; ++part) {
     if (part > 0 && (at == last || *at++ != '.')) return std::nullopt;
-    std::uint8_t octet = 0;
+    uint8_t octet = 0;
     const auto parsed = std::from_chars(at, last, octet);
     if (parsed.ec != std::errc()) return std::nullopt;
     at = parsed.ptr;
@@ -35,7 +35,7 @@ std::optional<std::uint32_t> ParseIpv4(const std::string& text) {
   return address;
 }
 
-std::string FormatIpv4(std::uint32_t address) {
+std::string FormatIpv4(uint32_t address) {
   std::string text;
   for (int shift = 24; shift >= 0; shift -= 8) {
     text += std::to_string(address >> shift & 0xffu);
@@ -52,4 +52,4 @@ std::optional<UsbId> ParseUsbId(const std::string& text) {
   return UsbId{*vendor, *product};
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

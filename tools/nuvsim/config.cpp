@@ -14,15 +14,15 @@
 #include "nuvsim/addresses.h"
 #include "nuvsim/json_object.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using nlohmann::json;
 
-constexpr std::int64_t kMaxPort = 65535;
-constexpr std::int64_t kMaxInt = 2147483647;
-constexpr std::int64_t kMaxBytes = std::int64_t{1} << 50;
-constexpr std::int64_t kMaxLayerMs = 3600000;
+constexpr int64_t kMaxPort = 65535;
+constexpr int64_t kMaxInt = 2147483647;
+constexpr int64_t kMaxBytes = int64_t{1} << 50;
+constexpr int64_t kMaxLayerMs = 3600000;
 
 ResinConfig ParseResin(const json& value, const std::string& path) {
   JsonObject object(value, path);
@@ -115,7 +115,7 @@ PrinterConfig ParsePrinter(const json& value, const std::string& path) {
   object.Read("usbId", printer.usbId);
   object.ReadInteger("buffer", 1, kMaxBytes, printer.bufferBytes);
   object.ReadInteger("drainRate", 0, kMaxBytes, printer.drainRate);
-  std::int64_t layerMs = 0;
+  int64_t layerMs = 0;
   object.ReadInteger("layerMs", 0, kMaxLayerMs, layerMs);
   printer.layerTime = std::chrono::milliseconds(layerMs);
   if (const json* resin = object.Find("resin")) {
@@ -179,7 +179,7 @@ void ValidateTexts(const PrinterConfig& printer, const std::string& path) {
 
 void ValidateAccessPoints(const std::vector<AccessPoint>& points, const std::string& path) {
   std::set<std::string> names;
-  for (std::size_t i = 0; i < points.size(); ++i) {
+  for (size_t i = 0; i < points.size(); ++i) {
     const AccessPoint& point = points[i];
     const std::string place = path + "[" + std::to_string(i) + "]";
     RefuseUnless(!point.name.empty(), place + ".name", "must not be empty");
@@ -267,9 +267,9 @@ void ValidateConfig(const SimulatorConfig& config) {
   RefuseUnless(!config.discovery || config.discoveryPort != 0, "discoveryPort", "must not be 0");
   RefuseUnless(ParseIpv4(config.usbipAddress).has_value(), "usbipAddress",
                "must be an IPv4 address such as 127.0.0.1");
-  for (std::size_t i = 0; i < config.printers.size(); ++i) {
+  for (size_t i = 0; i < config.printers.size(); ++i) {
     ValidatePrinter(config.printers[i], "printers[" + std::to_string(i) + "]");
   }
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -18,7 +18,7 @@
 #include "nuvsim/faults/vocabulary.h"
 #include "nuvsim/records.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Source of time for draining and printing. Called from several threads at once.
 using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -94,11 +94,11 @@ struct PrinterConfig {
   std::string panelVersion = "3.0.2";
   std::string manufactured = "20240131";  // year, month, day
   std::string wirelessMac = "02:00:00:00:01:01";
-  std::string address;     // IPv4 to listen on and to announce; empty: every running interface
-  std::uint16_t port = 0;  // TCP; 0: any free port
+  std::string address;  // IPv4 to listen on and to announce; empty: every running interface
+  uint16_t port = 0;    // TCP; 0: any free port
   std::string usbId = "11F1:2601";         // vendor and product, hexadecimal
-  std::uint64_t bufferBytes = 65536;       // receive buffer, at least 1
-  std::uint64_t drainRate = 1000000000;    // bytes per second; 0: never drains
+  uint64_t bufferBytes = 65536;            // receive buffer, at least 1
+  uint64_t drainRate = 1000000000;         // bytes per second; 0: never drains
   std::chrono::milliseconds layerTime{0};  // printing time of one layer, 0 or more
   ResinConfig resin;
   bool openMode = true;                // takes resins without a tag
@@ -115,7 +115,7 @@ PrinterConfig LoopbackPrinter();
 
 // One line of the wire log. `text` has no line end.
 struct LogEntry {
-  std::size_t printer = 0;
+  size_t printer = 0;
   bool isReply = false;
   std::string text;
 };
@@ -123,8 +123,8 @@ struct LogEntry {
 struct SimulatorConfig {
   std::vector<PrinterConfig> printers;
   bool discovery = false;  // answer searches by UDP broadcast
-  std::uint16_t discoveryPort = 6013;
-  std::optional<std::uint16_t> usbipPort;  // serve the printers over USB/IP; 0: any free port
+  uint16_t discoveryPort = 6013;
+  std::optional<uint16_t> usbipPort;       // serve the printers over USB/IP; 0: any free port
   std::string usbipAddress = "127.0.0.1";  // IPv4 to serve them on
   std::filesystem::path jobFolder;         // empty: a private temporary folder, removed at the end
   Clock clock;                             // empty: std::chrono::steady_clock
@@ -145,6 +145,6 @@ SimulatorConfig LoadConfig(const std::filesystem::path& file);
 // Throws ConfigError unless the simulator can be built from this.
 void ValidateConfig(const SimulatorConfig& config);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_CONFIG_H_

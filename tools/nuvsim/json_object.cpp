@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 
 using nlohmann::json;
 
@@ -45,17 +45,15 @@ void JsonObject::Read(const char* key, bool& out) {
   out = value->get<bool>();
 }
 
-void JsonObject::ReadInteger(const char* key, std::int64_t low, std::int64_t high,
-                             std::int64_t& out) {
+void JsonObject::ReadInteger(const char* key, int64_t low, int64_t high, int64_t& out) {
   const json* value = Find(key);
   if (value == nullptr) return;
   bool fits = value->is_number_integer();
   if (value->is_number_unsigned() &&
-      value->get<std::uint64_t>() >
-          static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+      value->get<uint64_t>() > static_cast<uint64_t>(std::numeric_limits<int64_t>::max())) {
     fits = false;
   }
-  const std::int64_t number = fits ? value->get<std::int64_t>() : 0;
+  const int64_t number = fits ? value->get<int64_t>() : 0;
   if (!fits || number < low || number > high) {
     throw ConfigError(PathOf(key) + ": must be a whole number from " + std::to_string(low) +
                       " to " + std::to_string(high));
@@ -69,4 +67,4 @@ void JsonObject::RefuseOthers() const {
   }
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace nuvsim {
+namespace NuvSim {
 
 // What a user has written - a file, an option, a request - and what cannot be used; what() names
 // the place and what is wrong there.
@@ -35,10 +35,10 @@ class JsonObject {
   // Throws ConfigError when the value has another type or lies outside [low, high].
   void Read(const char* key, std::string& out);
   void Read(const char* key, bool& out);
-  void ReadInteger(const char* key, std::int64_t low, std::int64_t high, std::int64_t& out);
+  void ReadInteger(const char* key, int64_t low, int64_t high, int64_t& out);
   template <typename Integer>
-  void ReadInteger(const char* key, std::int64_t low, std::int64_t high, Integer& out) {
-    auto wide = static_cast<std::int64_t>(out);
+  void ReadInteger(const char* key, int64_t low, int64_t high, Integer& out) {
+    auto wide = static_cast<int64_t>(out);
     ReadInteger(key, low, high, wide);
     out = static_cast<Integer>(wide);
   }
@@ -58,6 +58,6 @@ class JsonObject {
   std::set<std::string> known_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_JSON_OBJECT_H_

@@ -34,21 +34,21 @@ Exit status: 0 ended by SIGINT, SIGTERM or the control connection; 1 an address 
 cannot be had; 2 wrong options or configuration.)";
 
 struct Options {
-  nuvsim::PrinterConfig printer;
-  std::int64_t layerMs = 0;
+  NuvSim::PrinterConfig printer;
+  int64_t layerMs = 0;
   std::vector<std::string> faults;
   std::string configFile;
   std::string jobFolder;
-  std::uint16_t discoveryPort = 6013;
+  uint16_t discoveryPort = 6013;
   bool noDiscovery = false;
-  std::optional<std::uint16_t> usbipPort;
+  std::optional<uint16_t> usbipPort;
   std::string usbipAddress = "127.0.0.1";
-  std::optional<std::uint16_t> controlPort;
+  std::optional<uint16_t> controlPort;
   bool log = false;
 };
 
 void AddPrinterOptions(CLI::App& app, Options& options) {
-  nuvsim::PrinterConfig& printer = options.printer;
+  NuvSim::PrinterConfig& printer = options.printer;
   for (CLI::Option* each : {
            app.add_option("--model", printer.model, "Model name")->capture_default_str(),
            app.add_option("--serial", printer.serial, "Serial number")->capture_default_str(),
@@ -101,24 +101,24 @@ void AddOptions(CLI::App& app, Options& options) {
 void RefusePrinterOptions(const CLI::App& app) {
   for (const CLI::Option* each : app.get_options()) {
     if (each->get_group() == kPrinterGroup && each->count() > 0) {
-      throw nuvsim::ConfigError("--config and " + each->get_name() + " exclude each other");
+      throw NuvSim::ConfigError("--config and " + each->get_name() + " exclude each other");
     }
   }
 }
 
-nuvsim::SimulatorConfig MakeConfig(const CLI::App& app, const Options& options) {
-  nuvsim::SimulatorConfig config;
+NuvSim::SimulatorConfig MakeConfig(const CLI::App& app, const Options& options) {
+  NuvSim::SimulatorConfig config;
   if (options.configFile.empty()) {
-    nuvsim::PrinterConfig printer = options.printer;
+    NuvSim::PrinterConfig printer = options.printer;
     printer.layerTime = std::chrono::milliseconds(options.layerMs);
     for (const std::string& words : options.faults) {
-      printer.faults.push_back(nuvsim::ParseFault(words));
+      printer.faults.push_back(NuvSim::ParseFault(words));
     }
     config.printers = {printer};
     config.discovery = true;
   } else {
     RefusePrinterOptions(app);
-    config = nuvsim::LoadConfig(options.configFile);
+    config = NuvSim::LoadConfig(options.configFile);
   }
   // The command line goes before the file.
   if (app.count("--discovery-port") > 0) config.discoveryPort = options.discoveryPort;
@@ -127,16 +127,16 @@ nuvsim::SimulatorConfig MakeConfig(const CLI::App& app, const Options& options) 
   if (options.noDiscovery) config.discovery = false;
   if (!options.jobFolder.empty()) config.jobFolder = options.jobFolder;
   if (options.log) {
-    config.log = [](const nuvsim::LogEntry& entry) {
+    config.log = [](const NuvSim::LogEntry& entry) {
       std::cout << entry.printer << (entry.isReply ? " < " : " > ") << entry.text << std::endl;
     };
   }
   return config;
 }
 
-void Announce(const nuvsim::Simulator& simulator, const nuvsim::ControlServer* control) {
-  for (std::size_t i = 0; i < simulator.PrinterCount(); ++i) {
-    const nuvsim::PrinterConfig& printer = simulator.Config(i);
+void Announce(const NuvSim::Simulator& simulator, const NuvSim::ControlServer* control) {
+  for (size_t i = 0; i < simulator.PrinterCount(); ++i) {
+    const NuvSim::PrinterConfig& printer = simulator.Config(i);
     std::cout << "printer " << i << ": " << printer.model << " " << printer.serial << " on "
               << (printer.address.empty() ? "0.0.0.0" : printer.address) << ":"
               << simulator.TcpPort(i) << "\n";
@@ -146,14 +146,14 @@ void Announce(const nuvsim::Simulator& simulator, const nuvsim::ControlServer* c
   std::cout << "ready" << std::endl;
 }
 
-void Serve(nuvsim::Simulator& simulator, std::optional<std::uint16_t> controlPort) {
+void Serve(NuvSim::Simulator& simulator, std::optional<uint16_t> controlPort) {
   asio::io_context io;
   asio::signal_set signals(io, SIGINT, SIGTERM);
   signals.async_wait([&io](const asio::error_code&, int) { io.stop(); });
-  std::unique_ptr<nuvsim::ControlServer> control;
+  std::unique_ptr<NuvSim::ControlServer> control;
   if (controlPort) {
     control =
-        std::make_unique<nuvsim::ControlServer>(io, *controlPort, simulator, [&io] { io.stop(); });
+        std::make_unique<NuvSim::ControlServer>(io, *controlPort, simulator, [&io] { io.stop(); });
   }
   simulator.Start();
   Announce(simulator, control.get());
@@ -174,9 +174,9 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : kUsage;
   }
   try {
-    nuvsim::Simulator simulator(MakeConfig(app, options));
+    NuvSim::Simulator simulator(MakeConfig(app, options));
     Serve(simulator, options.controlPort);
-  } catch (const nuvsim::ConfigError& error) {
+  } catch (const NuvSim::ConfigError& error) {
     std::cerr << "nuvsim: " << error.what() << std::endl;
     return kUsage;
   } catch (const std::filesystem::filesystem_error& error) {

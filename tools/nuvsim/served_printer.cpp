@@ -7,12 +7,12 @@
 
 #include "nuvsim/addresses.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr std::chrono::nanoseconds kShortestStep = std::chrono::milliseconds(1);
 
-Dialogue::Log LogOf(const Commons& commons, std::size_t index) {
+Dialogue::Log LogOf(const Commons& commons, size_t index) {
   if (!commons.config.log) return {};
   return [&commons, index](bool isReply, std::string_view text) {
     commons.config.log({index, isReply, std::string(text)});
@@ -34,7 +34,7 @@ bool EventGate::WaitUntil(const std::function<bool()>& predicate,
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   std::unique_lock<std::mutex> lock(mutex_);
   while (true) {
-    const std::uint64_t seen = events_;
+    const uint64_t seen = events_;
     lock.unlock();  // the predicate observes printers, whose changes end in Notify()
     if (predicate()) return true;
     lock.lock();
@@ -42,7 +42,7 @@ bool EventGate::WaitUntil(const std::function<bool()>& predicate,
   }
 }
 
-ServedPrinter::ServedPrinter(Commons& shared, std::size_t index, const PrinterConfig& config)
+ServedPrinter::ServedPrinter(Commons& shared, size_t index, const PrinterConfig& config)
     : commons(shared),
       dialogue(config, shared.config.clock, *shared.config.calendarStart, shared.folder.Path(),
                "printer" + std::to_string(index), LogOf(shared, index)),
@@ -53,33 +53,33 @@ ServedPrinter::ServedPrinter(Commons& shared, std::size_t index, const PrinterCo
       usbDevice(shared.io, usb, index, *ParseUsbId(config.usbId), config.model, config.serial),
       stepTimer(shared.io) {}
 
-void ServedPrinter::Way::ClientCame(std::uint32_t at) {
-  printer.commons.Locked([&] { printer.dialogue.ClientCame(channel, at); });
-  printer.commons.events.Notify();
+void ServedPrinter::Way::ClientCame(uint32_t at) {
+  printer_.commons.Locked([&] { printer_.dialogue.ClientCame(channel_, at); });
+  printer_.commons.events.Notify();
 }
 
 Reaction ServedPrinter::Way::Receive(std::string_view bytes) {
   Reaction reaction =
-      printer.commons.Locked([&] { return printer.dialogue.Receive(channel, bytes); });
-  printer.ArmStepTimer();
-  printer.commons.events.Notify();
+      printer_.commons.Locked([&] { return printer_.dialogue.Receive(channel_, bytes); });
+  printer_.ArmStepTimer();
+  printer_.commons.events.Notify();
   return reaction;
 }
 
 void ServedPrinter::Way::AnswerSent() {
-  printer.commons.Locked([&] { printer.dialogue.AnswerSent(); });
-  printer.commons.events.Notify();
+  printer_.commons.Locked([&] { printer_.dialogue.AnswerSent(); });
+  printer_.commons.events.Notify();
 }
 
 void ServedPrinter::Way::ClientLeft() {
-  printer.commons.Locked([&] { printer.dialogue.ClientLeft(channel); });
-  printer.ArmStepTimer();
-  printer.commons.events.Notify();
+  printer_.commons.Locked([&] { printer_.dialogue.ClientLeft(channel_); });
+  printer_.ArmStepTimer();
+  printer_.commons.events.Notify();
 }
 
 std::optional<std::chrono::milliseconds> ServedPrinter::Way::TakeRefusal() {
-  auto refusal = printer.commons.Locked([&] { return printer.dialogue.TakeRefusal(); });
-  printer.commons.events.Notify();
+  auto refusal = printer_.commons.Locked([&] { return printer_.dialogue.TakeRefusal(); });
+  printer_.commons.events.Notify();
   return refusal;
 }
 
@@ -94,7 +94,7 @@ void ServedPrinter::ArmStepTimer() {
   });
 }
 
-void ServedPrinter::Plug(std::uint16_t wantedPort) {
+void ServedPrinter::Plug(uint16_t wantedPort) {
   try {
     endpoint.Listen(address, wantedPort);
   } catch (const std::system_error& error) {
@@ -119,4 +119,4 @@ void ServedPrinter::FaultsCleared() {
   usbDevice.pipe.FaultsCleared();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -21,7 +21,7 @@
 #include "nuvsim/usb/device.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Lets threads wait for something to happen in the simulator.
 // Thread-safety: every function from any thread.
@@ -35,7 +35,7 @@ class EventGate {
  private:
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::uint64_t events_ = 0;
+  uint64_t events_ = 0;
 };
 
 // What the printers of a simulator share.
@@ -58,11 +58,11 @@ struct Commons {
 
 class ServedPrinter {
  public:
-  ServedPrinter(Commons& shared, std::size_t index, const PrinterConfig& config);
+  ServedPrinter(Commons& shared, size_t index, const PrinterConfig& config);
 
   // Listens on the network and is on the USB. Throws std::runtime_error with a message for the user
   // when the port cannot be had.
-  void Plug(std::uint16_t wantedPort);
+  void Plug(uint16_t wantedPort);
   void Unplug();
   void FaultsCleared();
   // Wakes the waiters when something happens that only time brings about.
@@ -71,24 +71,24 @@ class ServedPrinter {
   // One of the two ways to the printer, as its endpoint sees it.
   class Way final : public Wire {
    public:
-    Way(ServedPrinter& owner, Channel way) : printer(owner), channel(way) {}
+    Way(ServedPrinter& owner, Channel way) : printer_(owner), channel_(way) {}
 
-    void ClientCame(std::uint32_t at) override;
+    void ClientCame(uint32_t at) override;
     Reaction Receive(std::string_view bytes) override;
     void AnswerSent() override;
     void ClientLeft() override;
     std::optional<std::chrono::milliseconds> TakeRefusal() override;
 
    private:
-    ServedPrinter& printer;
-    Channel channel;
+    ServedPrinter& printer_;
+    Channel channel_;
   };
 
   Commons& commons;
-  Dialogue dialogue;            // guarded by stateMutex
-  const std::uint32_t address;  // 0: all interfaces
-  std::uint16_t port = 0;       // guarded by stateMutex
-  bool plugged = false;         // guarded by stateMutex
+  Dialogue dialogue;       // guarded by stateMutex
+  const uint32_t address;  // 0: all interfaces
+  uint16_t port = 0;       // guarded by stateMutex
+  bool plugged = false;    // guarded by stateMutex
   Way network;
   Way usb;
   TcpEndpoint endpoint;          // I/O thread only
@@ -96,6 +96,6 @@ class ServedPrinter {
   asio::steady_timer stepTimer;  // I/O thread only
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_SERVED_PRINTER_H_

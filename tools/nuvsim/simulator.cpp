@@ -6,7 +6,7 @@
 
 #include "nuvsim/simulator_impl.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 std::string ReadFile(const std::filesystem::path& path) {
@@ -22,25 +22,25 @@ Simulator::~Simulator() = default;
 void Simulator::Start() { impl_->Start(); }
 void Simulator::Stop() { impl_->Stop(); }
 
-std::size_t Simulator::PrinterCount() const { return impl_->printers.size(); }
+size_t Simulator::PrinterCount() const { return impl_->printers.size(); }
 
-const PrinterConfig& Simulator::Config(std::size_t printer) const {
+const PrinterConfig& Simulator::Config(size_t printer) const {
   return impl_->commons.config.printers.at(printer);
 }
 
-std::uint16_t Simulator::TcpPort(std::size_t printer) const {
+uint16_t Simulator::TcpPort(size_t printer) const {
   return impl_->Observe(printer, [](const ServedPrinter& each) { return each.port; });
 }
 
-std::uint16_t Simulator::UsbipPort() const {
+uint16_t Simulator::UsbipPort() const {
   return impl_->commons.Locked([this] { return impl_->usbipPort; });
 }
 
-std::string Simulator::UsbBusId(std::size_t printer) const {
+std::string Simulator::UsbBusId(size_t printer) const {
   return impl_->printers.at(printer)->usbDevice.Announced().busId;
 }
 
-PrinterStatus Simulator::Status(std::size_t printer) const {
+PrinterStatus Simulator::Status(size_t printer) const {
   return impl_->Observe(printer, [](ServedPrinter& each) {
     PrinterStatus status = each.dialogue.Status();
     status.plugged = each.plugged;
@@ -48,87 +48,85 @@ PrinterStatus Simulator::Status(std::size_t printer) const {
   });
 }
 
-Counters Simulator::Totals(std::size_t printer) const {
+Counters Simulator::Totals(size_t printer) const {
   return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Totals(); });
 }
 
-std::vector<std::string> Simulator::Requests(std::size_t printer) const {
+std::vector<std::string> Simulator::Requests(size_t printer) const {
   return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Requests(); });
 }
 
-std::vector<JobRecord> Simulator::Jobs(std::size_t printer) const {
+std::vector<JobRecord> Simulator::Jobs(size_t printer) const {
   return impl_->Observe(
       printer, [](ServedPrinter& each) { return each.dialogue.GetMachine().Jobs().Jobs(); });
 }
 
-std::filesystem::path Simulator::JobFile(std::size_t printer, int index) const {
+std::filesystem::path Simulator::JobFile(size_t printer, int index) const {
   const std::vector<JobRecord> jobs = Jobs(printer);
-  const std::size_t place = index == 0 ? jobs.size() : static_cast<std::size_t>(index);
+  const size_t place = index == 0 ? jobs.size() : static_cast<size_t>(index);
   return jobs.at(place - 1).file;
 }
 
-std::string Simulator::JobBytes(std::size_t printer, int index) const {
+std::string Simulator::JobBytes(size_t printer, int index) const {
   return ReadFile(JobFile(printer, index));
 }
 
-std::vector<ReceivedItem> Simulator::Received(std::size_t printer) const {
+std::vector<ReceivedItem> Simulator::Received(size_t printer) const {
   return impl_->Observe(printer, [](ServedPrinter& each) { return each.dialogue.Received(); });
 }
 
-std::string Simulator::ReceivedBytes(const std::string& kind, std::size_t printer) const {
+std::string Simulator::ReceivedBytes(const std::string& kind, size_t printer) const {
   return impl_->Observe(printer, [&kind](ServedPrinter& each) {
     const ReceivedItem* item = each.dialogue.GetMachine().GetIntake().Last(kind);
     return item == nullptr ? std::string() : ReadFile(item->file);
   });
 }
 
-std::filesystem::path Simulator::CommandFile(std::size_t printer) const {
+std::filesystem::path Simulator::CommandFile(size_t printer) const {
   return impl_->Observe(
       printer, [](ServedPrinter& each) { return each.dialogue.GetMachine().Jobs().CommandFile(); });
 }
 
-std::string Simulator::CommandText(std::size_t printer) const {
-  return ReadFile(CommandFile(printer));
-}
+std::string Simulator::CommandText(size_t printer) const { return ReadFile(CommandFile(printer)); }
 
 bool Simulator::WaitUntil(const std::function<bool()>& predicate,
                           std::chrono::milliseconds timeout) const {
   return impl_->commons.events.WaitUntil(predicate, timeout);
 }
 
-void Simulator::InjectFault(std::size_t printer, const Fault& fault) {
+void Simulator::InjectFault(size_t printer, const Fault& fault) {
   impl_->Change(printer, [&fault](Dialogue& each) { each.Faults().Add(fault); });
 }
 
-void Simulator::ClearFaults(std::size_t printer) { impl_->ClearFaults(printer); }
+void Simulator::ClearFaults(size_t printer) { impl_->ClearFaults(printer); }
 
-void Simulator::SetError(std::size_t printer, int number) {
+void Simulator::SetError(size_t printer, int number) {
   impl_->Change(printer, [number](Dialogue& each) { each.GetMachine().SetError(number); });
 }
 
-void Simulator::ClearError(std::size_t printer) {
+void Simulator::ClearError(size_t printer) {
   impl_->Change(printer, [](Dialogue& each) { each.GetMachine().ClearError(); });
 }
 
-void Simulator::SetIdle(std::size_t printer) {
+void Simulator::SetIdle(size_t printer) {
   impl_->Change(printer, [](Dialogue& each) { each.GetMachine().SetIdle(); });
 }
 
-void Simulator::SetResinRefusal(std::size_t printer, std::optional<int> state) {
+void Simulator::SetResinRefusal(size_t printer, std::optional<int> state) {
   impl_->Change(printer, [state](Dialogue& each) { each.GetMachine().SetResinRefusal(state); });
 }
 
-void Simulator::SetTagRegistered(std::size_t printer, bool isRegistered) {
+void Simulator::SetTagRegistered(size_t printer, bool isRegistered) {
   impl_->Change(printer, [=](Dialogue& each) { each.GetMachine().SetTagRegistered(isRegistered); });
 }
 
-void Simulator::SetRepositioning(std::size_t printer, bool isRepositioning) {
+void Simulator::SetRepositioning(size_t printer, bool isRepositioning) {
   impl_->Change(printer,
                 [=](Dialogue& each) { each.GetMachine().SetRepositioning(isRepositioning); });
 }
 
-void Simulator::Unplug(std::size_t printer) { impl_->Unplug(printer); }
-void Simulator::Replug(std::size_t printer) { impl_->Replug(printer); }
+void Simulator::Unplug(size_t printer) { impl_->Unplug(printer); }
+void Simulator::Replug(size_t printer) { impl_->Replug(printer); }
 void Simulator::ClockChanged() { impl_->ClockChanged(); }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

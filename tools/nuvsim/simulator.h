@@ -19,7 +19,7 @@
 #include "nuvsim/faults/vocabulary.h"
 #include "nuvsim/records.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Thread-safety: every member function may be called from any thread at any time, but not from
 // the log callback. Printers are counted from 0 in the order of the configuration; a number out
@@ -40,46 +40,46 @@ class Simulator {
   void Stop();
 
   // Observation.
-  std::size_t PrinterCount() const;
-  const PrinterConfig& Config(std::size_t printer) const;
-  std::uint16_t TcpPort(std::size_t printer = 0) const;  // 0 before Start()
-  std::uint16_t UsbipPort() const;                       // 0 unless the printers are served so
-  std::string UsbBusId(std::size_t printer = 0) const;   // by which a USB/IP host imports it
-  PrinterStatus Status(std::size_t printer = 0) const;
-  Counters Totals(std::size_t printer = 0) const;
+  size_t PrinterCount() const;
+  const PrinterConfig& Config(size_t printer) const;
+  uint16_t TcpPort(size_t printer = 0) const;      // 0 before Start()
+  uint16_t UsbipPort() const;                      // 0 unless the printers are served so
+  std::string UsbBusId(size_t printer = 0) const;  // by which a USB/IP host imports it
+  PrinterStatus Status(size_t printer = 0) const;
+  Counters Totals(size_t printer = 0) const;
   // The command lines received, in order, without line ends (the newest 100000).
-  std::vector<std::string> Requests(std::size_t printer = 0) const;
-  std::vector<JobRecord> Jobs(std::size_t printer = 0) const;
+  std::vector<std::string> Requests(size_t printer = 0) const;
+  std::vector<JobRecord> Jobs(size_t printer = 0) const;
   // File and content of a job by its index; 0 stands for the newest. Throws std::out_of_range
   // when there is no such job.
-  std::filesystem::path JobFile(std::size_t printer = 0, int index = 0) const;
-  std::string JobBytes(std::size_t printer = 0, int index = 0) const;
+  std::filesystem::path JobFile(size_t printer = 0, int index = 0) const;
+  std::string JobBytes(size_t printer = 0, int index = 0) const;
   // What came besides lines, in order of arrival (the newest 10000), and the payload of the newest
   // item of a kind, empty before the first.
-  std::vector<ReceivedItem> Received(std::size_t printer = 0) const;
-  std::string ReceivedBytes(const std::string& kind, std::size_t printer = 0) const;
+  std::vector<ReceivedItem> Received(size_t printer = 0) const;
+  std::string ReceivedBytes(const std::string& kind, size_t printer = 0) const;
   // Data lines received while no job was open.
-  std::string CommandText(std::size_t printer = 0) const;
-  std::filesystem::path CommandFile(std::size_t printer = 0) const;
+  std::string CommandText(size_t printer = 0) const;
+  std::filesystem::path CommandFile(size_t printer = 0) const;
 
   // Waits until `predicate` holds; it is asked at once and after everything that happens to any
   // printer, on the calling thread, and may call this object. False after `timeout`.
   bool WaitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds timeout) const;
 
   // Interference.
-  void InjectFault(std::size_t printer, const Fault& fault);
-  void ClearFaults(std::size_t printer);
-  void SetError(std::size_t printer, int number);  // state 3, whatever the job does
-  void ClearError(std::size_t printer);
-  void SetIdle(std::size_t printer);  // abandons the job and clears the error
-  void SetResinRefusal(std::size_t printer, std::optional<int> state);
-  void SetTagRegistered(std::size_t printer, bool isRegistered);     // of the resin in place
-  void SetRepositioning(std::size_t printer, bool isRepositioning);  // to the reference position
+  void InjectFault(size_t printer, const Fault& fault);
+  void ClearFaults(size_t printer);
+  void SetError(size_t printer, int number);  // state 3, whatever the job does
+  void ClearError(size_t printer);
+  void SetIdle(size_t printer);  // abandons the job and clears the error
+  void SetResinRefusal(size_t printer, std::optional<int> state);
+  void SetTagRegistered(size_t printer, bool isRegistered);     // of the resin in place
+  void SetRepositioning(size_t printer, bool isRepositioning);  // to the reference position
   // Unplugged, a printer has no connection, accepts none, answers no search, and is off the USB.
   // Replugging listens on the same port; throws std::runtime_error when that is taken. A host must
   // import the USB printer again.
-  void Unplug(std::size_t printer);
-  void Replug(std::size_t printer);
+  void Unplug(size_t printer);
+  void Replug(size_t printer);
   // To be called after an injected clock has been put forward.
   void ClockChanged();
 
@@ -88,6 +88,6 @@ class Simulator {
   std::unique_ptr<Impl> impl_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_SIMULATOR_H_

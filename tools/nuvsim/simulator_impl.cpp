@@ -11,7 +11,7 @@
 
 #include "nuvsim/addresses.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 SimulatorConfig Completed(SimulatorConfig config) {
@@ -22,7 +22,7 @@ SimulatorConfig Completed(SimulatorConfig config) {
 }
 
 // Whether a printer that listens on `address` (0: everywhere but on loopback) is on the network.
-bool IsOn(const Ipv4Interface& network, std::uint32_t address) {
+bool IsOn(const Ipv4Interface& network, uint32_t address) {
   if (address == 0) return !IsLoopback(network.address);
   return ((address ^ network.address) & network.netmask) == 0;
 }
@@ -30,7 +30,7 @@ bool IsOn(const Ipv4Interface& network, std::uint32_t address) {
 }  // namespace
 
 Simulator::Impl::Impl(SimulatorConfig wanted) : commons(Completed(std::move(wanted))) {
-  for (std::size_t i = 0; i < commons.config.printers.size(); ++i) {
+  for (size_t i = 0; i < commons.config.printers.size(); ++i) {
     printers.push_back(std::make_unique<ServedPrinter>(commons, i, commons.config.printers[i]));
   }
 }
@@ -41,7 +41,7 @@ void Simulator::Impl::Start() {
   const std::lock_guard<std::mutex> life(lifeMutex_);
   if (std::exchange(started_, true)) throw std::logic_error("the simulator was started before");
   try {
-    for (std::size_t i = 0; i < printers.size(); ++i) {
+    for (size_t i = 0; i < printers.size(); ++i) {
       printers[i]->Plug(commons.config.printers[i].port);
     }
     if (commons.config.discovery) ListenForSearches();
@@ -79,11 +79,11 @@ void Simulator::Impl::Run(const std::function<void()>& action) {
   commons.events.Notify();
 }
 
-void Simulator::Impl::Unplug(std::size_t index) {
+void Simulator::Impl::Unplug(size_t index) {
   Run([this, index] { printers[index]->Unplug(); });
 }
 
-void Simulator::Impl::Replug(std::size_t index) {
+void Simulator::Impl::Replug(size_t index) {
   Run([this, index] {
     ServedPrinter& printer = *printers[index];
     if (!printer.plugged) printer.Plug(printer.endpoint.Port());
@@ -96,12 +96,12 @@ void Simulator::Impl::ClockChanged() {
   });
 }
 
-void Simulator::Impl::ClearFaults(std::size_t index) {
+void Simulator::Impl::ClearFaults(size_t index) {
   Change(index, [](Dialogue& each) { each.Faults().Clear(); });
   Run([this, index] { printers[index]->FaultsCleared(); });
 }
 
-void Simulator::Impl::Change(std::size_t index, const std::function<void(Dialogue&)>& action) {
+void Simulator::Impl::Change(size_t index, const std::function<void(Dialogue&)>& action) {
   commons.Locked([&] { action(printers.at(index)->dialogue); });
   commons.events.Notify();
 }
@@ -118,11 +118,11 @@ void Simulator::Impl::ListenForSearches() {
     });
     if (isServed && !isKnown) networks_.push_back(each);
   }
-  const std::uint16_t port = commons.config.discoveryPort;
+  const uint16_t port = commons.config.discoveryPort;
   try {
-    search_.emplace(
-        commons.io, port, networks_,
-        [this](std::size_t network, std::string_view search) { return Answer(network, search); });
+    search_.emplace(commons.io, port, networks_, [this](size_t network, std::string_view search) {
+      return Answer(network, search);
+    });
   } catch (const std::system_error& error) {
     throw std::runtime_error("cannot listen for searches on port " + std::to_string(port) + ": " +
                              error.code().message());
@@ -134,7 +134,7 @@ void Simulator::Impl::ServeUsb() {
   bus.reserve(printers.size());
   for (const auto& printer : printers) bus.push_back(&printer->usbDevice);
   const std::string& address = commons.config.usbipAddress;
-  const std::uint16_t port = *commons.config.usbipPort;
+  const uint16_t port = *commons.config.usbipPort;
   try {
     usbip_.emplace(commons.io, *ParseIpv4(address), port, std::move(bus));
   } catch (const std::system_error& error) {
@@ -144,12 +144,12 @@ void Simulator::Impl::ServeUsb() {
   commons.Locked([this] { usbipPort = usbip_->Port(); });
 }
 
-std::vector<std::vector<Delivery>> Simulator::Impl::Answer(std::size_t network,
+std::vector<std::vector<Delivery>> Simulator::Impl::Answer(size_t network,
                                                            std::string_view search) {
   const Ipv4Interface& on = networks_.at(network);
   std::vector<std::vector<Delivery>> answers;
   commons.Locked([&] {
-    for (std::size_t i = 0; i < printers.size(); ++i) {
+    for (size_t i = 0; i < printers.size(); ++i) {
       ServedPrinter& printer = *printers[i];
       if (!printer.plugged || !IsOn(on, printer.address)) continue;
       const std::string announced = FormatIpv4(printer.address == 0 ? on.address : printer.address);
@@ -161,4 +161,4 @@ std::vector<std::vector<Delivery>> Simulator::Impl::Answer(std::size_t network,
   return answers;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -21,7 +21,7 @@
 #include "nuvsim/usb/usbip_server.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Lock order: lifeMutex_ before stateMutex.
 class Simulator::Impl {
@@ -31,23 +31,23 @@ class Simulator::Impl {
 
   void Start();
   void Stop();
-  void Unplug(std::size_t index);
-  void Replug(std::size_t index);
+  void Unplug(size_t index);
+  void Replug(size_t index);
   void ClockChanged();
-  void ClearFaults(std::size_t index);
+  void ClearFaults(size_t index);
 
   // Returns what `look` makes of a printer, with the state locked.
   template <typename Look>
-  auto Observe(std::size_t index, const Look& look) {
+  auto Observe(size_t index, const Look& look) {
     return commons.Locked([&] { return look(*printers.at(index)); });
   }
 
   // Runs `action` on a printer with the state locked, then wakes the waiters.
-  void Change(std::size_t index, const std::function<void(Dialogue&)>& action);
+  void Change(size_t index, const std::function<void(Dialogue&)>& action);
 
   Commons commons;
   std::vector<std::unique_ptr<ServedPrinter>> printers;
-  std::uint16_t usbipPort = 0;  // guarded by stateMutex
+  uint16_t usbipPort = 0;  // guarded by stateMutex
 
  private:
   using WorkGuard = asio::executor_work_guard<asio::io_context::executor_type>;
@@ -55,7 +55,7 @@ class Simulator::Impl {
   void Run(const std::function<void()>& action);
   void ListenForSearches();
   void ServeUsb();
-  std::vector<std::vector<Delivery>> Answer(std::size_t network, std::string_view search);
+  std::vector<std::vector<Delivery>> Answer(size_t network, std::string_view search);
   void CloseAll();
 
   std::vector<Ipv4Interface> networks_;
@@ -67,6 +67,6 @@ class Simulator::Impl {
   bool started_ = false;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_SIMULATOR_IMPL_H_

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
-namespace nuvsim {
+namespace NuvSim {
 
 // One of the two ways to a printer.
-enum class Channel : std::size_t { kNetwork, kUsb };
-constexpr std::size_t kChannels = 2;
+enum class Channel : size_t { kNetwork, kUsb };
+constexpr size_t kChannels = 2;
 
 // How a connection ends, if the printer ends it.
 enum class Closing { kNone, kDrop, kReset };
@@ -32,7 +32,7 @@ struct Delivery {
 struct Reaction {
   std::vector<Delivery> deliveries;
   Closing closing = Closing::kNone;
-  std::size_t taken = 0;  // of the bytes; the others come again when the stall is over
+  size_t taken = 0;  // of the bytes; the others come again when the stall is over
   // Nothing more is read for so long; zero: until the faults are cleared.
   std::optional<std::chrono::milliseconds> stall;
 };
@@ -42,7 +42,7 @@ class Wire {
  public:
   virtual ~Wire() = default;
   // `at`: the own network address that the client has reached; 0 over USB.
-  virtual void ClientCame(std::uint32_t at) = 0;
+  virtual void ClientCame(uint32_t at) = 0;
   virtual Reaction Receive(std::string_view bytes) = 0;
   virtual void AnswerSent() = 0;  // one delivery, whole
   virtual void ClientLeft() = 0;
@@ -51,6 +51,6 @@ class Wire {
   virtual std::optional<std::chrono::milliseconds> TakeRefusal() = 0;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_WIRE_H_

@@ -10,7 +10,7 @@
 
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -60,11 +60,11 @@ class MemorySource final : public ByteSource {
 
 // Reads a file of at most `max_length` bytes whole. A larger one is kTooLarge and is
 // not read.
-Status ReadWholeFile(const std::string& path, uint64_t max_length, std::vector<uint8_t>* bytes);
+Status ReadWholeFile(const std::string& path, uint64_t maxLength, std::vector<uint8_t>* bytes);
 
 // "No such file or directory" and the like, for the value of errno.
-std::string SystemErrorText(int error_number);
+std::string SystemErrorText(int errorNumber);
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_BYTE_SOURCE_H_

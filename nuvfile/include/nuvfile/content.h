@@ -12,7 +12,7 @@
 
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 inline constexpr size_t kMachineIdLength = 17;
 inline constexpr uint64_t kMaxIdLength = 255;
@@ -55,6 +55,6 @@ std::vector<uint8_t> FrameRecord(std::string_view name, const std::vector<uint8_
 std::string FormatArguments(const std::vector<Argument>& arguments);
 Status ParseArguments(std::string_view text, std::vector<Argument>* arguments);
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_CONTENT_H_

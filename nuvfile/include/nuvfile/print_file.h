@@ -12,7 +12,7 @@
 #include "nuvfile/sections.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Thread-safety: none.
 // Memory: the texts (at most 1 MiB of arguments and three short IDs); neither the index
@@ -24,15 +24,15 @@ class PrintFile {
   static Status Open(std::unique_ptr<ByteSource> source, std::unique_ptr<PrintFile>* file);
   static Status Open(const std::string& path, std::unique_ptr<PrintFile>* file);
 
-  const std::string& machine_id() const { return machine_id_; }
-  const std::string& project_id() const { return project_id_; }
-  const std::string& material_id() const { return material_id_; }
-  const std::string& arguments_text() const { return arguments_text_; }
-  const std::vector<Argument>& arguments() const { return arguments_; }
-  uint64_t line_count() const { return layout_.line_count; }
+  const std::string& MachineId() const { return machineId_; }
+  const std::string& ProjectId() const { return projectId_; }
+  const std::string& MaterialId() const { return materialId_; }
+  const std::string& ArgumentsText() const { return argumentsText_; }
+  const std::vector<Argument>& Arguments() const { return arguments_; }
+  uint64_t LineCount() const { return layout_.lineCount; }
   // Bytes of all data lines, without line ends; at most kMaxModelBytes.
-  uint64_t model_bytes() const { return SectionLength(Section::kData); }
-  uint64_t file_bytes() const { return layout_.file_size; }
+  uint64_t ModelBytes() const { return SectionLength(Section::kData); }
+  uint64_t FileBytes() const { return layout_.fileSize; }
   uint64_t SectionLength(Section section) const { return layout_.At(section).length; }
 
   // Length of data line `index` (from 0) into `*length`; its bytes into `buffer` when
@@ -52,13 +52,13 @@ class PrintFile {
 
   std::unique_ptr<ByteSource> source_;
   Layout layout_;
-  std::string machine_id_;
-  std::string project_id_;
-  std::string material_id_;
-  std::string arguments_text_;
+  std::string machineId_;
+  std::string projectId_;
+  std::string materialId_;
+  std::string argumentsText_;
   std::vector<Argument> arguments_;
 };
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_PRINT_FILE_H_

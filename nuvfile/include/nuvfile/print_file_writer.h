@@ -11,15 +11,15 @@
 #include "nuvfile/content.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Everything but the data lines. Only the machine ID must be given.
 struct PrintFileContents {
-  std::string machine_id;
-  std::string project_id;
-  std::string material_id;
+  std::string machineId;
+  std::string projectId;
+  std::string materialId;
   std::vector<Argument> arguments;  // `layers` is added with the number of lines if missing
-  std::vector<uint8_t> aes_key;
+  std::vector<uint8_t> aesKey;
   std::vector<uint8_t> l101;
   std::vector<uint8_t> l102;
   std::vector<uint8_t> l103;
@@ -35,9 +35,9 @@ using NextLine = std::function<bool(std::string_view* line, Status* error)>;
 NextLine LinesOf(const std::vector<std::string>& lines);
 
 struct WriteSummary {
-  uint64_t line_count = 0;
-  uint64_t model_bytes = 0;
-  uint64_t file_bytes = 0;
+  uint64_t lineCount = 0;
+  uint64_t modelBytes = 0;
+  uint64_t fileBytes = 0;
 };
 
 // Writes a print file to `path`, in memory that does not grow with the lines. The lines
@@ -49,6 +49,6 @@ struct WriteSummary {
 Status WritePrintFile(const std::string& path, const PrintFileContents& contents,
                       const NextLine& next, WriteSummary* summary = nullptr);
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_PRINT_FILE_WRITER_H_

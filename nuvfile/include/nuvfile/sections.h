@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace nuvfile {
+namespace NuvFile {
 
 // In the order of the section table, which is also their order in the file.
 enum class Section : size_t {
@@ -32,8 +32,8 @@ struct SectionEntry {
 };
 
 struct Layout {
-  uint64_t file_size = 0;
-  uint64_t line_count = 0;
+  uint64_t fileSize = 0;
+  uint64_t lineCount = 0;
   std::array<SectionEntry, kSectionCount> sections;
 
   const SectionEntry& At(Section section) const { return sections[static_cast<size_t>(section)]; }
@@ -43,6 +43,6 @@ struct Layout {
 // Four-letter name of the section in the file and in messages, such as "DATA".
 const char* SectionTag(Section section);
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_SECTIONS_H_

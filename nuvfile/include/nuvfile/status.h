@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace nuvfile {
+namespace NuvFile {
 
 // The values up to kOutOfMemory are those of NuvFileLoadResult in NuvFile.h.
 enum class Fault {
@@ -35,15 +35,15 @@ class [[nodiscard]] Status {
   Status() = default;
   Status(Fault fault, std::string message) : fault_(fault), message_(std::move(message)) {}
 
-  bool ok() const { return fault_ == Fault::kNone; }
-  Fault fault() const { return fault_; }
-  const std::string& message() const { return message_; }
+  bool Ok() const { return fault_ == Fault::kNone; }
+  Fault GetFault() const { return fault_; }
+  const std::string& Message() const { return message_; }
 
  private:
   Fault fault_ = Fault::kNone;
   std::string message_;
 };
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_STATUS_H_

@@ -12,7 +12,7 @@
 #include "nuvfile/byte_source.h"
 #include "nuvfile/status.h"
 
-namespace nuvfile {
+namespace NuvFile {
 
 // Lines end with LF or CR LF; the last line may lack its end. Memory: one line, at most
 // 16 MiB, and a fixed buffer.
@@ -38,10 +38,10 @@ class TextLines {
   std::vector<char> buffer_;
   size_t begin_ = 0;
   size_t end_ = 0;
-  uint64_t line_number_ = 0;
+  uint64_t lineNumber_ = 0;
   std::string line_;
 };
 
-}  // namespace nuvfile
+}  // namespace NuvFile
 
 #endif  // NUVFILE_TEXT_LINES_H_

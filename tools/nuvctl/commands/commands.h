@@ -14,7 +14,7 @@ namespace CLI {
 class App;
 }
 
-namespace nuvctl {
+namespace NuvCtl {
 
 // What every subcommand gets to work with.
 struct Context {
@@ -35,9 +35,9 @@ struct Subcommand {
 };
 
 // For `declare` of a subcommand that has no arguments of its own.
-template <Report (*kRun)(Context&)>
+template <Report (*Run)(Context&)>
 Action Plain(CLI::App&) {
-  return kRun;
+  return Run;
 }
 
 using Subcommands = std::vector<Subcommand>;
@@ -52,6 +52,6 @@ Subcommands JobCommands();
 Subcommands FirmwareCommands();
 Subcommands RawCommands();
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_COMMANDS_COMMANDS_H_

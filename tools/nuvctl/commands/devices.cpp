@@ -1,14 +1,14 @@
 #include "commands/commands.h"
 #include "nuvconnect/ResultCodes.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 Report RunList(Context& context) {
   const Listing listing = ListPrinters(context.choice);
   if (listing.result == NUV_OK) return ListingReport(listing);
   CommandError error = Incomplete(listing, context.choice);
-  error.shown_is_result = true;
+  error.shownIsResult = true;
   throw error;
 }
 
@@ -19,4 +19,4 @@ Subcommands DeviceCommands() {
            Plain<RunList>}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

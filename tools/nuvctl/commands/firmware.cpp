@@ -16,7 +16,7 @@
 #include "transfer.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr unsigned kBoardImage = 1;  // the kind of image that the Android board is told
@@ -86,7 +86,7 @@ void FinishPanel(Context&, Report& report) {
 struct KindRow {
   const char* name;
   const char* part;
-  std::uint64_t bytes;  // of every image; 0: they differ
+  uint64_t bytes;  // of every image; 0: they differ
   int (*announce)(unsigned bytes, const char* name);
   int (*send)(const unsigned char* data, int length);
   void (*finish)(Context& context, Report& report);
@@ -108,14 +108,14 @@ struct FirmwareImage {
 };
 
 // The library counts bytes in an int.
-constexpr std::uint64_t kLargestBytes = std::numeric_limits<int>::max();
+constexpr uint64_t kLargestBytes = std::numeric_limits<int>::max();
 
 CommandError Unfit(const std::string& message) {
   return CommandError("wrong_size", kFileProblem, message + ", so nothing was sent",
                       "Check that it is the image that the maker gave for this part.");
 }
 
-void RequireSize(const KindRow& row, const std::string& file, std::uint64_t bytes) {
+void RequireSize(const KindRow& row, const std::string& file, uint64_t bytes) {
   if (bytes == 0) throw Unfit("The file " + file + " is empty");
   if (row.bytes != 0 && bytes != row.bytes) {
     throw Unfit("An image of the " + std::string(row.part) + " has exactly " +
@@ -123,7 +123,7 @@ void RequireSize(const KindRow& row, const std::string& file, std::uint64_t byte
                 std::to_string(bytes));
   }
   if (bytes > kLargestBytes) {
-    throw Unfit("The file " + file + " has " + FormatBytes(static_cast<std::int64_t>(bytes)) +
+    throw Unfit("The file " + file + " has " + FormatBytes(static_cast<int64_t>(bytes)) +
                 ", more than any image");
   }
 }
@@ -140,7 +140,7 @@ FirmwareImage ReadFirmwareImage(const KindRow& row, const std::string& file) {
   image.name = path.filename().u8string();
   if (!error) {
     RequireSize(row, file, size);
-    image.bytes.resize(static_cast<std::size_t>(size));
+    image.bytes.resize(static_cast<size_t>(size));
     stream.read(reinterpret_cast<char*>(image.bytes.data()),
                 static_cast<std::streamsize>(image.bytes.size()));
   }
@@ -242,4 +242,4 @@ Subcommands FirmwareCommands() {
            "nuvctl firmware panel panel.bin", DeclareFirmware}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -8,21 +8,21 @@
 #include "format.h"
 #include "printer.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct Job {
   int index = 0;
-  std::string name, resin_code, lot;
+  std::string name, resinCode, lot;
   std::string started, ended;  // as the printer writes them; `ended` is "-" until the job has
   int result = 0;              // 0 finished, 1 cancelled, 2 failed, 3 not ended
   int layers = 0;
   int minutes = 0;
-  int resin_ml = 0;
-  int layer_um = 0;
-  int exposure_ms = 0;
-  int bottom_exposure_ms = 0;
-  int laser_power_percent = 0;
+  int resinMl = 0;
+  int layerUm = 0;
+  int exposureMs = 0;
+  int bottomExposureMs = 0;
+  int laserPowerPercent = 0;
 };
 
 std::string ResultName(int result) {
@@ -34,19 +34,19 @@ std::string ResultName(int result) {
 std::optional<Job> ReadJob(int index) {
   Job job;
   job.index = index;
-  TextBuffer name, resin_code, started, ended, lot;
+  TextBuffer name, resinCode, started, ended, lot;
   const std::string action = "Reading job " + std::to_string(index);
   const bool known =
-      Answered(API_GetJobInfo1(index, name.Data(), resin_code.Data(), started.Data()), action) &&
-      Answered(API_GetJobInfo2(index, &job.layers, &job.minutes, &job.resin_ml, &job.result),
+      Answered(API_GetJobInfo1(index, name.Data(), resinCode.Data(), started.Data()), action) &&
+      Answered(API_GetJobInfo2(index, &job.layers, &job.minutes, &job.resinMl, &job.result),
                action) &&
-      Answered(API_GetJobInfo3(index, &job.layer_um, &job.exposure_ms, &job.bottom_exposure_ms,
-                               &job.laser_power_percent),
+      Answered(API_GetJobInfo3(index, &job.layerUm, &job.exposureMs, &job.bottomExposureMs,
+                               &job.laserPowerPercent),
                action) &&
       Answered(API_GetJobInfo4(index, ended.Data(), lot.Data()), action);
   if (!known) return std::nullopt;
   job.name = name.Text();
-  job.resin_code = resin_code.Text();
+  job.resinCode = resinCode.Text();
   job.started = started.Text();
   job.ended = ended.Text();
   job.lot = lot.Text();
@@ -61,13 +61,13 @@ nlohmann::ordered_json JobJson(const Job& job) {
                                  {"started", job.started},
                                  {"layers", job.layers},
                                  {"minutes", job.minutes},
-                                 {"resin_code", job.resin_code},
+                                 {"resin_code", job.resinCode},
                                  {"lot", job.lot},
-                                 {"resin_ml", job.resin_ml},
-                                 {"layer_um", job.layer_um},
-                                 {"exposure_ms", job.exposure_ms},
-                                 {"bottom_exposure_ms", job.bottom_exposure_ms},
-                                 {"laser_power_percent", job.laser_power_percent}};
+                                 {"resin_ml", job.resinMl},
+                                 {"layer_um", job.layerUm},
+                                 {"exposure_ms", job.exposureMs},
+                                 {"bottom_exposure_ms", job.bottomExposureMs},
+                                 {"laser_power_percent", job.laserPowerPercent}};
   if (job.ended != "-") json["ended"] = job.ended;
   return json;
 }
@@ -96,10 +96,10 @@ std::string JobsTable(const std::vector<Job>& jobs) {
   for (const Job& job : jobs) {
     rows.push_back({std::to_string(job.index), job.name, ResultName(job.result),
                     FormatStamp(job.started), FormatStamp(job.ended), std::to_string(job.minutes),
-                    std::to_string(job.layers), std::to_string(job.layer_um),
-                    std::to_string(job.exposure_ms), std::to_string(job.bottom_exposure_ms),
-                    std::to_string(job.laser_power_percent), job.resin_code, job.lot,
-                    std::to_string(job.resin_ml)});
+                    std::to_string(job.layers), std::to_string(job.layerUm),
+                    std::to_string(job.exposureMs), std::to_string(job.bottomExposureMs),
+                    std::to_string(job.laserPowerPercent), job.resinCode, job.lot,
+                    std::to_string(job.resinMl)});
   }
   return FormatTable({"INDEX", "NAME", "RESULT", "STARTED", "ENDED", "MIN", "LAYERS", "LAYER-UM",
                       "EXPOSE-MS", "BOTTOM-MS", "POWER-%", "RESIN", "LOT", "ML"},
@@ -163,7 +163,7 @@ Report RunJobs(Context& context, const Wanted& wanted) {
     AddCounters(fields);
   } catch (CommandError& error) {
     error.shown = fields.Finish();
-    error.shown_is_result = true;
+    error.shownIsResult = true;
     throw;
   }
   Report report = fields.Finish();
@@ -195,4 +195,4 @@ Subcommands HistoryCommands() {
            DeclareJobs}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

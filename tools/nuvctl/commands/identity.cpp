@@ -3,7 +3,7 @@
 #include "library.h"
 #include "printer.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 Report RunInfo(Context& context) {
@@ -26,12 +26,12 @@ Report RunInfo(Context& context) {
 Fields FieldsOf(const PrinterState& state, const std::optional<PrintProgress>& progress) {
   Fields fields = {{"State", StateName(state.number)}};
   if (state.number == NUV_PRINTER_ERROR) {
-    fields.emplace_back("Error number", std::to_string(state.error_number));
+    fields.emplace_back("Error number", std::to_string(state.errorNumber));
   }
   if (!progress) return fields;
   fields.emplace_back("Layer", LayerText(*progress));
   fields.emplace_back("Progress", std::to_string(progress->percent) + " %");
-  fields.emplace_back("Time left", std::to_string(progress->minutes_left) + " min");
+  fields.emplace_back("Time left", std::to_string(progress->minutesLeft) + " min");
   return fields;
 }
 
@@ -81,4 +81,4 @@ Subcommands IdentityCommands() {
            Plain<RunSkipWarmup>}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

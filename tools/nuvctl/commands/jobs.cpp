@@ -11,7 +11,7 @@
 #include "transfer.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 // The last lines may still be in the printer's receive buffer when the transfer ends.
@@ -207,25 +207,25 @@ Report RunGcode(Context& context, const std::string& file) {
 // Adds --interval to `app`; the value is there after parsing.
 std::shared_ptr<int> DeclareInterval(CLI::App& app) {
   constexpr int kLongestMs = 3600000;
-  auto interval_ms = std::make_shared<int>(kShortestIntervalMs);
-  app.add_option("--interval", *interval_ms, "Milliseconds from look to look")
+  auto intervalMs = std::make_shared<int>(kShortestIntervalMs);
+  app.add_option("--interval", *intervalMs, "Milliseconds from look to look")
       ->type_name("MS")
       ->check(CLI::Range(kShortestIntervalMs, kLongestMs).description(""))
       ->capture_default_str();
-  return interval_ms;
+  return intervalMs;
 }
 
 Action DeclareSend(CLI::App& app) {
   const auto file = std::make_shared<std::string>();
   const auto watch = std::make_shared<bool>(false);
   app.add_flag("--watch", *watch, "Then follow the print until it ends");
-  const auto interval_ms = DeclareInterval(app);
+  const auto intervalMs = DeclareInterval(app);
   app.add_option("FILE", *file, "The print file")->required()->type_name("");
   return [=](Context& context) {
     Report sent = RunSend(context, *file);
     if (!*watch) return sent;
     context.output.Stream(sent);
-    WatchPrint(context.output, context.system, *interval_ms);
+    WatchPrint(context.output, context.system, *intervalMs);
     return Report();
   };
 }
@@ -239,10 +239,10 @@ Action DeclareGcode(CLI::App& app) {
 }
 
 Action DeclareWatch(CLI::App& app) {
-  const auto interval_ms = DeclareInterval(app);
-  return [interval_ms](Context& context) {
+  const auto intervalMs = DeclareInterval(app);
+  return [intervalMs](Context& context) {
     OpenPrinter(context.choice);
-    WatchPrint(context.output, context.system, *interval_ms);
+    WatchPrint(context.output, context.system, *intervalMs);
     return Report();
   };
 }
@@ -257,4 +257,4 @@ Subcommands JobCommands() {
       {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

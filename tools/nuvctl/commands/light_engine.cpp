@@ -7,7 +7,7 @@
 #include "library.h"
 #include "printer.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 struct WantedSensors {
@@ -112,11 +112,11 @@ constexpr FlashRow kThreeLineFlash[] = {
     {"Z offset 2", "flash/z_offset_2"},
 };
 
-template <size_t kCount>
-void AddFlashRows(int result, const FlashRow (&rows)[kCount], const int (&values)[kCount],
+template <size_t Count>
+void AddFlashRows(int result, const FlashRow (&rows)[Count], const int (&values)[Count],
                   FieldReport& report) {
   CheckQuery(result, "Reading the flash of the scan unit");
-  for (size_t i = 0; i < kCount; ++i) report.AddNumber(rows[i].label, rows[i].key, values[i]);
+  for (size_t i = 0; i < Count; ++i) report.AddNumber(rows[i].label, rows[i].key, values[i]);
 }
 
 void AddFlash(FieldReport& report) {
@@ -175,4 +175,4 @@ Subcommands LightEngineCommands() {
           {"leds", "Show how long the light source has been on", "nuvctl leds", Plain<RunLeds>}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

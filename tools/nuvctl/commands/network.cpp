@@ -8,7 +8,7 @@
 #include "printer.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr int kJoinAttempts = 20;  // an address is asked for too, which takes its time
@@ -156,4 +156,4 @@ Subcommands NetworkCommands() {
            DeclareWifi}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -7,7 +7,7 @@
 #include "printer.h"
 #include "utf8.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 // One command line as the printer wants it, CR LF at its end. Throws when it is not exactly one:
@@ -52,4 +52,4 @@ Subcommands RawCommands() {
   return {{"raw", "Send one command and show the reply", "nuvctl raw \"F101\"", DeclareRaw}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

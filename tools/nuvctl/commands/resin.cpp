@@ -4,7 +4,7 @@
 #include "library.h"
 #include "printer.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 constexpr char kMillilitres[] = " ml";
@@ -57,9 +57,9 @@ int AddResinOf(const std::string& model, FieldReport& report) {
 }
 
 void AddTag(FieldReport& report) {
-  int open_mode = 0;
-  const bool known = Answered(API_IsOpenModeSupported(&open_mode), "Reading the open mode");
-  if (known) report.AddFlag("Takes resin without a tag", "open_mode", open_mode != 0);
+  int openMode = 0;
+  const bool known = Answered(API_IsOpenModeSupported(&openMode), "Reading the open mode");
+  if (known) report.AddFlag("Takes resin without a tag", "open_mode", openMode != 0);
   int registered = 0;
   const bool accepted =
       Answered(API_IsRegisteredCorrectTag(&registered), "Reading the registration of the tag");
@@ -90,7 +90,7 @@ Report RunResin(Context& context) {
   error.message = "The printer cannot print with this resin: " + ReasonOf(result);
   AddTag(report);
   error.shown = report.Finish();
-  error.shown_is_result = true;
+  error.shownIsResult = true;
   throw error;
 }
 
@@ -100,4 +100,4 @@ Subcommands ResinCommands() {
   return {{"resin", "Show the resin in the printer", "nuvctl resin", Plain<RunResin>}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

@@ -9,7 +9,7 @@
 #include "commands/commands.h"
 #include "printer.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 namespace {
 
 // What runs a subcommand that is nothing but a setting. `setting` must outlive it; `wanted` is
@@ -172,4 +172,4 @@ Subcommands SettingsCommands() {
        "nuvctl scaling 1.002 1.002 0.998 0.998 1 1", DeclareScaling}};
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl

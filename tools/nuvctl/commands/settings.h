@@ -11,12 +11,12 @@
 #include "library.h"
 #include "output.h"
 
-namespace nuvctl {
+namespace NuvCtl {
 
 template <typename Value>
 struct Setting {
-  const char* name;          // "the laser power"
-  const char* refusal_hint;  // advice when the printer refuses a new value
+  const char* name;         // "the laser power"
+  const char* refusalHint;  // advice when the printer refuses a new value
   int (*set)(const Value& value);
   int (*get)(Value& value);  // both return the library's result
   bool (*same)(const Value& wanted, const Value& actual);
@@ -30,7 +30,7 @@ CommandError NotConfirmed(const std::string& name, const Report& actual);
 template <typename Value>
 Report ShowOrSet(const Setting<Value>& setting, const std::optional<Value>& wanted) {
   if (wanted) {
-    CheckOrder(setting.set(*wanted), std::string("Setting ") + setting.name, setting.refusal_hint);
+    CheckOrder(setting.set(*wanted), std::string("Setting ") + setting.name, setting.refusalHint);
   }
   Value actual{};
   CheckQuery(setting.get(actual),
@@ -46,6 +46,6 @@ bool Equal(const Value& wanted, const Value& actual) {
   return wanted == actual;
 }
 
-}  // namespace nuvctl
+}  // namespace NuvCtl
 
 #endif  // NUVCTL_COMMANDS_SETTINGS_H_

@@ -6,11 +6,11 @@
 #include "nuvsim/commands/table.h"
 #include "nuvsim/faults/replies.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 // A host that polls for days must not exhaust the memory.
-constexpr std::size_t kRequestsKept = 100000;
+constexpr size_t kRequestsKept = 100000;
 
 // A sender of raw bytes that is silent for so long has given up.
 constexpr std::chrono::seconds kSilence{1};
@@ -21,7 +21,7 @@ bool LeavesAccepted(FaultKind kind) {
   return kind == FaultKind::kLate || kind == FaultKind::kPieces || kind == FaultKind::kTwice ||
          kind == FaultKind::kBadNumber || kind == FaultKind::kOversized;
 }
-constexpr std::size_t Index(Channel channel) { return static_cast<std::size_t>(channel); }
+constexpr size_t Index(Channel channel) { return static_cast<size_t>(channel); }
 
 // Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
 bool TellsBuffer(int code, const std::string& answer) {
@@ -40,7 +40,7 @@ Dialogue::Dialogue(PrinterConfig config, Clock clock, CalendarTime switchedOn,
   for (const Fault& fault : machine_.Config().faults) faults_.Add(fault);
 }
 
-void Dialogue::ClientCame(Channel channel, std::uint32_t at) {
+void Dialogue::ClientCame(Channel channel, uint32_t at) {
   if (channel == Channel::kNetwork) machine_.SetWiredAddress(at);
   ++counters_.connections;
   connected_[Index(channel)] = true;
@@ -57,10 +57,9 @@ Reaction Dialogue::Receive(Channel channel, std::string_view bytes) {
   reaction_ = Reaction();
   EndSilentPhase();
   while (!bytes.empty() && reaction_.closing == Closing::kNone && !reaction_.stall) {
-    const std::uint64_t beforeCut = faults_.BytesBeforeCut();
-    const std::size_t taken =
-        TakeSome(channel, bytes.substr(0, static_cast<std::size_t>(
-                                              std::min<std::uint64_t>(beforeCut, bytes.size()))));
+    const uint64_t beforeCut = faults_.BytesBeforeCut();
+    const size_t taken = TakeSome(
+        channel, bytes.substr(0, static_cast<size_t>(std::min<uint64_t>(beforeCut, bytes.size()))));
     bytes.remove_prefix(taken);
     reaction_.taken += taken;
     counters_.bytesReceived += taken;
@@ -78,12 +77,12 @@ Reaction Dialogue::Receive(Channel channel, std::string_view bytes) {
 }
 
 // Takes bytes from the front, up to the end of a command or of a stretch of raw bytes at the most.
-std::size_t Dialogue::TakeSome(Channel channel, std::string_view bytes) {
+size_t Dialogue::TakeSome(Channel channel, std::string_view bytes) {
   if (!phase_ || phaseChannel_ != channel) {
     commandChannel_ = channel;
     return splitters_[Index(channel)].Feed(bytes);
   }
-  const std::size_t taken = phase_->Take(bytes);
+  const size_t taken = phase_->Take(bytes);
   lastRaw_ = machine_.Now();
   if (phase_->IsOver()) EndPhase();
   return taken;
@@ -94,7 +93,7 @@ void Dialogue::EndPhase() {
   phase_->Stop();
   const std::string held = phase_->Held();
   phase_.reset();
-  for (std::size_t at = 0; at < held.size();) {
+  for (size_t at = 0; at < held.size();) {
     at += TakeSome(phaseChannel_, std::string_view(held).substr(at));
   }
 }
@@ -134,8 +133,8 @@ void Dialogue::OnCommand(std::string_view line) {
 // An entry for each line of the answer.
 void Dialogue::LogAnswer(const std::string& answer, const std::string& remark) {
   if (!log_) return;
-  for (std::size_t start = 0; start != std::string::npos;) {
-    const std::size_t end = answer.find(kLineEnd, start);
+  for (size_t start = 0; start != std::string::npos;) {
+    const size_t end = answer.find(kLineEnd, start);
     log_(true, remark + answer.substr(start, end - start));
     start = end == std::string::npos ? end : end + kLineEnd.size();
   }
@@ -143,7 +142,7 @@ void Dialogue::LogAnswer(const std::string& answer, const std::string& remark) {
 
 void Dialogue::OnData(std::string_view line) { machine_.TakeLine(line); }
 
-void Dialogue::OnLostData(std::uint64_t bytes) { machine_.LoseLine(bytes); }
+void Dialogue::OnLostData(uint64_t bytes) { machine_.LoseLine(bytes); }
 
 std::vector<Fault> Dialogue::TakeSearch() {
   ++counters_.searches;
@@ -191,4 +190,4 @@ std::optional<std::chrono::nanoseconds> Dialogue::TimeToNextStep() {
   return next;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -26,7 +26,7 @@
 #include "nuvsim/records.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 class Dialogue final : private LineSink {
  public:
@@ -39,7 +39,7 @@ class Dialogue final : private LineSink {
   // A client came (to the printer's address `at` when over the network), sent bytes, went; there
   // may be one on each channel. Once a reaction ends the connection, what followed in the same
   // bytes is void and the client counts as gone.
-  void ClientCame(Channel channel, std::uint32_t at);
+  void ClientCame(Channel channel, uint32_t at);
   Reaction Receive(Channel channel, std::string_view bytes);
   void AnswerSent() { ++counters_.answersSent; }
   void ClientLeft(Channel channel);
@@ -66,8 +66,8 @@ class Dialogue final : private LineSink {
  private:
   void OnCommand(std::string_view line) override;
   void OnData(std::string_view line) override;
-  void OnLostData(std::uint64_t bytes) override;
-  std::size_t TakeSome(Channel channel, std::string_view bytes);
+  void OnLostData(uint64_t bytes) override;
+  size_t TakeSome(Channel channel, std::string_view bytes);
   void EndPhase();
   void EndSilentPhase();
   void LogAnswer(const std::string& answer, const std::string& remark);
@@ -87,6 +87,6 @@ class Dialogue final : private LineSink {
   Reaction reaction_;  // being built
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_COMMANDS_DIALOGUE_H_

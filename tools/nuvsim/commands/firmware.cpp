@@ -2,10 +2,10 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::uint64_t kPanelBytes = 21504;
+constexpr uint64_t kPanelBytes = 21504;
 
 // An image must not replace firmware that is at work.
 bool IsBusy(Machine& machine) {
@@ -16,9 +16,9 @@ bool IsBusy(Machine& machine) {
 // "S<bytes>,<file name>"; the name goes to the end of the line.
 std::string AnnounceEngine(Machine& machine, const Request& request) {
   const auto parameter = Behind("S", request.rest.value_or(""));
-  const std::size_t comma = parameter ? parameter->find(',') : std::string_view::npos;
+  const size_t comma = parameter ? parameter->find(',') : std::string_view::npos;
   if (comma == std::string_view::npos || IsBusy(machine)) return "NG";
-  const auto bytes = ParseNumber<std::uint64_t>(parameter->substr(0, comma));
+  const auto bytes = ParseNumber<uint64_t>(parameter->substr(0, comma));
   if (bytes.value_or(0) == 0) return "NG";
   machine.GetIntake().ExpectImage("engine", *bytes, std::string(parameter->substr(comma + 1)));
   return "OK";
@@ -46,14 +46,14 @@ std::string EndPanelUpdate(Machine& machine, const Request&) {
 // "S<kind> A<bytes> C<file name>"; the name goes to the end of the line.
 std::string AnnounceAndroid(Machine& machine, const Request& request) {
   const std::string_view rest = request.rest.value_or("");
-  const std::size_t name = rest.find(" C");
+  const size_t name = rest.find(" C");
   if (name == std::string_view::npos || request.parameters.size() < 3 || IsBusy(machine)) {
     return "NG";
   }
   const auto kind = Behind("S", request.parameters[0]);
   const auto size = Behind("A", request.parameters[1]);
-  const auto bytes = ParseNumber<std::uint64_t>(size.value_or(""));
-  if (!kind || !ParseNumber<std::uint64_t>(*kind) || bytes.value_or(0) == 0) return "NG";
+  const auto bytes = ParseNumber<uint64_t>(size.value_or(""));
+  if (!kind || !ParseNumber<uint64_t>(*kind) || bytes.value_or(0) == 0) return "NG";
   machine.GetIntake().ExpectFrames("android", *bytes, std::string(rest.substr(name + 2)));
   return "OK";
 }
@@ -65,12 +65,12 @@ std::string StartAndroid(Machine& machine, const Request&) {
 }  // namespace
 
 const CommandTable& FirmwareCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {141, Feature::kAll, AnnounceEngine},     {188, Feature::kAndroid, OpenPanelUpdate},
       {189, Feature::kAndroid, EndPanelUpdate}, {506, Feature::kAndroid, AnnounceAndroid},
       {507, Feature::kAndroid, StartAndroid},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

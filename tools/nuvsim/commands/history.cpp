@@ -7,10 +7,10 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr int64_t kSecondsPerDay = 86400;
 constexpr double kThousandths = 1000;  // of a millimetre, of a second
 
 // The printer's own numbers.
@@ -27,7 +27,7 @@ int DaysIn(int month, int year) {
 // By hand, since the C library's conversion shares one buffer between threads.
 std::string FormatTime(CalendarTime time) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(time.time_since_epoch()).count();
-  std::int64_t day = seconds / kSecondsPerDay;  // from 1 January 1970
+  int64_t day = seconds / kSecondsPerDay;  // from 1 January 1970
   const auto second = static_cast<int>(seconds % kSecondsPerDay);
   int year = 1970;
   int month = 1;
@@ -55,12 +55,12 @@ std::string JobReceipt(Machine& machine, const Request&) {
 std::string JobCounters(Machine& machine, const Request& request) {
   const auto kind = OnlyNumber(request, 'S');
   if (kind != 0 && kind != 1) return "NG";
-  std::uint64_t started = 0, finished = 0, cancelled = 0, failed = 0;
+  uint64_t started = 0, finished = 0, cancelled = 0, failed = 0;
   if (kind == 0) {
     const JobCounts& earlier = machine.Config().earlierJobs;
-    finished = static_cast<std::uint64_t>(earlier.finished);
-    cancelled = static_cast<std::uint64_t>(earlier.cancelled);
-    failed = static_cast<std::uint64_t>(earlier.failed);
+    finished = static_cast<uint64_t>(earlier.finished);
+    cancelled = static_cast<uint64_t>(earlier.cancelled);
+    failed = static_cast<uint64_t>(earlier.failed);
     started = finished + cancelled + failed;
   }
   const Counters& since = machine.JobCounters();
@@ -102,16 +102,16 @@ std::string JobEnd(const Machine& machine, const JobRecord& job) {
 }
 
 // One of the four queries about a job in the history.
-template <std::string (*fields)(const Machine&, const JobRecord&)>
+template <std::string (*Fields)(const Machine&, const JobRecord&)>
 std::string JobQuery(Machine& machine, const Request& request) {
   const JobRecord* job = machine.Job(OnlyNumber(request, 'S').value_or(0));
-  return job == nullptr ? "NG" : "OK " + fields(machine, *job);
+  return job == nullptr ? "NG" : "OK " + Fields(machine, *job);
 }
 
 }  // namespace
 
 const CommandTable& HistoryCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {157, Feature::kAll, JobReceipt},
       {169, Feature::kHistory, JobCounters},
       {170, Feature::kHistory, LastUpdatedIndex},
@@ -121,7 +121,7 @@ const CommandTable& HistoryCommands() {
       {176, Feature::kHistory, JobQuery<JobExposure>},
       {177, Feature::kHistory, JobQuery<JobEnd>},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

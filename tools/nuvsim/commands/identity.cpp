@@ -4,10 +4,10 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kShortSerialLength = 6;
+constexpr size_t kShortSerialLength = 6;
 
 // The dental printer reports a short serial number with its identity, the whole one on request.
 std::string IdentitySerial(const Machine& machine) {
@@ -85,14 +85,14 @@ std::string PanelVersion(Machine& machine, const Request& request) {
 }  // namespace
 
 const CommandTable& IdentityCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {101, Feature::kAll, Identity},          {102, Feature::kAll, PrinterState},
       {107, Feature::kAll, JobTotals},         {112, Feature::kLaser, SkipWarmUp},
       {140, Feature::kDental, WholeSerial},    {310, Feature::kAndroid, AndroidVersion},
       {354, Feature::kDental, DentalIdentity}, {504, Feature::kAndroid, PanelVersion},
       {515, Feature::kAndroid, Repositioning},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

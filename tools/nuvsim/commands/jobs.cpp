@@ -5,7 +5,7 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr double kLargestAmount = 1e9;  // of anything that a host announces
@@ -38,14 +38,14 @@ using Parameters = std::vector<std::string_view>;
 std::optional<JobAnnouncement> ReadAnnouncement(const Parameters& parameters) {
   if (parameters.size() != std::size(kAnnounced)) return std::nullopt;
   JobAnnouncement job;
-  for (std::size_t i = 0; i < parameters.size(); ++i) {
+  for (size_t i = 0; i < parameters.size(); ++i) {
     const AnnouncedRow& row = kAnnounced[i];
     const auto number = ParseNumber<double>(parameters[i].substr(1));
     if (parameters[i].front() != row.tag || !number || !std::isfinite(*number)) return std::nullopt;
     if (row.amount != nullptr) job.*row.amount = std::clamp(*number, 0.0, kLargestAmount);
   }
-  const auto bytes = ParseNumber<std::uint64_t>(parameters[0].substr(1));
-  const auto layers = ParseNumber<std::uint32_t>(parameters[1].substr(1));
+  const auto bytes = ParseNumber<uint64_t>(parameters[0].substr(1));
+  const auto layers = ParseNumber<uint32_t>(parameters[1].substr(1));
   if (!bytes || !layers) return std::nullopt;
   job.bytes = *bytes;
   job.layers = *layers;
@@ -65,7 +65,7 @@ std::string OpenJob(Machine& machine, const Request& request) {
 // What stands in the angle brackets of the last parameter, " N<...>", if it is there and not empty.
 std::optional<std::string> BracketedName(const Request& request) {
   const std::string_view rest = request.rest.value_or("");
-  const std::size_t start = rest.find(" N<");
+  const size_t start = rest.find(" N<");
   if (start == std::string_view::npos || rest.back() != '>') return std::nullopt;
   const std::string_view name = rest.substr(start + 3, rest.size() - start - 4);
   return name.empty() ? std::nullopt : std::optional<std::string>(name);
@@ -99,20 +99,20 @@ std::string AnnounceThumbnail(Machine& machine, const Request& request) {
   const auto name = BracketedName(request);
   const Parameters before = BeforeName(request);
   if (!name || before.size() != 1 || before[0].front() != 'S') return "NG";
-  const auto bytes = ParseNumber<std::uint64_t>(before[0].substr(1));
+  const auto bytes = ParseNumber<uint64_t>(before[0].substr(1));
   if (bytes.value_or(0) == 0) return "NG";
   machine.GetIntake().ExpectFrames("thumbnail", *bytes, *name);
   return "OK";
 }
 
 std::string AnnouncePrintFile(Machine& machine, const Request& request) {
-  constexpr std::size_t kDigestDigits = 40;
+  constexpr size_t kDigestDigits = 40;
   const auto name = BracketedName(request);
   const Parameters before = BeforeName(request);
   if (!name || before.size() != 2 || before[0].front() != 'S' || before[1].front() != 'V') {
     return "NG";
   }
-  const auto bytes = ParseNumber<std::uint64_t>(before[0].substr(1));
+  const auto bytes = ParseNumber<uint64_t>(before[0].substr(1));
   const std::string_view digest = before[1].substr(1);
   const bool isDigest =
       digest.size() == kDigestDigits &&
@@ -139,7 +139,7 @@ std::string DentalReadiness(Machine& machine, const Request&) {
 // "M<material>=<project>"; either may hold blanks.
 std::string DentalMaterial(Machine&, const Request& request) {
   const auto both = Behind("M", request.rest.value_or(""));
-  const std::size_t end = both ? both->find('=') : std::string_view::npos;
+  const size_t end = both ? both->find('=') : std::string_view::npos;
   if (end == 0 || end == std::string_view::npos) return "NG";
   return "OK M:" + std::string(both->substr(0, end));
 }
@@ -152,14 +152,14 @@ std::string DentalFileName(Machine&, const Request& request) {
 }  // namespace
 
 const CommandTable& JobCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {103, Feature::kAll, OpenJob},           {104, Feature::kAll, AbandonJob},
       {117, Feature::kAll, FreeBuffer},        {353, Feature::kDental, DentalReadiness},
       {355, Feature::kDental, DentalMaterial}, {367, Feature::kDental, DentalFileName},
       {500, Feature::kAndroid, OpenBoardJob},  {501, Feature::kAndroid, AnnounceThumbnail},
       {503, Feature::kAndroid, FreeBuffer},    {508, Feature::kAndroid, AnnouncePrintFile},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

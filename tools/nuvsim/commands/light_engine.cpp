@@ -2,7 +2,7 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr int kLasers = 4;
@@ -63,12 +63,12 @@ std::string SelfTest(Machine&, const Request& request) {
 }  // namespace
 
 const CommandTable& LightEngineCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {160, Feature::kAll, SelfTest},      {186, Feature::kLsu, Photodiode},
       {301, Feature::kSensors, Sensors},   {303, Feature::kLsu, PulseWidths},
       {327, Feature::kLsu, ScanUnitFlash}, {708, Feature::kLed, LightHours},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -3,14 +3,14 @@
 #include "nuvsim/addresses.h"
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr int kWired = 0;
 constexpr int kWirelessPort = 1;
-constexpr std::uint32_t kNetmask = 0xffffff00;
-constexpr std::uint32_t kWirelessNetworks = 0x0a000000;  // 10.0.<channel>.0
-constexpr std::uint32_t kHostNumber = 5;
+constexpr uint32_t kNetmask = 0xffffff00;
+constexpr uint32_t kWirelessNetworks = 0x0a000000;  // 10.0.<channel>.0
+constexpr uint32_t kHostNumber = 5;
 
 std::string AccessPointFields(const AccessPoint& point, bool isJoined) {
   return std::string("S:") + (isJoined ? "1" : "0") + " C:" + std::to_string(point.channel) +
@@ -39,7 +39,7 @@ bool Join(Wireless& wireless, std::string_view form) {
   for (const bool isSecured : {false, true}) {
     const auto names = Behind(isSecured ? "S1 C1 D1 SSID=<" : "S1 C0 D1 SSID=<", form);
     if (!names || names->empty() || names->back() != '>') continue;
-    const std::size_t nameEnd = names->rfind(kKeyFollows);
+    const size_t nameEnd = names->rfind(kKeyFollows);
     if (nameEnd == std::string_view::npos) return false;
     const std::string_view key = names->substr(nameEnd + kKeyFollows.size());
     return wireless.Join(names->substr(0, nameEnd), isSecured, key.substr(0, key.size() - 1));
@@ -57,16 +57,16 @@ std::string JoinOrLeave(Machine& machine, const Request& request) {
 }
 
 // The gateway is the first address of the network and serves names as well. No address: zeros.
-std::string AddressFields(std::uint32_t address, const std::string& mac) {
+std::string AddressFields(uint32_t address, const std::string& mac) {
   const bool isThere = address != 0;
   const std::string gateway = FormatIpv4(isThere ? (address & kNetmask) + 1 : 0);
   return "IP=" + FormatIpv4(address) + " SUB=" + FormatIpv4(isThere ? kNetmask : 0) +
          " GATE=" + gateway + " DNS1=" + gateway + " DNS2=0.0.0.0 MAC=" + mac;
 }
 
-std::uint32_t WirelessAddress(const Wireless& wireless) {
+uint32_t WirelessAddress(const Wireless& wireless) {
   if (wireless.Joined() == nullptr) return 0;
-  const auto channel = static_cast<std::uint32_t>(wireless.Joined()->channel);
+  const auto channel = static_cast<uint32_t>(wireless.Joined()->channel);
   return kWirelessNetworks + (channel << 8) + kHostNumber;
 }
 
@@ -94,13 +94,13 @@ std::string AccessPoints(Machine& machine, const Request&) {
 }  // namespace
 
 const CommandTable& NetworkCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {190, Feature::kWireless, AccessPointInfo},
       {191, Feature::kWireless, JoinOrLeave},
       {192, Feature::kAll, NetworkReport},
       {198, Feature::kWireless, AccessPoints},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -4,11 +4,11 @@
 
 #include "nuvsim/printer/jobs.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 // No command is near this long; what exceeds it is cut off.
-constexpr std::size_t kLongestCommand = 65536;
+constexpr size_t kLongestCommand = 65536;
 
 bool IsCommand(std::string_view line) {
   return line.size() >= 2 && line[0] == 'F' && line[1] >= '0' && line[1] <= '9';
@@ -17,10 +17,10 @@ bool IsCommand(std::string_view line) {
 std::vector<std::string_view> SplitAtBlanks(std::string_view text) {
   std::vector<std::string_view> words;
   while (true) {
-    const std::size_t start = std::min(text.find_first_not_of(' '), text.size());
+    const size_t start = std::min(text.find_first_not_of(' '), text.size());
     text.remove_prefix(start);
     if (text.empty()) return words;
-    const std::size_t length = std::min(text.find(' '), text.size());
+    const size_t length = std::min(text.find(' '), text.size());
     words.push_back(text.substr(0, length));
     text.remove_prefix(length);
   }
@@ -28,13 +28,13 @@ std::vector<std::string_view> SplitAtBlanks(std::string_view text) {
 
 }  // namespace
 
-LineSplitter::LineSplitter(std::uint64_t longestData, LineSink& sink)
+LineSplitter::LineSplitter(uint64_t longestData, LineSink& sink)
     : longestData_(longestData), sink_(sink) {}
 
-std::size_t LineSplitter::Feed(std::string_view bytes) {
-  const std::size_t fed = bytes.size();
+size_t LineSplitter::Feed(std::string_view bytes) {
+  const size_t fed = bytes.size();
   while (!bytes.empty()) {
-    const std::size_t end = bytes.find('\n');
+    const size_t end = bytes.find('\n');
     const bool ends = end != std::string_view::npos;
     const std::string_view piece = bytes.substr(0, ends ? end + 1 : bytes.size());
     bytes.remove_prefix(piece.size());
@@ -60,9 +60,9 @@ void LineSplitter::Hold(std::string_view piece) {
     held_ += piece.front();
     piece.remove_prefix(1);
   }
-  const std::uint64_t limit = IsCommand(held_) ? kLongestCommand : longestData_;
-  const std::uint64_t room = limit - std::min<std::uint64_t>(limit, held_.size());
-  const auto kept = static_cast<std::size_t>(std::min<std::uint64_t>(room, piece.size()));
+  const uint64_t limit = IsCommand(held_) ? kLongestCommand : longestData_;
+  const uint64_t room = limit - std::min<uint64_t>(limit, held_.size());
+  const auto kept = static_cast<size_t>(std::min<uint64_t>(room, piece.size()));
   held_.append(piece.substr(0, kept));
   discarded_ += piece.size() - kept;
 }
@@ -72,7 +72,7 @@ bool LineSplitter::Dispatch(std::string_view line) {
     sink_.OnCommand(line.substr(0, line.size() - LineEndLength(line)));
     return true;
   }
-  const std::uint64_t length = line.size() + discarded_;
+  const uint64_t length = line.size() + discarded_;
   if (length > longestData_) {
     sink_.OnLostData(length);
   } else {
@@ -89,18 +89,18 @@ void LineSplitter::Finish() {
 
 Request ParseRequest(std::string_view line) {
   Request request;
-  const std::size_t firstLength = std::min(line.find(' '), line.size());
+  const size_t firstLength = std::min(line.find(' '), line.size());
   const std::string_view first = line.substr(0, firstLength);
   if (firstLength < line.size()) request.rest = line.substr(firstLength + 1);
   if (first.empty()) return request;
-  const std::size_t headLength = std::min(first.find_first_not_of("0123456789", 1), first.size());
+  const size_t headLength = std::min(first.find_first_not_of("0123456789", 1), first.size());
   request.head = first.substr(0, headLength);
   request.code = headLength == first.size() ? ParseNumber<int>(first.substr(1)).value_or(-1) : -1;
   if (request.rest) request.parameters = SplitAtBlanks(*request.rest);
   return request;
 }
 
-std::optional<int> TaggedNumber(const Request& request, std::size_t place, char tag) {
+std::optional<int> TaggedNumber(const Request& request, size_t place, char tag) {
   if (place >= request.parameters.size()) return std::nullopt;
   const auto digits = Behind(std::string_view(&tag, 1), request.parameters[place]);
   return digits ? ParseNumber<int>(*digits) : std::nullopt;
@@ -115,4 +115,4 @@ std::optional<std::string_view> Behind(std::string_view prefix, std::string_view
   return text.substr(prefix.size());
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

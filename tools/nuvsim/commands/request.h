@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Receiver of the lines. The views are valid during the call only.
 class LineSink {
@@ -26,7 +26,7 @@ class LineSink {
   virtual void OnData(std::string_view line) = 0;
 
   // A data line of `bytes`, line end included, that was longer than the longest one kept.
-  virtual void OnLostData(std::uint64_t bytes) = 0;
+  virtual void OnLostData(uint64_t bytes) = 0;
 };
 
 // Splits what a printer receives into command lines and job lines.
@@ -36,11 +36,11 @@ class LineSink {
 class LineSplitter {
  public:
   // `longestData`: longest data line kept, in bytes with its line end. `sink` must outlive this.
-  LineSplitter(std::uint64_t longestData, LineSink& sink);
+  LineSplitter(uint64_t longestData, LineSink& sink);
 
   // Returns how many of the bytes were taken: those to the end of the first command, else all. What
   // follows a command may be no lines.
-  std::size_t Feed(std::string_view bytes);
+  size_t Feed(std::string_view bytes);
 
   // The sender is gone: what it left of a data line counts as a line, of a command is forgotten.
   void Finish();
@@ -49,10 +49,10 @@ class LineSplitter {
   void Hold(std::string_view piece);
   bool Dispatch(std::string_view line);  // whether it was a command
 
-  std::uint64_t longestData_;
+  uint64_t longestData_;
   LineSink& sink_;
-  std::string held_;             // the beginning of a line whose end has not come yet
-  std::uint64_t discarded_ = 0;  // bytes of the current line that were not held
+  std::string held_;        // the beginning of a line whose end has not come yet
+  uint64_t discarded_ = 0;  // bytes of the current line that were not held
 };
 
 // A command line taken apart. The views are into the line.
@@ -77,7 +77,7 @@ std::optional<Number> ParseNumber(std::string_view text) {
 }
 
 // The number behind the letter `tag` in the parameter at `place` (from 0), if there is one.
-std::optional<int> TaggedNumber(const Request& request, std::size_t place, char tag);
+std::optional<int> TaggedNumber(const Request& request, size_t place, char tag);
 
 // As above, of a request that has this one parameter.
 std::optional<int> OnlyNumber(const Request& request, char tag);
@@ -85,6 +85,6 @@ std::optional<int> OnlyNumber(const Request& request, char tag);
 // What follows `prefix` in `text`; empty when it does not begin so.
 std::optional<std::string_view> Behind(std::string_view prefix, std::string_view text);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_COMMANDS_REQUEST_H_

@@ -2,7 +2,7 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 std::string ResinState(Machine& machine, const Request&) {
@@ -36,12 +36,12 @@ std::string OpenMode(Machine& machine, const Request&) {
 }  // namespace
 
 const CommandTable& ResinCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {105, Feature::kResin105, ResinState},   {120, Feature::kResin120, EarlyResinState},
       {219, Feature::kHistory, TagRegistered}, {335, Feature::kHistory, OpenMode},
       {356, Feature::kDental, DentalResin},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

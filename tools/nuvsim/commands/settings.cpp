@@ -6,7 +6,7 @@
 
 #include "nuvsim/commands/table.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr double kMaxScaling = 10;
@@ -73,10 +73,10 @@ std::string ChangeScaling(Machine& machine, const Request& request) {
   constexpr std::string_view kAxes = "XYZ";
   if (request.parameters.size() != kAxes.size()) return "NG";
   auto factors = machine.GetSettings().scaling;
-  for (std::size_t axis = 0; axis < kAxes.size(); ++axis) {
+  for (size_t axis = 0; axis < kAxes.size(); ++axis) {
     const auto pair = Behind(kAxes.substr(axis, 1), request.parameters[axis]);
     if (!pair) return "NG";
-    const std::size_t comma = std::min(pair->find(','), pair->size());
+    const size_t comma = std::min(pair->find(','), pair->size());
     const auto first = ParseNumber<double>(pair->substr(0, comma));
     const auto second = ParseNumber<double>(pair->substr(std::min(comma + 1, pair->size())));
     for (const auto& factor : {first, second}) {
@@ -92,12 +92,12 @@ std::string ChangeScaling(Machine& machine, const Request& request) {
 }  // namespace
 
 const CommandTable& SettingsCommands() {
-  static const CommandTable table = {
+  static const CommandTable kTable = {
       {159, Feature::kAll, ReadSetting}, {196, Feature::kAll, ChangeNickname},
       {197, Feature::kAll, Nickname},    {332, Feature::kAll, ChangeSetting},
       {369, Feature::kAll, ReadScaling}, {370, Feature::kAll, ChangeScaling},
   };
-  return table;
+  return kTable;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 const CommandRow* Find(int code) {
@@ -29,4 +29,4 @@ std::string Answer(Machine& machine, const Request& request) {
   return head + " " + row->answer(machine, request);
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -10,7 +10,7 @@
 #include "nuvsim/printer/machine.h"
 #include "nuvsim/printer/models.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 struct CommandRow {
   int code;
@@ -37,6 +37,6 @@ std::string StateField(Machine& machine);
 // the last line end. Codes that the printer's model does not know are answered with "NG" alone.
 std::string Answer(Machine& machine, const Request& request);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_COMMANDS_TABLE_H_

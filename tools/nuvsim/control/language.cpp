@@ -7,18 +7,18 @@
 
 #include "nuvsim/json_object.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using nlohmann::json;
 
-constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
+constexpr int64_t kMaxInt = std::numeric_limits<int>::max();
 
 // One request under way.
 struct Call {
   Simulator& simulator;
   JsonObject& request;
-  std::size_t printer;
+  size_t printer;
 };
 
 const char* Name(JobStatus status) {
@@ -54,7 +54,7 @@ json Describe(const Counters& totals) {
           {"faultsApplied", totals.faultsApplied}, {"writeErrors", totals.writeErrors}};
 }
 
-json DescribePrinter(const Simulator& simulator, std::size_t printer) {
+json DescribePrinter(const Simulator& simulator, size_t printer) {
   const PrinterStatus status = simulator.Status(printer);
   const PrinterConfig& config = simulator.Config(printer);
   json jobs = json::array();
@@ -79,7 +79,7 @@ json DescribePrinter(const Simulator& simulator, std::size_t printer) {
 
 json Status(const Call& call) {
   json printers = json::array();
-  for (std::size_t i = 0; i < call.simulator.PrinterCount(); ++i) {
+  for (size_t i = 0; i < call.simulator.PrinterCount(); ++i) {
     printers.push_back(DescribePrinter(call.simulator, i));
   }
   return {{"printers", printers}};
@@ -193,8 +193,8 @@ json CarryOut(Simulator& simulator, const std::string& text, bool& quits) {
     for (const VerbRow& each : kVerbs) names += std::string(" ") + each.name;
     throw ConfigError("request.do: unknown '" + verb + "'; known:" + names);
   }
-  std::size_t printer = 0;
-  const auto last = static_cast<std::int64_t>(simulator.PrinterCount()) - 1;
+  size_t printer = 0;
+  const auto last = static_cast<int64_t>(simulator.PrinterCount()) - 1;
   request.ReadInteger("printer", 0, last, printer);
   if (!row->hasMore) request.RefuseOthers();
   json answer = row->carryOut({simulator, request, printer});
@@ -220,4 +220,4 @@ ControlAnswer ControlSimulator(Simulator& simulator, const std::string& request)
   return answer;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

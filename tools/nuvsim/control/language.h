@@ -6,7 +6,7 @@
 
 #include "nuvsim/simulator.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 struct ControlAnswer {
   std::string line;    // JSON without a line end; {"error": "..."} for a bad request
@@ -17,6 +17,6 @@ struct ControlAnswer {
 // Thread-safety: may be called from several threads.
 ControlAnswer ControlSimulator(Simulator& simulator, const std::string& request);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_CONTROL_LANGUAGE_H_

@@ -12,12 +12,12 @@
 
 #include "nuvsim/control/language.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using asio::ip::tcp;
 
-constexpr std::size_t kLongestRequest = std::size_t{1} << 20;
+constexpr size_t kLongestRequest = size_t{1} << 20;
 
 }  // namespace
 
@@ -30,25 +30,25 @@ class ControlServer::Client : public std::enable_shared_from_this<Client> {
   void Read() {
     asio::async_read_until(
         socket_, asio::dynamic_buffer(received_, kLongestRequest), '\n',
-        [self = shared_from_this()](const asio::error_code& error, std::size_t length) {
+        [self = shared_from_this()](const asio::error_code& error, size_t length) {
           if (!error) self->Answer(length);
         });
   }
 
  private:
-  void Answer(std::size_t length) {
+  void Answer(size_t length) {
     const ControlAnswer answer = ControlSimulator(simulator_, received_.substr(0, length));
     received_.erase(0, length);
     line_ = answer.line + "\n";
-    asio::async_write(socket_, asio::buffer(line_),
-                      [self = shared_from_this(), quits = answer.quits](
-                          const asio::error_code& error, std::size_t) {
-                        if (quits) {
-                          self->whenQuit_();
-                        } else if (!error) {
-                          self->Read();
-                        }
-                      });
+    asio::async_write(
+        socket_, asio::buffer(line_),
+        [self = shared_from_this(), quits = answer.quits](const asio::error_code& error, size_t) {
+          if (quits) {
+            self->whenQuit_();
+          } else if (!error) {
+            self->Read();
+          }
+        });
   }
 
   tcp::socket socket_;
@@ -58,7 +58,7 @@ class ControlServer::Client : public std::enable_shared_from_this<Client> {
   std::string line_;
 };
 
-ControlServer::ControlServer(asio::io_context& io, std::uint16_t port, Simulator& simulator,
+ControlServer::ControlServer(asio::io_context& io, uint16_t port, Simulator& simulator,
                              const std::function<void()>& whenQuit)
     : listener_(io, [this, &simulator, whenQuit](tcp::socket socket) {
         std::make_shared<Client>(std::move(socket), simulator, whenQuit)->Read();
@@ -67,4 +67,4 @@ ControlServer::ControlServer(asio::io_context& io, std::uint16_t port, Simulator
   listener_.Listen(asio::ip::address_v4::loopback().to_uint(), port);
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

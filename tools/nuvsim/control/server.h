@@ -11,16 +11,16 @@
 #include "nuvsim/net/listener.h"
 #include "nuvsim/simulator.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 class ControlServer {
  public:
   // Listens at once on `port` (0: any free one). `whenQuit` is called when a client has been told
   // that the simulator ends. Throws std::system_error when the port cannot be had.
-  ControlServer(asio::io_context& io, std::uint16_t port, Simulator& simulator,
+  ControlServer(asio::io_context& io, uint16_t port, Simulator& simulator,
                 const std::function<void()>& whenQuit);
 
-  std::uint16_t Port() const { return listener_.Port(); }
+  uint16_t Port() const { return listener_.Port(); }
 
  private:
   class Client;
@@ -28,6 +28,6 @@ class ControlServer {
   Listener listener_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_CONTROL_SERVER_H_

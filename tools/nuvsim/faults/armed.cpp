@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr int kSearchCode = 195;
@@ -96,7 +96,7 @@ std::vector<Fault> FaultList::TakeForSearch() {
 }
 
 void FaultList::CountAnew(Armed& armed) {
-  armed.bytesLeft = std::max<std::uint64_t>(armed.fault.size, 1);
+  armed.bytesLeft = std::max<uint64_t>(armed.fault.size, 1);
   armed.isCounting = armed.fault.code == 0;
 }
 
@@ -106,13 +106,13 @@ FaultList::Iterator FaultList::NextCut() {
                       [](const Armed& each) { return IsOnConnection(each.fault.kind); });
 }
 
-std::uint64_t FaultList::BytesBeforeCut() {
+uint64_t FaultList::BytesBeforeCut() {
   const auto armed = NextCut();
   const bool counts = armed != faults_.end() && armed->isCounting;
-  return counts ? armed->bytesLeft : std::numeric_limits<std::uint64_t>::max();
+  return counts ? armed->bytesLeft : std::numeric_limits<uint64_t>::max();
 }
 
-std::optional<Fault> FaultList::CountBytes(std::uint64_t bytes) {
+std::optional<Fault> FaultList::CountBytes(uint64_t bytes) {
   const auto armed = NextCut();
   if (armed == faults_.end() || !armed->isCounting) return std::nullopt;
   armed->bytesLeft -= bytes;
@@ -129,4 +129,4 @@ void FaultList::CommandCame(int code) {
   if (armed != faults_.end() && armed->fault.code == code) armed->isCounting = true;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -13,14 +13,14 @@
 
 #include "nuvsim/faults/vocabulary.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 class FaultList {
  public:
   void Add(const Fault& fault);
   void Clear();
-  std::size_t Size() const { return faults_.size(); }
-  std::uint64_t Applied() const { return applied_; }
+  size_t Size() const { return faults_.size(); }
+  uint64_t Applied() const { return applied_; }
 
   // Takes the fault that applies to the answer of this command, if any.
   std::optional<Fault> TakeForAnswer(int code);
@@ -36,10 +36,10 @@ class FaultList {
 
   // How many further bytes may be received before a fault on the connection; the largest value when
   // none is counting.
-  std::uint64_t BytesBeforeCut();
+  uint64_t BytesBeforeCut();
 
   // Counts received bytes, no more than BytesBeforeCut(); takes the fault that is due.
-  std::optional<Fault> CountBytes(std::uint64_t bytes);
+  std::optional<Fault> CountBytes(uint64_t bytes);
 
   // A command was received, and its bytes are counted: from here on those behind it may count.
   void CommandCame(int code);
@@ -47,7 +47,7 @@ class FaultList {
  private:
   struct Armed {
     Fault fault;
-    std::uint64_t bytesLeft = 0;  // before a fault on the connection, once it counts
+    uint64_t bytesLeft = 0;  // before a fault on the connection, once it counts
     bool isCounting = false;
     bool isShown = false;  // a lasting one has taken effect
   };
@@ -58,9 +58,9 @@ class FaultList {
   Iterator Apply(Iterator armed);
 
   std::list<Armed> faults_;
-  std::uint64_t applied_ = 0;
+  uint64_t applied_ = 0;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_FAULTS_ARMED_H_

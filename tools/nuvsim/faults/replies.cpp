@@ -5,15 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kKib = 1024;
+constexpr size_t kKib = 1024;
 
 // Bytes that are neither text nor a line end; the same ones every time, so that a failure recurs.
-std::string Garbage(std::uint64_t length) {
+std::string Garbage(uint64_t length) {
   std::string bytes;
-  std::uint32_t state = 12345;
+  uint32_t state = 12345;
   while (bytes.size() < length) {
     state = state * 1664525u + 1013904223u;
     const auto byte = static_cast<unsigned char>((state >> 24) | 0x80u);
@@ -24,30 +24,30 @@ std::string Garbage(std::uint64_t length) {
 
 // The token at `index` (from 0) of the answer replaced.
 std::string ReplaceToken(const std::string& answer, int index, const std::string& text) {
-  std::size_t start = 0;
+  size_t start = 0;
   for (; index > 0; --index) start = std::min(answer.find(' ', start), answer.size() - 1) + 1;
-  const std::size_t end = std::min(answer.find(' ', start), answer.size());
+  const size_t end = std::min(answer.find(' ', start), answer.size());
   return answer.substr(0, start) + text + answer.substr(end);
 }
 
-std::string Padded(const std::string& answer, std::uint64_t kib) {
+std::string Padded(const std::string& answer, uint64_t kib) {
   std::string padded = answer + " X:";
-  const auto length = static_cast<std::size_t>(kib) * kKib;
+  const auto length = static_cast<size_t>(kib) * kKib;
   if (padded.size() < length) padded.resize(length, 'x');
   return padded;
 }
 
 void AnswerInPieces(const std::string& line, const Fault& fault, Reaction& reaction) {
-  const auto pieceLength = static_cast<std::size_t>(std::max<std::uint64_t>(fault.size, 1));
-  for (std::size_t start = 0; start < line.size(); start += pieceLength) {
+  const auto pieceLength = static_cast<size_t>(std::max<uint64_t>(fault.size, 1));
+  for (size_t start = 0; start < line.size(); start += pieceLength) {
     const std::chrono::milliseconds pause = start == 0 ? fault.delay * 0 : fault.delay;
     reaction.deliveries.push_back({line.substr(start, pieceLength), pause});
   }
 }
 
 Delivery EndlessPiece(const Fault& fault) {
-  std::string piece(static_cast<std::size_t>(fault.size), 'x');
-  for (std::size_t i = 0; i < piece.size() && !fault.text.empty(); ++i) {
+  std::string piece(static_cast<size_t>(fault.size), 'x');
+  for (size_t i = 0; i < piece.size() && !fault.text.empty(); ++i) {
     piece[i] = fault.text[i % fault.text.size()];
   }
   return {piece, fault.delay, true};
@@ -57,18 +57,18 @@ Delivery EndlessPiece(const Fault& fault) {
 
 std::string ReplaceField(const std::string& answer, const std::string& field,
                          const std::string& text) {
-  std::size_t start = std::min(answer.find(" " + field + ":"), answer.find(" " + field + "="));
-  std::size_t value = 0;
+  size_t start = std::min(answer.find(" " + field + ":"), answer.find(" " + field + "="));
+  size_t value = 0;
   if (start != std::string::npos) {
     value = start + field.size() + 2;
   } else {
     // Tagged by a letter alone; the head and the verdict before it are no fields.
-    const std::size_t verdict = std::min(answer.find(' '), answer.size() - 1) + 1;
+    const size_t verdict = std::min(answer.find(' '), answer.size() - 1) + 1;
     start = answer.find(" " + field, verdict);
     if (start == std::string::npos) return answer + " " + field + ":" + text;
     value = start + field.size() + 1;
   }
-  const std::size_t end = std::min(answer.find(' ', value), answer.size());
+  const size_t end = std::min(answer.find(' ', value), answer.size());
   return answer.substr(0, value) + text + answer.substr(end);
 }
 
@@ -78,7 +78,7 @@ void AnswerProperly(const std::string& answer, Reaction& reaction) {
 
 void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& reaction) {
   const std::string line = answer + std::string(kLineEnd);
-  const std::size_t firstLength = std::min(answer.find(kLineEnd), answer.size());
+  const size_t firstLength = std::min(answer.find(kLineEnd), answer.size());
   const std::string first = answer.substr(0, firstLength);
   const std::string others = answer.substr(firstLength);
   switch (fault.kind) {
@@ -130,4 +130,4 @@ void AnswerWithFault(const Fault& fault, const std::string& answer, Reaction& re
   }
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

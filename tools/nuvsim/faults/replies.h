@@ -8,7 +8,7 @@
 #include "nuvsim/faults/vocabulary.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 inline constexpr std::string_view kLineEnd = "\r\n";
 
@@ -24,6 +24,6 @@ void AnswerProperly(const std::string& answer, Reaction& reaction);
 std::string ReplaceField(const std::string& answer, const std::string& field,
                          const std::string& text);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_FAULTS_REPLIES_H_

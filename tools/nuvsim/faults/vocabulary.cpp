@@ -9,7 +9,7 @@
 
 #include "nuvsim/json_object.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 // One word of the vocabulary. A null option name means that the kind does not take the option.
@@ -17,7 +17,7 @@ struct FaultRow {
   FaultKind kind;
   const char* name;
   const char* sizeOption;
-  std::uint64_t size;  // default
+  uint64_t size;  // default
   bool takesDelay;
   int delayMs;  // default
   bool takesField;
@@ -56,12 +56,12 @@ constexpr FaultRow kRows[] = {
 // clang-format on
 
 // Largest sizes: a count of bytes may be as long as a job; KiB and datagrams are held in memory.
-constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
-constexpr std::int64_t kMaxAnswerBytes = 65536;
-constexpr std::int64_t kMaxKib = 65536;
-constexpr std::int64_t kMaxDatagrams = 100000;
-constexpr std::int64_t kMaxDelayMs = 3600000;
-constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
+constexpr int64_t kMaxBytes = int64_t{1} << 40;
+constexpr int64_t kMaxAnswerBytes = 65536;
+constexpr int64_t kMaxKib = 65536;
+constexpr int64_t kMaxDatagrams = 100000;
+constexpr int64_t kMaxDelayMs = 3600000;
+constexpr int64_t kMaxInt = std::numeric_limits<int>::max();
 
 FaultRow RowOf(FaultKind kind) {
   return *std::find_if(std::begin(kRows), std::end(kRows),
@@ -77,7 +77,7 @@ FaultRow RowOf(const std::string& name, const std::string& path) {
   throw ConfigError(path + ": unknown fault '" + name + "'; known:" + names);
 }
 
-std::int64_t MaxSize(const FaultRow& row) {
+int64_t MaxSize(const FaultRow& row) {
   const std::string_view option = row.sizeOption;
   if (option == "kib") return kMaxKib;
   if (option == "n") return kMaxDatagrams;
@@ -111,7 +111,7 @@ Fault ParseFault(JsonObject& object) {
   object.ReadInteger("skip", 0, kMaxInt, fault.skip);
   if (row.sizeOption != nullptr) object.ReadInteger(row.sizeOption, 1, MaxSize(row), fault.size);
   if (row.takesDelay) {
-    std::int64_t delayMs = row.delayMs;
+    int64_t delayMs = row.delayMs;
     object.ReadInteger("ms", 0, kMaxDelayMs, delayMs);
     fault.delay = std::chrono::milliseconds(delayMs);
   }
@@ -127,23 +127,23 @@ Fault ParseFault(JsonObject& object) {
 Fault ParseFault(const std::string& words) {
   const std::string path = "fault '" + words + "'";
   nlohmann::json keys = nlohmann::json::object();
-  std::size_t start = 0;
+  size_t start = 0;
   while (start <= words.size()) {
-    const std::size_t end = std::min(words.find(',', start), words.size());
+    const size_t end = std::min(words.find(',', start), words.size());
     const std::string part = words.substr(start, end - start);
     start = end + 1;
     if (keys.empty()) {
       keys["kind"] = part;
       continue;
     }
-    const std::size_t equals = part.find('=');
+    const size_t equals = part.find('=');
     if (equals == std::string::npos) {
       throw ConfigError(path + ": '" + part + "' is not key=value");
     }
     const std::string key = part.substr(0, equals);
     const std::string value = part.substr(equals + 1);
     if (keys.contains(key)) throw ConfigError(path + ": " + key + " is given twice");
-    std::int64_t number = 0;
+    int64_t number = 0;
     const char* const last = value.data() + value.size();
     const auto parsed = std::from_chars(value.data(), last, number);
     const bool isText = key == "field" || key == "text";
@@ -157,4 +157,4 @@ Fault ParseFault(const std::string& words) {
   return ParseFault(object);
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

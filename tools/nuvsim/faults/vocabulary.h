@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace nuvsim {
+namespace NuvSim {
 
 class JsonObject;
 
@@ -51,7 +51,7 @@ struct Fault {
   int count = 1;  // times to apply; -1: for ever
   int skip = 0;   // matching occasions to pass over first
   std::chrono::milliseconds delay{0};
-  std::uint64_t size = 0;
+  uint64_t size = 0;
   std::string field;
   std::string text;
 };
@@ -69,6 +69,6 @@ Fault ParseFault(const std::string& words);
 // Reads {"kind": "late", "code": 102, "count": 2, "ms": 500}: the same keys. Throws ConfigError.
 Fault ParseFault(JsonObject& object);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_FAULTS_VOCABULARY_H_

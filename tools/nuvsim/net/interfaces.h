@@ -7,13 +7,13 @@
 #include <cstdint>
 #include <vector>
 
-namespace nuvsim {
+namespace NuvSim {
 
 // One IPv4 address of a running interface; numbers in host byte order.
 struct Ipv4Interface {
-  std::uint32_t address = 0;
-  std::uint32_t netmask = 0;
-  std::uint32_t Broadcast() const { return address | ~netmask; }
+  uint32_t address = 0;
+  uint32_t netmask = 0;
+  uint32_t Broadcast() const { return address | ~netmask; }
 };
 
 // Every IPv4 address of every running interface, loopback included; empty when the system does
@@ -28,6 +28,6 @@ bool CanBindToBroadcast();
 // where reuse would let two listeners share the port.
 bool ListenerReusesAddress();
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_NET_INTERFACES_H_

@@ -8,10 +8,10 @@
 
 #include "nuvsim/net/interfaces.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-std::uint32_t AddressOf(const sockaddr* address) {
+uint32_t AddressOf(const sockaddr* address) {
   sockaddr_in ipv4;
   std::memcpy(&ipv4, address, sizeof ipv4);
   return ntohl(ipv4.sin_addr.s_addr);
@@ -37,4 +37,4 @@ bool CanBindToBroadcast() { return true; }
 
 bool ListenerReusesAddress() { return true; }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -5,7 +5,7 @@
 #include "nuvsim/addresses.h"
 #include "nuvsim/net/interfaces.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 std::vector<Ipv4Interface> RunningInterfaces() {
   // The adapter list leaves out loopback, which a printer on 127.0.0.1 is served on.
@@ -31,4 +31,4 @@ bool CanBindToBroadcast() { return false; }
 
 bool ListenerReusesAddress() { return false; }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

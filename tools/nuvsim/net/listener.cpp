@@ -9,7 +9,7 @@
 
 #include "nuvsim/net/interfaces.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using asio::ip::tcp;
@@ -27,7 +27,7 @@ constexpr int kBindTries = 200;
 Listener::Listener(asio::io_context& io, std::function<void(tcp::socket)> whenCame)
     : io_(io), whenCame_(std::move(whenCame)), acceptor_(io), retryTimer_(io) {}
 
-void Listener::Listen(std::uint32_t address, std::uint16_t port) {
+void Listener::Listen(uint32_t address, uint16_t port) {
   tcp::acceptor acceptor(io_, tcp::v4());
   if (ListenerReusesAddress()) acceptor.set_option(tcp::acceptor::reuse_address(true));
   const tcp::endpoint local(asio::ip::address_v4(address), port);
@@ -67,4 +67,4 @@ void Listener::Close() {
   ++listening_;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace nuvsim {
+namespace NuvSim {
 
 class Listener {
  public:
@@ -19,7 +19,7 @@ class Listener {
 
   // Listens on `address` (host byte order; 0: all interfaces) and `port` (0: any free one) and
   // accepts one connection. Throws std::system_error when the address cannot be had.
-  void Listen(std::uint32_t address, std::uint16_t port);
+  void Listen(uint32_t address, uint16_t port);
 
   // Accepts one further connection; without effect when closed.
   void Accept();
@@ -28,17 +28,17 @@ class Listener {
   void Close();
 
   // The port listened on last; 0 before the first Listen().
-  std::uint16_t Port() const { return port_; }
+  uint16_t Port() const { return port_; }
 
  private:
   asio::io_context& io_;
   std::function<void(asio::ip::tcp::socket)> whenCame_;
   asio::ip::tcp::acceptor acceptor_;
   asio::steady_timer retryTimer_;
-  std::uint16_t port_ = 0;
+  uint16_t port_ = 0;
   unsigned listening_ = 0;  // counts the times of listening
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_NET_LISTENER_H_

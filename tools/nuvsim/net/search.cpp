@@ -11,17 +11,17 @@
 
 #include "nuvsim/addresses.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 using asio::ip::udp;
 
-constexpr std::size_t kMaxDatagram = 65536;
-constexpr std::uint32_t kAnyAddress = 0;
-constexpr std::uint32_t kLimitedBroadcast = 0xffffffffu;
+constexpr size_t kMaxDatagram = 65536;
+constexpr uint32_t kAnyAddress = 0;
+constexpr uint32_t kLimitedBroadcast = 0xffffffffu;
 // In place of a network: the one that the sender belongs to, and none that is served.
-constexpr std::size_t kSendersNetwork = std::numeric_limits<std::size_t>::max();
-constexpr std::size_t kNoNetwork = kSendersNetwork - 1;
+constexpr size_t kSendersNetwork = std::numeric_limits<size_t>::max();
+constexpr size_t kNoNetwork = kSendersNetwork - 1;
 
 constexpr std::string_view kSearch = "F195";
 
@@ -51,9 +51,9 @@ std::string Reply(const PrinterConfig& printer, const std::string& address,
 
 // Distinct answers as of so many printers; all lead to the one that exists.
 std::vector<std::string> Burst(const PrinterConfig& printer, const std::string& address,
-                               std::uint16_t port, std::uint64_t count) {
+                               uint16_t port, uint64_t count) {
   std::vector<std::string> replies;
-  for (std::uint64_t i = 1; i <= count; ++i) {
+  for (uint64_t i = 1; i <= count; ++i) {
     PrinterConfig other = printer;
     other.name += "-" + std::to_string(i);
     other.serial += "-" + std::to_string(i);
@@ -64,8 +64,7 @@ std::vector<std::string> Burst(const PrinterConfig& printer, const std::string& 
 
 // What the fault sends ahead of the answer.
 std::vector<std::string> Ahead(const Fault& fault, const PrinterConfig& printer,
-                               const std::string& address, std::uint16_t port,
-                               std::string_view search) {
+                               const std::string& address, uint16_t port, std::string_view search) {
   if (fault.kind == FaultKind::kEcho) return {std::string(search)};
   if (fault.kind == FaultKind::kBurst) return Burst(printer, address, port, fault.size);
   const bool isForeign = fault.kind == FaultKind::kForeign;
@@ -86,13 +85,13 @@ bool IsSearch(std::string_view datagram) {
 }  // namespace
 
 std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::string& address,
-                                   std::uint16_t port, const std::vector<Fault>& faults,
+                                   uint16_t port, const std::vector<Fault>& faults,
                                    std::string_view search) {
   std::vector<Delivery> deliveries;
   std::string portText = std::to_string(port);
   std::chrono::milliseconds delay{0};
   std::chrono::milliseconds apart{0};  // the copies
-  std::uint64_t copies = 0;
+  uint64_t copies = 0;
   for (const Fault& fault : faults) {
     if (fault.kind == FaultKind::kSilent) return {};
     if (fault.kind == FaultKind::kLate) delay = fault.delay;
@@ -113,11 +112,11 @@ std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::stri
 }
 
 struct SearchEndpoint::Listener {
-  Listener(asio::io_context& io, std::size_t servedNetwork)
+  Listener(asio::io_context& io, size_t servedNetwork)
       : socket(io, udp::v4()), network(servedNetwork) {}
 
   udp::socket socket;
-  std::size_t network;
+  size_t network;
   udp::endpoint sender;
   std::array<char, kMaxDatagram> buffer{};
 };
@@ -133,11 +132,11 @@ struct SearchEndpoint::Sending {
   udp::socket& socket;
   udp::endpoint target;
   std::vector<Delivery> deliveries;
-  std::size_t next = 0;
+  size_t next = 0;
   asio::steady_timer timer;
 };
 
-SearchEndpoint::SearchEndpoint(asio::io_context& io, std::uint16_t port,
+SearchEndpoint::SearchEndpoint(asio::io_context& io, uint16_t port,
                                std::vector<Ipv4Interface> networks, Answerer answerer)
     : io_(io), port_(port), networks_(std::move(networks)), answerer_(std::move(answerer)) {
   if (!CanBindToBroadcast()) {
@@ -145,7 +144,7 @@ SearchEndpoint::SearchEndpoint(asio::io_context& io, std::uint16_t port,
     return;
   }
   bool reachesOthers = false;
-  for (std::size_t i = 0; i < networks_.size(); ++i) {
+  for (size_t i = 0; i < networks_.size(); ++i) {
     Listen(networks_[i].Broadcast(), i);
     reachesOthers = reachesOthers || !IsLoopback(networks_[i].address);
   }
@@ -154,7 +153,7 @@ SearchEndpoint::SearchEndpoint(asio::io_context& io, std::uint16_t port,
 
 SearchEndpoint::~SearchEndpoint() = default;
 
-void SearchEndpoint::Listen(std::uint32_t address, std::size_t network) {
+void SearchEndpoint::Listen(uint32_t address, size_t network) {
   auto listener = std::make_unique<Listener>(io_, network);
   listener->socket.set_option(udp::socket::reuse_address(true));
   listener->socket.bind(udp::endpoint(asio::ip::address_v4(address), port_));
@@ -165,28 +164,28 @@ void SearchEndpoint::Listen(std::uint32_t address, std::size_t network) {
 void SearchEndpoint::Receive(Listener& listener) {
   listener.socket.async_receive_from(
       asio::buffer(listener.buffer), listener.sender,
-      [this, &listener](const asio::error_code& error, std::size_t length) {
+      [this, &listener](const asio::error_code& error, size_t length) {
         if (!listener.socket.is_open()) return;
         if (!error) Answer(listener, length);
         Receive(listener);
       });
 }
 
-std::size_t SearchEndpoint::NetworkOf(std::uint32_t sender) const {
+size_t SearchEndpoint::NetworkOf(uint32_t sender) const {
   const auto found =
       std::find_if(networks_.begin(), networks_.end(), [sender](const Ipv4Interface& network) {
         return ((sender ^ network.address) & network.netmask) == 0;
       });
-  if (found != networks_.end()) return static_cast<std::size_t>(found - networks_.begin());
+  if (found != networks_.end()) return static_cast<size_t>(found - networks_.begin());
   // A limited broadcast's sender from elsewhere cannot tell the networks apart either; a socket for
   // all addresses hears searches of networks that have no printer.
   return CanBindToBroadcast() ? 0 : kNoNetwork;
 }
 
-void SearchEndpoint::Answer(Listener& listener, std::size_t length) {
-  const std::size_t network = listener.network == kSendersNetwork
-                                  ? NetworkOf(listener.sender.address().to_v4().to_uint())
-                                  : listener.network;
+void SearchEndpoint::Answer(Listener& listener, size_t length) {
+  const size_t network = listener.network == kSendersNetwork
+                             ? NetworkOf(listener.sender.address().to_v4().to_uint())
+                             : listener.network;
   const std::string_view datagram(listener.buffer.data(), length);
   if (network == kNoNetwork || !IsSearch(datagram)) return;
   for (std::vector<Delivery>& deliveries : answerer_(network, datagram)) {
@@ -210,8 +209,7 @@ void SearchEndpoint::Send(const std::shared_ptr<Sending>& sending) {
 void SearchEndpoint::SendNow(const std::shared_ptr<Sending>& sending) {
   if (!sending->socket.is_open()) return;
   sending->socket.async_send_to(asio::buffer(sending->deliveries[sending->next].bytes),
-                                sending->target,
-                                [this, sending](const asio::error_code&, std::size_t) {
+                                sending->target, [this, sending](const asio::error_code&, size_t) {
                                   // A datagram that cannot be sent is one that got lost.
                                   ++sending->next;
                                   Send(sending);
@@ -223,4 +221,4 @@ void SearchEndpoint::Close() {
   for (const auto& listener : listeners_) listener->socket.close(ignored);
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -25,13 +25,13 @@
 #include "nuvsim/net/interfaces.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // The datagrams that answer `search`, in order, with the faults that apply; the last is the proper
 // answer unless a fault replaces or duplicates it. `address` and `port` are where the printer
 // accepts connections.
 std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::string& address,
-                                   std::uint16_t port, const std::vector<Fault>& faults,
+                                   uint16_t port, const std::vector<Fault>& faults,
                                    std::string_view search);
 
 class SearchEndpoint {
@@ -39,11 +39,11 @@ class SearchEndpoint {
   // Given the index of the network and a search from it, returns the deliveries of each printer
   // that answers. Called on the thread that runs the I/O context.
   using Answerer =
-      std::function<std::vector<std::vector<Delivery>>(std::size_t network, std::string_view)>;
+      std::function<std::vector<std::vector<Delivery>>(size_t network, std::string_view)>;
 
   // Listens at once. `networks` must have distinct broadcast addresses.
   // Throws std::system_error when a socket cannot be had.
-  SearchEndpoint(asio::io_context& io, std::uint16_t port, std::vector<Ipv4Interface> networks,
+  SearchEndpoint(asio::io_context& io, uint16_t port, std::vector<Ipv4Interface> networks,
                  Answerer answerer);
   ~SearchEndpoint();
 
@@ -53,20 +53,20 @@ class SearchEndpoint {
   struct Listener;
   struct Sending;
 
-  void Listen(std::uint32_t address, std::size_t network);
+  void Listen(uint32_t address, size_t network);
   void Receive(Listener& listener);
-  void Answer(Listener& listener, std::size_t length);
+  void Answer(Listener& listener, size_t length);
   void Send(const std::shared_ptr<Sending>& sending);
   void SendNow(const std::shared_ptr<Sending>& sending);
-  std::size_t NetworkOf(std::uint32_t sender) const;
+  size_t NetworkOf(uint32_t sender) const;
 
   asio::io_context& io_;
-  std::uint16_t port_;
+  uint16_t port_;
   std::vector<Ipv4Interface> networks_;
   Answerer answerer_;
   std::vector<std::unique_ptr<Listener>> listeners_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_NET_SEARCH_H_

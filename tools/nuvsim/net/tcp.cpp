@@ -12,12 +12,12 @@
 #include <utility>
 #include <vector>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kReadBytes = std::size_t{256} << 10;
+constexpr size_t kReadBytes = size_t{256} << 10;
 // A client that asks without reading the answers is not read from while this much is unsent.
-constexpr std::size_t kMaxQueuedBytes = std::size_t{4} << 20;
+constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
 // How long a client may take to notice that the printer has ended the connection.
 constexpr std::chrono::milliseconds kDiscardTime{1000};
 
@@ -54,7 +54,7 @@ class TcpEndpoint::Connection : public std::enable_shared_from_this<Connection> 
   std::vector<char> buffer_;
   std::string_view untaken_;    // of the buffer, during a stall
   std::deque<Delivery> queue_;  // the front one is being sent
-  std::size_t queuedBytes_ = 0;
+  size_t queuedBytes_ = 0;
   Closing closing_ = Closing::kNone;  // once the queue is empty
   bool reading_ = false;
   bool stalled_ = false;
@@ -94,18 +94,17 @@ void TcpEndpoint::Connection::ReadOn() {
 
 void TcpEndpoint::Connection::Read() {
   reading_ = true;
-  socket_.async_read_some(
-      asio::buffer(buffer_),
-      [self = shared_from_this()](const asio::error_code& error, std::size_t length) {
-        self->reading_ = false;
-        if (self->gone_) return;
-        if (error) {
-          self->Leave();
-        } else {
-          self->untaken_ = std::string_view(self->buffer_.data(), length);
-          self->Take();
-        }
-      });
+  socket_.async_read_some(asio::buffer(buffer_), [self = shared_from_this()](
+                                                     const asio::error_code& error, size_t length) {
+    self->reading_ = false;
+    if (self->gone_) return;
+    if (error) {
+      self->Leave();
+    } else {
+      self->untaken_ = std::string_view(self->buffer_.data(), length);
+      self->Take();
+    }
+  });
 }
 
 void TcpEndpoint::Connection::Take() {
@@ -158,7 +157,7 @@ void TcpEndpoint::Connection::SendNext() {
 
 void TcpEndpoint::Connection::SendFront() {
   asio::async_write(socket_, asio::buffer(queue_.front().bytes),
-                    [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                    [self = shared_from_this()](const asio::error_code& error, size_t) {
                       if (!self->gone_) self->Sent(error);
                     });
 }
@@ -202,7 +201,7 @@ void TcpEndpoint::Connection::EndAsFaulted() {
 
 void TcpEndpoint::Connection::DiscardUntilClientCloses() {
   socket_.async_read_some(asio::buffer(buffer_),
-                          [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                          [self = shared_from_this()](const asio::error_code& error, size_t) {
                             if (error) {
                               self->timer_.cancel();
                               self->CloseSocket();
@@ -255,4 +254,4 @@ void TcpEndpoint::Close() {
   if (connection_) std::exchange(connection_, nullptr)->Abort();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

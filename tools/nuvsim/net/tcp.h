@@ -11,7 +11,7 @@
 #include "nuvsim/net/listener.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 class TcpEndpoint {
  public:
@@ -21,7 +21,7 @@ class TcpEndpoint {
 
   // Listens on `address` (host byte order; 0: all interfaces) and `port` (0: any free one) and
   // serves clients from then on. Throws std::system_error when the address cannot be had.
-  void Listen(std::uint32_t address, std::uint16_t port) { listener_.Listen(address, port); }
+  void Listen(uint32_t address, uint16_t port) { listener_.Listen(address, port); }
 
   // Stops listening and ends the connection being served. Listen() may follow.
   void Close();
@@ -30,7 +30,7 @@ class TcpEndpoint {
   void FaultsCleared();
 
   // The port listened on last; 0 before the first Listen().
-  std::uint16_t Port() const { return listener_.Port(); }
+  uint16_t Port() const { return listener_.Port(); }
 
  private:
   class Connection;
@@ -40,6 +40,6 @@ class TcpEndpoint {
   std::shared_ptr<Connection> connection_;  // being served
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_NET_TCP_H_

@@ -6,19 +6,19 @@
 #include <system_error>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr auto kFreshBinary = std::ios::binary | std::ios::trunc;
 
 }  // namespace
 
-std::size_t LineEndLength(std::string_view line) {
+size_t LineEndLength(std::string_view line) {
   if (line.empty() || line.back() != '\n') return 0;
   return line.size() >= 2 && line[line.size() - 2] == '\r' ? 2 : 1;
 }
 
-ReceiveBuffer::ReceiveBuffer(std::uint64_t capacity, std::uint64_t drainRate, TimePoint now)
+ReceiveBuffer::ReceiveBuffer(uint64_t capacity, uint64_t drainRate, TimePoint now)
     : capacity_(capacity), drainRate_(static_cast<double>(drainRate)), drainedUntil_(now) {}
 
 void ReceiveBuffer::Drain(TimePoint now) {
@@ -28,14 +28,14 @@ void ReceiveBuffer::Drain(TimePoint now) {
   drainedUntil_ = now;
 }
 
-std::uint64_t ReceiveBuffer::FreeBytes(TimePoint now) {
+uint64_t ReceiveBuffer::FreeBytes(TimePoint now) {
   Drain(now);
   // Fractions of a byte come from rounding; a thousandth must not cost a whole one.
-  const auto used = static_cast<std::uint64_t>(std::ceil(filled_ - 0.001));
+  const auto used = static_cast<uint64_t>(std::ceil(filled_ - 0.001));
   return capacity_ - std::min(used, capacity_);
 }
 
-bool ReceiveBuffer::Fill(std::uint64_t bytes, TimePoint now) {
+bool ReceiveBuffer::Fill(uint64_t bytes, TimePoint now) {
   if (bytes > FreeBytes(now)) return false;
   filled_ += static_cast<double>(bytes);
   return true;
@@ -103,4 +103,4 @@ void JobStore::CloseJobFile() {
   jobData_.close();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -17,10 +17,10 @@
 
 #include "nuvsim/records.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Bytes of the line end: 2 for CR LF, 1 for a bare LF, 0 for none.
-std::size_t LineEndLength(std::string_view line);
+size_t LineEndLength(std::string_view line);
 
 // The receive buffer, as far as a host can see it: job lines fill it, time drains it.
 class ReceiveBuffer {
@@ -28,18 +28,18 @@ class ReceiveBuffer {
   using TimePoint = std::chrono::steady_clock::time_point;
 
   // `capacity` in bytes; `drainRate` in bytes per second, 0 for a buffer that never drains.
-  ReceiveBuffer(std::uint64_t capacity, std::uint64_t drainRate, TimePoint now);
+  ReceiveBuffer(uint64_t capacity, uint64_t drainRate, TimePoint now);
 
   // Whole free bytes at `now`. Times may not run backwards from call to call.
-  std::uint64_t FreeBytes(TimePoint now);
+  uint64_t FreeBytes(TimePoint now);
 
   // Takes `bytes` if they fit at `now`; false leaves the buffer as it is.
-  bool Fill(std::uint64_t bytes, TimePoint now);
+  bool Fill(uint64_t bytes, TimePoint now);
 
  private:
   void Drain(TimePoint now);
 
-  std::uint64_t capacity_;
+  uint64_t capacity_;
   double drainRate_;
   double filled_ = 0;
   TimePoint drainedUntil_;
@@ -85,7 +85,7 @@ class JobStore {
   void CloseJobFile();
 
   const std::filesystem::path& CommandFile() const { return commandFile_; }
-  std::uint64_t WriteErrors() const { return writeErrors_; }
+  uint64_t WriteErrors() const { return writeErrors_; }
 
  private:
   void Append(std::ofstream& file, std::string_view line);
@@ -96,9 +96,9 @@ class JobStore {
   std::vector<JobRecord> jobs_;
   std::ofstream jobData_;
   std::ofstream commands_;
-  std::uint64_t writeErrors_ = 0;
+  uint64_t writeErrors_ = 0;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_PRINTER_JOBS_H_

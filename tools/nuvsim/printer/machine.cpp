@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 
 Wireless::Wireless(std::vector<AccessPoint> reach) : reach_(std::move(reach)) {
   std::stable_sort(reach_.begin(), reach_.end(),
@@ -99,25 +99,24 @@ void Machine::TakeLine(std::string_view line) {
   CompleteIfReceived();
 }
 
-void Machine::LoseLine(std::uint64_t bytes) {
+void Machine::LoseLine(uint64_t bytes) {
   ++counters_.overruns;
   counters_.overrunBytes += bytes;
 }
 
-std::uint32_t Machine::LayersDone() {
+uint32_t Machine::LayersDone() {
   const JobRecord& job = *jobs_.Last();
   if (config_.layerTime.count() == 0) return job.announced.layers;
   const auto done = (clock_() - printingSince_) / config_.layerTime;
-  return static_cast<std::uint32_t>(
-      std::clamp<std::int64_t>(done, 0, std::int64_t{job.announced.layers}));
+  return static_cast<uint32_t>(std::clamp<int64_t>(done, 0, int64_t{job.announced.layers}));
 }
 
 void Machine::Advance() {
   if (!JobIs(JobStatus::kPrinting)) return;
-  const std::uint32_t layers = jobs_.Last()->announced.layers;
+  const uint32_t layers = jobs_.Last()->announced.layers;
   if (LayersDone() < layers) return;
   // When the last layer was done, not when somebody asks.
-  EndJob(JobStatus::kFinished, printingSince_ + config_.layerTime * std::int64_t{layers});
+  EndJob(JobStatus::kFinished, printingSince_ + config_.layerTime * int64_t{layers});
   ++counters_.jobsFinished;
 }
 
@@ -131,13 +130,13 @@ State Machine::CurrentState() {
 std::optional<Progress> Machine::Printing() {
   if (CurrentState() != State::kPrinting) return std::nullopt;
   const JobRecord& job = *jobs_.Last();
-  const std::uint32_t layers = job.announced.layers;
-  const std::uint32_t done = std::min(LayersDone(), layers - 1);
+  const uint32_t layers = job.announced.layers;
+  const uint32_t done = std::min(LayersDone(), layers - 1);
   const double left = static_cast<double>(layers - done) / static_cast<double>(layers);
   Progress progress;
   progress.layer = done + 1;
   progress.minutesLeft = std::llround(std::ceil(job.announced.minutes * left));
-  progress.percent = static_cast<int>(std::uint64_t{100} * done / layers);
+  progress.percent = static_cast<int>(uint64_t{100} * done / layers);
   progress.jobName = job.name;
   return progress;
 }
@@ -154,8 +153,8 @@ const Counters& Machine::JobCounters() {
 
 const JobRecord* Machine::Job(int index) {
   const auto& jobs = Jobs().Jobs();
-  if (index < 1 || static_cast<std::size_t>(index) > jobs.size()) return nullptr;
-  return &jobs[static_cast<std::size_t>(index) - 1];
+  if (index < 1 || static_cast<size_t>(index) > jobs.size()) return nullptr;
+  return &jobs[static_cast<size_t>(index) - 1];
 }
 
 const JobStore& Machine::Jobs() {
@@ -166,8 +165,8 @@ const JobStore& Machine::Jobs() {
 std::optional<std::chrono::nanoseconds> Machine::TimeToNextStep() {
   Advance();
   if (!JobIs(JobStatus::kPrinting)) return std::nullopt;
-  const auto next = printingSince_ + config_.layerTime * (std::int64_t{LayersDone()} + 1);
+  const auto next = printingSince_ + config_.layerTime * (int64_t{LayersDone()} + 1);
   return std::max<std::chrono::nanoseconds>(next - clock_(), std::chrono::nanoseconds(0));
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -21,12 +21,12 @@
 #include "nuvsim/printer/raw_bytes.h"
 #include "nuvsim/records.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // How far the printing of a job has come.
 struct Progress {
-  std::uint32_t layer = 0;  // current, from 1
-  std::int64_t minutesLeft = 0;
+  uint32_t layer = 0;  // current, from 1
+  int64_t minutesLeft = 0;
   int percent = 0;  // of the layers
   std::string jobName;
 };
@@ -76,8 +76,8 @@ class Machine {
   Wireless& GetWireless() { return wireless_; }
   // The printer's own address on the wired network (IPv4, host byte order): the one that the host
   // has reached it at.
-  std::uint32_t WiredAddress() const { return wiredAddress_; }
-  void SetWiredAddress(std::uint32_t address) { wiredAddress_ = address; }
+  uint32_t WiredAddress() const { return wiredAddress_; }
+  void SetWiredAddress(uint32_t address) { wiredAddress_ = address; }
 
   Intake& GetIntake() { return intake_; }
   std::chrono::steady_clock::time_point Now() const { return clock_(); }
@@ -92,7 +92,7 @@ class Machine {
   // A data line with its line end: goes through the buffer to the open job, or to the command
   // text when no job is open. A line that does not fit is lost.
   void TakeLine(std::string_view line);
-  void LoseLine(std::uint64_t bytes);
+  void LoseLine(uint64_t bytes);
   void FlushFiles() {
     jobs_.Flush();
     intake_.Flush();
@@ -103,7 +103,7 @@ class Machine {
   int ErrorNumber() const { return errorNumber_.value_or(0); }
   bool IsRepositioning() const { return isRepositioning_; }
   std::optional<Progress> Printing();  // set while a job prints
-  std::uint64_t FreeBytes() { return buffer_.FreeBytes(clock_()); }
+  uint64_t FreeBytes() { return buffer_.FreeBytes(clock_()); }
 
   // Time until the printing takes its next step; empty when none is due.
   std::optional<std::chrono::nanoseconds> TimeToNextStep();
@@ -121,7 +121,7 @@ class Machine {
 
  private:
   void Advance();
-  std::uint32_t LayersDone();
+  uint32_t LayersDone();
   bool JobIs(JobStatus status) const;
   void CompleteIfReceived();
   void EndJob(JobStatus status, std::chrono::steady_clock::time_point when);
@@ -138,12 +138,12 @@ class Machine {
   JobStore jobs_;
   Intake intake_;
   Counters counters_;
-  std::uint32_t wiredAddress_ = 0;
+  uint32_t wiredAddress_ = 0;
   std::optional<int> errorNumber_;
   bool isRepositioning_ = false;
   std::chrono::steady_clock::time_point printingSince_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_PRINTER_MACHINE_H_

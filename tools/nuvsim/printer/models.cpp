@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <iterator>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 constexpr std::string_view kThreeScanLines = "Fabrix150 xP";
-constexpr auto kFeatures = static_cast<std::size_t>(Feature::kAll);
+constexpr auto kFeatures = static_cast<size_t>(Feature::kAll);
 
 // A character per feature: x where the model has it.
 struct ModelRow {
@@ -39,7 +39,7 @@ Model::Model(std::string_view name)
     : features_(FeaturesOf(name)), hasThreeScanLines_(name == kThreeScanLines) {}
 
 bool Model::Has(Feature feature) const {
-  return feature == Feature::kAll || features_[static_cast<std::size_t>(feature)] == 'x';
+  return feature == Feature::kAll || features_[static_cast<size_t>(feature)] == 'x';
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

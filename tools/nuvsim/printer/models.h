@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace nuvsim {
+namespace NuvSim {
 
 // The columns of the page's models table, in its order, and what no model lacks.
 enum class Feature {
@@ -35,6 +35,6 @@ class Model {
   bool hasThreeScanLines_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_PRINTER_MODELS_H_

@@ -5,23 +5,23 @@
 #include <algorithm>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kNameBytes = 4;
-constexpr std::size_t kHeadBytes = 8;  // name and length
-constexpr std::uint64_t kKeyBytes = 32;
+constexpr size_t kNameBytes = 4;
+constexpr size_t kHeadBytes = 8;  // name and length
+constexpr uint64_t kKeyBytes = 32;
 constexpr std::string_view kFrameName = "L105";
-constexpr std::uint32_t kLargestPayload = 10232;  // of a frame: 10240 bytes on the wire
+constexpr uint32_t kLargestPayload = 10232;  // of a frame: 10240 bytes on the wire
 
 bool MayBecome(std::string_view begun, std::string_view name) {
-  const std::size_t common = std::min(begun.size(), name.size());
+  const size_t common = std::min(begun.size(), name.size());
   return begun.substr(0, common) == name.substr(0, common);
 }
 
-std::uint32_t LengthOf(std::string_view head) {
-  std::uint32_t length = 0;
-  for (std::size_t i = kHeadBytes; i-- > kNameBytes;) {
+uint32_t LengthOf(std::string_view head) {
+  uint32_t length = 0;
+  for (size_t i = kHeadBytes; i-- > kNameBytes;) {
     length = length << 8 | static_cast<unsigned char>(head[i]);
   }
   return length;
@@ -31,9 +31,9 @@ enum class Verdict { kNo, kPerhaps, kYes };
 
 // A key is any bytes, so at its place a command must be more than "F" and a digit: a code, ended.
 Verdict IsWholeHead(std::string_view begun) {
-  constexpr std::size_t kLongestCode = 4;
+  constexpr size_t kLongestCode = 4;
   if (begun.front() != 'F') return Verdict::kNo;
-  const std::size_t end = std::min(begun.find_first_not_of("0123456789", 1), begun.size());
+  const size_t end = std::min(begun.find_first_not_of("0123456789", 1), begun.size());
   if (end - 1 > kLongestCode) return Verdict::kNo;
   if (end == begun.size()) return Verdict::kPerhaps;
   const bool ends = begun[end] == ' ' || begun[end] == '\r' || begun[end] == '\n';
@@ -41,22 +41,22 @@ Verdict IsWholeHead(std::string_view begun) {
 }
 
 // A printer that is used for days must not exhaust the memory.
-constexpr std::size_t kItemsKept = 10000;
+constexpr size_t kItemsKept = 10000;
 
 constexpr char kThumbnail[] = "thumbnail";
 
 }  // namespace
 
-std::size_t RawPhase::Take(std::string_view bytes) {
-  std::size_t taken = 0;
+size_t RawPhase::Take(std::string_view bytes) {
+  size_t taken = 0;
   while (taken < bytes.size() && !over_) {
     if (left_ == 0) {
       held_ += bytes[taken++];
       Decide();
       continue;
     }
-    const std::string_view piece = bytes.substr(
-        taken, static_cast<std::size_t>(std::min<std::uint64_t>(left_, bytes.size() - taken)));
+    const std::string_view piece =
+        bytes.substr(taken, static_cast<size_t>(std::min<uint64_t>(left_, bytes.size() - taken)));
     sink_.OnBytes(piece);
     taken += piece.size();
     left_ -= piece.size();
@@ -133,7 +133,7 @@ class HeaderPhase final : public RawPhase {
 // An item of a known length in frames: "L105", payload length as 4 bytes little-endian, payload.
 class FramedPhase final : public RawPhase {
  public:
-  FramedPhase(RawSink& sink, const std::string& kind, std::uint64_t bytes)
+  FramedPhase(RawSink& sink, const std::string& kind, uint64_t bytes)
       : RawPhase(sink), itemLeft_(bytes) {
     sink.OnItem(kind, bytes);
   }
@@ -144,7 +144,7 @@ class FramedPhase final : public RawPhase {
   void Decide() override {
     if (!MayBecome(Undecided(), kFrameName)) return End();
     if (Undecided().size() < kHeadBytes) return;
-    const std::uint32_t length = LengthOf(TakeUndecided());
+    const uint32_t length = LengthOf(TakeUndecided());
     sink_.OnBlock(length);
     if (length == 0 || length > kLargestPayload || length > itemLeft_) return End();
     itemLeft_ -= length;
@@ -155,13 +155,13 @@ class FramedPhase final : public RawPhase {
     if (itemLeft_ == 0) End();
   }
 
-  std::uint64_t itemLeft_;  // payload bytes that no frame has announced yet
+  uint64_t itemLeft_;  // payload bytes that no frame has announced yet
 };
 
 // An item of a known length, above 0, as it is.
 class ImagePhase final : public RawPhase {
  public:
-  ImagePhase(RawSink& sink, const std::string& kind, std::uint64_t bytes) : RawPhase(sink) {
+  ImagePhase(RawSink& sink, const std::string& kind, uint64_t bytes) : RawPhase(sink) {
     sink.OnItem(kind, bytes);
     Expect(bytes);
   }
@@ -204,7 +204,7 @@ Intake::Intake(std::filesystem::path folder, std::string prefix)
 
 Intake::~Intake() = default;
 
-ReceivedItem& Intake::Add(const std::string& kind, std::uint64_t announcedBytes) {
+ReceivedItem& Intake::Add(const std::string& kind, uint64_t announcedBytes) {
   if (items_.size() == kItemsKept) items_.pop_front();
   ReceivedItem& item = items_.emplace_back();
   item.kind = kind;
@@ -212,7 +212,7 @@ ReceivedItem& Intake::Add(const std::string& kind, std::uint64_t announcedBytes)
   return item;
 }
 
-void Intake::NotePrintFile(std::uint64_t bytes, std::string name, std::string digest) {
+void Intake::NotePrintFile(uint64_t bytes, std::string name, std::string digest) {
   ReceivedItem& item = Add("announcement", bytes);
   item.name = std::move(name);
   item.sha1 = std::move(digest);
@@ -226,7 +226,7 @@ void Intake::ExpectHeader(int job, bool hasKey, std::vector<std::string> records
   };
 }
 
-void Intake::ExpectFrames(std::string kind, std::uint64_t bytes, std::string name) {
+void Intake::ExpectFrames(std::string kind, uint64_t bytes, std::string name) {
   next_ = [this, kind = std::move(kind), bytes, name = std::move(name)] {
     name_ = name;
     job_ = 0;
@@ -234,7 +234,7 @@ void Intake::ExpectFrames(std::string kind, std::uint64_t bytes, std::string nam
   };
 }
 
-void Intake::ExpectImage(std::string kind, std::uint64_t bytes, std::string name) {
+void Intake::ExpectImage(std::string kind, uint64_t bytes, std::string name) {
   next_ = [this, kind = std::move(kind), bytes, name = std::move(name)] {
     name_ = name;
     job_ = 0;
@@ -253,7 +253,7 @@ ReceivedItem* Intake::Last(std::string_view kind) {
   return found == items_.rend() ? nullptr : &*found;
 }
 
-void Intake::OnItem(const std::string& kind, std::uint64_t announcedBytes) {
+void Intake::OnItem(const std::string& kind, uint64_t announcedBytes) {
   OnItemEnd();
   ReceivedItem& item = Add(kind, announcedBytes);
   item.name = name_;
@@ -263,7 +263,7 @@ void Intake::OnItem(const std::string& kind, std::uint64_t announcedBytes) {
   receiving_ = true;
 }
 
-void Intake::OnBlock(std::uint32_t payloadBytes) {
+void Intake::OnBlock(uint32_t payloadBytes) {
   std::vector<BlockRun>& blocks = items_.back().blocks;
   if (blocks.empty() || blocks.back().bytes != payloadBytes) blocks.push_back({payloadBytes, 0});
   ++blocks.back().count;
@@ -295,4 +295,4 @@ void Intake::Flush() {
   file_.clear();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

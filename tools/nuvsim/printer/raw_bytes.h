@@ -19,14 +19,14 @@
 
 #include "nuvsim/records.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // Receiver of what a phase holds: items, one after the other.
 class RawSink {
  public:
   virtual ~RawSink() = default;
-  virtual void OnItem(const std::string& kind, std::uint64_t announcedBytes) = 0;
-  virtual void OnBlock(std::uint32_t payloadBytes) = 0;  // a frame of the item begins
+  virtual void OnItem(const std::string& kind, uint64_t announcedBytes) = 0;
+  virtual void OnBlock(uint32_t payloadBytes) = 0;  // a frame of the item begins
   virtual void OnBytes(std::string_view bytes) = 0;
   virtual void OnItemEnd() = 0;  // whether or not all bytes have come
 };
@@ -42,7 +42,7 @@ class RawPhase {
 
   // Takes bytes from the front of `bytes` until the phase is over; returns how many. Some of them
   // may be held until it is clear whether they belong to the phase.
-  std::size_t Take(std::string_view bytes);
+  size_t Take(std::string_view bytes);
   bool IsOver() const { return over_; }
 
   // Ends the phase where it is: the sender is gone or silent.
@@ -59,7 +59,7 @@ class RawPhase {
   // All bytes that Expect() announced have come.
   virtual void PieceCame() = 0;
 
-  void Expect(std::uint64_t bytes) { left_ = bytes; }
+  void Expect(uint64_t bytes) { left_ = bytes; }
   void End();
   const std::string& Undecided() const { return held_; }
   std::string TakeUndecided();
@@ -67,7 +67,7 @@ class RawPhase {
   RawSink& sink_;
 
  private:
-  std::uint64_t left_ = 0;  // bytes of the current piece that are still to come
+  uint64_t left_ = 0;  // bytes of the current piece that are still to come
   std::string held_;
   bool over_ = false;
 };
@@ -80,13 +80,13 @@ class Intake final : private RawSink {
   ~Intake() override;
 
   // A print file that a host has announced without sending it.
-  void NotePrintFile(std::uint64_t bytes, std::string name, std::string digest);
+  void NotePrintFile(uint64_t bytes, std::string name, std::string digest);
 
   // Each makes the bytes behind the command under way a phase; `name` is the host's. The phase
   // begins when the owner takes it, until then nothing is noted.
   void ExpectHeader(int job, bool hasKey, std::vector<std::string> records);
-  void ExpectFrames(std::string kind, std::uint64_t bytes, std::string name);
-  void ExpectImage(std::string kind, std::uint64_t bytes, std::string name);
+  void ExpectFrames(std::string kind, uint64_t bytes, std::string name);
+  void ExpectImage(std::string kind, uint64_t bytes, std::string name);
   // The phase that was asked for since the last call; null when there is none.
   std::unique_ptr<RawPhase> TakePhase();
   void ForgetPhase() { next_ = nullptr; }
@@ -98,17 +98,17 @@ class Intake final : private RawSink {
 
   // Makes what was received visible to readers of the files.
   void Flush();
-  std::uint64_t WriteErrors() const { return writeErrors_; }
+  uint64_t WriteErrors() const { return writeErrors_; }
 
  private:
   class Digest;
 
-  void OnItem(const std::string& kind, std::uint64_t announcedBytes) override;
-  void OnBlock(std::uint32_t payloadBytes) override;
+  void OnItem(const std::string& kind, uint64_t announcedBytes) override;
+  void OnBlock(uint32_t payloadBytes) override;
   void OnBytes(std::string_view bytes) override;
   void OnItemEnd() override;
   RawSink& Sink() { return *this; }
-  ReceivedItem& Add(const std::string& kind, std::uint64_t announcedBytes);
+  ReceivedItem& Add(const std::string& kind, uint64_t announcedBytes);
 
   std::filesystem::path folder_;
   std::string prefix_;
@@ -119,9 +119,9 @@ class Intake final : private RawSink {
   bool receiving_ = false;  // the newest item
   std::ofstream file_;
   std::unique_ptr<Digest> digest_;  // of the item's payload
-  std::uint64_t writeErrors_ = 0;
+  uint64_t writeErrors_ = 0;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_PRINTER_RAW_BYTES_H_

@@ -3,50 +3,50 @@
 #include <initializer_list>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 // Direction and kind of request types; the recipient is in the other bits.
-constexpr std::uint8_t kKindMask = 0x60;
-constexpr std::uint8_t kStandard = 0x00;
-constexpr std::uint8_t kClass = 0x20;
-constexpr std::uint8_t kRecipientMask = 0x1f;
+constexpr uint8_t kKindMask = 0x60;
+constexpr uint8_t kStandard = 0x00;
+constexpr uint8_t kClass = 0x20;
+constexpr uint8_t kRecipientMask = 0x1f;
 
 // Standard requests.
-constexpr std::uint8_t kGetStatus = 0;
-constexpr std::uint8_t kClearFeature = 1;
-constexpr std::uint8_t kSetFeature = 3;
-constexpr std::uint8_t kGetDescriptor = 6;
-constexpr std::uint8_t kGetConfiguration = 8;
-constexpr std::uint8_t kSetConfiguration = 9;
-constexpr std::uint8_t kGetInterface = 10;
-constexpr std::uint8_t kSetInterface = 11;
+constexpr uint8_t kGetStatus = 0;
+constexpr uint8_t kClearFeature = 1;
+constexpr uint8_t kSetFeature = 3;
+constexpr uint8_t kGetDescriptor = 6;
+constexpr uint8_t kGetConfiguration = 8;
+constexpr uint8_t kSetConfiguration = 9;
+constexpr uint8_t kGetInterface = 10;
+constexpr uint8_t kSetInterface = 11;
 
 // Requests to printers.
-constexpr std::uint8_t kGetDeviceId = 0;
-constexpr std::uint8_t kGetPortStatus = 1;
-constexpr std::uint8_t kSoftReset = 2;
+constexpr uint8_t kGetDeviceId = 0;
+constexpr uint8_t kGetPortStatus = 1;
+constexpr uint8_t kSoftReset = 2;
 
 constexpr char kSelectedWithoutError = 0x18;
 constexpr char kSelfPowered = 1;
 
 // Kinds of descriptors.
-constexpr std::uint8_t kDeviceKind = 1;
-constexpr std::uint8_t kConfigurationKind = 2;
-constexpr std::uint8_t kStringKind = 3;
-constexpr std::uint8_t kQualifierKind = 6;
+constexpr uint8_t kDeviceKind = 1;
+constexpr uint8_t kConfigurationKind = 2;
+constexpr uint8_t kStringKind = 3;
+constexpr uint8_t kQualifierKind = 6;
 
 // Indices of texts.
-constexpr std::uint8_t kManufacturer = 1;
-constexpr std::uint8_t kProduct = 2;
-constexpr std::uint8_t kSerial = 3;
+constexpr uint8_t kManufacturer = 1;
+constexpr uint8_t kProduct = 2;
+constexpr uint8_t kSerial = 3;
 
-constexpr std::size_t kLongestText = 126;  // characters that fit in a descriptor
-constexpr std::uint8_t kAscii = 0x80;
-constexpr std::uint8_t kControlPacket = 64;
+constexpr size_t kLongestText = 126;  // characters that fit in a descriptor
+constexpr uint8_t kAscii = 0x80;
+constexpr uint8_t kControlPacket = 64;
 
 // The bus's own hub has number 1.
-constexpr std::uint32_t kFirstNumber = 2;
+constexpr uint32_t kFirstNumber = 2;
 
 std::string Bytes(std::initializer_list<int> numbers) {
   std::string bytes;
@@ -54,8 +54,8 @@ std::string Bytes(std::initializer_list<int> numbers) {
   return bytes;
 }
 
-constexpr int Low(std::uint16_t number) { return number & 0xff; }
-constexpr int High(std::uint16_t number) { return number >> 8; }
+constexpr int Low(uint16_t number) { return number & 0xff; }
+constexpr int High(uint16_t number) { return number >> 8; }
 
 std::string Configuration() {
   return Bytes({9, kConfigurationKind, 32, 0, /*interfaces*/ 1, /*number*/ 1, /*text*/ 0,
@@ -86,12 +86,12 @@ std::string Text(const std::string& text) {
 
 }  // namespace
 
-SetupPacket::SetupPacket(const std::array<std::uint8_t, 8>& bytes)
+SetupPacket::SetupPacket(const std::array<uint8_t, 8>& bytes)
     : type(bytes[0]),
       request(bytes[1]),
-      value(static_cast<std::uint16_t>(bytes[2] | bytes[3] << 8)),
-      index(static_cast<std::uint16_t>(bytes[4] | bytes[5] << 8)),
-      length(static_cast<std::uint16_t>(bytes[6] | bytes[7] << 8)) {}
+      value(static_cast<uint16_t>(bytes[2] | bytes[3] << 8)),
+      index(static_cast<uint16_t>(bytes[4] | bytes[5] << 8)),
+      length(static_cast<uint16_t>(bytes[6] | bytes[7] << 8)) {}
 
 bool SetupPacket::IsSoftReset() const {
   return (type & kKindMask) == kClass && request == kSoftReset;
@@ -114,7 +114,7 @@ std::optional<std::string> UsbDescriptors::AnswerStandard(const SetupPacket& set
       return Descriptor(setup.value);
     case kSetConfiguration:
       if (setup.value > 1) return std::nullopt;
-      configuration_ = static_cast<std::uint8_t>(setup.value);
+      configuration_ = static_cast<uint8_t>(setup.value);
       return "";
     case kGetConfiguration:
       return Bytes({configuration_});
@@ -146,7 +146,7 @@ std::optional<std::string> UsbDescriptors::AnswerPrinter(const SetupPacket& setu
   }
 }
 
-std::optional<std::string> UsbDescriptors::Descriptor(std::uint16_t kindAndIndex) const {
+std::optional<std::string> UsbDescriptors::Descriptor(uint16_t kindAndIndex) const {
   const int index = Low(kindAndIndex);
   switch (High(kindAndIndex)) {
     case kDeviceKind:
@@ -178,16 +178,16 @@ std::string UsbDescriptors::Device() const {
 std::string UsbDescriptors::Identification() const {
   const std::string text = "MFG:nuvsim;CLS:PRINTER;MDL:" + model_.substr(0, kLongestText) +
                            ";SN:" + serial_.substr(0, kLongestText) + ";";
-  const auto length = static_cast<std::uint16_t>(text.size() + 2);
+  const auto length = static_cast<uint16_t>(text.size() + 2);
   return Bytes({High(length), Low(length)}) + text;
 }
 
-UsbDevice::UsbDevice(asio::io_context& io, Wire& wire, std::size_t number, UsbId id,
+UsbDevice::UsbDevice(asio::io_context& io, Wire& wire, size_t number, UsbId id,
                      const std::string& model, const std::string& serial)
     : pipe(io, wire),
       descriptors(id, model, serial),
-      announced_{kFirstNumber + static_cast<std::uint32_t>(number),
-                 "1-" + std::to_string(number + 1), id} {}
+      announced_{kFirstNumber + static_cast<uint32_t>(number), "1-" + std::to_string(number + 1),
+                 id} {}
 
 void UsbDevice::Unplug() {
   isPlugged_ = false;
@@ -204,4 +204,4 @@ void UsbDevice::Detach() {
   pipe.Detach();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

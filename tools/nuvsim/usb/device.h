@@ -14,29 +14,29 @@
 #include "nuvsim/usb/pipe.h"
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
-constexpr std::uint16_t kUsbDeviceRelease = 0x0100;
-constexpr std::uint8_t kPrinterClass = 7;
-constexpr std::uint8_t kPrinterSubclass = 1;
-constexpr std::uint8_t kPrinterProtocol = 2;  // data in both directions
+constexpr uint16_t kUsbDeviceRelease = 0x0100;
+constexpr uint8_t kPrinterClass = 7;
+constexpr uint8_t kPrinterSubclass = 1;
+constexpr uint8_t kPrinterProtocol = 2;  // data in both directions
 
 // The endpoints, of 512-byte packets.
-constexpr std::uint8_t kBulkOut = 1;
-constexpr std::uint8_t kBulkIn = 2;
+constexpr uint8_t kBulkOut = 1;
+constexpr uint8_t kBulkIn = 2;
 
 // The packet that begins a control transfer.
 struct SetupPacket {
   // From its eight bytes, little-endian.
-  explicit SetupPacket(const std::array<std::uint8_t, 8>& bytes);
+  explicit SetupPacket(const std::array<uint8_t, 8>& bytes);
 
   bool IsSoftReset() const;  // of a printer: forget what has been received and is to be sent
 
-  std::uint8_t type;  // direction, kind and recipient
-  std::uint8_t request;
-  std::uint16_t value;
-  std::uint16_t index;
-  std::uint16_t length;
+  uint8_t type;  // direction, kind and recipient
+  uint8_t request;
+  uint16_t value;
+  uint16_t index;
+  uint16_t length;
 };
 
 // What it answers.
@@ -54,20 +54,20 @@ class UsbDescriptors {
  private:
   std::optional<std::string> AnswerStandard(const SetupPacket& setup);
   std::optional<std::string> AnswerPrinter(const SetupPacket& setup) const;
-  std::optional<std::string> Descriptor(std::uint16_t kindAndIndex) const;
+  std::optional<std::string> Descriptor(uint16_t kindAndIndex) const;
   std::string Device() const;
   std::string Identification() const;
 
   UsbId id_;
   std::string model_;
   std::string serial_;
-  std::uint8_t configuration_ = 0;
+  uint8_t configuration_ = 0;
 };
 
 // A device as a bus announces it.
 struct UsbAnnouncement {
-  std::uint32_t number = 0;  // on its bus, which is number 1
-  std::string busId;         // by which a host asks for it
+  uint32_t number = 0;  // on its bus, which is number 1
+  std::string busId;    // by which a host asks for it
   UsbId id;
 };
 
@@ -76,8 +76,8 @@ struct UsbAnnouncement {
 // Thread-safety: none; every call on the thread that runs the I/O context, or before it runs.
 class UsbDevice {
  public:
-  UsbDevice(asio::io_context& io, Wire& wire, std::size_t number, UsbId id,
-            const std::string& model, const std::string& serial);
+  UsbDevice(asio::io_context& io, Wire& wire, size_t number, UsbId id, const std::string& model,
+            const std::string& serial);
 
   const UsbAnnouncement& Announced() const { return announced_; }
 
@@ -99,6 +99,6 @@ class UsbDevice {
   bool isPlugged_ = false;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_USB_DEVICE_H_

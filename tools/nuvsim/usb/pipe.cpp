@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
 // A host that asks without reading the answers is not received from while this much is unread.
-constexpr std::size_t kMaxQueuedBytes = std::size_t{4} << 20;
+constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
 
 template <typename Queue>
-bool Erase(Queue& queue, std::uint32_t sequence) {
+bool Erase(Queue& queue, uint32_t sequence) {
   const auto found = std::find_if(queue.begin(), queue.end(), [sequence](const auto& each) {
     return each.sequence == sequence;
   });
@@ -48,17 +48,17 @@ void UsbPipe::Detach() {
   wire_.ClientLeft();
 }
 
-void UsbPipe::Send(std::uint32_t sequence, std::string bytes) {
+void UsbPipe::Send(uint32_t sequence, std::string bytes) {
   sends_.push_back({sequence, std::move(bytes)});
   Advance();
 }
 
-void UsbPipe::Read(std::uint32_t sequence, std::size_t length) {
+void UsbPipe::Read(uint32_t sequence, size_t length) {
   reads_.push_back({sequence, length});
   Advance();
 }
 
-bool UsbPipe::Cancel(std::uint32_t sequence) {
+bool UsbPipe::Cancel(uint32_t sequence) {
   const bool isFrontSend = !sends_.empty() && sends_.front().sequence == sequence;
   if (!Erase(sends_, sequence)) return Erase(reads_, sequence);
   if (isFrontSend && isRefusing_ && !isStalled_) {
@@ -171,4 +171,4 @@ bool UsbPipe::IsFrontDue() {
   return false;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -16,14 +16,14 @@
 
 #include "nuvsim/wire.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 // The host's end. Must not call the pipe back at once, except that Ended() may call Detach().
 class UsbHost {
  public:
   virtual ~UsbHost() = default;
   // A transfer has ended; `length`: bytes transferred; `data`: those for the host.
-  virtual void Completed(std::uint32_t sequence, std::size_t length, std::string_view data) = 0;
+  virtual void Completed(uint32_t sequence, size_t length, std::string_view data) = 0;
   // The printer is gone from the bus.
   virtual void Ended() = 0;
 };
@@ -39,11 +39,11 @@ class UsbPipe {
   bool IsAttached() const { return host_ != nullptr; }
 
   // Transfers of the host, with numbers of its own.
-  void Send(std::uint32_t sequence, std::string bytes);
-  void Read(std::uint32_t sequence, std::size_t length);
+  void Send(uint32_t sequence, std::string bytes);
+  void Read(uint32_t sequence, size_t length);
   // Gives a transfer up; false when it is not pending (any more).
-  bool Cancel(std::uint32_t sequence);
-  std::size_t Pending() const { return sends_.size() + reads_.size(); }
+  bool Cancel(uint32_t sequence);
+  size_t Pending() const { return sends_.size() + reads_.size(); }
 
   // Forgets deliveries that have not been read.
   void Reset();
@@ -52,14 +52,14 @@ class UsbPipe {
 
  private:
   struct PendingSend {
-    std::uint32_t sequence;
+    uint32_t sequence;
     std::string bytes;
     bool isAdmitted = false;  // the printer has been asked whether it takes data
-    std::size_t taken = 0;    // of the bytes; fewer than all during a stall
+    size_t taken = 0;         // of the bytes; fewer than all during a stall
   };
   struct PendingRead {
-    std::uint32_t sequence;
-    std::size_t length;
+    uint32_t sequence;
+    size_t length;
   };
 
   void Advance();
@@ -74,8 +74,8 @@ class UsbPipe {
   std::deque<PendingSend> sends_;
   std::deque<PendingRead> reads_;
   std::deque<Delivery> deliveries_;
-  std::size_t queuedBytes_ = 0;     // of the deliveries
-  std::size_t deliveredBytes_ = 0;  // of the front delivery
+  size_t queuedBytes_ = 0;     // of the deliveries
+  size_t deliveredBytes_ = 0;  // of the front delivery
   Closing closing_ = Closing::kNone;
   bool isRefusing_ = false;
   bool isStalled_ = false;  // refusing, whatever the host does
@@ -85,6 +85,6 @@ class UsbPipe {
   asio::steady_timer deliveryTimer_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_USB_PIPE_H_

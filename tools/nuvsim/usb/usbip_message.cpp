@@ -3,26 +3,26 @@
 #include <algorithm>
 #include <utility>
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kPathBytes = 256;
-constexpr std::uint32_t kBus = 1;
-constexpr std::uint32_t kHighSpeed = 3;
-constexpr std::size_t kReplyPadding = 8;
-constexpr std::size_t kUnlinkReplyPadding = 24;
+constexpr size_t kPathBytes = 256;
+constexpr uint32_t kBus = 1;
+constexpr uint32_t kHighSpeed = 3;
+constexpr size_t kReplyPadding = 8;
+constexpr size_t kUnlinkReplyPadding = 24;
 
 // Places in the header of a transfer.
-constexpr std::size_t kSequenceAt = 4;
-constexpr std::size_t kDirectionAt = 12;
-constexpr std::size_t kEndpointAt = 16;
-constexpr std::size_t kUnlinkedAt = 20;
-constexpr std::size_t kLengthAt = 24;
-constexpr std::size_t kPacketsAt = 32;
-constexpr std::size_t kSetupAt = 40;
+constexpr size_t kSequenceAt = 4;
+constexpr size_t kDirectionAt = 12;
+constexpr size_t kEndpointAt = 16;
+constexpr size_t kUnlinkedAt = 20;
+constexpr size_t kLengthAt = 24;
+constexpr size_t kPacketsAt = 32;
+constexpr size_t kSetupAt = 40;
 
-std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
-  std::uint32_t number = 0;
+uint32_t Number(std::string_view bytes, size_t at, size_t size) {
+  uint32_t number = 0;
   for (const char each : bytes.substr(at, size)) {
     number = number << 8 | static_cast<unsigned char>(each);
   }
@@ -31,24 +31,24 @@ std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
 
 class Message {
  public:
-  Message& Put8(std::uint32_t number) { return Put(number, 1); }
-  Message& Put16(std::uint32_t number) { return Put(number, 2); }
-  Message& Put32(std::uint32_t number) { return Put(number, 4); }
-  Message& PutText(const std::string& text, std::size_t room) {
+  Message& Put8(uint32_t number) { return Put(number, 1); }
+  Message& Put16(uint32_t number) { return Put(number, 2); }
+  Message& Put32(uint32_t number) { return Put(number, 4); }
+  Message& PutText(const std::string& text, size_t room) {
     std::string padded = text.substr(0, room - 1);
     padded.resize(room, '\0');
     bytes_ += padded;
     return *this;
   }
-  Message& PutZeros(std::size_t count) {
+  Message& PutZeros(size_t count) {
     bytes_.append(count, '\0');
     return *this;
   }
   std::string Bytes() { return std::move(bytes_); }
 
  private:
-  Message& Put(std::uint32_t number, std::size_t size) {
-    for (std::size_t shift = size; shift-- > 0;) {
+  Message& Put(uint32_t number, size_t size) {
+    for (size_t shift = size; shift-- > 0;) {
       bytes_ += static_cast<char>(number >> (8 * shift) & 0xffu);
     }
     return *this;
@@ -57,9 +57,9 @@ class Message {
   std::string bytes_;
 };
 
-Message OperationReply(std::uint16_t code, ImportStatus status) {
+Message OperationReply(uint16_t code, ImportStatus status) {
   Message message;
-  message.Put16(kUsbipVersion).Put16(code).Put32(static_cast<std::uint32_t>(status));
+  message.Put16(kUsbipVersion).Put16(code).Put32(static_cast<uint32_t>(status));
   return message;
 }
 
@@ -78,9 +78,9 @@ void PutDevice(const UsbAnnouncement& device, Message& message) {
       .Put8(1);     // interfaces
 }
 
-Message TransferReply(std::uint32_t command, std::uint32_t sequence, std::int32_t status) {
+Message TransferReply(uint32_t command, uint32_t sequence, int status) {
   Message message;
-  message.Put32(command).Put32(sequence).PutZeros(12).Put32(static_cast<std::uint32_t>(status));
+  message.Put32(command).Put32(sequence).PutZeros(12).Put32(static_cast<uint32_t>(status));
   return message;
 }
 
@@ -88,8 +88,8 @@ Message TransferReply(std::uint32_t command, std::uint32_t sequence, std::int32_
 
 OperationHeader ReadOperationHeader(std::string_view bytes) {
   OperationHeader header;
-  header.version = static_cast<std::uint16_t>(Number(bytes, 0, 2));
-  header.code = static_cast<std::uint16_t>(Number(bytes, 2, 2));
+  header.version = static_cast<uint16_t>(Number(bytes, 0, 2));
+  header.code = static_cast<uint16_t>(Number(bytes, 2, 2));
   return header;
 }
 
@@ -103,12 +103,12 @@ TransferHeader ReadTransferHeader(std::string_view bytes) {
   header.isochronousPackets = Number(bytes, kPacketsAt, 4);
   const std::string_view setup = bytes.substr(kSetupAt, kSetupBytes);
   std::transform(setup.begin(), setup.end(), header.setup.begin(),
-                 [](char each) { return static_cast<std::uint8_t>(each); });
+                 [](char each) { return static_cast<uint8_t>(each); });
   header.unlinked = Number(bytes, kUnlinkedAt, 4);
   return header;
 }
 
-std::string ListReplyHeader(std::uint32_t devices) {
+std::string ListReplyHeader(uint32_t devices) {
   return OperationReply(kReplyList, ImportStatus::kOk).Put32(devices).Bytes();
 }
 
@@ -128,18 +128,17 @@ std::string ImportRefusal(ImportStatus status) {
   return OperationReply(kReplyImport, status).Bytes();
 }
 
-std::string SubmitReply(std::uint32_t sequence, std::int32_t status, std::size_t length,
-                        std::string_view data) {
+std::string SubmitReply(uint32_t sequence, int status, size_t length, std::string_view data) {
   return TransferReply(kSubmitReply, sequence, status)
-      .Put32(static_cast<std::uint32_t>(length))
+      .Put32(static_cast<uint32_t>(length))
       .PutZeros(12)  // start frame, packets, errors: of isochronous transfers
       .PutZeros(kReplyPadding)
       .Bytes()
       .append(data);
 }
 
-std::string UnlinkReply(std::uint32_t sequence, std::int32_t status) {
+std::string UnlinkReply(uint32_t sequence, int status) {
   return TransferReply(kUnlinkReply, sequence, status).PutZeros(kUnlinkReplyPadding).Bytes();
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

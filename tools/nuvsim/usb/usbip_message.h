@@ -12,51 +12,51 @@
 
 #include "nuvsim/usb/device.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
-constexpr std::uint16_t kUsbipVersion = 0x0111;
+constexpr uint16_t kUsbipVersion = 0x0111;
 
-constexpr std::size_t kOperationBytes = 8;  // header of an operation
-constexpr std::size_t kBusIdBytes = 32;     // follows a request to import
-constexpr std::size_t kTransferBytes = 48;  // header of a transfer
-constexpr std::size_t kSetupBytes = 8;
+constexpr size_t kOperationBytes = 8;  // header of an operation
+constexpr size_t kBusIdBytes = 32;     // follows a request to import
+constexpr size_t kTransferBytes = 48;  // header of a transfer
+constexpr size_t kSetupBytes = 8;
 
 // Codes of operations.
-constexpr std::uint16_t kRequestList = 0x8005;
-constexpr std::uint16_t kReplyList = 0x0005;
-constexpr std::uint16_t kRequestImport = 0x8003;
-constexpr std::uint16_t kReplyImport = 0x0003;
+constexpr uint16_t kRequestList = 0x8005;
+constexpr uint16_t kReplyList = 0x0005;
+constexpr uint16_t kRequestImport = 0x8003;
+constexpr uint16_t kReplyImport = 0x0003;
 
 // Commands of transfers.
-constexpr std::uint32_t kSubmit = 1;
-constexpr std::uint32_t kUnlink = 2;
-constexpr std::uint32_t kSubmitReply = 3;
-constexpr std::uint32_t kUnlinkReply = 4;
+constexpr uint32_t kSubmit = 1;
+constexpr uint32_t kUnlink = 2;
+constexpr uint32_t kSubmitReply = 3;
+constexpr uint32_t kUnlinkReply = 4;
 
 // How an import went.
-enum class ImportStatus : std::uint32_t { kOk = 0, kBusy = 2, kNoDevice = 4 };
+enum class ImportStatus : uint32_t { kOk = 0, kBusy = 2, kNoDevice = 4 };
 
 // How a transfer ended: Linux's error numbers, negative, on whatever system this runs.
-constexpr std::int32_t kTransferDone = 0;
-constexpr std::int32_t kTransferStalled = -32;    // EPIPE
-constexpr std::int32_t kTransferUnlinked = -104;  // ECONNRESET
+constexpr int kTransferDone = 0;
+constexpr int kTransferStalled = -32;    // EPIPE
+constexpr int kTransferUnlinked = -104;  // ECONNRESET
 
 struct OperationHeader {
-  std::uint16_t version = 0;
-  std::uint16_t code = 0;
+  uint16_t version = 0;
+  uint16_t code = 0;
 };
 
 struct TransferHeader {
-  std::uint32_t command = 0;
-  std::uint32_t sequence = 0;
+  uint32_t command = 0;
+  uint32_t sequence = 0;
   bool isIn = false;  // towards the host
-  std::uint32_t endpoint = 0;
+  uint32_t endpoint = 0;
   // Of kSubmit:
-  std::uint32_t length = 0;
-  std::uint32_t isochronousPackets = 0;
-  std::array<std::uint8_t, kSetupBytes> setup{};
+  uint32_t length = 0;
+  uint32_t isochronousPackets = 0;
+  std::array<uint8_t, kSetupBytes> setup{};
   // Of kUnlink:
-  std::uint32_t unlinked = 0;  // sequence number of the transfer to give up
+  uint32_t unlinked = 0;  // sequence number of the transfer to give up
 };
 
 // Each reads a header from exactly as many bytes as it has.
@@ -64,16 +64,15 @@ OperationHeader ReadOperationHeader(std::string_view bytes);
 TransferHeader ReadTransferHeader(std::string_view bytes);
 
 // A list is its header and then each device, with its interface.
-std::string ListReplyHeader(std::uint32_t devices);
+std::string ListReplyHeader(uint32_t devices);
 std::string ListReplyDevice(const UsbAnnouncement& device);
 std::string ImportReply(const UsbAnnouncement& device);
 std::string ImportRefusal(ImportStatus status);
 
 // `length`: bytes transferred; `data`: those of a transfer to the host, else empty.
-std::string SubmitReply(std::uint32_t sequence, std::int32_t status, std::size_t length,
-                        std::string_view data);
-std::string UnlinkReply(std::uint32_t sequence, std::int32_t status);
+std::string SubmitReply(uint32_t sequence, int status, size_t length, std::string_view data);
+std::string UnlinkReply(uint32_t sequence, int status);
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_USB_USBIP_MESSAGE_H_

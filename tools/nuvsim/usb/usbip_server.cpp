@@ -10,18 +10,18 @@
 
 #include "nuvsim/usb/usbip_message.h"
 
-namespace nuvsim {
+namespace NuvSim {
 namespace {
 
-constexpr std::size_t kMaxSessions = 64;
+constexpr size_t kMaxSessions = 64;
 // Far more than a driver sends; a host that goes beyond is not one.
-constexpr std::size_t kMaxTransferBytes = std::size_t{1} << 20;
-constexpr std::size_t kMaxPending = 256;
+constexpr size_t kMaxTransferBytes = size_t{1} << 20;
+constexpr size_t kMaxPending = 256;
 // A host that does not take its answers is not read from while this much is unsent.
-constexpr std::size_t kMaxQueuedBytes = std::size_t{4} << 20;
+constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
 
 // What the header of a transfer that is not isochronous holds as the number of packets.
-constexpr std::uint32_t kNotIsochronous = 0xffffffffu;
+constexpr uint32_t kNotIsochronous = 0xffffffffu;
 
 }  // namespace
 
@@ -36,13 +36,13 @@ class UsbipServer::Session : public UsbHost, public std::enable_shared_from_this
   void Abort();
   // Ends it once the host has been told all that is to be told; it sees the device disconnected.
   void Ended() override;
-  void Completed(std::uint32_t sequence, std::size_t length, std::string_view data) override;
+  void Completed(uint32_t sequence, size_t length, std::string_view data) override;
 
  private:
   using Step = void (Session::*)();
 
   // Reads so many bytes into buffer_, then goes on with `next`.
-  void ReadThen(std::size_t length, Step next);
+  void ReadThen(size_t length, Step next);
   std::string_view Received() const { return {buffer_.data(), buffer_.size()}; }
 
   void ReadOperation();
@@ -65,7 +65,7 @@ class UsbipServer::Session : public UsbHost, public std::enable_shared_from_this
   std::vector<char> buffer_;
   TransferHeader transfer_;        // being received
   std::deque<std::string> queue_;  // the front one is being sent
-  std::size_t queuedBytes_ = 0;
+  size_t queuedBytes_ = 0;
   Step waiting_ = nullptr;  // what goes on once the host has taken enough of the queue
   bool endsOnceWritten_ = false;
 };
@@ -79,10 +79,10 @@ void UsbipServer::Session::Start() {
   ReadOperation();
 }
 
-void UsbipServer::Session::ReadThen(std::size_t length, Step next) {
+void UsbipServer::Session::ReadThen(size_t length, Step next) {
   buffer_.resize(length);
   asio::async_read(socket_, asio::buffer(buffer_),
-                   [self = shared_from_this(), next](const asio::error_code& error, std::size_t) {
+                   [self = shared_from_this(), next](const asio::error_code& error, size_t) {
                      if (!self->socket_.is_open()) return;
                      if (error) {
                        self->Abort();
@@ -146,7 +146,7 @@ void UsbipServer::Session::OnTransfer() {
 }
 
 void UsbipServer::Session::OnSubmit() {
-  const std::uint32_t packets = transfer_.isochronousPackets;
+  const uint32_t packets = transfer_.isochronousPackets;
   if (transfer_.length > kMaxTransferBytes || (packets != 0 && packets != kNotIsochronous) ||
       device_->pipe.Pending() >= kMaxPending) {
     Abort();
@@ -189,8 +189,7 @@ void UsbipServer::Session::OnUnlink() {
   ReadTransfer();
 }
 
-void UsbipServer::Session::Completed(std::uint32_t sequence, std::size_t length,
-                                     std::string_view data) {
+void UsbipServer::Session::Completed(uint32_t sequence, size_t length, std::string_view data) {
   Write(SubmitReply(sequence, kTransferDone, length, data));
 }
 
@@ -219,7 +218,7 @@ void UsbipServer::Session::Write(std::string message) {
 
 void UsbipServer::Session::WriteNext() {
   asio::async_write(socket_, asio::buffer(queue_.front()),
-                    [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                    [self = shared_from_this()](const asio::error_code& error, size_t) {
                       if (!self->socket_.is_open()) return;
                       if (error) return self->Abort();
                       self->queuedBytes_ -= self->queue_.front().size();
@@ -235,7 +234,7 @@ void UsbipServer::Session::WriteNext() {
                     });
 }
 
-UsbipServer::UsbipServer(asio::io_context& io, std::uint32_t address, std::uint16_t port,
+UsbipServer::UsbipServer(asio::io_context& io, uint32_t address, uint16_t port,
                          std::vector<UsbDevice*> devices)
     : listener_(io, [this](asio::ip::tcp::socket socket) { Serve(std::move(socket)); }),
       devices_(std::move(devices)) {
@@ -263,7 +262,7 @@ void UsbipServer::Close() {
 
 std::string UsbipServer::List() const {
   std::string records;
-  std::uint32_t count = 0;
+  uint32_t count = 0;
   for (const UsbDevice* each : devices_) {
     if (!each->IsPlugged()) continue;
     records += ListReplyDevice(each->Announced());
@@ -279,4 +278,4 @@ UsbDevice* UsbipServer::Find(std::string_view busId) const {
   return found == devices_.end() ? nullptr : *found;
 }
 
-}  // namespace nuvsim
+}  // namespace NuvSim

@@ -16,21 +16,21 @@
 #include "nuvsim/net/listener.h"
 #include "nuvsim/usb/device.h"
 
-namespace nuvsim {
+namespace NuvSim {
 
 class UsbipServer {
  public:
   // Listens at once on `address` (host byte order; 0: all interfaces) and `port` (0: any free
   // one). The devices must outlive this object and the run of `io`. Throws std::system_error when
   // the address cannot be had.
-  UsbipServer(asio::io_context& io, std::uint32_t address, std::uint16_t port,
+  UsbipServer(asio::io_context& io, uint32_t address, uint16_t port,
               std::vector<UsbDevice*> devices);
   ~UsbipServer();
 
   // Stops listening and ends every connection.
   void Close();
 
-  std::uint16_t Port() const { return listener_.Port(); }
+  uint16_t Port() const { return listener_.Port(); }
 
  private:
   class Session;
@@ -45,6 +45,6 @@ class UsbipServer {
   std::list<std::weak_ptr<Session>> sessions_;
 };
 
-}  // namespace nuvsim
+}  // namespace NuvSim
 
 #endif  // NUVSIM_USB_USBIP_SERVER_H_
