@@ -68,6 +68,9 @@ class AbstractCommand {
   // Builds the result map and calls the result callback; does nothing without one.
   virtual void DeliverResult() = 0;
 
+  // Why Execute failed, or kNone.
+  Connect::Reason GetReason() const { return reason_; }
+
   // The keyed fields of the reply, after Execute; empty without a result callback.
   const ResultMap& Result() const { return result_; }
   // The same, for one who outlives the command.
@@ -85,17 +88,17 @@ class AbstractCommand {
 
  protected:
   ResultMap result_;
-  // The reply to `request`, whose absence leaves its reason in `failure_`.
+  // The reply to `request`, whose absence leaves its reason in `reason_`.
   std::string Ask(const std::string& request, bool again) {
     Connect::Reply reply = channel_->Transact({request, again, interrupt_});
-    failure_ = reply.failure;
+    reason_ = reply.reason;
     return std::move(reply.text);
   }
 
   Connect::IChannel* channel_ = nullptr;
   Platform::Clock* clock_ = nullptr;
   Platform::Interrupt* interrupt_ = nullptr;
-  Connect::LinkFailure failure_ = Connect::LinkFailure::kNone;  // of the last exchange
+  Connect::Reason reason_ = Connect::Reason::kNone;  // of the last exchange
   ResultCallback resultCallback_;
 };
 

@@ -7,6 +7,9 @@
 #include "platform/diagnostics.h"
 
 namespace Nuv::Command {
+
+using Connect::Reason;
+
 namespace {
 
 constexpr std::chrono::milliseconds kRecoveryPause(1000);
@@ -20,44 +23,23 @@ bool BreaksTheLine(const std::vector<std::string>& parameters) {
   return false;
 }
 
-const char* WordsFor(Connect::LinkFailure failure) {
-  switch (failure) {
-    case Connect::LinkFailure::kNone:
-      break;
-    case Connect::LinkFailure::kSilence:
-      return "the printer did not answer in time";
-    case Connect::LinkFailure::kNotTaken:
-      return "the printer did not take the request in time";
-    case Connect::LinkFailure::kEnded:
-      return "the printer ended the link";
-    case Connect::LinkFailure::kNotOpen:
-      return "no printer is open";
-    case Connect::LinkFailure::kGivenUp:
-      return "the wait was given up";
-    case Connect::LinkFailure::kCutShort:
-      return "the reply was cut short";
-    case Connect::LinkFailure::kOtherReply:
-      return "a reply to another command came";
-  }
-  return "";
-}
-
 }  // namespace
 
 TransactionStatus CommandBase::Execute() {
   // The rest of such a parameter would reach the printer as a command of its own.
   if (BreaksTheLine(parameters_)) {
     Platform::Diagnostic("F%d not sent: a parameter holds a line end", code_);
+    reason_ = Reason::kMalformed;
     return kNoReply;
   }
   const TransactionStatus status = AbstractCommand::Execute();
   if (status != kReplied) {
     if (status == kOtherReply) {
-      failure_ = Connect::LinkFailure::kOtherReply;
-    } else if (failure_ == Connect::LinkFailure::kNone) {
-      failure_ = Connect::LinkFailure::kCutShort;
+      reason_ = Reason::kOtherReply;
+    } else if (reason_ == Reason::kNone) {
+      reason_ = Reason::kMalformed;
     }
-    Platform::Diagnostic("F%d failed: %s", code_, WordsFor(failure_));
+    Platform::Diagnostic("F%d failed: %s", code_, WordsFor(reason_));
   }
   return status;
 }
@@ -66,18 +48,18 @@ void CommandBase::Recover(TransactionStatus& status, const std::string& request)
   if (status == kReplied) return;
   int rereads = 0;
   do {
-    if (failure_ == Connect::LinkFailure::kGivenUp || !Pause()) return;
+    if (reason_ == Reason::kGivenUp || !Pause()) return;
     if (status == kNoReply) {
-      const Connect::LinkFailure before = failure_;
+      const Reason before = reason_;
       status = ParseReply(Ask(request, true));
       // Nothing is open any more, for the reason that the request had before.
-      if (failure_ == Connect::LinkFailure::kNotOpen && before != Connect::LinkFailure::kNone) {
-        failure_ = before;
+      if (reason_ == Reason::kNotOpen && before != Reason::kNone) {
+        reason_ = before;
       }
       ++resends_;
     } else if (status == kOtherReply) {
       Connect::Reply reply = channel_->ReadAgain(interrupt_);
-      failure_ = reply.failure;
+      reason_ = reply.reason;
       status = ParseReply(reply.text);
       ++rereads;
     }

@@ -115,16 +115,12 @@ Outcome RunCommand(Command::AbstractCommand& command, const ErrorCallback& tell,
         ok = replyOk;
         outcome.values = std::move(values);
       });
-  const Command::TransactionStatus status = command.Execute();
+  const bool replied = command.Execute() == Command::kReplied;
   outcome.fields = command.TakeResult();
-  if (status != Command::kReplied) {
-    if (tell) tell(static_cast<ConnectError>(status), outcome.code);
-    return outcome;
-  }
-  outcome.accepted = ok;
-  const bool refused = !ok && refusal == Refusal::kFails;
-  if (refused && tell) tell(kErrorRefused, outcome.code);
-  outcome.result = refused ? NUV_PRINTER_REFUSED : NUV_OK;
+  outcome.reason = replied && !ok ? Reason::kRefused : command.GetReason();
+  const bool fails = !replied || (!ok && refusal == Refusal::kFails);
+  outcome.result = fails ? ResultOf(outcome.reason, Step::kCommand) : NUV_OK;
+  if (fails && tell) tell(ErrorOf(outcome.reason), outcome.code);
   return outcome;
 }
 
@@ -133,9 +129,9 @@ Outcome CommandRunner::Run(int code, std::vector<std::string> parameters, Refusa
     return Run(*command, std::move(parameters), refusal);
   }
   Platform::Diagnostic("no command F%d", code);
-  if (tell_) tell_(kErrorNoReply, code);
   Outcome outcome;
   outcome.code = code;
+  if (tell_) tell_(ErrorOf(outcome.reason), code);
   return outcome;
 }
 

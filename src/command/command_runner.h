@@ -42,18 +42,11 @@ std::unique_ptr<Class> MakeCommand(Connect::IChannel& channel, CommandArguments 
 
 namespace Nuv::Connect {
 
-// What an error callback is told: the status of a failed transaction, or a refusal.
-enum ConnectError : int {
-  kErrorNoReply = -1,     // nothing usable came back
-  kErrorOtherReply = -2,  // only replies to other commands came back
-  kErrorRefused = 29      // the printer answered without "OK"
-};
-
 // Called with the error and the code of the command that failed.
 using ErrorCallback = std::function<void(ConnectError error, int code)>;
 
 // What a refusal by the printer is to whoever runs the command: a failure, told and returned as
-// 29, or an answer like another, which shows in Outcome::accepted.
+// 29, or an answer like another, which shows in Outcome::reason.
 enum class Refusal { kFails, kAnswers };
 
 // Where a field of a reply goes.
@@ -70,11 +63,11 @@ void Clear(Outputs outputs);
 // What became of a command.
 struct Outcome {
   int code = 0;
-  int result = NUV_FAILED;  // 0, 1 the transaction failed, 29 refused (where that fails)
-  bool accepted = false;
-  bool sentAgain = false;           // the printer may have taken the request each time
-  std::vector<std::string> values;  // of the reply, in its order; also of a refusal
-  Command::ResultMap fields;        // the same by key
+  Reason reason = Reason::kMalformed;  // kRefused also where that does not fail
+  int result = NUV_FAILED;             // 0, 1 the transaction failed, 29 refused (where that fails)
+  bool sentAgain = false;              // the printer may have taken the request each time
+  std::vector<std::string> values;     // of the reply, in its order; also of a refusal
+  Command::ResultMap fields;           // the same by key
 
   // A field of the reply, empty or 0 when it lacked it. Number throws what ParseDecimal throws.
   std::string Text(const std::string& key) const;

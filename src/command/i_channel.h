@@ -1,29 +1,21 @@
 #ifndef NUV_COMMAND_I_CHANNEL_H_
 #define NUV_COMMAND_I_CHANNEL_H_
 
+#include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "command/reason.h"
 #include "nuvconnect/IConnect.h"
 #include "platform/interrupt.h"
 
 namespace Nuv::Connect {
 
-// Why an exchange failed. Links tell of the first, commands of what was wrong with a reply.
-enum class LinkFailure {
-  kNone,
-  kSilence,    // the printer took the request and did not answer in time
-  kNotTaken,   // it did not take the request in time, so this side closed the link
-  kEnded,      // it ended the link, or was unplugged
-  kNotOpen,    // nothing is open
-  kGivenUp,    // this side stopped waiting
-  kCutShort,   // a reply came, but too little of it
-  kOtherReply  // a reply to another command came
-};
-
 // A reply line, or why there is none.
 struct Reply {
   std::string text;
-  LinkFailure failure = LinkFailure::kNone;
+  Reason reason = Reason::kNone;
 };
 
 // One request of a call.
@@ -51,6 +43,12 @@ enum class JobKind { kNone, kLines, kImage };
 // threads share the channel.
 class IChannel : public IConnect {
  public:
+  // As OpenDevice.
+  virtual Reason Reopen() = 0;
+
+  // As SendBytes. Of no bytes: kNone, and nothing is sent.
+  virtual Reason Send(const std::vector<uint8_t>& bytes) = 0;
+
   // As ExecuteCommand. A request that follows an answered one first waits for answers that the
   // printer still owes, at most 2 s; one that is sent `again` throws nothing away, since the answer
   // to its first sending is as good.
@@ -67,6 +65,15 @@ class IChannel : public IConnect {
   virtual void BeginJob(JobKind kind) = 0;
   // `complete`: all was sent, so that what the link has still queued is waited for.
   virtual void EndJob(bool complete) = 0;
+
+  bool OpenDevice() final { return Reopen() == Reason::kNone; }
+  bool SendBytes(std::vector<uint8_t> bytes) final {
+    return !bytes.empty() && Send(bytes) == Reason::kNone;
+  }
+  std::string ReceiveReply() final { return ReadAgain(nullptr).text; }
+  std::string ExecuteCommand(std::string command) final {
+    return Transact({std::move(command)}).text;
+  }
 };
 
 }  // namespace Nuv::Connect

@@ -58,7 +58,7 @@ class CodeProc : public IFcmdProc {
 
   // Of the last command: whether the printer accepted it, whether it was sent more than once, the
   // named fields of its reply.
-  bool Accepted() const { return outcome_.accepted; }
+  bool Accepted() const { return outcome_.reason == Reason::kNone; }
   bool SentAgain() const { return outcome_.sentAgain; }
   const Command::ResultMap& Fields() const { return outcome_.fields; }
 

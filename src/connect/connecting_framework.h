@@ -118,9 +118,8 @@ class ConnectingFramework final : public IConnectingFramework {
   // Runs the command of an operation: the host is told of a failure once, by the result that the
   // operation has.
   CommandRunner Commands() {
-    return {connect_, clock_, [this](ConnectError error, int code) {
-              Fail(error == kErrorRefused ? NUV_PRINTER_REFUSED : NUV_FAILED, code);
-            }};
+    return {connect_, clock_,
+            [this](ConnectError error, int code) { Fail(ResultOf(error), code); }};
   }
 
   // Tells the host of `result`, that of an operation whose command is `code`, and returns it.

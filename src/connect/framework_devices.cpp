@@ -45,7 +45,7 @@ int ConnectingFramework::SearchNetworkDevice(std::vector<std::string>& found, st
 }
 
 int ConnectingFramework::ConnectNetWorkDevice(std::string address) {
-  return connect_.ConnectAddress(address) ? NUV_OK : NUV_CONNECTION_REFUSED;
+  return ResultOf(connect_.ConnectAddress(address), Step::kOpening);
 }
 
 int ConnectingFramework::ChooseDevice(int kind, int index) {
@@ -154,8 +154,7 @@ int ConnectingFramework::ConnectDeviceBySN(int kind, const std::string& serial) 
     if (i >= table->size()) {
       if (serial.empty()) return ChooseDevice(kind, index);
     } else if ((*table)[i][NUV_DEVICE_SERIAL] == serial) {
-      return connect_.ChooseListed(kind, index, (*table)[i].identity) ? NUV_OK
-                                                                      : NUV_CONNECTION_REFUSED;
+      return ResultOf(connect_.ChooseListed(kind, index, (*table)[i].identity), Step::kOpening);
     }
   }
   return NUV_NOT_FOUND;

@@ -30,10 +30,12 @@ int ResinRefusal(int resinState) {
 int ConnectingFramework::ReadResin(int code, Outputs outputs) {
   Clear(outputs);
   const Outcome outcome = Commands().Run(code, {}, Refusal::kAnswers);
-  if (outcome.result != NUV_OK || outcome.accepted) return outcome.Fill(outputs);
+  if (outcome.reason != Reason::kRefused) return outcome.Fill(outputs);
   // A printer that has no such query refuses it without naming a state.
   const bool namesState = outcome.fields.count("S") != 0;
-  return Fail(namesState ? ResinRefusal(outcome.Number("S")) : NUV_PRINTER_REFUSED, code);
+  return Fail(
+      namesState ? ResinRefusal(outcome.Number("S")) : ResultOf(outcome.reason, Step::kCommand),
+      code);
 }
 
 int ConnectingFramework::GetResinInfo2(int* state, int* remaining, std::string& resinCode,

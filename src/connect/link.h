@@ -23,11 +23,11 @@ class Link {
   Link& operator=(const Link&) = delete;
 
   // Opens printer `index` of the link's last search.
-  virtual bool Open(int index) = 0;
+  virtual Reason Open(int index) = 0;
 
   // Opens the printer again that was opened last, whatever a later search found. `job`: a job's
   // bytes are on the connection.
-  virtual bool Reopen(bool job) = 0;
+  virtual Reason Reopen(bool job) = 0;
 
   virtual void Close() = 0;
 
@@ -47,7 +47,7 @@ class Link {
 
   // Sends `length` bytes. Of none: what a patient write has left queued. `patient`: what is not
   // taken in time stays queued, if the link can.
-  virtual LinkFailure Write(const uint8_t* data, size_t length, bool patient) = 0;
+  virtual Reason Write(const uint8_t* data, size_t length, bool patient) = 0;
 
   // The next reply, or why there is none.
   virtual Reply ReadReply() = 0;
@@ -60,14 +60,20 @@ class Link {
   // `waiter` outlives the link.
   explicit Link(const Platform::Waiter& waiter) : waiter_(waiter) {}
 
+  // How an opening went.
+  Reason Opening(bool opened) const {
+    if (opened) return Reason::kNone;
+    return waiter_.Over() ? Reason::kGivenUp : Reason::kUnreachable;
+  }
+
   // Why the printer did nothing: as the link tells, or `otherwise` if it is alive.
-  LinkFailure Failure(LinkFailure otherwise) {
-    if (waiter_.Over()) return LinkFailure::kGivenUp;
+  Reason Failure(Reason otherwise) {
+    if (waiter_.Over()) return Reason::kGivenUp;
     switch (Look()) {
       case LinkState::kClosed:
-        return LinkFailure::kNotOpen;
+        return Reason::kNotOpen;
       case LinkState::kEnded:
-        return LinkFailure::kEnded;
+        return Reason::kEnded;
       case LinkState::kAlive:
         break;
     }

@@ -39,7 +39,7 @@ Reply LocalLink::ReadReply() {
     lastRead_ += block;
     if (block.empty() || block.find('\n') != std::string::npos) break;
   }
-  if (lastRead_.empty()) return {{}, Failure(LinkFailure::kSilence)};
+  if (lastRead_.empty()) return {{}, Failure(Reason::kSilence)};
   return {lastRead_};
 }
 
@@ -59,14 +59,14 @@ bool UsbLink::EnumerateDevices(std::vector<std::string>& found) {
   return searched;
 }
 
-bool UsbLink::Open(int index) {
-  return index >= 0 && connector_->Open(std::to_wstring(index).c_str());
+Reason UsbLink::Open(int index) {
+  return Opening(index >= 0 && connector_->Open(std::to_wstring(index).c_str()));
 }
 
-bool UsbLink::Reopen(bool job) {
+Reason UsbLink::Reopen(bool job) {
   // A connection that broke has lost bytes of the job.
   const bool broken = job && connector_->Look() == LinkState::kEnded;
-  return !broken && connector_->Reopen(job);
+  return Opening(!broken && connector_->Reopen(job));
 }
 
 bool UsbLink::Discard(int quietMs, int limitMs) {
@@ -74,13 +74,13 @@ bool UsbLink::Discard(int quietMs, int limitMs) {
                                        static_cast<uint32_t>(limitMs));
 }
 
-LinkFailure UsbLink::Write(const uint8_t* data, size_t length, bool /*patient*/) {
-  if (length == 0) return LinkFailure::kNone;  // it queues nothing
+Reason UsbLink::Write(const uint8_t* data, size_t length, bool /*patient*/) {
+  if (length == 0) return Reason::kNone;  // it queues nothing
   if (length > std::numeric_limits<uint32_t>::max() ||
       connector_->Write(data, static_cast<uint32_t>(length), kTransferTimeoutMs) != 0) {
-    return Failure(LinkFailure::kNotTaken);
+    return Failure(Reason::kNotTaken);
   }
-  return LinkFailure::kNone;
+  return Reason::kNone;
 }
 
 std::string UsbLink::Identity(int index) const {
@@ -119,25 +119,25 @@ bool SocketLink::SearchDevices(std::vector<std::string>& found, const std::strin
   return searched;
 }
 
-bool SocketLink::Open(int index) {
-  if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return false;
+Reason SocketLink::Open(int index) {
+  if (index < 0 || static_cast<size_t>(index) >= devices_.size()) return Reason::kUnreachable;
   return Connect(devices_[static_cast<size_t>(index)]);
 }
 
-bool SocketLink::Reopen(bool /*job*/) {
-  return current_.valid && Connect(Transport::NetworkDevice(current_));
+Reason SocketLink::Reopen(bool /*job*/) {
+  return current_.valid ? Connect(Transport::NetworkDevice(current_)) : Reason::kUnreachable;
 }
 
 // A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
-bool SocketLink::Connect(const Transport::NetworkDevice& device) {
+Reason SocketLink::Connect(const Transport::NetworkDevice& device) {
   const std::string address = Transport::LiteralAddress(device.address);
   if (address.empty()) {
     Platform::Diagnostic("connect: \"%s\" is no address", device.address.c_str());
-    return false;
+    return Reason::kUnreachable;
   }
   opened_ = socket_.Connect(address, device.port);
   if (opened_) current_ = device;
-  return opened_;
+  return Opening(opened_);
 }
 
 void SocketLink::Close() {
@@ -172,16 +172,16 @@ std::string SocketLink::Identity(int index) const {
   return devices_[static_cast<size_t>(index)].Identity();
 }
 
-LinkFailure SocketLink::Write(const uint8_t* data, size_t length, bool /*patient*/) {
-  if (length == 0) return LinkFailure::kNone;  // it queues nothing
+Reason SocketLink::Write(const uint8_t* data, size_t length, bool /*patient*/) {
+  if (length == 0) return Reason::kNone;  // it queues nothing
   Discard(0, 0);
-  if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return LinkFailure::kNotTaken;
+  if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return Reason::kNotTaken;
   if (socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0) {
-    return LinkFailure::kNone;
+    return Reason::kNone;
   }
-  if (!IsOpen()) return Failure(LinkFailure::kEnded);
+  if (!IsOpen()) return Failure(Reason::kEnded);
   Close();
-  return waiter_.Over() ? LinkFailure::kGivenUp : LinkFailure::kNotTaken;
+  return waiter_.Over() ? Reason::kGivenUp : Reason::kNotTaken;
 }
 
 std::string SocketLink::ReadBlock(int timeoutMs) {

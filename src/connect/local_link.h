@@ -51,15 +51,15 @@ class UsbLink final : public LocalLink {
   bool EnumerateDevices(std::vector<std::string>& found);
 
   // A negative index is refused. See ConnectorBase for what becomes of an open printer.
-  bool Open(int index) override;
+  Reason Open(int index) override;
   // In a job only the very connection, or one that this side has closed.
-  bool Reopen(bool job) override;
+  Reason Reopen(bool job) override;
   void Close() override { connector_->Close(); }
   bool IsOpen() const override { return connector_->Look() != LinkState::kClosed; }
   LinkState Look() override { return connector_->Look(); }
   bool KeepsOpen() override { return Look() == LinkState::kAlive; }
   bool Discard(int quietMs, int limitMs) override;
-  LinkFailure Write(const uint8_t* data, size_t length, bool patient) override;
+  Reason Write(const uint8_t* data, size_t length, bool patient) override;
   std::string Identity(int index) const override;
 
  private:
@@ -82,21 +82,21 @@ class SocketLink final : public LocalLink {
                      const std::string& netmask, int timeoutMs);
 
   // Counts the answers that named a printer.
-  bool Open(int index) override;
+  Reason Open(int index) override;
   // The address, since the printers of a later search may come in another order.
-  bool Reopen(bool job) override;
+  Reason Reopen(bool job) override;
   void Close() override;
   bool IsOpen() const override { return socket_.IsOpen(); }
   LinkState Look() override;
   bool Discard(int quietMs, int limitMs) override;
   // What is not written in time leaves a part of a command on the wire: the connection is closed.
-  LinkFailure Write(const uint8_t* data, size_t length, bool patient) override;
+  Reason Write(const uint8_t* data, size_t length, bool patient) override;
   // "address:port".
   std::string Identity(int index) const override;
 
  private:
   std::string ReadBlock(int timeoutMs) override;
-  bool Connect(const Transport::NetworkDevice& device);
+  Reason Connect(const Transport::NetworkDevice& device);
 
   const Transport::TcpLimits limits_;
   UdpSearchSocket search_;

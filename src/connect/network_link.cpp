@@ -28,21 +28,21 @@ std::vector<std::string> NetworkLink::CollectReplies() const {
                          EffectiveTimeoutMs(settings.TimeoutMs()));
 }
 
-LinkFailure NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
+Reason NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
   const TcpResult result = net_.Connector().Send(reinterpret_cast<const char*>(data),
                                                  static_cast<int64_t>(length), patient);
-  if (result == TcpResult::kOk) return LinkFailure::kNone;
-  const LinkFailure failure = Failure(LinkFailure::kNotTaken);
+  if (result == TcpResult::kOk) return Reason::kNone;
+  const Reason failure = Failure(Reason::kNotTaken);
   // What was not taken in time, this side has closed.
-  const bool closed = result == TcpResult::kNotSent && failure == LinkFailure::kNotOpen;
-  return closed ? LinkFailure::kNotTaken : failure;
+  const bool closed = result == TcpResult::kNotSent && failure == Reason::kNotOpen;
+  return closed ? Reason::kNotTaken : failure;
 }
 
 Reply NetworkLink::ReadReply() {
   std::string reply;
   const TcpResult result = net_.Connector().Receive("", reply, replyTimeoutMs_);
   if (result == TcpResult::kOk) return {std::move(reply)};
-  return {{}, Failure(LinkFailure::kSilence)};
+  return {{}, Failure(Reason::kSilence)};
 }
 
 }  // namespace Nuv::Connect

@@ -33,16 +33,16 @@ class NetworkLink final : public Link {
   // Address and port.
   std::string Identity(int index) const override { return net_.Identity(index); }
 
-  bool Open(int index) override { return net_.ConnectByIndex(index); }
-  bool OpenAddress(const std::string& address) { return net_.ConnectByAddress(address); }
-  bool Reopen(bool /*job*/) override { return net_.Reconnect(); }
+  Reason Open(int index) override { return Opening(net_.ConnectByIndex(index)); }
+  Reason OpenAddress(const std::string& address) { return Opening(net_.ConnectByAddress(address)); }
+  Reason Reopen(bool /*job*/) override { return Opening(net_.Reconnect()); }
   void Close() override { net_.Connector().Disconnect(); }
   LinkState Look() override { return net_.Connector().Look(); }
   bool Discard(int quietMs, int limitMs) override {
     return net_.Connector().Discard(quietMs, limitMs);
   }
   bool DiscardInput() override { return net_.Connector().Discard(); }
-  LinkFailure Write(const uint8_t* data, size_t length, bool patient) override;
+  Reason Write(const uint8_t* data, size_t length, bool patient) override;
   Reply ReadReply() override;
 
  private:

@@ -31,10 +31,10 @@ NuvConnect::~NuvConnect() {
   network_.Close();
 }
 
-bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string a, std::string b,
-                               int c) {
+bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string address,
+                               std::string netmask, int timeoutMs) {
   const Lock lock(mutex_);
-  return local_.sockets.SearchDevices(found, a, b, c);
+  return local_.sockets.SearchDevices(found, address, netmask, timeoutMs);
 }
 
 bool NuvConnect::EnumerateDevices(int kind, std::vector<std::string>& found) {
@@ -55,17 +55,18 @@ bool NuvConnect::ReadLocalData(std::vector<uint8_t>& data) {
 
 bool NuvConnect::ChooseDevice(int kind, int index) {
   const Lock lock(mutex_);
-  return Choose(kind, index);
+  return Choose(kind, index) == Reason::kNone;
 }
 
-bool NuvConnect::Choose(int kind, int index) {
+Reason NuvConnect::Choose(int kind, int index) {
   const bool isNetwork = kind != 0;
   Link& link = LinkOf(isNetwork);
   const bool kept = isNetwork == isNetwork_ && index == index_ && link.KeepsOpen();
-  if (waiter_.GivenUp() || !link.Open(index)) return false;
+  const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : link.Open(index);
+  if (reason != Reason::kNone) return reason;
   Opened(isNetwork, kept);
   index_ = index;
-  return true;
+  return reason;
 }
 
 void NuvConnect::Opened(bool isNetwork, bool kept) {
@@ -84,27 +85,27 @@ std::string NuvConnect::Identity(int kind, int index) {
   return LinkOf(kind != 0).Identity(index);
 }
 
-bool NuvConnect::ChooseListed(int kind, int index, const std::string& identity) {
+Reason NuvConnect::ChooseListed(int kind, int index, const std::string& identity) {
   const Lock lock(mutex_);
   const std::string present = LinkOf(kind != 0).Identity(index);
   if (present == identity) return Choose(kind, index);
   Platform::Diagnostic("device %d was listed as %s and is now %s; list again", index,
                        identity.c_str(), present.empty() ? "gone" : present.c_str());
-  return false;
+  return Reason::kUnreachable;
 }
 
 // The links remember the printer itself: after a new search its old index may stand for another
 // printer, on which a job must not go on.
-bool NuvConnect::OpenDevice() {
+Reason NuvConnect::Reopen() {
   const Lock lock(mutex_);
   Link& link = Current();
   // A USB printer stays open, but not with an answer on its way that nobody waits for. One that has
   // gone is left to the reopening, which in a job must see that.
   if (ledger_.Owes() && link.KeepsOpen()) link.Close();
   const bool kept = link.KeepsOpen();
-  const bool opened = !waiter_.GivenUp() && link.Reopen(job_ != JobKind::kNone);
-  if (opened && !kept) ledger_.Reset();
-  return opened;
+  const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : link.Reopen(job_ != JobKind::kNone);
+  if (reason == Reason::kNone && !kept) ledger_.Reset();
+  return reason;
 }
 
 bool NuvConnect::CloseDevice() {
@@ -113,20 +114,14 @@ bool NuvConnect::CloseDevice() {
   return true;
 }
 
-std::string NuvConnect::ReceiveReply() { return ReadAgain(nullptr).text; }
-
-std::string NuvConnect::ExecuteCommand(std::string command) {
-  return Transact({std::move(command)}).text;
-}
-
 Reply NuvConnect::Transact(const Request& request) {
   if (request.line.empty()) return {};
   const Lock lock(mutex_);
   const Platform::Waiter::Call call(waiter_, request.interrupt);
   if (!request.again) DiscardStaleInput();
-  const LinkFailure failure =
+  const Reason written =
       Write(reinterpret_cast<const uint8_t*>(request.line.data()), request.line.size());
-  if (failure != LinkFailure::kNone) return {{}, failure};
+  if (written != Reason::kNone) return {{}, written};
   ledger_.Asked(request.line);
   return ReadReply();
 }
@@ -147,11 +142,11 @@ void NuvConnect::DiscardStaleInput() {
   }
 }
 
-bool NuvConnect::SendBytes(std::vector<uint8_t> bytes) {
-  if (bytes.empty()) return false;
+Reason NuvConnect::Send(const std::vector<uint8_t>& bytes) {
+  if (bytes.empty()) return Reason::kNone;
   const Lock lock(mutex_);
   ledger_.Wrote(bytes.size());
-  return Write(bytes.data(), bytes.size()) == LinkFailure::kNone;
+  return Write(bytes.data(), bytes.size());
 }
 
 LinkLook NuvConnect::Look() {
@@ -186,11 +181,11 @@ void NuvConnect::SetSearchMessage(std::string message) {
   SearchSettings::Instance().SetMessage(message);
 }
 
-bool NuvConnect::ConnectAddress(const std::string& address) {
+Reason NuvConnect::ConnectAddress(const std::string& address) {
   const Lock lock(mutex_);
-  if (waiter_.GivenUp() || !network_.OpenAddress(address)) return false;
-  Opened(true, false);
-  return true;
+  const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : network_.OpenAddress(address);
+  if (reason == Reason::kNone) Opened(true, false);
+  return reason;
 }
 
 std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
@@ -199,8 +194,8 @@ std::vector<std::string> NuvConnect::CollectBroadcastReplies() {
   return network_.CollectReplies();
 }
 
-LinkFailure NuvConnect::Write(const uint8_t* data, size_t length) {
-  if (waiter_.Over()) return LinkFailure::kGivenUp;
+Reason NuvConnect::Write(const uint8_t* data, size_t length) {
+  if (waiter_.Over()) return Reason::kGivenUp;
   return Current().Write(data, length, job_ == JobKind::kImage);
 }
 
@@ -208,7 +203,7 @@ Reply NuvConnect::ReadReply() {
   Reply reply = Current().ReadReply();
   ledger_.Answered(reply.text);
   // The answer is on its way: whoever asks next waits for it.
-  if (reply.failure == LinkFailure::kGivenUp) ledger_.GiveUp();
+  if (reply.reason == Reason::kGivenUp) ledger_.GiveUp();
   reply.text = WithoutLineFeed(std::move(reply.text));
   return reply;
 }

@@ -28,20 +28,19 @@ class NuvConnect final : public IChannel {
                       Platform::Clock& clock = Platform::SystemClock());
   ~NuvConnect() override;
 
-  bool SearchDevices(std::vector<std::string>& found, std::string a, std::string b, int c) override;
+  bool SearchDevices(std::vector<std::string>& found, std::string address, std::string netmask,
+                     int timeoutMs) override;
   bool EnumerateDevices(int kind, std::vector<std::string>& found) override;
   bool ReadLocalData(std::vector<uint8_t>& data) override;
   bool ChooseDevice(int kind, int index) override;
-  bool OpenDevice() override;
   bool CloseDevice() override;
-  std::string ReceiveReply() override;
-  std::string ExecuteCommand(std::string command) override;
-  bool SendBytes(std::vector<uint8_t> bytes) override;
   void SetLocalOption(int option) override;
   void SetSearchTimeout(int timeoutMs) override;
   void SetSearchPort(int port) override;
   void SetSearchMessage(std::string message) override;
 
+  Reason Reopen() override;
+  Reason Send(const std::vector<uint8_t>& bytes) override;
   Reply Transact(const Request& request) override;
   Reply ReadAgain(Platform::Interrupt* interrupt) override;
   LinkLook Look() override;
@@ -57,18 +56,18 @@ class NuvConnect final : public IChannel {
   std::string Identity(int kind, int index);
 
   // As ChooseDevice, if `index` still stands for the device of this identity.
-  bool ChooseListed(int kind, int index, const std::string& identity);
+  Reason ChooseListed(int kind, int index, const std::string& identity);
 
   // Connects to the network printer of the last enumeration with this address and makes it current.
   // The index of the choice stays; OpenDevice reopens this address all the same.
-  bool ConnectAddress(const std::string& address);
+  Reason ConnectAddress(const std::string& address);
 
   // One network search with the stored settings: the distinct reply texts. Changes neither the list
   // of the last enumeration nor the connection.
   std::vector<std::string> CollectBroadcastReplies();
 
  private:
-  bool Choose(int kind, int index);
+  Reason Choose(int kind, int index);
   Link& LinkOf(bool isNetwork) {
     return isNetwork ? static_cast<Link&>(network_) : local_.Current();
   }
@@ -76,7 +75,7 @@ class NuvConnect final : public IChannel {
   // Makes the link that was opened current. `kept`: it was open all along.
   void Opened(bool isNetwork, bool kept);
   void DiscardStaleInput();
-  LinkFailure Write(const uint8_t* data, size_t length);
+  Reason Write(const uint8_t* data, size_t length);
   Reply ReadReply();
 
   std::mutex mutex_;

@@ -58,12 +58,12 @@ int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, B
   for (BlockStream blocks(image, header); !blocks.AtEnd();) {
     context.clock.SleepFor(kBlockPause);
     if (context.callbacks.IsCancelled()) return NUV_CANCELLED;
-    const bool block = context.channel.SendBytes(blocks.Next());
-    if (written && !block) {
-      Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu was not taken in time",
-                           blocks.Sent(), image.size());
+    const Reason reason = context.channel.Send(blocks.Next());
+    if (written && reason != Reason::kNone) {
+      Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu is not written: %s",
+                           blocks.Sent(), image.size(), WordsFor(reason));
+      written = false;
     }
-    written = written && block;
     context.callbacks.ReportSent(static_cast<int>(image.size()), static_cast<int>(blocks.Sent()));
   }
   link.Complete();

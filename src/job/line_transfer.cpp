@@ -24,9 +24,9 @@ void LineTransfer::Start() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
 }
 
-int LineTransfer::Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent) {
+int LineTransfer::Pass(const std::vector<uint8_t>& line, uint64_t cost, bool& sent) {
   sent = context_.state.freeBuffer >= line.size();
-  const int result = sent ? Write(std::move(line), cost) : WaitForSpace();
+  const int result = sent ? Write(line, cost) : WaitForSpace();
   if (result == NUV_OK) context_.clock.SleepFor(kPassPause);
   return result;
 }
@@ -35,9 +35,11 @@ int LineTransfer::WaitForSpace() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
   // A new connection would carry on behind lines that the printer may never have taken.
   if (IsLost()) return NUV_WRITE_FAILED;
-  if (context_.channel.OpenDevice()) return NUV_OK;
-  Platform::Diagnostic("job: the printer was lost while waiting for buffer space");
-  return NUV_NO_BUFFER_SPACE;
+  const Reason reason = context_.channel.Reopen();
+  if (reason != Reason::kNone) {
+    Platform::Diagnostic("job: lost while waiting for buffer space: %s", WordsFor(reason));
+  }
+  return ResultOf(reason, Step::kWaitingForSpace);
 }
 
 bool LineTransfer::IsLost() const {
@@ -48,11 +50,13 @@ bool LineTransfer::IsLost() const {
   return true;
 }
 
-int LineTransfer::Write(std::vector<uint8_t>&& line, uint64_t cost) {
+int LineTransfer::Write(const std::vector<uint8_t>& line, uint64_t cost) {
   const auto textBytes = static_cast<int>(line.size() - kLineEndBytes);
-  if (!context_.channel.SendBytes(std::move(line))) {
-    Platform::Diagnostic("job: line not written after %d of %d bytes", sent_, total_);
-    return NUV_WRITE_FAILED;
+  const Reason reason = context_.channel.Send(line);
+  if (reason != Reason::kNone) {
+    Platform::Diagnostic("job: line not written after %d of %d bytes: %s", sent_, total_,
+                         WordsFor(reason));
+    return ResultOf(reason, Step::kStream);
   }
   sent_ += textBytes;
   const float percent = static_cast<float>(sent_) / static_cast<float>(total_) * kPercent;

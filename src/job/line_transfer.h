@@ -26,7 +26,7 @@ class LineTransfer {
   // `cost`: bytes that it is charged with. `sent` tells whether it went out or is to be tried again
   // in the next pass. 0, 16 the printer was lost while waiting for buffer space, 20 the line could
   // not be written, or the printer ended the link and nobody can tell what it had taken until then.
-  int Pass(std::vector<uint8_t> line, uint64_t cost, bool& sent);
+  int Pass(const std::vector<uint8_t>& line, uint64_t cost, bool& sent);
 
   // Looks at the link once more, behind the last pause. 0 or 20, as Pass.
   int Finish() const { return IsLost() ? NUV_WRITE_FAILED : NUV_OK; }
@@ -34,7 +34,7 @@ class LineTransfer {
   bool IsComplete() const { return sent_ >= total_; }
 
  private:
-  int Write(std::vector<uint8_t>&& line, uint64_t cost);
+  int Write(const std::vector<uint8_t>& line, uint64_t cost);
   int WaitForSpace();
   // True when the link has ended with bytes on it that no reply has confirmed.
   bool IsLost() const;

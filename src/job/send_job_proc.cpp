@@ -44,11 +44,11 @@ bool ReadParts(IPrintFileLibrary& file, RawParts& parts) {
   return file.GetAESkey(parts.key) && file.ReadL102(parts.l102) && file.ReadL103(parts.l103);
 }
 
-// The query behind it confirms it.
-bool SendPart(IChannel& channel, std::vector<uint8_t>& part, const char* name) {
-  if (part.empty() || channel.SendBytes(std::move(part))) return true;
-  Diagnostic("job: %s not written", name);
-  return false;
+// `name`: what it is a part of or is. A query behind it confirms it.
+int SendPart(IChannel& channel, const std::vector<uint8_t>& part, const char* name) {
+  const Reason reason = channel.Send(part);
+  if (reason != Reason::kNone) Diagnostic("job: %s not written: %s", name, WordsFor(reason));
+  return ResultOf(reason, Step::kStream);
 }
 
 }  // namespace
@@ -77,11 +77,10 @@ int SendJobProcBEGO::PrepareJob(uint64_t& freeBuffer) {
   F103proc opening(context_.Commands(), *job);
   const int opened = OpenJob(context_, opening, *state);
   if (opened != NUV_OK) return opened;
-  if (!SendPart(context_.channel, parts.key, "key") ||
-      !SendPart(context_.channel, parts.l102, "record L102") ||
-      !SendPart(context_.channel, parts.l103, "record L103")) {
-    return NUV_WRITE_FAILED;
-  }
+  int sent = SendPart(context_.channel, parts.key, "key");
+  if (sent == NUV_OK) sent = SendPart(context_.channel, parts.l102, "record L102");
+  if (sent == NUV_OK) sent = SendPart(context_.channel, parts.l103, "record L103");
+  if (sent != NUV_OK) return sent;
   freeBuffer = QueryFreeBufferSize(context_, kBegoMachineId);
   return freeBuffer != 0 ? NUV_OK : NUV_NO_BUFFER_SPACE;
 }
@@ -195,12 +194,10 @@ int SendJobProcAndroid::SendThumbnail(const std::vector<uint8_t>& thumbnail) con
   return NUV_OK;
 }
 
-// The query of the transfer confirms them.
 int SendJobProcAndroid::SendBlocks(const std::vector<uint8_t>& bytes, BlockHeader header) const {
   for (BlockStream blocks(bytes, header); !blocks.AtEnd();) {
-    if (context_.channel.SendBytes(blocks.Next())) continue;
-    Diagnostic("job: a block before the data lines was not written");
-    return NUV_WRITE_FAILED;
+    const int sent = SendPart(context_.channel, blocks.Next(), "a block before the data lines");
+    if (sent != NUV_OK) return sent;
   }
   return NUV_OK;
 }

@@ -67,23 +67,22 @@ class FakeChannel final : public ChannelStub {
  public:
   explicit FakeChannel(Record& record) : record_(record) {}
 
-  bool OpenDevice() override { return record_.Did(__func__) == 0; }
+  Reason Reopen() override {
+    return record_.Did("OpenDevice") == 0 ? Reason::kNone : Reason::kUnreachable;
+  }
   bool CloseDevice() override { return record_.Did(__func__) == 0; }
-  String ReceiveReply() override {
-    String reply;
-    record_.Did(__func__, reply);
+  Reply ReadAgain(Platform::Interrupt*) override {
+    Reply reply;
+    record_.Did("ReceiveReply", reply.text);
     return reply;
   }
-  String ExecuteCommand(String command) override {
-    String reply;
-    record_.Did(__func__, std::move(command), reply);
+  Reply Transact(const Request& request) override {
+    Reply reply;
+    record_.Did("ExecuteCommand", request.line, reply.text);
     return reply;
   }
 
  private:
-  Reply Transact(const Request&) override { return {}; }
-  Reply ReadAgain(Platform::Interrupt*) override { return {}; }
-
   Record& record_;
 };
 

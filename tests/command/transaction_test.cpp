@@ -13,6 +13,7 @@
 namespace Nuv::Command {
 namespace {
 
+using Connect::Reason;
 using ::testing::ThrowsMessage;
 using Strings = std::vector<std::string>;
 
@@ -98,15 +99,22 @@ TEST_F(TransactionTest, ARefusalIsAFailureOrAnAnswer) {
   const struct {
     const char* reply;
     Refusal refusal;
+    Reason reason;
     int result;
     const char* told;
     Strings values;
   } kRows[] = {
-      {"F198 OK SSID=<a>", Refusal::kFails, NUV_OK, "", {"a"}},
-      {"F198 NG SSID=<a>", Refusal::kFails, NUV_PRINTER_REFUSED, "29 F198", {"a"}},
-      {"F198 NG SSID=<a>", Refusal::kAnswers, NUV_OK, "", {"a"}},
-      {"", Refusal::kFails, NUV_FAILED, "-1 F198", {}},
-      {"F101 OK", Refusal::kAnswers, NUV_FAILED, "-2 F198", {}},
+      {"F198 OK SSID=<a>", Refusal::kFails, Reason::kNone, NUV_OK, "", {"a"}},
+      {"F198 NG SSID=<a>",
+       Refusal::kFails,
+       Reason::kRefused,
+       NUV_PRINTER_REFUSED,
+       "29 F198",
+       {"a"}},
+      {"F198 NG SSID=<a>", Refusal::kAnswers, Reason::kRefused, NUV_OK, "", {"a"}},
+      {"", Refusal::kFails, Reason::kSilence, NUV_FAILED, "-1 F198", {}},
+      {" ", Refusal::kFails, Reason::kMalformed, NUV_FAILED, "-1 F198", {}},
+      {"F101 OK", Refusal::kAnswers, Reason::kOtherReply, NUV_FAILED, "-2 F198", {}},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.reply);
@@ -119,7 +127,7 @@ TEST_F(TransactionTest, ARefusalIsAFailureOrAnAnswer) {
     const Connect::Outcome outcome =
         Connect::CommandRunner(printer, clock, tell).Run(198, {}, row.refusal);
     EXPECT_EQ(outcome.result, row.result);
-    EXPECT_EQ(outcome.accepted, row.result == NUV_OK && row.refusal == Refusal::kFails);
+    EXPECT_EQ(outcome.reason, row.reason);
     EXPECT_EQ(outcome.values, row.values);
     EXPECT_EQ(told, row.told);
     if (row.refusal == Refusal::kAnswers) continue;

@@ -88,9 +88,9 @@ class SocketLinkTest : public Lab {
     ASSERT_TRUE(link->SearchDevices(found, "10.77.1.1", "255.255.255.0", kSearchMs));
     EXPECT_EQ(link->Identity(0), "10.77.1.2:" + std::to_string(simulator->TcpPort()));
     EXPECT_EQ(link->Identity(1), "");
-    ASSERT_TRUE(link->Open(0));
+    ASSERT_EQ(link->Open(0), Reason::kNone);
   }
-  LinkFailure Write(const std::string& text) {
+  Reason Write(const std::string& text) {
     return link->Write(reinterpret_cast<const uint8_t*>(text.data()), text.size(), false);
   }
 
@@ -106,17 +106,17 @@ TEST_F(SocketLinkTest, NoticesThatThePrinterHasEndedTheConnection) {
   EXPECT_EQ(link->Look(), LinkState::kAlive);
   for (const char* const end : {"drop,code=102", "reset,code=102"}) {
     Commits(end);
-    ASSERT_EQ(Write("F101\r\nF102\r\n"), LinkFailure::kNone);
+    ASSERT_EQ(Write("F101\r\nF102\r\n"), Reason::kNone);
     // Behind a reply that nobody reads; the end alone ends this wait before its limit.
     EXPECT_TRUE(link->Discard(kLongMs, kLongMs));
     EXPECT_EQ(link->Look(), LinkState::kEnded);
     EXPECT_EQ(link->Look(), LinkState::kEnded);
     EXPECT_FALSE(link->IsOpen());
-    EXPECT_EQ(Write("F102\r\n"), LinkFailure::kEnded);
-    EXPECT_EQ(link->ReadReply().failure, LinkFailure::kEnded);
-    ASSERT_TRUE(link->Reopen(false));
+    EXPECT_EQ(Write("F102\r\n"), Reason::kEnded);
+    EXPECT_EQ(link->ReadReply().reason, Reason::kEnded);
+    ASSERT_EQ(link->Reopen(false), Reason::kNone);
     EXPECT_EQ(link->Look(), LinkState::kAlive);
-    ASSERT_EQ(Write("F102\r\n"), LinkFailure::kNone);
+    ASSERT_EQ(Write("F102\r\n"), Reason::kNone);
     EXPECT_EQ(link->ReadReply().text, "F102 OK S:0\r\n");
   }
   link->Close();
@@ -126,11 +126,11 @@ TEST_F(SocketLinkTest, NoticesThatThePrinterHasEndedTheConnection) {
 TEST_F(SocketLinkTest, DiscardsUntilQuiet) {
   StartConnected();
   EXPECT_FALSE(link->Discard(1, kLongMs));
-  ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+  ASSERT_EQ(Write("F101\r\n"), Reason::kNone);
   EXPECT_TRUE(link->Discard(500, kLongMs));
   // Seconds of drops: the limit alone ends this wait.
   Commits("pieces,code=101,bytes=1,ms=50");
-  ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+  ASSERT_EQ(Write("F101\r\n"), Reason::kNone);
   EXPECT_TRUE(link->Discard(kLongMs, 200));
   EXPECT_EQ(link->Look(), LinkState::kAlive);
 }
@@ -143,9 +143,9 @@ TEST_F(SocketLinkTest, DropsAPrinterThatSendsWithoutAPause) {
   for (const Transport::TcpLimits& limits : {fewBytes, noTime}) {
     link = std::make_unique<SocketLink>(waiter, limits);
     StartConnected();
-    ASSERT_EQ(Write("F101\r\n"), LinkFailure::kNone);
+    ASSERT_EQ(Write("F101\r\n"), Reason::kNone);
     EXPECT_TRUE(link->Discard(kLongMs, kLongMs)) << "over with the first of the reply";
-    EXPECT_EQ(Write("F102\r\n"), LinkFailure::kEnded);
+    EXPECT_EQ(Write("F102\r\n"), Reason::kEnded);
     EXPECT_EQ(link->Look(), LinkState::kEnded);
   }
 }
@@ -155,7 +155,7 @@ TEST_F(SocketLinkTest, WriteThatIsNotTakenEndsTheConnection) {
   limits.stallMs = 0;
   link = std::make_unique<SocketLink>(waiter, limits);
   StartConnected();
-  EXPECT_EQ(Write(std::string(size_t{32} << 20, 'x')), LinkFailure::kNotTaken)
+  EXPECT_EQ(Write(std::string(size_t{32} << 20, 'x')), Reason::kNotTaken)
       << "more than the system takes at once";
   EXPECT_EQ(link->Look(), LinkState::kClosed);
 }
@@ -165,11 +165,11 @@ TEST_F(SocketLinkTest, InterruptEndsTheWaitForAReply) {
   Platform::Interrupt interrupt;
   interrupt.Raise();
   const auto answered = simulator->Totals().answersSent;
-  ASSERT_EQ(Write("F102\r\n"), LinkFailure::kNone);
+  ASSERT_EQ(Write("F102\r\n"), Reason::kNone);
   ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == answered + 1; }));
   {
     const Platform::Waiter::Call call(waiter, &interrupt);
-    EXPECT_EQ(link->ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
+    EXPECT_EQ(link->ReadReply().reason, Reason::kGivenUp) << "though there is one";
   }
   EXPECT_EQ(link->ReadReply().text, "F102 OK S:0\r\n");
 }
@@ -187,7 +187,7 @@ TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
   EXPECT_EQ(link.Identity(0), "10.77.1.2:" + std::to_string(simulator->TcpPort()));
   EXPECT_EQ(link.Identity(1) + link.Identity(-1), "");
   EXPECT_EQ(link.Look(), LinkState::kClosed);
-  ASSERT_TRUE(link.Open(0));
+  ASSERT_EQ(link.Open(0), Reason::kNone);
   EXPECT_EQ(link.Look(), LinkState::kAlive);
 
   const std::string request = "F102\r\n";
@@ -195,21 +195,21 @@ TEST_F(NetworkLinkTest, EndsWaitsWhenInterruptedOrGivenUp) {
     return link.Write(reinterpret_cast<const uint8_t*>(request.data()), request.size(), false);
   };
   const auto answered = simulator->Totals().answersSent;
-  ASSERT_EQ(write(), LinkFailure::kNone);
+  ASSERT_EQ(write(), Reason::kNone);
   ASSERT_TRUE(Becomes([&] { return simulator->Totals().answersSent == answered + 1; }));
   Platform::Interrupt interrupt;
   interrupt.Raise();
   {
     const Platform::Waiter::Call call(waiter, &interrupt);
-    EXPECT_EQ(link.ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
+    EXPECT_EQ(link.ReadReply().reason, Reason::kGivenUp) << "though there is one";
   }
   EXPECT_EQ(link.ReadReply().text, "F102 OK S:0\r\n");
 
-  ASSERT_EQ(write(), LinkFailure::kNone);
+  ASSERT_EQ(write(), Reason::kNone);
   waiter.GiveUp();
-  EXPECT_EQ(link.ReadReply().failure, LinkFailure::kGivenUp) << "though there is one";
+  EXPECT_EQ(link.ReadReply().reason, Reason::kGivenUp) << "though there is one";
   EXPECT_EQ(link.Look(), LinkState::kAlive);
-  EXPECT_FALSE(link.Reopen(false)) << "nobody waits for a connection";
+  EXPECT_EQ(link.Reopen(false), Reason::kGivenUp) << "nobody waits for a connection";
 }
 
 }  // namespace

@@ -100,8 +100,8 @@ TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
 }
 
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
-  IConnect* const channel = framework.GetConnect();
-  EXPECT_FALSE(channel->OpenDevice());
+  auto* const channel = dynamic_cast<IChannel*>(framework.GetConnect());
+  EXPECT_EQ(channel->Reopen(), Reason::kUnreachable);
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
   EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
@@ -121,7 +121,7 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   ASSERT_TRUE(link.EnumerateDevices(serials));
   EXPECT_EQ(link.Identity(0), "printer 0");
   EXPECT_EQ(link.Identity(-1), "");
-  ASSERT_TRUE(link.Open(0));
+  ASSERT_EQ(link.Open(0), Reason::kNone);
   const struct {
     LinkState look;
     bool inJob;
@@ -136,7 +136,7 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
     port.opened.clear();
     port.look = row.look;
     if (row.look == LinkState::kClosed) link.Close();
-    EXPECT_EQ(link.Reopen(row.inJob), row.opens);
+    EXPECT_EQ(link.Reopen(row.inJob), row.opens ? Reason::kNone : Reason::kUnreachable);
     EXPECT_EQ(port.opened, row.asked);
   }
 }
@@ -156,7 +156,7 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   EXPECT_NE(channel->ReadAgain(&interrupt).text, "");
   interrupt.Raise();
   EXPECT_EQ(channel->ReadAgain(&interrupt).text, "");
-  EXPECT_EQ(channel->ReadAgain(&interrupt).failure, LinkFailure::kGivenUp);
+  EXPECT_EQ(channel->ReadAgain(&interrupt).reason, Reason::kGivenUp);
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "F9 OK") << "that was one call's";
 
@@ -165,7 +165,7 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   EXPECT_EQ(channel->ReceiveReply(), "");
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
-  EXPECT_FALSE(channel->OpenDevice());
+  EXPECT_EQ(channel->Reopen(), Reason::kGivenUp);
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {

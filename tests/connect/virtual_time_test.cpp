@@ -88,18 +88,18 @@ TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
 TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {
   printer.stuck = true;
   const std::string endless(size_t{32} << 20, 'x');
-  EXPECT_EQ(channel.Transact({endless}).failure, LinkFailure::kNotTaken);
+  EXPECT_EQ(channel.Transact({endless}).reason, Reason::kNotTaken);
   // 30 s without a byte taken: the system's buffers take theirs at once.
   EXPECT_EQ(time.NowMs(), 30000);
   EXPECT_FALSE(channel.Look().alive);
-  EXPECT_EQ(channel.Transact({"F102\r\n"}).failure, LinkFailure::kNotOpen);
+  EXPECT_EQ(channel.Transact({"F102\r\n"}).reason, Reason::kNotOpen);
 
   // Of a command, whose resends find the link closed, the reason is the first.
   Reconnect();
   std::map<std::string, std::string> reply;
   const std::string told =
       Told([&] { EXPECT_EQ(host.ExecuteCommand(104, {endless}, reply), NUV_FAILED); });
-  EXPECT_THAT(told, HasSubstr("F104 failed: the printer did not take the request in time"));
+  EXPECT_THAT(told, HasSubstr("F104 failed: the printer did not take the bytes in time"));
 }
 
 }  // namespace

@@ -9,10 +9,8 @@
 // A channel of which commands and jobs use the few operations that it leaves open.
 class ChannelStub : public Nuv::Connect::IChannel {
  public:
-  std::string ExecuteCommand(std::string command) override { return Transact({command}).text; }
-  std::string ReceiveReply() override { return ReadAgain(nullptr).text; }
-  bool OpenDevice() override { return true; }
-  bool SendBytes(std::vector<uint8_t>) override { return true; }
+  Nuv::Connect::Reason Reopen() override { return {}; }
+  Nuv::Connect::Reason Send(const std::vector<uint8_t>&) override { return {}; }
   bool SearchDevices(std::vector<std::string>&, std::string, std::string, int) override {
     return false;
   }

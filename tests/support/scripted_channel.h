@@ -55,18 +55,18 @@ class ScriptedChannel final : public ChannelStub {
     job = Nuv::Connect::JobKind::kNone;
     endedComplete = complete;
   }
-  bool SendBytes(std::vector<uint8_t> bytes) override {
-    if (writesUntilFailure == 0) return false;
+  Nuv::Connect::Reason Send(const std::vector<uint8_t>& bytes) override {
+    if (writesUntilFailure == 0) return Nuv::Connect::Reason::kNotTaken;
     if (writesUntilFailure > 0) --writesUntilFailure;
     blocks_.emplace_back(bytes.begin(), bytes.end());
     wire_.push_back(blocks_.back());
     unconfirmed_ = true;
-    return true;
+    return Nuv::Connect::Reason::kNone;
   }
-  bool OpenDevice() override {
+  Nuv::Connect::Reason Reopen() override {
     wire_.emplace_back("<open>");
     unconfirmed_ = false;
-    return opens;
+    return opens ? Nuv::Connect::Reason::kNone : Nuv::Connect::Reason::kUnreachable;
   }
 
  private:
@@ -74,10 +74,10 @@ class ScriptedChannel final : public ChannelStub {
     return endsAfterBlocks >= 0 && blocks_.size() >= static_cast<size_t>(endsAfterBlocks);
   }
   Nuv::Connect::Reply Answer(const std::string& request) {
-    using Failure = Nuv::Connect::LinkFailure;
-    if (Ended()) return {{}, Failure::kEnded};
+    using Nuv::Connect::Reason;
+    if (Ended()) return {{}, Reason::kEnded};
     std::string reply = Next(request);
-    if (reply.empty()) return {{}, Failure::kSilence};
+    if (reply.empty()) return {{}, Reason::kSilence};
     unconfirmed_ = false;
     return {std::move(reply)};
   }
