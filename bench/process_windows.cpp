@@ -9,7 +9,7 @@
 
 #include "bench/process.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 void Check(bool ok, const char* what) {
@@ -115,4 +115,4 @@ long ResidentKib() { return static_cast<long>(Memory().WorkingSetSize / 1024); }
 long PeakKib() { return static_cast<long>(Memory().PeakWorkingSetSize / 1024); }
 void ResetPeak() {}
 
-}  // namespace bench
+}  // namespace Bench

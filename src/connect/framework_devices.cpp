@@ -5,7 +5,7 @@
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
-#include "transport/broadcast_address.h"
+#include "transport/addresses.h"
 
 namespace Nuv::Connect {
 namespace {

@@ -6,8 +6,8 @@
 
 #include "connect/search_settings.h"
 #include "platform/diagnostics.h"
-#include "platform/text.h"
-#include "transport/broadcast_address.h"
+#include "platform/files.h"
+#include "transport/addresses.h"
 
 namespace Nuv::Connect {
 namespace {

@@ -6,8 +6,7 @@
 #include "job/line_transfer.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
-#include "platform/regular_file.h"
-#include "platform/text.h"
+#include "platform/files.h"
 
 namespace Nuv::Connect {
 namespace {

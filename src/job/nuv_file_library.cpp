@@ -4,7 +4,7 @@
 #include <QStringList>
 
 #include "platform/diagnostics.h"
-#include "platform/module_folder.h"
+#include "platform/files.h"
 
 using Nuv::Platform::Diagnostic;
 

@@ -9,8 +9,7 @@
 #include "job/send_job_proc.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
-#include "platform/regular_file.h"
-#include "platform/text.h"
+#include "platform/files.h"
 
 using Nuv::Platform::Diagnostic;
 

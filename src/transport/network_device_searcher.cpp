@@ -7,10 +7,9 @@
 #include <unordered_set>
 
 #include "platform/diagnostics.h"
-#include "transport/broadcast_address.h"
-#include "transport/host_addresses.h"
+#include "transport/addresses.h"
 #include "transport/search_bounds.h"
-#include "transport/search_networks.h"
+#include "transport/socket_system.h"
 #include "transport/socket_thread.h"
 
 using namespace Nuv::Transport;
@@ -40,7 +39,8 @@ std::vector<HostInterface> Interfaces() {
 // printers.
 std::vector<std::string> Broadcasts() {
   std::vector<std::string> broadcasts;
-  for (const HostNetwork& network : NetworksToSearch(ResolveIPv4(LocalHostName()), Interfaces())) {
+  for (const HostNetwork& network :
+       NetworksToSearch(SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), Interfaces())) {
     std::string broadcast = DirectedBroadcast(network.address, network.netmask);
     if (std::find(broadcasts.begin(), broadcasts.end(), broadcast) == broadcasts.end()) {
       broadcasts.push_back(std::move(broadcast));

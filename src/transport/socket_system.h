@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/clock.h"
-#include "transport/search_networks.h"
+#include "transport/addresses.h"
 
 namespace Nuv::Transport::SocketSystem {
 
@@ -42,6 +42,14 @@ int LastError();
 
 // The IPv4 addresses of this host's interfaces.
 std::vector<HostInterface> Interfaces();
+
+// This host's own name; empty when the system does not tell.
+std::string LocalHostName();
+
+// The IPv4 addresses, as text and each once, that `name` resolves to; a dotted address is its own.
+// By the system's resolver: Qt's warns on the standard error of every program that has no
+// application object, which most hosts have not.
+std::vector<std::string> ResolveIPv4(const std::string& name);
 
 }  // namespace Nuv::Transport::SocketSystem
 

@@ -2,11 +2,13 @@
 #include <fcntl.h>
 #include <ifaddrs.h>
 #include <net/if.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "transport/socket_system.h"
@@ -103,6 +105,30 @@ std::vector<HostInterface> Interfaces() {
   }
   freeifaddrs(list);
   return interfaces;
+}
+
+std::string LocalHostName() {
+  char name[256] = {};
+  return gethostname(name, sizeof name - 1) == 0 ? name : std::string();
+}
+
+std::vector<std::string> ResolveIPv4(const std::string& name) {
+  addrinfo wanted{};
+  wanted.ai_family = AF_INET;
+  wanted.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  std::vector<std::string> addresses;
+  if (name.empty() || getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return addresses;
+  for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
+    const auto* address = reinterpret_cast<const sockaddr_in*>(entry->ai_addr);
+    char text[INET_ADDRSTRLEN] = {};
+    inet_ntop(AF_INET, &address->sin_addr, text, sizeof text);
+    if (std::find(addresses.begin(), addresses.end(), text) == addresses.end()) {
+      addresses.emplace_back(text);
+    }
+  }
+  freeaddrinfo(found);
+  return addresses;
 }
 
 }  // namespace Nuv::Transport::SocketSystem

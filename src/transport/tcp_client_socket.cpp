@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "transport/host_addresses.h"
+#include "transport/socket_system.h"
 
 using namespace Nuv::Transport;
 
@@ -21,7 +21,7 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   Close();
   if (!SocketSystem::Start()) return false;
   const bool isLocal = host.empty() || host == "localhost";
-  const std::vector<std::string> addresses = ResolveIPv4(isLocal ? kLocalHost : host);
+  const std::vector<std::string> addresses = SocketSystem::ResolveIPv4(isLocal ? kLocalHost : host);
   if (addresses.empty()) return false;
   socket_ = SocketSystem::Create(SocketSystem::Kind::kTcp);
   if (!IsOpen()) return false;

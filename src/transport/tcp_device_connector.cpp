@@ -1,6 +1,8 @@
 #include "transport/tcp_device_connector.h"
 
+#include <QHostAddress>
 #include <QNetworkProxy>
+#include <QTcpSocket>
 #include <algorithm>
 #include <exception>
 
@@ -165,6 +167,14 @@ bool TcpDeviceConnector::Discard(int quietMs, int limitMs) {
   } while (quietMs > 0 && IsConnected() && waiter_.GetClock().Now() < end &&
            HasInput(std::min(end, waiter_.In(quietMs))));
   return any;
+}
+
+bool TcpDeviceConnector::HasInput(Nuv::Platform::Deadline deadline) const {
+  return waiter_.Until(deadline, socket_->socketDescriptor(), Nuv::Platform::Readiness::kInput);
+}
+
+bool TcpDeviceConnector::IsConnected() const {
+  return socket_->state() == QAbstractSocket::ConnectedState;
 }
 
 LinkState TcpDeviceConnector::Look() {

@@ -1,9 +1,7 @@
 #ifndef NUV_TRANSPORT_TCP_DEVICE_CONNECTOR_H_
 #define NUV_TRANSPORT_TCP_DEVICE_CONNECTOR_H_
 
-#include <QHostAddress>
 #include <QObject>
-#include <QTcpSocket>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,6 +9,9 @@
 #include "platform/waiter.h"
 #include "transport/link_state.h"
 #include "transport/tcp_limits.h"
+
+class QHostAddress;
+class QTcpSocket;
 
 // Results of Send and Receive.
 enum class TcpResult : int {
@@ -75,10 +76,8 @@ class TcpDeviceConnector : public QObject {
   bool Take(std::string& text, size_t most, Until until);
 
   // Whether there is something to read, or an end, before the deadline.
-  bool HasInput(Nuv::Platform::Deadline deadline) const {
-    return waiter_.Until(deadline, socket_->socketDescriptor(), Nuv::Platform::Readiness::kInput);
-  }
-  bool IsConnected() const { return socket_->state() == QAbstractSocket::ConnectedState; }
+  bool HasInput(Nuv::Platform::Deadline deadline) const;
+  bool IsConnected() const;
 
   const Nuv::Transport::TcpLimits limits_;
   const Nuv::Platform::Waiter& waiter_;

@@ -3,10 +3,9 @@
 #include <chrono>
 
 #include "platform/diagnostics.h"
-#include "transport/broadcast_address.h"
-#include "transport/host_addresses.h"
+#include "transport/addresses.h"
 #include "transport/search_bounds.h"
-#include "transport/search_networks.h"
+#include "transport/socket_system.h"
 
 using namespace Nuv::Transport;
 using Nuv::Platform::Diagnostic;
@@ -38,8 +37,8 @@ void UdpSearchSocket::BroadcastAll(const char* message, int length, uint16_t por
   if (!IsOpen()) return;
   replies_.clear();
   SocketSystem::EnableBroadcast(socket_);
-  const std::vector<HostNetwork> networks =
-      NetworksToSearch(ResolveIPv4(LocalHostName()), SocketSystem::Interfaces());
+  const std::vector<HostNetwork> networks = NetworksToSearch(
+      SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), SocketSystem::Interfaces());
   for (const HostNetwork& network : networks) {
     const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
     if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return;

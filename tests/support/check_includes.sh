@@ -34,6 +34,8 @@ refuse "faults know no printer" \
 refuse "what all share knows no folder but faults" \
   'nuvsim/(commands|control|net|printer|usb|simulator|served_printer)' \
   $sim/config* $sim/records* $sim/wire* $sim/addresses* $sim/json_object*
+refuse "what nuvctl's commands use knows no command" 'commands/' \
+  $(ls tools/nuvctl/*.cpp tools/nuvctl/*.h | grep -v command_line)
 refuse "nuvctl uses the public headers only" '(api|connect|job|command|transport|platform)/' tools/nuvctl
 refuse "an operating system's header outside the files of that system" \
   '(sys|arpa|netinet|net|linux)/|(windows|iphlpapi|ifaddrs|winsock2|ws2tcpip|unistd|dlfcn|poll|netdb|syslog|fcntl|libudev|setupapi|termios|signal|pthread)\.h' \

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "transport/broadcast_address.h"
+#include "transport/addresses.h"
 #include "transport/discovery_reply.h"
 
 using namespace Nuv::Transport;

@@ -45,30 +45,26 @@ ResinConfig ParseResin(const json& value, const std::string& path) {
   return resin;
 }
 
-std::vector<Fault> ParseFaults(const json& value, const std::string& path) {
-  if (!value.is_array()) throw ConfigError(path + ": must be a list");
-  std::vector<Fault> faults;
-  for (const json& each : value) {
-    JsonObject object(each, path + "[" + std::to_string(faults.size()) + "]");
-    faults.push_back(ParseFault(object));
-  }
-  return faults;
+AccessPoint ParseAccessPoint(JsonObject& object) {
+  AccessPoint point;
+  object.Read("name", point.name);
+  object.Read("key", point.key);
+  object.ReadInteger("channel", -kMaxInt, kMaxInt, point.channel);
+  object.ReadInteger("signal", -kMaxInt, kMaxInt, point.signal);
+  object.RefuseOthers();
+  return point;
 }
 
-std::vector<AccessPoint> ParseAccessPoints(const json& value, const std::string& path) {
+template <class Element>
+std::vector<Element> ParseList(const json& value, const std::string& path,
+                               Element (*parse)(JsonObject&)) {
   if (!value.is_array()) throw ConfigError(path + ": must be a list");
-  std::vector<AccessPoint> points;
+  std::vector<Element> elements;
   for (const json& each : value) {
-    JsonObject object(each, path + "[" + std::to_string(points.size()) + "]");
-    AccessPoint point;
-    object.Read("name", point.name);
-    object.Read("key", point.key);
-    object.ReadInteger("channel", -kMaxInt, kMaxInt, point.channel);
-    object.ReadInteger("signal", -kMaxInt, kMaxInt, point.signal);
-    object.RefuseOthers();
-    points.push_back(point);
+    JsonObject object(each, path + "[" + std::to_string(elements.size()) + "]");
+    elements.push_back(parse(object));
   }
-  return points;
+  return elements;
 }
 
 std::map<std::string, int> ParseSensors(const json& value, const std::string& path) {
@@ -127,13 +123,13 @@ PrinterConfig ParsePrinter(const json& value, const std::string& path) {
     printer.sensors = ParseSensors(*sensors, object.PathOf("sensors"));
   }
   if (const json* points = object.Find("accessPoints")) {
-    printer.accessPoints = ParseAccessPoints(*points, object.PathOf("accessPoints"));
+    printer.accessPoints = ParseList(*points, object.PathOf("accessPoints"), ParseAccessPoint);
   }
   if (const json* jobs = object.Find("earlierJobs")) {
     printer.earlierJobs = ParseJobCounts(*jobs, object.PathOf("earlierJobs"));
   }
   if (const json* faults = object.Find("faults")) {
-    printer.faults = ParseFaults(*faults, object.PathOf("faults"));
+    printer.faults = ParseList(*faults, object.PathOf("faults"), ParseFault);
   }
   object.RefuseOthers();
   return printer;

@@ -1,11 +1,24 @@
-#ifndef NUV_PLATFORM_REGULAR_FILE_H_
-#define NUV_PLATFORM_REGULAR_FILE_H_
+// Files: how their paths are written on this system, where the library lies, reading one.
+#ifndef NUV_PLATFORM_FILES_H_
+#define NUV_PLATFORM_FILES_H_
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace Nuv::Platform {
+
+// The narrow form of a wide path, as this system's file functions take it: UTF-8 on Linux, whatever
+// the locale; the ANSI code page on Windows. Nothing when the path has no such form.
+std::optional<std::string> NarrowPath(const std::wstring& path);
+
+// The last part of a path, without its folders.
+std::wstring FileName(const std::wstring& path);
+
+// The folder of the file that this code was loaded from (the library, or a program it is linked
+// into), without a final separator; empty when the system does not tell. UTF-8.
+std::string ModuleFolder();
 
 // A file on disk, open for reading beside other programs. What could keep its reader waiting (a
 // pipe, a terminal, another device) does not open.
@@ -32,4 +45,4 @@ class RegularFile {
 
 }  // namespace Nuv::Platform
 
-#endif  // NUV_PLATFORM_REGULAR_FILE_H_
+#endif  // NUV_PLATFORM_FILES_H_

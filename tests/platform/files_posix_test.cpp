@@ -2,7 +2,7 @@
 
 #include <clocale>
 
-#include "platform/text.h"
+#include "platform/files.h"
 
 namespace Nuv::Platform {
 namespace {

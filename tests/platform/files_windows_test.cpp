@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "platform/text.h"
+#include "platform/files.h"
 
 namespace Nuv::Platform {
 namespace {

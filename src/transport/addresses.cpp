@@ -1,9 +1,8 @@
-#include "transport/broadcast_address.h"
+#include "transport/addresses.h"
 
 #include <QHostAddress>
 
 namespace Nuv::Transport {
-
 namespace {
 
 uint32_t PartToNumber(const std::string& part) {
@@ -14,6 +13,14 @@ uint32_t PartToNumber(const std::string& part) {
     number = number * 10 + static_cast<uint32_t>(digit - '0');
   }
   return number;
+}
+
+std::string NetmaskOf(const std::string& address, const std::vector<HostInterface>& interfaces) {
+  std::string netmask;
+  for (const HostInterface& each : interfaces) {
+    if (each.address == address) netmask = each.netmask;
+  }
+  return netmask;
 }
 
 }  // namespace
@@ -46,6 +53,19 @@ bool IsLoopback(const std::string& address) { return DottedToNumber(address) >> 
 
 std::string LiteralAddress(const std::string& text) {
   return QHostAddress(QString::fromStdString(text)).toString().toStdString();
+}
+
+std::vector<HostNetwork> NetworksToSearch(const std::vector<std::string>& hostAddresses,
+                                          const std::vector<HostInterface>& interfaces) {
+  std::vector<HostNetwork> networks;
+  for (const std::string& address : hostAddresses) {
+    if (!IsLoopback(address)) networks.push_back({address, NetmaskOf(address, interfaces)});
+  }
+  if (!networks.empty()) return networks;
+  for (const HostInterface& each : interfaces) {
+    if (each.running && !each.loopback) networks.push_back({each.address, each.netmask});
+  }
+  return networks;
 }
 
 }  // namespace Nuv::Transport

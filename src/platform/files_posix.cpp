@@ -1,7 +1,12 @@
-#include <cstdint>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <type_traits>
 
-#include "platform/text.h"
+#include "platform/files.h"
 
 namespace Nuv::Platform {
 namespace {
@@ -43,5 +48,35 @@ std::optional<std::string> NarrowPath(const std::wstring& path) {
 }
 
 std::wstring FileName(const std::wstring& path) { return path.substr(path.find_last_of(L'/') + 1); }
+
+std::string ModuleFolder() {
+  Dl_info module{};
+  if (dladdr(reinterpret_cast<void*>(&ModuleFolder), &module) == 0) return {};
+  const std::string file = module.dli_fname;
+  const size_t slash = file.rfind('/');
+  return slash == std::string::npos ? std::string() : file.substr(0, slash);
+}
+
+// Not blocking: opening a pipe would wait for its writer.
+RegularFile::RegularFile(const std::string& path)
+    : handle_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {
+  struct stat status = {};
+  if (!IsOpen()) return;
+  if (fstat(static_cast<int>(handle_), &status) == 0 && S_ISREG(status.st_mode)) return;
+  close(static_cast<int>(handle_));
+  handle_ = kNone;
+}
+
+RegularFile::~RegularFile() {
+  if (IsOpen()) close(static_cast<int>(handle_));
+}
+
+int64_t RegularFile::Read(char* buffer, size_t size) {
+  ssize_t count = 0;
+  do {
+    count = read(static_cast<int>(handle_), buffer, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
 
 }  // namespace Nuv::Platform
