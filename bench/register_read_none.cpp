@@ -1,8 +1,8 @@
 #include "bench/register_read.h"
 
-namespace bench {
+namespace Bench {
 
 void ServeRegisters(uint16_t) {}
 std::function<void()> MakeRegisterRead() { return {}; }
 
-}  // namespace bench
+}  // namespace Bench
