@@ -44,7 +44,7 @@ int SendDataLines(const JobContext& context, int total, LineTransfer& transfer) 
     line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
     const uint64_t cost = line.size();
     bool sent = false;
-    const int result = transfer.Pass(std::move(line), cost, sent);
+    const int result = transfer.Pass(line, cost, sent);
     if (result != NUV_OK) return result;
     if (sent) ++index;
     if (transfer.IsComplete()) break;
