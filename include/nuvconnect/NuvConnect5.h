@@ -1,4 +1,4 @@
-// NuvConnect5: connection library for resin 3D printers. The 77 exported functions.
+// NuvConnect5: connection library for resin 3D printers. The exported functions.
 //
 // Reading order: life cycle, finding printers, state, jobs, callbacks; then the rest by topic.
 //

@@ -41,16 +41,18 @@ constexpr FactoryRow kFactory[] = {
     Row<F708Cmd>(), Row<F807Cmd>(), Row<F839Cmd>(),
 };
 
-constexpr bool InStepWithCatalogue() {
+// The first code that only one of both has, or that is out of order; 0 when they are in step.
+constexpr int OutOfStepWithCatalogue() {
   size_t index = 0;
   for (const CommandRow& row : kRows) {
     if (row.maker != Maker::kFactory) continue;
-    if (index == std::size(kFactory) || kFactory[index].code != row.code) return false;
+    if (index == std::size(kFactory) || kFactory[index].code != row.code) return row.code;
     ++index;
   }
-  return index == std::size(kFactory);
+  return index == std::size(kFactory) ? 0 : kFactory[index].code;
 }
-static_assert(InStepWithCatalogue(), "the factory makes the rows that say so, in code order");
+static_assert(OutOfStepWithCatalogue() == 0,
+              "kFactory has a row for each code that catalogue.h says it makes, in code order");
 
 }  // namespace
 

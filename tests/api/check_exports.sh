@@ -10,5 +10,6 @@ case "$1" in
     ;;
   *) shown=$(nm --dynamic --defined-only --without-symbol-versions "$1" | awk '$2 != "A" {print $3}' | sort) ;;
 esac
-diff <(sort "$2") <(printf '%s\n' "$shown") || { echo "exports differ from $2"; exit 1; }
+diff --unchanged-line-format= --old-line-format='not exported: %L' \
+  --new-line-format="not in $2: %L" <(sort "$2") <(printf '%s\n' "$shown") || exit 1
 echo "$(printf '%s\n' "$shown" | wc -l) exports"

@@ -186,9 +186,9 @@ TEST(ProtocolPageTest, HasEveryExport) {
   std::ifstream exports(NUV_SOURCE_FOLDER "/tests/api/exports.txt");
   int count = 0;
   for (std::string name; std::getline(exports, name); ++count) {
-    EXPECT_NE(page.str().find("`" + name + "`"), std::string::npos) << name;
+    EXPECT_NE(page.str().find("`" + name + "`"), std::string::npos) << "no row has " << name;
   }
-  EXPECT_EQ(count, 77);
+  EXPECT_GE(count, 77) << "exports are added, never taken away";
 }
 
 }  // namespace

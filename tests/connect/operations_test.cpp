@@ -7,11 +7,13 @@
 #include <array>
 #include <functional>
 #include <regex>
+#include <set>
 #include <tuple>
 #include <type_traits>
 
 #include "command/reply_views.h"
 #include "tests/connect/lab.h"
+#include "tests/support/protocol_page.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -180,6 +182,17 @@ class OperationsTest : public Lab {
 
   Out out;
 };
+
+// But for the two with a test of their own below, and what belongs to jobs and firmware.
+TEST(OperationRowsTest, EachQueryOfThePageHasOne) {
+  std::set<int> tested{198, 369};
+  for (const Row& row : Rows()) tested.insert(row.code);
+  for (const ProtocolPage::Row& query : ProtocolPage::Rows("Code")) {
+    if (ProtocolPage::Find(query["Export"], "API_(?!Send|\\w*FW)").empty()) continue;
+    const int code = ProtocolPage::Codes(query["Code"]).at(0);
+    EXPECT_EQ(tested.count(code), 1U) << query.Where() << code << " has no row in " << __FILE__;
+  }
+}
 
 std::string Head(const Row& row) { return "F" + std::to_string(row.code) + " "; }
 

@@ -109,5 +109,18 @@ TEST_F(CommandLineTest, ExitCodesAreThoseOfTheManualAndTheHelp) {
   EXPECT_EQ(documented, kCodes);
 }
 
+TEST_F(CommandLineTest, TheManualHasEverySubcommandOfTheHelp) {
+  std::istringstream help(CommandRun({"--help"}, system).out);
+  std::ifstream file(NUVCTL_MANUAL);
+  const std::string manual(std::istreambuf_iterator<char>(file), {});
+  std::string line, name;
+  while (std::getline(help, line) && line != "Subcommands:") continue;
+  while (std::getline(help, line) && std::istringstream(line) >> name) {
+    EXPECT_NE(manual.find("\nnuvctl " + name), std::string::npos) << "no example of " << name;
+    EXPECT_NE(manual.find("`" + name), std::string::npos) << "no JSON of " << name;
+  }
+  EXPECT_FALSE(name.empty());
+}
+
 }  // namespace
 }  // namespace NuvCtl

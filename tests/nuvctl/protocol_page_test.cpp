@@ -2,6 +2,10 @@
 
 #include "tests/support/protocol_page.h"
 
+#include <filesystem>
+#include <set>
+#include <sstream>
+
 #include "command_fixture.h"
 
 namespace NuvCtl {
@@ -9,6 +13,8 @@ namespace {
 
 namespace Page = ProtocolPage;
 using ProtocolPageTest = CommandTest;
+
+constexpr char kSources[] = NUV_SOURCE_FOLDER "/tools/nuvctl";
 
 // Every model refuses what the page does not say that it answers.
 TEST_F(ProtocolPageTest, EachModelIsAskedWhatItAnswers) {
@@ -34,6 +40,22 @@ TEST_F(ProtocolPageTest, EachModelIsAskedWhatItAnswers) {
     Ends({"sensors", "--flash"}, kDone);
     EXPECT_EQ(document["flash"].size(), static_cast<size_t>(flash));
   }
+}
+
+TEST_F(ProtocolPageTest, EachCommandOfAnExportIsAskedBySomeSubcommand) {
+  std::ostringstream sources;
+  for (const auto& each : std::filesystem::recursive_directory_iterator(kSources)) {
+    if (each.path().extension() == ".cpp") sources << std::ifstream(each.path()).rdbuf();
+  }
+  const Page::Strings names = Page::Quoted(sources.str(), "\\b(API_\\w+)");
+  const std::set<std::string> called(names.begin(), names.end());
+  std::map<std::string, bool> asked;  // by code
+  for (const Page::Row& row : Page::Rows("Code")) {
+    for (const std::string& name : Page::Quoted(row["Export"], "`(API_\\w+)`")) {
+      asked[row["Code"]] |= called.count(name) == 1;
+    }
+  }
+  for (const auto& [code, isAsked] : asked) EXPECT_TRUE(isAsked) << "no subcommand asks " << code;
 }
 
 }  // namespace

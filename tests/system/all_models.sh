@@ -11,13 +11,15 @@ work=$(mktemp -d)
 simulator=
 trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
 
-# The page's table of models: name, then an x under each feature.
-features=(resin105 resin120 laser LSU LED sensors wireless history android dental)
-awk -F' *[|] *' '/^\| `/ && NF == 16 {gsub("`", "", $2); printf "%s|", $2; for (i = 6; i < 16; ++i) printf "%s|", $i; print ""}' \
-  "$2" > "$work/models"
-[ "$(wc -l < "$work/models")" = 11 ] || { echo "the page's table of models has changed its form"; exit 1; }
+# The page's table of models: name, then an x under each feature; the features are its heads.
+awk -F' *[|] *' '/^\| (Model|`)/ && NF > 12 {gsub("`", "", $2); printf "%s|", $2; for (i = 6; i < NF; ++i) printf "%s|", $i; print ""}' \
+  "$2" > "$work/table"
+IFS='|' read -r _ heads < "$work/table"
+IFS='|' read -ra features <<< "$heads"
+sed 1d "$work/table" > "$work/models"
+[ "$(wc -l < "$work/models")" -ge 11 ] || { echo "the page's table of models has changed its form"; exit 1; }
 
-# Command, and the feature that it needs (-: none).
+# Command, and the feature that it needs (-: none). All but those that are no queries.
 cat > "$work/commands" <<'ROWS'
 info|-
 status|-
@@ -73,13 +75,19 @@ expect_value() {
   [ "$value" = "$2" ] || wrong "$1 is '$value' in place of '$2': ${*:3}"
 }
 
+for command in $("$bin/nuvctl" --help | tr -d '\r' | sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z-]*\) .*/\1/p'); do
+  case $command in list | send | watch | firmware | gcode | raw) continue ;; esac
+  grep -q "^$command[ |]" "$work/commands" || { echo "WRONG: $0 has no row of $command"; failed=1; }
+done
+
 number=0
 while IFS='|' read -r name marks; do
   IFS='|' read -ra has <<< "$marks"
   while IFS='|' read -r command feature; do
-    exit=0
+    exit=1
+    [ "$feature" != - ] || exit=0
     for i in "${!features[@]}"; do
-      [ "${features[$i]}" != "$feature" ] || [ "${has[$i]:-}" = x ] || exit=1
+      [ "${features[$i]} ${has[$i]:-}" != "$feature x" ] || exit=0
     done
     # shellcheck disable=SC2086
     expect $exit --serial "$(serial $number)" $command
