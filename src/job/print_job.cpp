@@ -42,9 +42,8 @@ int SendDataLines(const JobContext& context, int total, LineTransfer& transfer) 
     std::vector<uint8_t> line;
     if (!context.printFiles.ReadLayer(index, line)) return NUV_FILE_NOT_READABLE;
     line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
-    const uint64_t cost = line.size();
     bool sent = false;
-    const int result = transfer.Pass(line, cost, sent);
+    const int result = transfer.Pass(line, line.size(), sent);
     if (result != NUV_OK) return result;
     if (sent) ++index;
     if (transfer.IsComplete()) break;
