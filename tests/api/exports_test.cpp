@@ -13,8 +13,8 @@
 #include "api/marshalling.h"
 #include "command/reply_views.h"
 #include "nuvconnect/NuvConnect5.h"
-#include "tests/api/fake_framework.h"
 #include "tests/support/environment.h"
+#include "tests/support/fake_framework.h"
 
 namespace {
 

@@ -60,6 +60,7 @@ TEST_F(CommandLineTest, ReportsAMalformedNumber) {
 
 TEST_F(CommandLineTest, ReportsOutputThatCannotBeWritten) {
   std::ostringstream out, err;
+  UseFakeLibrary();
   out.setstate(std::ios::badbit);
   EXPECT_EQ(RunCommandLine({"list"}, out, err, system), kLocalProblem);
   EXPECT_NE(err.str(), "");

@@ -79,7 +79,7 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     }
     EXPECT_EQ(document.dump().find("F104 S2") != std::string::npos, row.leaves);
     EXPECT_TRUE(Called("send"));
-    EXPECT_EQ(g_fake.onCancel, nullptr);
+    EXPECT_EQ(g_fake.record.onCancel, nullptr);
     EXPECT_FALSE(system.watched);
   }
 }
@@ -162,7 +162,7 @@ TEST_F(JobsTest, ShowsProgressAndHandsOverTheNameUnchanged) {
                          " to SN1\n"
                          " 50%  500 B of 1.0 kB  500 B/s  0:01 left\n"
                          "100%  1.0 kB of 1.0 kB  500 B/s\n");
-  EXPECT_EQ(g_fake.path.substr(g_fake.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
+  EXPECT_EQ(g_fake.record.path.substr(g_fake.record.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
   system.terminal = true;
   const CommandRun bar({"gcode", file}, system);
   EXPECT_NE(bar.err.find("\r[####################"), std::string::npos) << bar.err;

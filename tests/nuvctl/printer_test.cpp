@@ -36,10 +36,10 @@ TEST_F(PrinterTest, OpensThePrinterThatIsMeant) {
     Devices(row.devices);
     g_fake.listResult = row.listResult;
     g_fake.openResult = row.openResult;
-    Ends(Split(std::string("status") + row.choice), row.exit, row.code);
+    const CommandRun run = Ends(Split(std::string("status") + row.choice), row.exit, row.code);
     EXPECT_EQ(g_fake.calls.size() > 1 ? g_fake.calls[1] : "",
               row.opened.empty() ? "" : "open " + row.opened);
-    EXPECT_FALSE(g_fake.running);
+    EXPECT_TRUE(run.closed);
   }
 }
 

@@ -148,7 +148,7 @@ TEST_F(QueryTest, TellsAllOfAJob) {
       std::string::npos)
       << run.out;
   EXPECT_EQ(document, R"({"current": {"index": 1, "bytes": 6750}, "last_updated": 3,
-      "counters": {"started": 12, "finished": 9, "cancelled": 1, "failed": 2},
+      "counters": {"started": 120, "finished": 9, "cancelled": 1, "failed": 2},
       "jobs": [{"index": 1, "name": "Job1", "result": "finished", "result_number": 0,
         "started": "20261121T103000", "ended": "20261121T111500", "layers": 300,
         "minutes": 45, "resin_code": "1001", "lot": "L1", "resin_ml": 12, "layer_um": 50,
