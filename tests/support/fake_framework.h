@@ -2,7 +2,6 @@
 #ifndef NUV_TESTS_FAKE_FRAMEWORK_H_
 #define NUV_TESTS_FAKE_FRAMEWORK_H_
 
-#include <cstdlib>
 #include <functional>
 #include <sstream>
 #include <string>
@@ -28,12 +27,12 @@ struct Reaction {
 
 // Outlives the framework, which the exports destroy.
 struct Record {
-  Strings calls;                  // each operation by its name, with its inputs in order
-  int result = 0;                 // of every operation
-  std::function<void()> trouble;  // called at the end of every operation
-  // In place of `result` and of outputs that are numbered in order: 1, 2.5, "t3", {"t4", "u4"}.
+  Strings calls;  // each operation by its name, with its inputs in order
+  // Without one, `result` and the outputs 1, 2, 3 in order.
   std::function<Reaction(const String& operation, const Strings& inputs)> reacts;
-  std::wstring path;  // of the last file
+  int result = 0;
+  std::function<void()> trouble;  // called at the end of every operation
+  std::wstring path;              // of the last file
   NuvErrorCodeCallback onError = nullptr;
   NuvSendDataStartCallback onStart = nullptr;
   NuvSendDataUpdateCallback onUpdate = nullptr;
@@ -47,7 +46,12 @@ struct Record {
     for (const String& input : inputs) calls.back() += ' ' + input;
     const Reaction reaction = reacts ? reacts(operation, inputs) : Reaction{result, {}};
     [[maybe_unused]] size_t number = 0;
-    (Write<Parameters>(parameters, reaction.outputs, number), ...);
+    [[maybe_unused]] const auto next = [&] {
+      ++number;
+      if (!reacts) return std::to_string(number);
+      return number > reaction.outputs.size() ? "" : reaction.outputs[number - 1];
+    };
+    (Write<Parameters>(parameters, next), ...);
     if (trouble) trouble();
     return reaction.result;
   }
@@ -77,24 +81,17 @@ struct Record {
     }
     inputs.push_back(input.str());
   }
-  template <class Parameter, class Value>
-  void Write(Value& output, const Strings& outputs, size_t& number) const {
-    if constexpr (IsOutput<Parameter>()) {
-      using Type = std::decay_t<Parameter>;
-      const String place = std::to_string(number + 1);
-      String text = number < outputs.size() ? outputs[number] : "";
-      ++number;
-      if constexpr (std::is_same_v<Type, int*>) {
-        *output = std::atoi((reacts ? text : place).c_str());
-      } else if constexpr (std::is_same_v<Type, float*>) {
-        *output = std::strtof((reacts ? text : place + ".5").c_str(), nullptr);
-      } else if constexpr (std::is_same_v<Type, String>) {
-        output = reacts ? text : "t" + place;
-      } else {
-        std::istringstream entries(reacts ? text : "t" + place + "\nu" + place);
-        output.clear();
-        for (String entry; std::getline(entries, entry);) output.push_back(entry);
-      }
+  template <class Parameter, class Value, class Next>
+  static void Write(Value& output, const Next& next) {
+    if constexpr (std::is_same_v<Parameter, String&>) {
+      output = next();
+    } else if constexpr (std::is_same_v<Parameter, Strings&>) {
+      std::istringstream entries(next());
+      output.clear();
+      for (String entry; std::getline(entries, entry);) output.push_back(entry);
+    } else if constexpr (IsOutput<Parameter>()) {
+      *output = 0;
+      std::istringstream(next()) >> *output;
     }
   }
 };
