@@ -28,6 +28,8 @@ const struct {
     {"bad-number,field=V,text=99999999999", "F105",
      "F105 OK S:1 R:350 C:1001 V:99999999999 Q:L0001|F105 OK S:1 R:350 C:1001 V:500 Q:L0001|"},
     {"bad-number,field=C", "F102", "F102 OK S:0 C:abc|F102 OK S:0|"},
+    {"bad-number,field=START,text=x", "F160 S1 C2",
+     "F160 OK STARTx|F160 OK FINISH|F160 OK START|F160 OK FINISH|"},
     {"twice", "F102", "F102 OK S:0|F102 OK S:0|F102 OK S:0|"},
     {"buffer-full", "F117", "F117 OK S:0|F117 OK S:5000|"},
     {"buffer-full,code=503", "F503", "F503 OK S:0|F503 OK S:5000|"},

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "fixture.h"
+#include "nuvsim/control/language.h"
 
 namespace NuvSim {
 namespace {
@@ -156,6 +158,10 @@ TEST(ReceivedTest, HoldsTheBytesTheDigestAndTheNames) {
   EXPECT_EQ(bench.sim->ReceivedBytes("L101"), "one");
   EXPECT_EQ(bench.sim->ReceivedBytes("L102"), "");
   EXPECT_EQ(bench.sim->Status().freeBytes, 65536u - 4u) << "raw bytes do not fill the buffer";
+  const auto told =
+      nlohmann::json::parse(ControlSimulator(*bench.sim, R"({"do": "received"})").line);
+  EXPECT_EQ(told["received"][0]["blocks"], nlohmann::json::parse("[[3, 1]]"));
+  EXPECT_EQ(told["received"][1]["kind"], "L101");
 }
 
 TEST(IncompleteTest, EndsAfterASecondOfSilenceAndWithTheConnection) {

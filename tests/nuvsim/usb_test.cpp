@@ -109,6 +109,7 @@ const struct {
      "4d46473a6e757673696d3b43"},  // MFG:nuvsim;C
     {"PortStatus", "a101 0000 0000 0100", "18"},
     {"SoftReset", "2102 0000 0000 0000", ""},
+    {"UnknownClassRequest", "a107 0000 0000 0100", nullptr},
     {"VendorRequest", "c001 0000 0000 0100", nullptr},
 };
 
@@ -132,6 +133,7 @@ TEST_F(UsbTest, AnswersEndReadAfterRead) {
       {"", 8, {"F102 OK ", "S:0\r\n"}},
       {"", 13, {"F102 OK S:0\r\n"}},
       {"zero-packet", 1024, {"", "F102 OK S:0\r\n"}},
+      {"late,ms=5", 1024, {"F102 OK S:0\r\n"}},
       {"pieces,bytes=6,ms=1", 1024, {"F102 O", "K S:0\r", "\n"}},
       {"oversized,kib=1",
        512,
