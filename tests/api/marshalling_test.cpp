@@ -44,24 +44,19 @@ TEST(LifeCycleTest, NullCommandGetsAnEmptyReply) {
 }
 
 TEST(CopyListTest, CutsToTheEntrySizeAndTellsTheFullCount) {
-  constexpr int kEntry = 4;
-  char buffers[5][kEntry + 3];
+  char buffers[5][7];
   char* list[5];
-  struct Row {
+  const struct {
     Strings strings;
-    int room;
-    int entrySize;
+    int room, entrySize;
     Strings copied;
-  };
-  const Row rows[] = {
-      {{"a", "b", "c", "d", "e"}, 3, kEntry, {"a", "b", "c"}},
-      {{"abc", "abcd", "abcde", ""}, 5, kEntry, {"abc", "abcd", "abcd", ""}},
-      {{"a"}, 0, kEntry, {}},
-      {{"a"}, -1, kEntry, {}},
+  } kRows[] = {
+      {{"a", "b", "c", "d", "e"}, 3, 4, {"a", "b", "c"}},
+      {{"abc", "abcd", "abcde", ""}, 5, 4, {"abc", "abcd", "abcd", ""}},
+      {{"a"}, -1, 4, {}},
       {{"a"}, 1, 0, {""}},
-      {{}, 5, kEntry, {}},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : kRows) {
     std::memset(buffers, kMark, sizeof buffers);
     for (int i = 0; i < 5; ++i) list[i] = buffers[i];
     int count = row.room;

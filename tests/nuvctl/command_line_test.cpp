@@ -27,10 +27,13 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutTouchingAnyPrinter) {
   }
 }
 
-TEST_F(CommandLineTest, HelpAndVersionAreAnswers) {
-  const CommandRun help({"--help"}, system);
-  EXPECT_EQ(help.exit, 0);
+TEST_F(CommandLineTest, HelpVersionAndDebugAreOptions) {
+  EXPECT_EQ(CommandRun({"--help"}, system).exit, 0);
   EXPECT_EQ(CommandRun({"--version"}, system).out.rfind("nuvctl ", 0), 0U);
+  CommandRun({"list"}, system);
+  EXPECT_EQ(system.environment, "");
+  CommandRun({"--debug", "list"}, system);
+  EXPECT_EQ(system.environment, "NUVCONNECT_DEBUG");
 }
 
 TEST_F(CommandLineTest, LetsNoPrinterSteerTheTerminal) {
@@ -60,16 +63,10 @@ TEST_F(CommandLineTest, ReportsAMalformedNumber) {
 
 TEST_F(CommandLineTest, ReportsOutputThatCannotBeWritten) {
   std::ostringstream out, err;
+  UseFakeLibrary();
   out.setstate(std::ios::badbit);
   EXPECT_EQ(RunCommandLine({"list"}, out, err, system), kLocalProblem);
   EXPECT_NE(err.str(), "");
-}
-
-TEST_F(CommandLineTest, DebugAsksForDiagnostics) {
-  CommandRun({"list"}, system);
-  EXPECT_EQ(system.environment, "");
-  CommandRun({"--debug", "list"}, system);
-  EXPECT_EQ(system.environment, "NUVCONNECT_DEBUG");
 }
 
 TEST(ResultErrorTest, EveryResultHasItsExitCodeWordsOfItsOwnAndAdvice) {

@@ -1,4 +1,5 @@
-// A NuvConnect5 that follows a script, and a system whose clock and Ctrl-C the test moves.
+// A framework behind NuvConnect5's exports that follows a script, and a system whose clock and
+// Ctrl-C the test moves.
 #ifndef NUVCTL_FAKE_LIBRARY_H_
 #define NUVCTL_FAKE_LIBRARY_H_
 
@@ -13,6 +14,10 @@
 
 #include "command_line.h"
 #include "nuvconnect/NuvConnect5.h"
+#include "tests/support/fake_framework.h"
+
+using Nuv::Connect::Reaction;
+using Nuv::Connect::Strings;
 
 // Answers of a sequence are used up one by one; the last one stays.
 template <typename Answer>
@@ -53,9 +58,11 @@ struct FakeLibrary {
   int reopened = 0;              // how often the connection was made anew
   int answersWhenReopened = -1;  // so many times until command 101 is answered
   bool forgetful = false;        // settings are accepted, but not kept
-  std::string nickname = "Lab one";
-  int laserPower = 80, zCompensation = 5, lastUpdated = 3;
-  std::array<float, 6> scaling = {1.1F, 1, 1, 1, 1, 0.998F};
+  std::map<std::string, Strings> settings = {{"NickName", {"Lab one"}},
+                                             {"Parameter0", {"80"}},  // laser power
+                                             {"Parameter1", {"5"}},   // Z compensation
+                                             {"LastUpdatedIndex", {"3"}},
+                                             {"BCPScaling", {"1.1", "1", "1", "1", "1", "0.998"}}};
   int oldestJob = 1, jobResult = 0;
   std::vector<std::string> accessPoints = {"Lab net", "Office"};
   std::string outOfReach;     // an access point
@@ -63,23 +70,13 @@ struct FakeLibrary {
 
   // Record.
   std::vector<std::string> calls;  // what was opened, sent and closed, in order
-  std::wstring path;
-  std::string image;  // the firmware that came through
-  bool running = false;
-  NuvErrorCodeCallback onError = nullptr;
-  NuvSendDataStartCallback onStart = nullptr;
-  NuvSendDataUpdateCallback onUpdate = nullptr;
-  NuvSendDataCancelCallback onCancel = nullptr;
+  std::string image;               // the firmware that came through
+  Nuv::Connect::Record record;
 };
 extern FakeLibrary g_fake;
 
-// The scripted result of a command; a failure is also told to the callback.
-int ResultOf(int command);
-// Also records the call.
-int Order(int command, const std::string& call);
-
-// Writes all that the contract of lists allows, so that a buffer too small shows under a sanitizer.
-void FillList(const std::vector<std::string>& texts, char** list, int* count, int entrySize);
+// Puts it behind the exports, until they close it.
+void UseFakeLibrary();
 
 struct FakeSystem final : NuvCtl::System {
   int64_t NowMs() override { return now; }
@@ -111,17 +108,13 @@ struct FakeSystem final : NuvCtl::System {
 
 // One run of nuvctl against the fake.
 struct CommandRun {
-  CommandRun(const std::vector<std::string>& arguments, FakeSystem& system) {
-    std::ostringstream outStream, errStream;
-    exit = NuvCtl::RunCommandLine(arguments, outStream, errStream, system);
-    out = outStream.str();
-    err = errStream.str();
-  }
+  CommandRun(const std::vector<std::string>& arguments, FakeSystem& system);
   // Throws when the standard output is anything but one JSON document.
   nlohmann::json Json() const { return nlohmann::json::parse(out); }
 
   int exit;
   std::string out, err;
+  bool closed;  // the library, by nuvctl
 };
 
 #endif  // NUVCTL_FAKE_LIBRARY_H_

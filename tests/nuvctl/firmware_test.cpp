@@ -53,22 +53,11 @@ TEST_F(FirmwareTest, IsAnnouncedSentAndEndedInTheWayOfItsKind) {
 }
 
 TEST_F(FirmwareTest, IsRefusedBeforeAnySearch) {
-  const struct {
-    const char* kind;
-    int bytes;
-    Words options;
-    ExitCode exit;
-    const char* code;
-  } kRows[] = {
-      {"engine", 0, {"--yes"}, kFileProblem, "wrong_size"},
-      {"panel", kPanelBytes - 1, {"--yes"}, kFileProblem, "wrong_size"},
-      {"panel", kPanelBytes + 1, {"--yes"}, kFileProblem, "wrong_size"},
-      {"motor", 10, {"--yes"}, kUsage, "usage"},
-      {"engine", 10, {}, kUsage, "usage"},  // nobody to ask
-  };
-  for (const auto& row : kRows) {
-    Update(row.kind, row.bytes, row.options, row.exit, row.code);
-  }
+  Update("engine", 0, {"--yes"}, kFileProblem, "wrong_size");
+  Update("panel", kPanelBytes - 1, {"--yes"}, kFileProblem, "wrong_size");
+  Update("panel", kPanelBytes + 1, {"--yes"}, kFileProblem, "wrong_size");
+  Update("motor", 10, {"--yes"}, kUsage, "usage");
+  Update("engine", 10, {}, kUsage, "usage");  // nobody to ask
   std::filesystem::resize_file(file, std::uintmax_t{1} << 31);
   Ends({"firmware", "engine", file, "--yes"}, kFileProblem, "wrong_size");
   Ends({"firmware", "engine", file + ".missing"}, kFileProblem, "file_not_readable");

@@ -24,6 +24,7 @@ struct JobsTest : CommandTest {
 };
 
 TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
+  const std::vector<StateAnswer> kBegins = {kIdle, kReceiving, kPrinting};
   const struct {
     const char *name, *outcome;  // error code, or result
     ExitCode exit;
@@ -38,14 +39,7 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
       {"taken late", "accepted", kDone, {kBefore, kBefore, {0, 7, 900}, kTaken}},
       {"old job of equal size", "job_not_taken", kPrinterFailed, {{0, 6, 1000}}},
       {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 9}}, {1000}, 0, true},
-      {"prints",
-       "accepted",
-       kDone,
-       {kNotCounted},
-       {1000},
-       0,
-       false,
-       {kIdle, kReceiving, kPrinting}},
+      {"prints", "accepted", kDone, {kNotCounted}, {1000}, 0, false, kBegins},
       {"no count, idle", "job_not_taken", kPrinterFailed, {kNotCounted}},
       {"count refused afterwards", "job_not_taken", kPrinterFailed, {kBefore, kNotCounted}},
       {"silent afterwards", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}},
@@ -74,12 +68,10 @@ TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
     EXPECT_EQ(row.exit == kDone ? document["result"] : document["error"]["code"], row.outcome);
     // The job's number is there when it is known.
     EXPECT_EQ(document.value("job_index", 0), row.exit == kDone ? row.marks.back().index : 0);
-    if (row.exit == kDone) {
-      EXPECT_EQ(document["bytes"], 1000);
-    }
+    EXPECT_TRUE(row.exit != kDone || document["bytes"] == 1000);
     EXPECT_EQ(document.dump().find("F104 S2") != std::string::npos, row.leaves);
     EXPECT_TRUE(Called("send"));
-    EXPECT_EQ(g_fake.onCancel, nullptr);
+    EXPECT_EQ(g_fake.record.onCancel, nullptr);
     EXPECT_FALSE(system.watched);
   }
 }
@@ -125,18 +117,11 @@ TEST_F(JobsTest, AsksTheSamePrinterOnlyWhatItHasAfterACut) {
     arguments.push_back(file);
     EXPECT_EQ(Json(arguments).exit, row.reopened.empty() ? kConnectionProblem : kDone);
     EXPECT_EQ(g_fake.marks.next > 1, !row.reopened.empty());
-    if (!row.reopened.empty()) {
-      EXPECT_EQ(g_fake.calls.back(), row.reopened);
-    }
+    EXPECT_TRUE(row.reopened.empty() || g_fake.calls.back() == row.reopened);
   }
 }
 
 TEST_F(JobsTest, TellsWhatACutLeaves) {
-  g_fake.sendResult = kCut;
-  const CommandRun all({"send", file}, system);
-  EXPECT_EQ(all.exit, kDone);
-  EXPECT_NE(all.err.find("connection was lost, but the printer has everything"), std::string::npos);
-  SetUp();
   g_fake.sendResult = kCut;
   g_fake.marks.answers = {kBefore, {0, 7, 9}};
   const CommandRun part({"send", file}, system);
@@ -162,7 +147,7 @@ TEST_F(JobsTest, ShowsProgressAndHandsOverTheNameUnchanged) {
                          " to SN1\n"
                          " 50%  500 B of 1.0 kB  500 B/s  0:01 left\n"
                          "100%  1.0 kB of 1.0 kB  500 B/s\n");
-  EXPECT_EQ(g_fake.path.substr(g_fake.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
+  EXPECT_EQ(g_fake.record.path.substr(g_fake.record.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
   system.terminal = true;
   const CommandRun bar({"gcode", file}, system);
   EXPECT_NE(bar.err.find("\r[####################"), std::string::npos) << bar.err;
@@ -189,7 +174,6 @@ TEST_F(JobsTest, RefusesABadFileBeforeAnySearch) {
   for (const std::string& name :
        {file + ".missing", testing::TempDir(), std::string("Z\xE4hne.nuv")}) {
     Ends({"send", name}, kFileProblem, "file_not_readable");
-    Ends({"gcode", name}, kFileProblem, "file_not_readable");
     EXPECT_TRUE(g_fake.calls.empty());
   }
 }

@@ -40,9 +40,7 @@ TEST_F(SettingsTest, ShowsAndSetsAndBelievesOnlyWhatIsReadBack) {
     const CommandRun run = Ends(Split(row.set), kPrinterFailed, "refused");
     EXPECT_NE(run.err.find("the printer refused (printer command"), std::string::npos) << run.err;
   }
-}
-
-TEST_F(SettingsTest, ShowsForPeopleWithUnits) {
+  SetUp();
   EXPECT_EQ(Both({"z-compensation", "-20"}).out, "Z compensation:  -20 \xC2\xB5m\n");
   EXPECT_EQ(Both({"scaling"}).out,
             "X1:  1.1\nX2:  1.0\nY1:  1.0\nY2:  1.0\nZ1:  1.0\nZ2:  0.998\n");

@@ -93,51 +93,44 @@ Spoil Line(size_t index, const std::string& line) {
   return [=](Contents&, Lines& l) { l[index] = line; };
 }
 
-const struct {
-  const char* name;
-  Spoil spoil;
-  Fault fault;
-  const char* message;  // a part of it
-} kRefusedRows[] = {
-    {"short machine ID", [](Contents& c, Lines&) { c.machineId.pop_back(); }, Fault::kBadText,
-     "(16 bytes)"},
-    {"long project ID", [](Contents& c, Lines&) { c.projectId.assign(256, 'p'); }, Fault::kBadText,
-     "project ID: expected at most 255 bytes, found 256"},
-    {"tab in the material ID", [](Contents& c, Lines&) { c.materialId = "a\tb"; }, Fault::kBadText,
-     "found 'a?b'"},
-    {"not a number", Arguments({{"resin_ml", "12,5"}}), Fault::kBadText, "argument resin_ml"},
-    {"infinite", Arguments({{"exposure_s", "inf"}}), Fault::kBadText, "argument exposure_s"},
-    {"negative", Arguments({{"print_minutes", "-1"}}), Fault::kBadText, "argument print_minutes"},
-    {"empty number", Arguments({{"lift_mm_s", ""}}), Fault::kBadText, "argument lift_mm_s"},
-    {"part of a layer", Arguments({{"layers", "1.5"}}), Fault::kBadText, "argument layers"},
-    {"layers beyond 31 bits", Arguments({{"layers", "2147483648"}}), Fault::kBadText,
-     "argument layers: expected a whole number from 0 to 2147483647"},
-    {"minutes with an exponent", Arguments({{"print_minutes", "1.2e2"}}), Fault::kBadText,
-     "argument print_minutes: expected a whole number"},
-    {"twice", Arguments({{"a", "1"}, {"a", "1"}}), Fault::kBadText, "more than once"},
-    {"name", Arguments({{"a b", "1"}}), Fault::kBadText, "argument name 'a b'"},
-    {"LF in a value", Arguments({{"a", "1\nb=2"}}), Fault::kBadText, "control characters"},
-    {"key", [](Contents& c, Lines&) { c.aesKey.resize(4097); }, Fault::kTooLarge,
-     "key: expected at most 4096 bytes"},
-    {"command", Line(2, "F104 S2"), Fault::kBadLine, "data line 3 begins with 'F1'"},
-    {"CR", Line(1, "a\rb"), Fault::kBadLine, "data line 2"},
-    {"LF", Line(0, "\n"), Fault::kBadLine, "data line 1"},
-    {"long line", Line(1, std::string((16 << 20) + 1, 'a')), Fault::kTooLarge,
-     "data line 2: expected at most 16777216 bytes"},
-};
-
 TEST_F(WriterTest, RefusedContentLeavesTheOlderFileAndNothingElse) {
+  const struct {
+    Spoil spoil;
+    Fault fault;
+    const char* message;  // a part of it
+  } kRows[] = {
+      {[](Contents& c, Lines&) { c.machineId.pop_back(); }, Fault::kBadText, "(16 bytes)"},
+      {[](Contents& c, Lines&) { c.projectId.assign(256, 'p'); }, Fault::kBadText,
+       "project ID: expected at most 255 bytes, found 256"},
+      {[](Contents& c, Lines&) { c.materialId = "a\tb"; }, Fault::kBadText, "found 'a?b'"},
+      {[](Contents& c, Lines&) { c.aesKey.resize(4097); }, Fault::kTooLarge,
+       "key: expected at most 4096 bytes"},
+      {Arguments({{"resin_ml", "12,5"}}), Fault::kBadText, "argument resin_ml"},
+      {Arguments({{"exposure_s", "inf"}}), Fault::kBadText, "argument exposure_s"},
+      {Arguments({{"lift_mm_s", ""}}), Fault::kBadText, "argument lift_mm_s"},
+      {Arguments({{"layers", "2147483648"}}), Fault::kBadText,
+       "argument layers: expected a whole number from 0 to 2147483647"},
+      {Arguments({{"print_minutes", "1.2e2"}}), Fault::kBadText,
+       "argument print_minutes: expected a whole number"},
+      {Arguments({{"a", "1"}, {"a", "1"}}), Fault::kBadText, "more than once"},
+      {Arguments({{"a b", "1"}}), Fault::kBadText, "argument name 'a b'"},
+      {Arguments({{"a", "1\nb=2"}}), Fault::kBadText, "control characters"},
+      {Line(2, "F104 S2"), Fault::kBadLine, "data line 3 begins with 'F1'"},
+      {Line(1, "a\rb"), Fault::kBadLine, "data line 2"},
+      {Line(0, "\n"), Fault::kBadLine, "data line 1"},
+      {Line(1, std::string((16 << 20) + 1, 'a')), Fault::kTooLarge,
+       "data line 2: expected at most 16777216 bytes"},
+  };
   WriteText("a.nuv", "older");
-  for (const auto& row : kRefusedRows) {
+  for (const auto& row : kRows) {
     PrintFileContents contents = SampleContents();
     std::vector<std::string> lines = SampleLines();
     row.spoil(contents, lines);
     const Status status = WritePrintFile(Path("a.nuv"), contents, LinesOf(lines));
-    EXPECT_EQ(status.GetFault(), row.fault) << row.name << ": " << status.Message();
-    EXPECT_NE(status.Message().find(row.message), std::string::npos)
-        << row.name << ": " << status.Message();
-    EXPECT_EQ(FileNames(), std::vector<std::string>{"a.nuv"}) << row.name;
-    EXPECT_EQ(ReadBytes(Path("a.nuv")).size(), 5u) << row.name;
+    EXPECT_EQ(status.GetFault(), row.fault) << row.message << ": " << status.Message();
+    EXPECT_NE(status.Message().find(row.message), std::string::npos) << status.Message();
+    EXPECT_EQ(FileNames(), std::vector<std::string>{"a.nuv"}) << row.message;
+    EXPECT_EQ(ReadBytes(Path("a.nuv")).size(), 5u) << row.message;
   }
 }
 

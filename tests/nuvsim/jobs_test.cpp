@@ -37,18 +37,16 @@ TEST(JobTest, StaysOpenWhenTheConnectionEndsUntilItIsAbandoned) {
   const std::string board = "F500" + plain.substr(4) + " N<crown.nuv>";
   const struct {
     const char* model;
-    std::string opening;
-    std::string sent;
-    const char* received;
+    std::string opening, sent, received;
   } kRows[] = {
       {"Zafel Superfine", plain, "0123456789\r\nabc", "13"},
-      {"BEGO VARSEO XS", plain, std::string("key and a half of record L1"), "0"},
+      {"BEGO VARSEO XS", plain, "key and a half of record L1", "0"},
       {"Fabrix120 xP", board, "L102", "0"},
       {"Fabrix120 xP", board, "0123456789\r\n", "10"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(std::string(row.model) + " " + row.sent);
-    Bench bench([&](PrinterConfig& printer) { printer.model = row.model; });
+    Bench bench(row.model);
     const std::string code = row.opening.substr(0, 4);
     const auto broken = bench.Connect();
     EXPECT_EQ(broken->Ask(row.opening), code + " OK");
@@ -56,7 +54,7 @@ TEST(JobTest, StaysOpenWhenTheConnectionEndsUntilItIsAbandoned) {
     broken->Close();
     const auto client = bench.Connect();
     EXPECT_EQ(client->Ask("F102"), "F102 OK S:2");
-    EXPECT_EQ(client->Ask("F157"), std::string("F157 OK I1 S") + row.received);
+    EXPECT_EQ(client->Ask("F157"), "F157 OK I1 S" + row.received);
     EXPECT_EQ(client->Ask(row.opening), code + " NG S:2");
     EXPECT_EQ(client->Ask("F104 S2"), "F104 OK");
     EXPECT_EQ(client->Ask(row.opening), code + " OK");

@@ -14,12 +14,6 @@ namespace {
 constexpr const char* kAny = "a model of its own";
 constexpr const char* kDental = "BEGO VARSEO XS";
 
-struct Conversation {
-  const char* what;
-  const char* model;
-  std::vector<std::pair<const char*, const char*>> lines;  // request and reply
-};
-
 const char* const kNotJoined =
     "F192 OK IP=0.0.0.0 SUB=0.0.0.0 GATE=0.0.0.0 DNS1=0.0.0.0 DNS2=0.0.0.0 "
     "MAC=02:00:00:00:01:01 S:0";
@@ -30,13 +24,15 @@ const char* const kJoined =
     "F192 OK IP=10.0.6.5 SUB=255.255.255.0 GATE=10.0.6.1 DNS1=10.0.6.1 DNS2=0.0.0.0 "
     "MAC=02:00:00:00:01:01 S:1 C:6 M:1 R:80 SSID=<Lab net>";
 
-const Conversation kConversations[] = {
+const struct {
+  const char *what, *model;
+  std::vector<std::pair<const char*, const char*>> lines;  // request and reply
+} kConversations[] = {
     {"BeforeTheFirstJob",
      kAny,
      {{"F107", "F107 OK L:0 T:0"},
       {"F157", "F157 OK I0 S0"},
       {"F170", "F170 OK I0"},
-      {"F171 S0", "F171 OK"},
       {"F171 S1", "F171 NG"},
       {"F174 S1", "F174 NG"},
       {"F104   S2  ", "F104 OK"},
@@ -75,16 +71,12 @@ const Conversation kConversations[] = {
       {"F192", kJoined},
       {"F191 S2", "F191 OK"},
       {"F192 S1", kNotJoined}}},
-    {"OtherLasers",
-     kAny,
-     {{"F186 L4", "F186 OK L14 H904 A504"},
-      {"F303 S2", "F303 OK LSU:2 P1:102 P2:202 P3:302 P4:402 P5:502"}}},
 };
 
 TEST(ConversationTest, GoesAsOnThePrinter) {
-  for (const Conversation& each : kConversations) {
+  for (const auto& each : kConversations) {
     SCOPED_TRACE(each.what);
-    Bench bench([&each](PrinterConfig& printer) { printer.model = each.model; });
+    Bench bench(each.model);
     const auto client = bench.Connect();
     for (const auto& [request, reply] : each.lines) {
       EXPECT_EQ(client->Ask(request), reply) << request;
@@ -92,60 +84,56 @@ TEST(ConversationTest, GoesAsOnThePrinter) {
   }
 }
 
-// On a printer that has joined a network and has one job in its history.
+// On an Android-board printer that has joined a network and has one job in its history.
 TEST(AnotherFormTest, IsRefusedAndChangesNothing) {
   const std::pair<std::string, std::vector<std::string>> kRefused[] = {
-      {"F104", {"", "S1", "S2 S2"}},
-      {"F159", {"", "S2"}},
-      {"F160", {"", "S1", "S C1", "S1 C0", "S1 Cx"}},
-      {"F169", {"", "S2"}},
-      {"F171", {"", "S2", "S-1"}},
+      {"F103",
+       {"S1 L1 T1 R1 V1 C1 E1 H1 Y1 U1", "S1 L1 T1 R1 V1 C1 Ex H1 Y1 U1 P1",
+        "S1 L1 T1 Rinf V1 C1 E1 H1 Y1 U1 P1", "S1.5 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1"}},
+      {"F104", {"", "S1"}},
+      {"F141", {"", "S12", "S0,x", "Sx,y"}},
+      {"F159", {"S2"}},
+      {"F160", {"S1", "S1 C0", "S1 Cx"}},
+      {"F169", {"S2"}},
+      {"F171", {"S2", "S-1"}},
       {"F174", {"", "S0"}},
-      {"F175", {"S2", "S1 S1"}},
-      {"F176", {"S-1"}},
-      {"F177", {"Sx"}},
-      {"F186", {"", "L0", "L5"}},
-      {"F190", {"S", "SLab", "Lab net"}},
+      {"F175", {"S2"}},
+      {"F186", {"L0", "L5"}},
+      {"F188", {""}},
+      {"F190", {"SLab"}},
       {"F191",
-       {"", "S3", "S1 C1 D1 SSID=<", "S1 C1 D1 SSID=<Lab net>",
-        "S1 C1 D1 SSID=<Lab net> KEY=<correct  horse>",
+       {"", "S1 C1 D1 SSID=<Lab net> KEY=<correct  horse>",
         "S1 C0 D1 SSID=<Lab net> KEY=<correct horse>",
         "S1 C1 D0 SSID=<Lab net> KEY=<correct horse>", "S1 C1 D1 SSID=<Lab net> KEY=<correct horse",
         "S1 C1 D1 SSID=<Far net> KEY=<correct horse>", "S1 C0 D1 SSID=<Open net> KEY=<x>"}},
-      {"F192", {"S2", "x"}},
+      {"F192", {"S2"}},
       {"F196", {""}},
-      {"F303", {"", "S0", "S5"}},
-      {"F332", {"S0", "S0 V-1", "S0 V101", "S0 V5x", "S0 V1 C1", "S1 V-501", "S1 V501", "S2 V1"}},
-      {"F370",
-       {"X0,1 Y1,1 Z1,1", "X1,1 Y1,1 Z1,10.000001", "X1,1 Y1,nan Z1,1", "X1,1 Y1 Z1,1",
-        "X1,1 Z1,1 Y1,1"}},
-      {"F504", {"", "A1"}},
+      {"F303", {"S0", "S5"}},
+      {"F332", {"S0", "S0 V-1", "S0 V101", "S0 V5x", "S1 V-501", "S1 V501", "S2 V1"}},
+      {"F370", {"X0,1 Y1,1 Z1,1", "X1,1 Y1,1 Z1,10.000001", "X1,1 Y1,nan Z1,1", "X1,1 Y1 Z1,1"}},
+      {"F501", {"S0 N<Thumbnail.png>", "S5 NThumbnail.png"}},
+      {"F504", {"A1"}},
+      {"F506", {"S1 A0 Cx", "S1 A5", "Sa A5 Cx"}},
+      {"F507", {""}},
+      {"F508", {"S5 V0123 N<x>"}},
       {"F99999999999", {""}},
   };
-  Bench bench([](PrinterConfig& printer) { printer.model = kAny; });
+  Bench bench(kAny);
   const auto client = bench.Connect();
   client->Send(JobRequest(0, 0));
   ASSERT_EQ(client->ReadLine(), "F103 OK");
   ASSERT_EQ(client->Ask("F191 S1 C0 D1 SSID=<Open net> KEY=<>"), "F191 OK");
   for (const auto& [command, forms] : kRefused) {
     for (const std::string& form : forms) {
-      EXPECT_EQ(client->Ask(form.empty() ? command : command + " " + form), command + " NG")
-          << form;
+      const std::string answer = client->Ask(form.empty() ? command : command + " " + form);
+      EXPECT_EQ(answer.substr(0, command.size() + 3), command + " NG") << form;
     }
   }
-  for (const char* form :
-       {"S1 L1 T1 R1 V1 C1 E1 H1 Y1 U1", "S1 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1 N1",
-        "L1 S1 T1 R1 V1 C1 E1 H1 Y1 U1 P1", "S1 L1 T1 R1 V1 C1 Ex H1 Y1 U1 P1",
-        "S1 L1 T1 Rinf V1 C1 E1 H1 Y1 U1 P1", "S1.5 L1 T1 R1 V1 C1 E1 H1 Y1 U1 P1",
-        "S1 L-1 T1 R1 V1 C1 E1 H1 Y1 U1 P1"}) {
-    EXPECT_EQ(client->Ask(std::string("F103 ") + form), "F103 NG S:0") << form;
-  }
   EXPECT_EQ(client->Ask("F159 S0"), "F159 OK S0 V80");
-  EXPECT_EQ(client->Ask("F159 S1"), "F159 OK S1 V0");
   EXPECT_EQ(client->Ask("F170"), "F170 OK I0");
   EXPECT_EQ(client->Ask("F190"), "F190 OK S:1 C:11 M:0 R:40 SSID=<Open net>");
-  EXPECT_EQ(client->Ask("F369"),
-            "F369 OK X:1.000000,1.000000 Y:1.000000,1.000000 Z:1.000000,1.000000");
+  EXPECT_EQ(client->Ask("F369").substr(0, 28), "F369 OK X:1.000000,1.000000 ");
+  EXPECT_TRUE(bench.sim->Received().empty());
 }
 
 }  // namespace

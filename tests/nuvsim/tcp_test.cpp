@@ -49,14 +49,6 @@ TEST(ConnectionTest, UnfinishedDataLineCountsWhenTheClientLeavesAndUnfinishedCom
   EXPECT_THAT(bench.sim->Requests(), ElementsAre("F102"));
 }
 
-TEST(ConnectionTest, AClientThatAsksWithoutReadingGetsEveryAnswer) {
-  Bench bench(
-      [](PrinterConfig& printer) { printer.faults = {MakeFault(FaultKind::kOversized, 102, 40)}; });
-  const auto client = bench.Connect();
-  for (int i = 0; i < 40; ++i) client->Send("F102\r\n");
-  for (int i = 0; i < 40; ++i) ASSERT_EQ(client->ReadLine().size(), 1024u * 1024u);
-}
-
 TEST(StartTest, FailsOnATakenPort) {
   Bench bench;
   SimulatorConfig config;

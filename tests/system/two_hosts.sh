@@ -3,13 +3,7 @@
 # namespace of its own, with a simulator in it. Both networks are searched at once, and each printer
 # gets a job that must arrive byte for byte.
 # Usage: two_hosts.sh BIN_FOLDER
-set -euo pipefail
-
-bin=$(cd "$1" && pwd)
-support=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)
-work=$(mktemp -d)
-processes=()
-trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$work"' EXIT
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 for net in 1 2; do
   # A sleeping process holds the far machine's network open.
@@ -25,23 +19,20 @@ for net in 1 2; do
   far ip link set lo up
   far ip link set far up
   until far ip link show far | grep -q LOWER_UP; do sleep 0.05; done
-  nsenter --target "$machine" --net -- "$bin/nuvsim" --serial "PRINTER$net" --name "Far$net" --job-dir "$work/jobs$net" \
-    > "$work/log$net" &
+  nsenter --target "$machine" --net -- "$bin/nuvsim" --serial "PRINTER$net" --name "Far$net" --job-dir "jobs$net" \
+    > "log$net" &
   processes+=("$!")
 done
 for net in 1 2; do
-  "$support/wait_for_line.sh" '^ready' "$work/log$net"
+  "$support/wait_for_line.sh" '^ready' "log$net"
 done
 
-nuvctl() { "$bin/nuvctl" --timeout 400 "$@"; }
-nuvctl list | tee "$work/list"
-grep -q PRINTER1 "$work/list"
-grep -q PRINTER2 "$work/list"
+expect 0 "$bin/nuvctl" --timeout 400 --json list
+holds '.[0].printers | map(.serial) | sort == ["PRINTER1", "PRINTER2"]'
 for net in 1 2; do
-  seq -f "line %g of network $net" 1 8 > "$work/lines"
-  "$bin/nuvfile" create --machine-id 3DPSNKG13WTW00001 "$work/lines" "$work/job.nuv" > /dev/null
-  nuvctl --serial "PRINTER$net" send "$work/job.nuv"
-  sed 's/$/\r/' "$work/lines" > "$work/expected"
-  cmp "$work/expected" "$(find "$work/jobs$net" -type f -size +0 | head -n 1)"
+  seq -f "line %g of network $net" 1 8 > lines
+  expect 0 "$bin/nuvfile" create --machine-id 3DPSNKG13WTW00001 lines job.nuv
+  expect 0 "$bin/nuvctl" --timeout 400 --serial "PRINTER$net" send job.nuv
+  same lines "jobs$net"
 done
-echo "both jobs arrived byte for byte"
+finish "both jobs arrived byte for byte"

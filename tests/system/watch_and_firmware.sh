@@ -3,18 +3,9 @@
 # exit codes, what is shown, and what the printer has received.
 # NUV_NO_CTRL_C leaves out what Ctrl-C does, for where a script cannot press it.
 # Usage: watch_and_firmware.sh BIN_FOLDER
-set -euo pipefail
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-bin=$(cd "$1" && pwd)
-support=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)
-work=$(mktemp -d)
-simulator=
-trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
-cd "$work"
-
-"$bin/nuvsim" --address 10.77.1.2 --model "Fabrix120 xP" --layer-ms 60000 --control 0 > log &
-simulator=$!
-"$support/wait_for_line.sh" '^ready' log
+start_nuvsim log --address 10.77.1.2 --model "Fabrix120 xP" --layer-ms 60000 --control 0
 control_port=$(tr -d '\r' < log | sed -n 's/^control: 127.0.0.1://p')
 
 control() {
@@ -24,11 +15,8 @@ control() {
   exec 3>&-
   jq -e .ok <<< "$answer" > /dev/null
 }
-failed=0
-wrong() { printf 'WRONG: %s\n' "$*"; tail -n 5 out err; failed=1; }
-# holds CONDITION: of the last document that nuvctl wrote. (Without -s, some versions of jq take no
-# document at all for true.)
-holds() { jq -es "last | $1" out > /dev/null; }
+state() { control "{\"do\": \"state\", \"to\": $1}"; }
+fault() { control "{\"do\": \"fault\", \"fault\": {$1}}"; }
 # Waits until a file holds a line with the pattern.
 await() {
   for _ in $(seq 200); do grep -q "$2" "$1" && return; sleep 0.1; done
@@ -37,7 +25,6 @@ await() {
 # start NUVCTL_ARGUMENTS...: in the background, where Ctrl-C would otherwise be ignored.
 start() {
   : > out
-  : > err
   env --default-signal=INT "$bin/nuvctl" --timeout 200 "$@" > out 2> err &
   host=$!
 }
@@ -47,17 +34,18 @@ ends() {
   wait "$host" || exit=$?
   [ "$exit" = "$1" ] || wrong "exit $exit in place of $1: $2"
 }
+nuvctl() { expect "$1" "$bin/nuvctl" --timeout 200 --json "${@:2}"; }
 
 printf 'G1 X1\nG1 X2\nG1 X3\n' > lines.txt
-"$bin/nuvfile" create --machine-id 3DPSNKG43WTW00001 lines.txt job.nuv
+expect 0 "$bin/nuvfile" create --machine-id 3DPSNKG43WTW00001 lines.txt job.nuv
 start --json send --watch job.nuv
 await out '"layer":1,'
-control '{"do": "state", "to": "error", "number": 17}'
+state '"error", "number": 17'
 ends 1 "a print that fails"
-jq -es 'length == 4 and .[0].result == "accepted" and .[0].job_index == 1 and .[1].layers == 3 and .[2].error_number == 17
-        and .[3].error.code == "printer_error"' out > /dev/null || wrong "the lines of a failed print"
+holds 'length == 4 and .[0].result == "accepted" and .[0].job_index == 1 and .[1].layers == 3
+       and .[2].error_number == 17 and .[3].error.code == "printer_error"'
 
-control '{"do": "state", "to": "no-error"}'
+state '"no-error"'
 if [ -z "${NUV_NO_CTRL_C:-}" ]; then
   start watch
   await out '^printing, layer 1 of 3'
@@ -68,37 +56,29 @@ start --json watch
 await out '"layer":1,'
 control '{"do": "unplug"}'
 ends 5 "a printer that goes away"
-holds .error.code || wrong "the last line of a lost printer"
+holds 'last | .error.code'
 control '{"do": "replug"}'
-control '{"do": "state", "to": "idle"}'
+state '"idle"'
 
 # The connection ends behind so many bytes of a job's 21 bytes of lines.
-# cut_job FAULT BYTES EXIT WANTED WHAT
-cut_job() {
-  control '{"do": "fault", "fault": {"kind": "'"$1"'", "code": 503, "bytes": '"$2"'}}'
-  start --json send job.nuv
-  ends "$3" "$5"
-  jq -e "$4" out > /dev/null || wrong "$5"
-}
-cut_job drop-after 21 0 '.result == "accepted" and .bytes == 15 and .job_index == 2' "a cut behind the last byte"
-control '{"do": "state", "to": "idle"}'
-for fault in drop-after reset-after; do
-  cut_job $fault 10 5 '.error.code == "write_failed" and (.error.message | contains("has 8 of 15 bytes"))' \
-    "$fault within the data"
-  start --json send job.nuv
-  ends 1 "a job while a broken one is open"
-  start --json raw "F104 S2"
-  ends 0 "the broken job is abandoned"
+cut_after() { fault "\"kind\": \"$1\", \"code\": 503, \"bytes\": $2"; }
+cut_after drop-after 21
+nuvctl 0 send job.nuv
+holds '.[0] | .result == "accepted" and .bytes == 15 and .job_index == 2'
+state '"idle"'
+for kind in drop-after reset-after; do
+  cut_after $kind 10
+  nuvctl 5 send job.nuv
+  holds '.[0].error | .code == "write_failed" and (.message | contains("has 8 of 15 bytes"))'
+  nuvctl 1 send job.nuv  # while the broken one is open
+  nuvctl 0 raw "F104 S2"
 done
-control '{"do": "fault", "fault": {"kind": "refuse", "code": 500}}'
-start --json send job.nuv
-ends 1 "a job that is refused"
-jq -e '.error.code == "job_refused"' out > /dev/null || wrong "a job that is refused"
-start --json raw "F104 S2"
-ends 0 "the job whose refusal was a lie"
-start --json send job.nuv
-ends 0 "a job after a broken one"
-control '{"do": "state", "to": "idle"}'
+fault '"kind": "refuse", "code": 500'
+nuvctl 1 send job.nuv
+holds '.[0].error.code == "job_refused"'
+nuvctl 0 raw "F104 S2"  # the refusal was a lie
+nuvctl 0 send job.nuv
+state '"idle"'
 
 head -c 2000000 /dev/zero > board.img
 transfers='[[false, false], [true, true]]'
@@ -111,19 +91,14 @@ if [ -z "${NUV_NO_CTRL_C:-}" ]; then
   done
   kill -INT "$host"
   ends 130 "Ctrl-C in a firmware transfer"
-  holds '.error.code == "cancelled" and .bytes < 2000000' || wrong "a cancelled transfer"
+  holds 'last | .error.code == "cancelled" and .bytes < 2000000'
   transfers='[[false, false], [false, false], [true, true]]'
 fi
-control '{"do": "fault", "fault": {"kind": "drop-after", "bytes": 100000}}'
-start --json firmware --yes android board.img
-ends 5 "a connection that is cut in the middle of an image"
-holds '.error.code == "update_unconfirmed" and .result == "not_confirmed"' ||
-  wrong "a cut connection"
-start --json firmware --yes android board.img
-ends 0 "another try"
+fault '"kind": "drop-after", "bytes": 100000'
+nuvctl 5 firmware --yes android board.img
+holds '.[0] | .error.code == "update_unconfirmed" and .result == "not_confirmed"'
+nuvctl 0 firmware --yes android board.img
 control '{"do": "received"}'
 jq -e --argjson wanted "$transfers" '.received | map([.complete, .started]) | .[-($wanted | length):] == $wanted' \
   <<< "$answer" > /dev/null || wrong "what the printer received: $answer"
-
-[ "$failed" = 0 ] || exit 1
-echo "watching and updating end as they should"
+finish "watching and updating end as they should"

@@ -55,7 +55,7 @@ add_program() {
 kernel=$(fetch_kernel)
 root=$(mktemp -d)
 trap 'rm -rf "$root" "$root.cpio" "$root.log"' EXIT
-mkdir -p "$root"/{bin,lib,checks,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
+mkdir -p "$root"/{bin,lib,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
 touch "$root/usr/share/hwdata/usb.ids"
 for module in usblp vhci-hcd; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
@@ -67,7 +67,6 @@ find "$root"/{bin,lib} -type f -size +1M -exec strip --strip-debug {} + 2>/dev/n
 install "$here/guest_init.sh" "$root/init"
 cp "$here/guest_lib.sh" "$root/lib.sh"
 cp "$script" "$root/script.sh"
-cp "$here"/*_checks.sh "$root/checks/"
 (cd "$root" && find . | cpio -o -H newc --quiet) > "$root.cpio"
 
 # The result is a line of its own, since a kernel that panics or hangs has no exit status.

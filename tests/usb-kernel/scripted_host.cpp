@@ -1,17 +1,13 @@
-// A host program that does what it is told, line by line, so that what a process holds can be
-// counted while printers come and go. Each line is answered by one:
+// A host program that does what it is told, line by line, while printers come and go. Each line is
+// answered by one:
 //   list            RESULT and the names found         choose INDEX    RESULT
 //   state           RESULT and the printer's state     send FILE       RESULT
 //   raw COMMAND     the reply on the raw channel       leave           closes the raw channel
-//   held            open handles and threads           processor       milliseconds used so far
 //   signals         from then on one every millisecond
 #include <signal.h>
 #include <sys/time.h>
 
-#include <ctime>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -57,11 +53,6 @@ void StartSignals() {
   setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
 }
 
-size_t Entries(const char* folder) {
-  return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder),
-                                           std::filesystem::directory_iterator()));
-}
-
 std::string Answer(const std::string& line) {
   std::istringstream words(line);
   std::string what, argument;
@@ -79,11 +70,6 @@ std::string Answer(const std::string& line) {
     StartSignals();
     return "started";
   }
-  if (what == "held") {
-    return std::to_string(Entries("/proc/self/fd")) + " " +
-           std::to_string(Entries("/proc/self/task"));
-  }
-  if (what == "processor") return std::to_string(std::clock() * 1000 / CLOCKS_PER_SEC);
   return "no such command";
 }
 

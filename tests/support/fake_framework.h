@@ -1,6 +1,6 @@
-// A framework that does nothing but note what it was asked, behind the exports.
-#ifndef NUV_TESTS_API_FAKE_FRAMEWORK_H_
-#define NUV_TESTS_API_FAKE_FRAMEWORK_H_
+// A framework behind the exports that notes what it was asked and hands out what the test says.
+#ifndef NUV_TESTS_FAKE_FRAMEWORK_H_
+#define NUV_TESTS_FAKE_FRAMEWORK_H_
 
 #include <functional>
 #include <sstream>
@@ -18,47 +18,80 @@ using String = std::string;
 using Strings = std::vector<String>;
 using Bytes = std::vector<uint8_t>;
 
+// What an operation ends with: numbers and texts as text, the entries of a list each with a line
+// end. An output that is not there is 0 or empty.
+struct Reaction {
+  int result;
+  Strings outputs;
+};
+
 // Outlives the framework, which the exports destroy.
 struct Record {
-  Strings calls;                  // each operation by its name, with its inputs in order
-  int result = 0;                 // of every operation
+  Strings calls;  // each operation by its name, with its inputs in order
+  // Without one, `result` and the outputs 1, 2, 3 in order.
+  std::function<Reaction(const String& operation, const Strings& inputs)> reacts;
+  int result = 0;
   std::function<void()> trouble;  // called at the end of every operation
+  std::wstring path;              // of the last file
+  NuvErrorCodeCallback onError = nullptr;
+  NuvSendDataStartCallback onStart = nullptr;
+  NuvSendDataUpdateCallback onUpdate = nullptr;
+  NuvSendDataCancelCallback onCancel = nullptr;
 
-  // The outputs are numbered in order: 1, 2.5, "t3", the list {"t4", "u4"}.
   template <class... Parameters>
   int Did(const char* operation, Parameters&&... parameters) {
-    std::ostringstream call;
-    call << operation;
-    [[maybe_unused]] int outputs = 0;
-    (Note(call, outputs, std::forward<Parameters>(parameters)), ...);
-    calls.push_back(call.str());
+    Strings inputs;
+    (AddInput<Parameters>(inputs, parameters), ...);
+    calls.emplace_back(operation);
+    for (const String& input : inputs) calls.back() += ' ' + input;
+    const Reaction reaction = reacts ? reacts(operation, inputs) : Reaction{result, {}};
+    [[maybe_unused]] size_t number = 0;
+    [[maybe_unused]] const auto next = [&] {
+      ++number;
+      if (!reacts) return std::to_string(number);
+      return number > reaction.outputs.size() ? "" : reaction.outputs[number - 1];
+    };
+    (Write<Parameters>(parameters, next), ...);
     if (trouble) trouble();
-    return result;
+    return reaction.result;
   }
 
  private:
   // What an operation may write to is an output; inputs come as values or constants.
   template <class Parameter>
-  void Note(std::ostream& call, int& outputs, Parameter&& parameter) {
+  static constexpr bool IsOutput() {
     using Type = std::decay_t<Parameter>;
-    if constexpr (std::is_same_v<Type, int*>) {
-      *parameter = ++outputs;
-    } else if constexpr (std::is_same_v<Type, float*>) {
-      *parameter = static_cast<float>(++outputs) + 0.5F;
-    } else if constexpr (std::is_same_v<Parameter, String&>) {
-      parameter = "t" + std::to_string(++outputs);
-    } else if constexpr (std::is_same_v<Parameter, Strings&>) {
-      const String number = std::to_string(++outputs);
-      parameter = {"t" + number, "u" + number};
+    return std::is_same_v<Type, int*> || std::is_same_v<Type, float*> ||
+           std::is_same_v<Parameter, String&> || std::is_same_v<Parameter, Strings&>;
+  }
+  template <class Parameter, class Value>
+  static void AddInput(Strings& inputs, const Value& value) {
+    using Type = std::decay_t<Parameter>;
+    std::ostringstream input;
+    if constexpr (IsOutput<Parameter>()) {
+      return;
     } else if constexpr (std::is_same_v<Type, Bytes> || std::is_same_v<Type, std::wstring>) {
-      call << ' ';
-      for (const auto each : parameter) call << static_cast<char>(each);
+      for (const auto each : value) input << static_cast<char>(each);
     } else if constexpr (std::is_pointer_v<Type>) {
-      call << (parameter == nullptr ? " null" : " callback");
+      input << (value == nullptr ? "null" : "callback");
     } else if constexpr (std::is_enum_v<Type>) {
-      call << ' ' << static_cast<int>(parameter);
+      input << static_cast<int>(value);
     } else {
-      call << ' ' << parameter;
+      input << value;
+    }
+    inputs.push_back(input.str());
+  }
+  template <class Parameter, class Value, class Next>
+  static void Write(Value& output, const Next& next) {
+    if constexpr (std::is_same_v<Parameter, String&>) {
+      output = next();
+    } else if constexpr (std::is_same_v<Parameter, Strings&>) {
+      std::istringstream entries(next());
+      output.clear();
+      for (String entry; std::getline(entries, entry);) output.push_back(entry);
+    } else if constexpr (IsOutput<Parameter>()) {
+      *output = 0;
+      std::istringstream(next()) >> *output;
     }
   }
 };
@@ -113,12 +146,15 @@ class FakeFramework final : public IConnectingFramework {
   int GetPrinterStatusWithErrorCode(N a, N b) override { return Did(__func__, a, b); }
   int GetPrinterStatus(N a) override { return Did(__func__, a); }
   int SendPrintFile(std::wstring a, NuvJobProgressCallback b) override {
+    record_.path = a;
     return Did(__func__, std::move(a), b);
   }
   int RegisterPrintingInfoCallback(NuvPrintingInfoCallback a, uint32_t b) override {
     return Did(__func__, a, b);
   }
-  int RegisterErrorCodeCallback(NuvErrorCodeCallback a) override { return Did(__func__, a); }
+  int RegisterErrorCodeCallback(NuvErrorCodeCallback a) override {
+    return Did(__func__, record_.onError = a);
+  }
   int SetBCPScaling(float a, float b, float c, float d, float e, float f) override {
     return Did(__func__, a, b, c, d, e, f);
   }
@@ -189,16 +225,17 @@ class FakeFramework final : public IConnectingFramework {
   int SetBroadCastPort(int a) override { return Did(__func__, a); }
   int ConnectDeviceBySN(int a, const String& b) override { return Did(__func__, a, b); }
   int SendGCodeFile(const std::wstring& a, NuvJobProgressCallback b) override {
+    record_.path = a;
     return Did(__func__, a, b);
   }
   int RegisterSendDataStartCallback(NuvSendDataStartCallback a) override {
-    return Did(__func__, a);
+    return Did(__func__, record_.onStart = a);
   }
   int RegisterSendDataUpdateCallback(NuvSendDataUpdateCallback a) override {
-    return Did(__func__, a);
+    return Did(__func__, record_.onUpdate = a);
   }
   int RegisterSendDataCancelCallback(NuvSendDataCancelCallback a) override {
-    return Did(__func__, a);
+    return Did(__func__, record_.onCancel = a);
   }
   int SetParameter(PrinterParameter a, int b) override { return Did(__func__, a, b); }
   int GetParameter(PrinterParameter a, N b) override { return Did(__func__, a, b); }
@@ -215,4 +252,4 @@ class FakeFramework final : public IConnectingFramework {
 
 }  // namespace Nuv::Connect
 
-#endif  // NUV_TESTS_API_FAKE_FRAMEWORK_H_
+#endif  // NUV_TESTS_FAKE_FRAMEWORK_H_
