@@ -11,7 +11,6 @@ namespace Nuv::Connect {
 namespace {
 
 using ::testing::ElementsAre;
-using Strings = std::vector<std::string>;
 
 std::vector<uint8_t> Bytes(size_t size, uint8_t seed) {
   std::vector<uint8_t> bytes(size);

@@ -76,9 +76,9 @@ class ThreadsTest : public JobLab {
 
   // A new framework in place of an earlier one, connected.
   void Connect(int replyTimeoutMs = kReplyTimeoutMs) {
-    g_host.reset();
     g_host = std::make_unique<ConnectingFramework>(g_clock, replyTimeoutMs);
-    ASSERT_EQ(g_host->GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
+    serials.clear();
+    ListAll(*g_host);
     ASSERT_EQ(g_host->ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
   }
   int Send() { return g_host->SendPrintFile(path.wstring(), nullptr); }

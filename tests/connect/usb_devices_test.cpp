@@ -5,11 +5,9 @@
 #include <functional>
 #include <stdexcept>
 
-#include "connect/connecting_framework.h"
 #include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/connect/scripted_connector.h"
-#include "tests/support/manual_clock.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -17,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using Strings = std::vector<std::string>;
 
-class UsbDevicesTest : public ::testing::Test {
+class UsbDevicesTest : public UsbHost {
  protected:
   int List() {
     serials.clear();
@@ -29,9 +27,7 @@ class UsbDevicesTest : public ::testing::Test {
     return value;
   }
 
-  Port port;
-  ManualClock clock;
-  ConnectingFramework framework{clock, 0, std::make_unique<ScriptedConnector>(port)};
+  IConnect* const channel = framework.GetConnect();
   Strings serials;
 };
 
@@ -67,13 +63,18 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
 
 TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
   port.printers = {{"A", "BEGO VARSEO XS"}};
+  static std::pair<int, int> told;
+  framework.RegisterErrorCodeCallback([](int result, int code) { told = {result, code}; });
   EXPECT_EQ(List(), NUV_FAILED);
+  EXPECT_EQ(told, std::pair(-1, 140));
   EXPECT_THAT(port.opened, ElementsAre("0"));
   EXPECT_EQ(port.open, -1) << "no answer to the serial query";
   port.printers.front().begoSerialReply = "F140 OK\r\n";
   EXPECT_THROW(List(), std::out_of_range);
   EXPECT_THAT(port.opened, ElementsAre("0", "0"));
   EXPECT_EQ(port.open, -1) << "thrown";
+  port.printers.front().begoSerialReply = "F140 OK OK\r\n";
+  EXPECT_EQ(List(), NUV_OK);
 }
 
 TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
@@ -100,8 +101,8 @@ TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
 }
 
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
-  IConnect* const channel = framework.GetConnect();
   EXPECT_FALSE(channel->OpenDevice());
+  EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
   EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
@@ -144,7 +145,7 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
 TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   port.printers = {{"A"}};
   port.readMs = 2900;
-  auto* const channel = dynamic_cast<NuvConnect*>(framework.GetConnect());
+  auto* const raw = dynamic_cast<NuvConnect*>(channel);
   ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
   ASSERT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 0));
   port.blocks = std::deque<std::string>(20, "x");
@@ -153,14 +154,14 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   EXPECT_EQ(clock.SleptMs() - before, 30000);
 
   Platform::Interrupt interrupt;
-  EXPECT_NE(channel->ReadAgain(&interrupt).text, "");
+  EXPECT_NE(raw->ReadAgain(&interrupt).text, "");
   interrupt.Raise();
-  EXPECT_EQ(channel->ReadAgain(&interrupt).text, "");
-  EXPECT_EQ(channel->ReadAgain(&interrupt).failure, LinkFailure::kGivenUp);
+  EXPECT_EQ(raw->ReadAgain(&interrupt).text, "");
+  EXPECT_EQ(raw->ReadAgain(&interrupt).failure, LinkFailure::kGivenUp);
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "F9 OK") << "that was one call's";
 
-  channel->GiveUp();
+  raw->GiveUp();
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "");
   EXPECT_FALSE(channel->SendBytes({'x'}));
@@ -188,8 +189,9 @@ TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   };
   port.printers = {{"A"}};
   ASSERT_EQ(List(), NUV_OK);
-  IConnect* const channel = framework.GetConnect();
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  EXPECT_EQ(channel->ExecuteCommand(""), "");
+  EXPECT_FALSE(channel->SendBytes({}));
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.what);
     port.blocks = row.blocks;

@@ -23,9 +23,10 @@ class VirtualTimeTest : public Lab {
     Start({Printer("A1")});
     Commits("malformed,count=-1,text=F195 OK IP=<127.0.0.1> PORT=" +
             std::to_string(printer.Port()) + " N=<V1> M:02 CN:V1");
-    channel.SetSearchTimeout(kSearchMs);
-    ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
-    ASSERT_EQ(host.ConnectNetWorkDevice("127.0.0.1"), NUV_OK);
+    channel.SetSearchTimeout(kHurriedSearchMs);
+    while (host.ConnectNetWorkDevice("127.0.0.1") != NUV_OK) {
+      ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
+    }
     time.SetPeer(&printer);
     host.RegisterErrorCodeCallback(
         [](int result, int code) { Errors().emplace_back(result, code); });
@@ -83,6 +84,22 @@ TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
     // The resend's answer is on its way too.
     Reconnect();
   }
+}
+
+// The printer answers the first request late, so that it is sent again and answered twice.
+TEST_F(VirtualTimeTest, SecondAnswerIsNotTakenForTheNextQuestion) {
+  printer.answers = [&](const std::string& request) {
+    if (request == "F159 S1\r\n") return VirtualPrinter::Answer{"F159 OK S1 V5\r\n"};
+    const int afterMs = printer.requests.size() == 1 ? 36900 : 150;
+    return VirtualPrinter::Answer{"F159 OK S0 V80\r\n", milliseconds(afterMs)};
+  };
+  int power = 0;
+  int micrometres = 0;
+  EXPECT_EQ(host.GetParameter(PrinterParameter::kLaserPower, &power), NUV_OK);
+  EXPECT_EQ(host.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_OK);
+  EXPECT_EQ(power, 80);
+  EXPECT_EQ(micrometres, 5);
+  EXPECT_EQ(time.NowMs(), 37150 + 250) << "until nothing more came";
 }
 
 TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {
