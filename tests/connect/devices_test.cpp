@@ -8,6 +8,7 @@
 #include "connect/device_table.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
+#include "tests/support/peer.h"
 #include "tests/support/protocol_page.h"
 #include "transport/search_turn.h"
 
@@ -54,32 +55,10 @@ TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
   EXPECT_EQ(List(-1), NUV_FAILED) << "no kind of device";
 }
 
-TEST_F(DevicesTest, FailedListingLeavesTheTableAsItWas) {
-  Start({Printer("A1"), Printer("A2")});
-  ListAll(framework);
-  ASSERT_EQ(serials, (Strings{"A1", "A2"}));
-  // The second answer gives an address at which nobody listens.
-  simulator->InjectFault(1, NuvSim::ParseFault("malformed,count=-1,text=F195 OK IP=<10.77.1.2> "
-                                               "PORT=1 N=<ghost> M:0 CN:0"));
-  EXPECT_EQ(List(), NUV_CONNECTION_REFUSED);
-  EXPECT_EQ(serials, Strings{"A1"});
-  EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "A2");
-  // Nobody answers.
-  simulator->Unplug(0);
-  simulator->Unplug(1);
-  EXPECT_EQ(List(), NUV_NOT_FOUND);
-  EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "A2");
-}
-
-// The name would lead to the other simulator.
+// The name would lead to the far end.
 TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
-  NuvSim::SimulatorConfig other;
-  other.printers = {NuvSim::LoopbackPrinter()};
-  NuvSim::Simulator named(std::move(other));
-  named.Start();
-  Start({Printer("A1")});
-  Commits("malformed,count=-1,text=F195 OK IP=<localhost> PORT=" + std::to_string(named.TcpPort()) +
-          " N=<named> M:0 CN:0");
+  Peer far;
+  StartTellingOf("localhost", far.Port());
   ASSERT_EQ(List(), NUV_OK);
   EXPECT_EQ(serials, (Strings{"", "A1"}));
   EXPECT_EQ(Info(0, NUV_DEVICE_IDENTIFIER), "localhost");
@@ -175,23 +154,23 @@ TEST_F(DevicesTest, SearchesTakeTurnsAndHoldUpNoQuery) {
   StartConnected(Printer("A1"));
   QLockFile others(Transport::SearchLockFile(kDefaultSearchPort));
   ASSERT_TRUE(others.tryLock(0));
-  Strings replies;
-  const std::function<bool()> searches[] = {
-      [this] { return Finds(1); },
-      [&] { return framework.GetBroadCastResult(replies, "") == NUV_OK; }};
   std::atomic<int> done{0};
-  std::vector<std::thread> searching;
-  for (const auto& search : searches) {
-    searching.emplace_back([&] {
-      EXPECT_TRUE(search());
-      ++done;
-    });
-  }
+  std::thread searching([&] {
+    EXPECT_TRUE(Finds(1));
+    ++done;
+  });
+  Strings replies;
+  std::thread collecting([&] {
+    while (framework.GetBroadCastResult(replies, "") != NUV_OK) {
+    }
+    ++done;
+  });
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_EQ(NameOfCurrent(), "printer-A1");
   EXPECT_EQ(done, 0) << "the query came only after a search";
   others.unlock();
-  for (std::thread& each : searching) each.join();
+  searching.join();
+  collecting.join();
   EXPECT_EQ(replies.size(), 1U);
 }
 

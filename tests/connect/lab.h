@@ -108,8 +108,14 @@ class Lab : public ::testing::Test {
     return simulator->WaitUntil(condition, std::chrono::seconds(10));
   }
 
-  void Commits(const NuvSim::Fault& fault) { simulator->InjectFault(0, fault); }
-  void Commits(const std::string& fault) { Commits(NuvSim::ParseFault(fault)); }
+  void Commits(const std::string& fault) { simulator->InjectFault(0, NuvSim::ParseFault(fault)); }
+
+  // Starts a printer that tells every search, before itself, of another at this address.
+  void StartTellingOf(const std::string& address, uint16_t port) {
+    Start({Printer("A1")});
+    Commits("malformed,count=-1,text=F195 OK IP=<" + address + "> PORT=" + std::to_string(port) +
+            " N=<other> M:0 CN:0");
+  }
 
   static std::vector<std::pair<int, int>>& Errors() {
     static std::vector<std::pair<int, int>> list;

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <deque>
 #include <map>
 #include <regex>
 #include <stdexcept>
@@ -24,23 +25,21 @@ using Strings = std::vector<std::string>;
 
 // What an operation hands out; marked before, so that what it left alone shows.
 constexpr int kMark = 77;
+using Numbers = std::deque<int>;
+using Texts = std::deque<std::string>;
 struct Out {
-  Out() { i.fill(kMark); }
-
-  // The next output of the kind that an operation takes.
+  // One more output of the kind that an operation takes.
   template <typename Output>
   Output Next() {
     if constexpr (std::is_same_v<Output, int*>) {
-      return &i[numbers++];
+      return &numbers.emplace_back(kMark);
     } else {
-      return t[texts++];
+      return texts.emplace_back("-");
     }
   }
 
-  std::array<int, 13> i;
-  std::array<std::string, 6> t{"-", "-", "-", "-", "-", "-"};
-  size_t numbers = 0;
-  size_t texts = 0;
+  Numbers numbers;
+  Texts texts;
 };
 
 using F = ConnectingFramework;
@@ -67,8 +66,8 @@ struct Row {
   const char* request;
   const char* reply;  // behind "F<code> "
   Run run;
-  std::vector<int> numbers;  // handed out
-  Strings texts;
+  Numbers numbers;  // handed out
+  Texts texts;
   // Outputs of these kinds before anything was read; -1 for the state alone.
   int numberAtFailure = 0;
 };
@@ -161,28 +160,17 @@ class OperationsTest : public UsbHost {
     return row.run(framework, out);
   }
 
-  // The command's code that an exception of this class carries out of the operation.
+  // The operation lets an exception of this class out, with the command's code.
   template <typename Exception>
-  int CodeThrown(const Row& row) {
-    try {
-      Run(row);
-    } catch (const Exception& error) {
-      return error.Code();
-    }
-    return 0;
-  }
-
-  std::vector<int> Numbers(const Row& row) const {
-    return {out.i.begin(), out.i.begin() + static_cast<std::ptrdiff_t>(row.numbers.size())};
-  }
-  Strings Texts(const Row& row) const {
-    return {out.t.begin(), out.t.begin() + static_cast<std::ptrdiff_t>(row.texts.size())};
+  void ExpectThrows(const Row& row) {
+    EXPECT_THAT([&] { Run(row); },
+                ::testing::Throws<Exception>(::testing::Property(&Exception::Code, row.code)));
   }
 
   void ExpectFailed(const Row& row, int expected) {
     EXPECT_EQ(Run(row), expected);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), row.numberAtFailure));
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
     EXPECT_EQ(g_errors, (ErrorList{{expected, row.code}}));
   }
 
@@ -204,14 +192,14 @@ TEST_F(OperationsTest, RequestReplyAndOutputs) {
     Answers(Head(row) + row.reply);
     EXPECT_EQ(Run(row), NUV_OK);
     EXPECT_EQ(port.written.back(), std::string(row.request) + "\r\n");
-    EXPECT_EQ(Numbers(row), row.numbers);
-    EXPECT_EQ(Texts(row), row.texts);
+    EXPECT_EQ(out.numbers, row.numbers);
+    EXPECT_EQ(out.texts, row.texts);
     EXPECT_EQ(g_errors, ErrorList{});
     if (row.code == 219) continue;  // accepted is all that it says
     Answers(Head(row) + "OK");
     EXPECT_EQ(Run(row), NUV_OK);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), 0)) << "fields that are missing";
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), 0)) << "fields that are missing";
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
   }
 }
 
@@ -224,11 +212,11 @@ TEST_F(OperationsTest, FailuresClearTheOutputsAndTellTheHostOnce) {
     ExpectFailed(row, NUV_FAILED);
     if (row.numbers.empty() || row.code == 219) continue;
     Answers(Head(row) + WithNumbers(row.reply, "abc"));
-    EXPECT_EQ(CodeThrown<Command::MalformedNumber>(row), row.code);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
+    ExpectThrows<Command::MalformedNumber>(row);
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), row.numberAtFailure));
     Answers(Head(row) + WithNumbers(row.reply, "2147483648"));
-    EXPECT_EQ(CodeThrown<Command::NumberOutOfRange>(row), row.code);
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
+    ExpectThrows<Command::NumberOutOfRange>(row);
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
   }
 }
 
@@ -268,15 +256,16 @@ TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
   EXPECT_EQ(framework.SetNickName("a\r\nF104 S2"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp("a", "b\n"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp(std::string("a\0b", 3), "k"), NUV_FAILED);
-  EXPECT_EQ(framework.GetApAttribute("\r", &out.i[0], &out.i[1]), NUV_FAILED);
+  EXPECT_EQ(framework.GetApAttribute("\r", out.Next<int*>(), out.Next<int*>()), NUV_FAILED);
   EXPECT_EQ(port.written, Strings{});
   EXPECT_EQ(g_errors, (ErrorList{{1, 196}, {1, 191}, {1, 191}, {1, 190}}));
 }
 
 TEST_F(OperationsTest, AnswerForAnotherSettingIsNone) {
   Answers("F159 OK S0 V80");
-  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &out.i[0]), NUV_FAILED);
-  EXPECT_EQ(out.i[0], 0);
+  int value = kMark;
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_FAILED);
+  EXPECT_EQ(value, 0);
   EXPECT_EQ(g_errors, (ErrorList{{1, 159}}));
 }
 

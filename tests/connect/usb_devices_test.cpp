@@ -78,25 +78,16 @@ TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
 }
 
 TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
-  const struct {
-    const char* what;
-    size_t attached;
-    std::chrono::minutes each;
-    size_t listed;
-  } kRows[] = {
-      {"many printers", 300, std::chrono::minutes(0), 256},
-      {"slow printers", 5, std::chrono::minutes(4), 3},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.what);
-    port.printers.assign(row.attached, {"A"});
+  for (const auto& [attached, eachMinutes, listed] : {std::tuple(300, 0, 256), {5, 4, 3}}) {
+    SCOPED_TRACE(attached);
+    const auto count = static_cast<size_t>(listed);
+    port.printers.assign(static_cast<size_t>(attached), {"A"});
     port.opened.clear();
-    port.onOpen = [&] { clock.Advance(row.each); };
+    port.onOpen = [&, took = std::chrono::minutes(eachMinutes)] { clock.Advance(took); };
     EXPECT_EQ(List(), NUV_OK);
-    EXPECT_EQ(port.opened.size(), row.listed);
-    EXPECT_EQ(serials.size(), row.listed);
-    const int last = static_cast<int>(row.listed) - 1;
-    EXPECT_EQ(Info(last, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
+    EXPECT_EQ(port.opened.size(), count);
+    EXPECT_EQ(serials.size(), count);
+    EXPECT_EQ(Info(listed - 1, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
   }
 }
 
@@ -123,22 +114,18 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   EXPECT_EQ(link.Identity(0), "printer 0");
   EXPECT_EQ(link.Identity(-1), "");
   ASSERT_TRUE(link.Open(0));
-  const struct {
-    LinkState look;
-    bool inJob;
-    bool opens;
-    Strings asked;
-  } kRows[] = {{LinkState::kAlive, true, true, {"same"}},
-               {LinkState::kAlive, false, true, {"again"}},
-               {LinkState::kEnded, true, false, {}},
-               {LinkState::kEnded, false, true, {"again"}},
-               {LinkState::kClosed, true, true, {"same"}}};
-  for (const auto& row : kRows) {
+  const std::tuple<LinkState, bool, bool, Strings> rows[] = {
+      {LinkState::kAlive, true, true, {"same"}},
+      {LinkState::kAlive, false, true, {"again"}},
+      {LinkState::kEnded, true, false, {}},
+      {LinkState::kEnded, false, true, {"again"}},
+      {LinkState::kClosed, true, true, {"same"}}};
+  for (const auto& [look, inJob, opens, asked] : rows) {
     port.opened.clear();
-    port.look = row.look;
-    if (row.look == LinkState::kClosed) link.Close();
-    EXPECT_EQ(link.Reopen(row.inJob), row.opens);
-    EXPECT_EQ(port.opened, row.asked);
+    port.look = look;
+    if (look == LinkState::kClosed) link.Close();
+    EXPECT_EQ(link.Reopen(inJob), opens);
+    EXPECT_EQ(port.opened, asked);
   }
 }
 
@@ -171,12 +158,7 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   const std::string full(512, 'x');
-  const struct {
-    const char* what;
-    std::deque<std::string> blocks;
-    std::string reply;
-    size_t left;  // blocks not read
-  } kRows[] = {
+  const std::tuple<const char*, std::deque<std::string>, std::string, size_t> rows[] = {
       {"one block", {"F9 OK\r\n", "next"}, "F9 OK\r", 1},
       {"split over packets", {"F9", " O", "K\r", "\n", "next"}, "F9 OK\r", 1},
       {"longer than a block", {full, full, "end\n"}, full + full + "end", 0},
@@ -192,13 +174,13 @@ TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
   EXPECT_EQ(channel->ExecuteCommand(""), "");
   EXPECT_FALSE(channel->SendBytes({}));
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.what);
-    port.blocks = row.blocks;
-    EXPECT_EQ(channel->ReceiveReply(), row.reply);
-    EXPECT_EQ(port.blocks.size(), row.left);
+  for (const auto& [what, blocks, reply, left] : rows) {
+    SCOPED_TRACE(what);
+    port.blocks = blocks;
+    EXPECT_EQ(channel->ReceiveReply(), reply);
+    EXPECT_EQ(port.blocks.size(), left) << "not read";
     std::vector<uint8_t> last;
-    EXPECT_EQ(channel->ReadLocalData(last), !row.reply.empty());
+    EXPECT_EQ(channel->ReadLocalData(last), !reply.empty());
   }
   port.writeStatus = kTransferTimeout;
   port.blocks = {"F9 OK\n"};

@@ -19,10 +19,7 @@ class VirtualTimeTest : public Lab {
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
-    // The simulator only tells the search of the printer.
-    Start({Printer("A1")});
-    Commits("malformed,count=-1,text=F195 OK IP=<127.0.0.1> PORT=" +
-            std::to_string(printer.Port()) + " N=<V1> M:02 CN:V1");
+    StartTellingOf("127.0.0.1", printer.Port());
     channel.SetSearchTimeout(kHurriedSearchMs);
     while (host.ConnectNetWorkDevice("127.0.0.1") != NUV_OK) {
       ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
@@ -64,23 +61,18 @@ TEST_F(VirtualTimeTest, ASilentPrinterIsWaitedForAlmostTwoMinutes) {
 }
 
 TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
-  const struct {
-    int afterMs;
-    int tookMs;
-    size_t requests;
-  } kRows[] = {{35999, 35999, 1}, {36500, 37000, 2}, {40000, 40000, 2}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.afterMs);
+  for (const auto& [afterMs, tookMs, requests] :
+       {std::tuple(35999, 35999, 1U), {36500, 37000, 2U}, {40000, 40000, 2U}}) {
+    SCOPED_TRACE(afterMs);
     printer.requests.clear();
-    printer.answers = [&](const std::string& request) {
-      return VirtualPrinter::Answer{request.substr(0, 4) + " OK S:1\r\n",
-                                    milliseconds(row.afterMs)};
+    printer.answers = [after = milliseconds(afterMs)](const std::string& request) {
+      return VirtualPrinter::Answer{request.substr(0, 4) + " OK S:1\r\n", after};
     };
     const int64_t before = time.NowMs();
     EXPECT_EQ(host.GetPrinterStatus(&status), NUV_OK);
     EXPECT_EQ(status, 1);
-    EXPECT_EQ(time.NowMs() - before, row.tookMs);
-    EXPECT_EQ(printer.requests.size(), row.requests);
+    EXPECT_EQ(time.NowMs() - before, tookMs);
+    EXPECT_EQ(printer.requests.size(), requests);
     // The resend's answer is on its way too.
     Reconnect();
   }
