@@ -322,25 +322,5 @@ TEST_F(OperationsTest, OperationWithoutExportRunsAnyCommand) {
   EXPECT_EQ(g_errors, (ErrorList{{29, 104}, {1, 140}, {1, 104}}));
 }
 
-// Bytes that are no text, heads that are cut short, a reply of which the beginning only is read.
-TEST_F(OperationsTest, PiecesOfAReplyEndInAnErrorTheHostCanCatch) {
-  int status = 77;
-  for (const char* piece : {"\x01\xFF\xFE\x80", "F"}) {
-    Answers(piece);
-    EXPECT_THROW(framework.GetPrinterStatus(&status), std::invalid_argument) << piece;
-    EXPECT_EQ(status, -1);
-  }
-  // The verdict has come, the state has not: a missing number is 0.
-  Answers("F102 OK");
-  EXPECT_EQ(framework.GetPrinterStatus(&status), NUV_OK);
-  EXPECT_EQ(status, 0);
-  // The head of the first reply stays, so that of the second stands where the verdict should.
-  port.onWrite = [this](const std::string&) {
-    port.blocks = {port.written.size() % 2 == 1 ? "F102\r\n" : "F102 OK S:3\r\n"};
-  };
-  port.written.clear();
-  EXPECT_EQ(framework.GetPrinterStatus(&status), NUV_PRINTER_REFUSED);
-}
-
 }  // namespace
 }  // namespace Nuv::Connect

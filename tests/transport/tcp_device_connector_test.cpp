@@ -71,16 +71,6 @@ TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {
   EXPECT_TRUE(connector->Connect("::1", server.serverPort()));
 }
 
-TEST_F(TcpDeviceConnectorTest, ConnectionReplacesTheOneBefore) {
-  Connect();
-  Peer other;
-  ASSERT_TRUE(connector->Connect("127.0.0.1", other.Port()));
-  EXPECT_EQ(peer.Reads(1), "") << "ended";
-  other.Accept();
-  EXPECT_EQ(Send("F102\r\n"), TcpResult::kOk);
-  EXPECT_EQ(other.Reads(6), "F102\r\n");
-}
-
 TEST_F(TcpDeviceConnectorTest, ExpectedTextDecidesTheResult) {
   Connect();
   for (const auto& [says, expected, result] :
