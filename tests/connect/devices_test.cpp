@@ -5,10 +5,10 @@
 #include <atomic>
 #include <thread>
 
-#include "command/reply_views.h"
 #include "connect/device_table.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
+#include "tests/support/peer.h"
 #include "tests/support/protocol_page.h"
 #include "transport/search_turn.h"
 
@@ -18,17 +18,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
-using Strings = std::vector<std::string>;
 
-class DevicesTest : public Lab {
- protected:
-  Strings Search() {
-    Strings found;
-    framework.GetConnect()->SetSearchTimeout(kSearchMs);
-    EXPECT_TRUE(framework.GetConnect()->EnumerateDevices(1, found));
-    return found;
-  }
-};
+using DevicesTest = Lab;
 
 TEST(DeviceTableTest, AsksEachModelWhatTheProtocolPageSays) {
   for (const ProtocolPage::Row& model : ProtocolPage::Models()) {
@@ -43,7 +34,7 @@ TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
   auto mekrix = Printer("M1", "Mekrix3400 xP", kSecondNetwork);
   auto fabrix = Printer("F1", "FABRIX100 XP", kSecondNetwork);
   Start({bego, mekrix, fabrix});
-  ASSERT_EQ(List(), NUV_OK);
+  ListAll(framework);
   EXPECT_THAT(serials, UnorderedElementsAre("B-1234567890", "M1", "F1"));
   // A BEGO printer's serial number comes from its own query.
   for (const Strings& row : {Strings{kFirstNetwork, "B-1234567890", "BEGO VARSEO XS", ""},
@@ -64,32 +55,10 @@ TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
   EXPECT_EQ(List(-1), NUV_FAILED) << "no kind of device";
 }
 
-TEST_F(DevicesTest, FailedListingLeavesTheTableAsItWas) {
-  Start({Printer("A1"), Printer("A2")});
-  ASSERT_EQ(List(), NUV_OK);
-  ASSERT_EQ(serials, (Strings{"A1", "A2"}));
-  // The second answer gives an address at which nobody listens.
-  simulator->InjectFault(1, NuvSim::ParseFault("malformed,count=-1,text=F195 OK IP=<10.77.1.2> "
-                                               "PORT=1 N=<ghost> M:0 CN:0"));
-  EXPECT_EQ(List(), NUV_CONNECTION_REFUSED);
-  EXPECT_EQ(serials, Strings{"A1"});
-  EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "A2");
-  // Nobody answers.
-  simulator->Unplug(0);
-  simulator->Unplug(1);
-  EXPECT_EQ(List(), NUV_NOT_FOUND);
-  EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "A2");
-}
-
-// The name would lead to the other simulator.
+// The name would lead to the far end.
 TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
-  NuvSim::SimulatorConfig other;
-  other.printers = {NuvSim::LoopbackPrinter()};
-  NuvSim::Simulator named(std::move(other));
-  named.Start();
-  Start({Printer("A1")});
-  Commits("malformed,count=-1,text=F195 OK IP=<localhost> PORT=" + std::to_string(named.TcpPort()) +
-          " N=<named> M:0 CN:0");
+  Peer far;
+  StartTellingOf("localhost", far.Port());
   ASSERT_EQ(List(), NUV_OK);
   EXPECT_EQ(serials, (Strings{"", "A1"}));
   EXPECT_EQ(Info(0, NUV_DEVICE_IDENTIFIER), "localhost");
@@ -105,28 +74,27 @@ TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
   EXPECT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 1));
 }
 
-TEST_F(DevicesTest, BegoSerialQueryDecidesTheListing) {
-  Start({Printer("B-1", "BEGO VARSEO XS")});
-  Commits("silent,code=140,count=3");
-  EXPECT_EQ(List(), NUV_FAILED);
-  EXPECT_THAT(Errors(), ElementsAre(std::pair(-1, 140)));
-  Commits("other-code,code=140,text=F140 OK");  // "OK" twice and no serial number behind it
-  EXPECT_EQ(List(), NUV_OK);
-  Commits("answer,code=140,text=F140 OK");
-  EXPECT_THROW(List(), Command::NoSerialNumber);
-}
+// A wait for a handle is over soon, whatever its limit is.
+class HastyClock final : public Platform::Clock {
+  Platform::WaitEnd WaitReady(Platform::Handle handle, Platform::Readiness readiness,
+                              Platform::Deadline deadline,
+                              const Platform::Interrupts& interrupts) override {
+    const auto soon = Now() + std::chrono::milliseconds(kSearchMs);
+    return Clock::WaitReady(handle, readiness, std::min(deadline, soon), interrupts);
+  }
+};
 
 TEST_F(DevicesTest, SerialNumberConnectsOnTheSecondCall) {
   auto twin = Printer("A1");
   twin.name = "twin";
   Start({Printer("A1"), twin, Printer("A2")});
-  // The time limit of an earlier listing stays in force where 0 is handed on.
-  SearchSettings::Instance().SetTimeoutMs(kSearchMs);
-  EXPECT_EQ(framework.GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
-  ConnectingFramework fresh(clock, kReplyTimeoutMs);
+  HastyClock hasty;
+  ConnectingFramework fresh(hasty, kReplyTimeoutMs);
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_NOT_FOUND) << "it only lists";
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_OK);
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "a2"), NUV_NOT_FOUND);
+  fresh.GetConnect()->CloseDevice();
+  ListAll(framework);
   EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A1"), NUV_OK);
   EXPECT_EQ(NameOfCurrent(), "printer-A1") << "the first of two with one serial number";
 }
@@ -134,7 +102,7 @@ TEST_F(DevicesTest, SerialNumberConnectsOnTheSecondCall) {
 TEST_F(DevicesTest, ReopensTheChosenPrinterAndNoOther) {
   Start({Printer("A1"), Printer("A2", "Zafel Superfine", kSecondNetwork)});
   EXPECT_EQ(framework.ConnectNetWorkDevice(kFirstNetwork), NUV_CONNECTION_REFUSED) << "not listed";
-  ASSERT_EQ(List(), NUV_OK);
+  ListAll(framework);
   EXPECT_EQ(framework.ConnectNetWorkDevice("10.77.1.25"), NUV_CONNECTION_REFUSED);
   EXPECT_EQ(framework.ConnectNetWorkDevice(""), NUV_CONNECTION_REFUSED);
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
@@ -149,7 +117,7 @@ TEST_F(DevicesTest, ReopensTheChosenPrinterAndNoOther) {
 
   // A new search that finds only the other printer does not change the choice.
   simulator->Unplug(1);
-  ASSERT_EQ(framework.GetConnect()->EnumerateDevices(1, serials), true);
+  ASSERT_TRUE(Finds(1));
   EXPECT_FALSE(channel->OpenDevice());
   simulator->Replug(1);
   EXPECT_TRUE(channel->OpenDevice());
@@ -157,39 +125,17 @@ TEST_F(DevicesTest, ReopensTheChosenPrinterAndNoOther) {
   EXPECT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 1), NUV_CONNECTION_REFUSED);
 }
 
-TEST_F(DevicesTest, RawChannelHandsTextsThrough) {
-  IConnect* const channel = framework.GetConnect();
-  EXPECT_FALSE(channel->OpenDevice()) << "nothing chosen yet";
-  EXPECT_FALSE(channel->SendBytes({'x'}));
-  StartConnected(Printer("A1"));
-  EXPECT_EQ(channel->ExecuteCommand(""), "");
-  EXPECT_EQ(channel->ExecuteCommand("F102\r\n"), "F102 OK S:0\r") << "only the line feed goes";
-  EXPECT_FALSE(channel->SendBytes({}));
-  EXPECT_TRUE(channel->SendBytes({'F', '1', '0', '2', '\r', '\n'}));
-  EXPECT_EQ(channel->ReceiveReply(), "F102 OK S:0\r");
-}
-
 // What a search makes of the answers that a network can send.
 TEST_F(DevicesTest, OnlyProperAnswersBecomeDevices) {
-  struct Row {
-    const char* fault;
-    size_t devices;
-  };
-  const Row rows[] = {
-      {"echo", 1},
-      {"duplicate,n=5", 1},
-      {"malformed,text=F195", 1},
-      {"foreign", 1},
-      {"bad-port", 0},
-      {"bad-port,text=70000", 0},
-      {"silent,code=195", 0},
-      {"burst,n=1000", 1001},
-  };
   Start({Printer("A1")});
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.fault);
-    Commits(row.fault);
-    EXPECT_EQ(Search().size(), row.devices);
+  framework.GetConnect()->SetSearchTimeout(kSearchMs);
+  for (const auto& [fault, devices] :
+       {std::pair("echo", 1U), {"duplicate,n=5", 1U}, {"bad-port", 0U}, {"burst,n=1000", 1001U}}) {
+    SCOPED_TRACE(fault);
+    Commits(fault);
+    Strings found;
+    EXPECT_TRUE(framework.GetConnect()->EnumerateDevices(NUV_KIND_NETWORK, found));
+    EXPECT_EQ(found.size(), devices);
     simulator->ClearFaults(0);
   }
 }
@@ -197,63 +143,48 @@ TEST_F(DevicesTest, OnlyProperAnswersBecomeDevices) {
 TEST_F(DevicesTest, BroadcastResultFiltersReplies) {
   Start({Printer("A1"), Printer("A2")});
   framework.GetConnect()->SetSearchTimeout(kSearchMs);
-  Strings replies;
-  EXPECT_EQ(framework.GetBroadCastResult(replies, ""), NUV_OK);
-  EXPECT_EQ(replies.size(), 2U);
+  Strings replies{"before"};
   EXPECT_EQ(framework.GetBroadCastResult(replies, "printer-A2"), NUV_OK);
   EXPECT_THAT(replies, ElementsAre(HasSubstr("IP=<10.77.1.2>"))) << "not those of before as well";
   EXPECT_EQ(framework.GetBroadCastResult(replies, "nothing"), NUV_NOT_FOUND);
 }
 
-// Searches of two channels at once would take each other's answers.
-TEST_F(DevicesTest, SearchesTakeTurns) {
-  Start({Printer("A1"), Printer("A2")});
-  ConnectingFramework other(clock, kReplyTimeoutMs);
-  framework.GetConnect()->SetSearchTimeout(kSearchMs);
-  for (int round = 0; round < 2; ++round) {
-    Strings listed;
-    Strings replies;
-    std::thread listing([&] { other.GetConnect()->EnumerateDevices(NUV_KIND_NETWORK, listed); });
-    EXPECT_EQ(framework.GetBroadCastResult(replies, ""), NUV_OK);
-    listing.join();
-    EXPECT_EQ(listed.size(), 2U);
-    EXPECT_EQ(replies.size(), 2U);
-  }
-}
-
-// Another program's search is played by its lock file.
-TEST_F(DevicesTest, WaitingForATurnHoldsUpNoQuery) {
+// Searches at once would take each other's answers. Another program's is played by its lock file.
+TEST_F(DevicesTest, SearchesTakeTurnsAndHoldUpNoQuery) {
   StartConnected(Printer("A1"));
   QLockFile others(Transport::SearchLockFile(kDefaultSearchPort));
   ASSERT_TRUE(others.tryLock(0));
-  std::atomic<bool> done{false};
+  std::atomic<int> done{0};
   std::thread searching([&] {
-    EXPECT_EQ(Search().size(), 1U);
-    done = true;
+    EXPECT_TRUE(Finds(1));
+    ++done;
+  });
+  Strings replies;
+  std::thread collecting([&] {
+    while (framework.GetBroadCastResult(replies, "") != NUV_OK) {
+    }
+    ++done;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_EQ(NameOfCurrent(), "printer-A1");
-  EXPECT_FALSE(done) << "the query came only after the search";
+  EXPECT_EQ(done, 0) << "the query came only after a search";
   others.unlock();
   searching.join();
-}
-
-TEST_F(DevicesTest, ListingHandsItsTimeLimitOn) {
-  Start({Printer("A1")});
-  Commits("late,code=195,ms=30");
-  SearchSettings::Instance().SetTimeoutMs(1);
-  EXPECT_EQ(List(), NUV_OK) << "would not have waited for the answer";
-  EXPECT_EQ(SearchSettings::Instance().TimeoutMs(), kSearchMs) << "stays for later searches";
+  collecting.join();
+  EXPECT_EQ(replies.size(), 1U);
 }
 
 TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {
   Start({Printer("A1")});
+  SearchSettings::Instance().SetTimeoutMs(1);
   {
     ConnectingFramework other(clock, kReplyTimeoutMs);
     other.SetUpdPort(6999);
   }
   EXPECT_EQ(List(), NUV_NOT_FOUND) << "nobody answers on that port";
+  EXPECT_EQ(SearchSettings::Instance().TimeoutMs(), kSearchMs) << "a listing hands its own on";
   framework.SetBroadCastPort(kDefaultSearchPort);
+  Commits("late,code=195,ms=30");
   EXPECT_EQ(List(), NUV_OK);
   EXPECT_EQ(EffectiveTimeoutMs(0), 3000);
   EXPECT_EQ(EffectiveTimeoutMs(-1), 3000) << "a negative limit must not wait for ever";

@@ -1,4 +1,4 @@
-// A lab with a print file, whose host cancels its jobs when the test says so.
+// A lab with a print file.
 #ifndef NUV_TESTS_CONNECT_JOB_LAB_H_
 #define NUV_TESTS_CONNECT_JOB_LAB_H_
 
@@ -12,26 +12,13 @@
 
 namespace Nuv::Connect {
 
-// How often the host was asked whether to cancel, and from which question on it does; -1 never.
-struct Questions {
-  int asked = 0;
-  int cancelFrom = -1;
-};
-inline Questions g_questions;
-
 class JobLab : public Lab {
  protected:
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
     SetEnvironment("NUVFILE_LIBRARY", NUVFILE_LIBRARY_FILE);
-    g_questions = {};
-    framework.RegisterSendDataCancelCallback([] {
-      return g_questions.asked++ >= g_questions.cancelFrom && g_questions.cancelFrom >= 0;
-    });
   }
-
-  static void CancelsFrom(int question) { g_questions = {0, question}; }
 
   // A new print file. A job that did not open leaves its file open, and Windows lets nobody replace
   // an open file.

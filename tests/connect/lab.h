@@ -20,9 +20,12 @@
 
 namespace Nuv::Connect {
 
+using Strings = std::vector<std::string>;
+
 constexpr char kFirstNetwork[] = "10.77.1.2";
 constexpr char kSecondNetwork[] = "10.77.2.2";
 constexpr int kSearchMs = 150;        // the simulator answers within a few
+constexpr int kHurriedSearchMs = 25;  // and mostly within these
 constexpr int kReplyTimeoutMs = 600;  // one slice of waiting
 
 class Lab : public ::testing::Test {
@@ -54,19 +57,38 @@ class Lab : public ::testing::Test {
     config.printers = std::move(printers);
     config.discovery = true;
     simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
+    serials.clear();
     simulator->Start();
   }
 
+  // Lists again and again, until all printers have answered a search that is over soon.
+  void ListAll(ConnectingFramework& host) {
+    for (int i = 0; i < 100 && serials.size() < simulator->PrinterCount(); ++i) {
+      serials.clear();
+      host.GetDeviceList(NUV_KIND_NETWORK, serials, kHurriedSearchMs);
+    }
+    ASSERT_EQ(serials.size(), simulator->PrinterCount());
+  }
   // Starts one printer and connects to it.
   void StartConnected(NuvSim::PrinterConfig printer) {
     Start({std::move(printer)});
-    ASSERT_EQ(List(), NUV_OK);
+    ListAll(framework);
     ASSERT_EQ(framework.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
   }
 
   int List(int kind = NUV_KIND_NETWORK) {
     serials.clear();
     return framework.GetDeviceList(kind, serials, kSearchMs);
+  }
+
+  // Whether searches without listing come to find so many.
+  bool Finds(size_t count) {
+    framework.GetConnect()->SetSearchTimeout(kHurriedSearchMs);
+    Strings found;
+    for (int i = 0; i < 100 && found.size() != count; ++i) {
+      if (!framework.GetConnect()->EnumerateDevices(NUV_KIND_NETWORK, found)) return false;
+    }
+    return found.size() == count;
   }
 
   std::string Info(int index, int field) {
@@ -86,8 +108,14 @@ class Lab : public ::testing::Test {
     return simulator->WaitUntil(condition, std::chrono::seconds(10));
   }
 
-  void Commits(const NuvSim::Fault& fault) { simulator->InjectFault(0, fault); }
-  void Commits(const std::string& fault) { Commits(NuvSim::ParseFault(fault)); }
+  void Commits(const std::string& fault) { simulator->InjectFault(0, NuvSim::ParseFault(fault)); }
+
+  // Starts a printer that tells every search, before itself, of another at this address.
+  void StartTellingOf(const std::string& address, uint16_t port) {
+    Start({Printer("A1")});
+    Commits("malformed,count=-1,text=F195 OK IP=<" + address + "> PORT=" + std::to_string(port) +
+            " N=<other> M:0 CN:0");
+  }
 
   static std::vector<std::pair<int, int>>& Errors() {
     static std::vector<std::pair<int, int>> list;
@@ -97,7 +125,7 @@ class Lab : public ::testing::Test {
   ManualClock clock;
   ConnectingFramework framework{clock, kReplyTimeoutMs};
   std::unique_ptr<NuvSim::Simulator> simulator;
-  std::vector<std::string> serials;
+  Strings serials;
 };
 
 }  // namespace Nuv::Connect

@@ -1,18 +1,22 @@
 // Every one-command operation: its request on the wire, its reply, what it hands out. Each row is
-// run again with a refusal, an unusable reply, a foreign one, fields that are missing and fields
-// that are no numbers.
+// run again with a refusal, an unusable reply, fields that are missing and fields that are no
+// numbers.
 
 #include <gmock/gmock.h>
 
 #include <array>
-#include <functional>
+#include <deque>
+#include <map>
 #include <regex>
 #include <set>
+#include <stdexcept>
 #include <tuple>
 #include <type_traits>
 
 #include "command/reply_views.h"
-#include "tests/connect/lab.h"
+#include "connect/connecting_framework.h"
+#include "nuvconnect/ResultCodes.h"
+#include "tests/connect/scripted_connector.h"
 #include "tests/support/protocol_page.h"
 
 namespace Nuv::Connect {
@@ -23,25 +27,21 @@ using Strings = std::vector<std::string>;
 
 // What an operation hands out; marked before, so that what it left alone shows.
 constexpr int kMark = 77;
+using Numbers = std::deque<int>;
+using Texts = std::deque<std::string>;
 struct Out {
-  Out() { i.fill(kMark); }
-
-  // The next output of the kind that an operation takes.
+  // One more output of the kind that an operation takes.
   template <typename Output>
   Output Next() {
     if constexpr (std::is_same_v<Output, int*>) {
-      return &i[numbers++];
+      return &numbers.emplace_back(kMark);
     } else {
-      return t[texts++];
+      return texts.emplace_back("-");
     }
   }
 
-  std::array<int, 13> i;
-  std::array<std::string, 6> t{"-", "-", "-", "-", "-", "-"};
-  std::array<float, 6> f{7, 7, 7, 7, 7, 7};
-  Strings list{"-"};
-  size_t numbers = 0;
-  size_t texts = 0;
+  Numbers numbers;
+  Texts texts;
 };
 
 using F = ConnectingFramework;
@@ -68,8 +68,8 @@ struct Row {
   const char* request;
   const char* reply;  // behind "F<code> "
   Run run;
-  std::vector<int> numbers;  // handed out
-  Strings texts;
+  Numbers numbers;  // handed out
+  Texts texts;
   // Outputs of these kinds before anything was read; -1 for the state alone.
   int numberAtFailure = 0;
 };
@@ -138,16 +138,23 @@ const std::vector<Row>& Rows() {
 }
 // clang-format on
 
-class OperationsTest : public Lab {
+ErrorList g_errors;
+
+class OperationsTest : public UsbHost {
  protected:
-  // The printer answers the row's command with this, behind its code, as often as it is asked.
-  void Answers(int code, const std::string& reply) {
-    simulator->ClearFaults(0);
-    NuvSim::Fault fault = NuvSim::MakeFault(NuvSim::FaultKind::kAnswer, code);
-    fault.text = reply;
-    fault.count = -1;
-    Commits(fault);
-    Errors().clear();
+  OperationsTest() {
+    port.printers = {{"A1"}};
+    EXPECT_EQ(framework.GetDeviceList(NUV_KIND_USB, names, 0), NUV_OK);
+    EXPECT_EQ(framework.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+    port.written.clear();
+    framework.RegisterErrorCodeCallback(
+        [](int result, int code) { g_errors.emplace_back(result, code); });
+  }
+
+  // The printer answers every request with this.
+  void Answers(const std::string& reply) {
+    port.onWrite = [this, reply](const std::string&) { port.blocks = {reply + "\r\n"}; };
+    g_errors.clear();
   }
 
   int Run(const Row& row) {
@@ -155,32 +162,22 @@ class OperationsTest : public Lab {
     return row.run(framework, out);
   }
 
-  // The command's code that an exception of this class carries out of the operation.
+  // The operation lets an exception of this class out, with the command's code.
   template <typename Exception>
-  int CodeThrown(const Row& row) {
-    try {
-      Run(row);
-    } catch (const Exception& error) {
-      return error.Code();
-    }
-    return 0;
+  void ExpectThrows(const Row& row) {
+    EXPECT_THAT([&] { Run(row); },
+                ::testing::Throws<Exception>(::testing::Property(&Exception::Code, row.code)));
   }
 
-  std::vector<int> Numbers(const Row& row) const {
-    return {out.i.begin(), out.i.begin() + static_cast<std::ptrdiff_t>(row.numbers.size())};
-  }
-  Strings Texts(const Row& row) const {
-    return {out.t.begin(), out.t.begin() + static_cast<std::ptrdiff_t>(row.texts.size())};
-  }
-
-  void ExpectFailed(const Row& row, int result, int expected) {
-    EXPECT_EQ(result, expected);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
-    EXPECT_EQ(Errors(), (ErrorList{{expected, row.code}}));
+  void ExpectFailed(const Row& row, int expected) {
+    EXPECT_EQ(Run(row), expected);
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), row.numberAtFailure));
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
+    EXPECT_EQ(g_errors, (ErrorList{{expected, row.code}}));
   }
 
   Out out;
+  Strings names;
 };
 
 // But for the two with a test of their own below, and what belongs to jobs and firmware.
@@ -203,96 +200,139 @@ std::string WithNumbers(const std::string& reply, const std::string& number) {
 }
 
 TEST_F(OperationsTest, RequestReplyAndOutputs) {
-  StartConnected(Printer("A1"));
   for (const Row& row : Rows()) {
     SCOPED_TRACE(row.request);
-    Answers(row.code, Head(row) + row.reply);
+    Answers(Head(row) + row.reply);
     EXPECT_EQ(Run(row), NUV_OK);
-    EXPECT_EQ(simulator->Requests().back(), row.request);
-    EXPECT_EQ(Numbers(row), row.numbers);
-    EXPECT_EQ(Texts(row), row.texts);
-    EXPECT_EQ(Errors(), ErrorList{});
+    EXPECT_EQ(port.written.back(), std::string(row.request) + "\r\n");
+    EXPECT_EQ(out.numbers, row.numbers);
+    EXPECT_EQ(out.texts, row.texts);
+    EXPECT_EQ(g_errors, ErrorList{});
     if (row.code == 219) continue;  // accepted is all that it says
-    Answers(row.code, Head(row) + "OK");
+    Answers(Head(row) + "OK");
     EXPECT_EQ(Run(row), NUV_OK);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), 0)) << "fields that are missing";
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), 0)) << "fields that are missing";
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
   }
 }
 
 TEST_F(OperationsTest, FailuresClearTheOutputsAndTellTheHostOnce) {
-  StartConnected(Printer("A1"));
   for (const Row& row : Rows()) {
     SCOPED_TRACE(row.request);
-    Answers(row.code, Head(row) + "NG");
-    ExpectFailed(row, Run(row), NUV_PRINTER_REFUSED);
-    Answers(row.code, "");  // a line without a token
-    ExpectFailed(row, Run(row), NUV_FAILED);
+    Answers(Head(row) + "NG");
+    ExpectFailed(row, NUV_PRINTER_REFUSED);
+    Answers("");  // a line without a token
+    ExpectFailed(row, NUV_FAILED);
     if (row.numbers.empty() || row.code == 219) continue;
-    Answers(row.code, Head(row) + WithNumbers(row.reply, "abc"));
-    EXPECT_EQ(CodeThrown<Command::MalformedNumber>(row), row.code);
-    EXPECT_EQ(Numbers(row), std::vector<int>(row.numbers.size(), row.numberAtFailure));
-    Answers(row.code, Head(row) + WithNumbers(row.reply, "2147483648"));
-    EXPECT_EQ(CodeThrown<Command::NumberOutOfRange>(row), row.code);
-    EXPECT_EQ(Texts(row), Strings(row.texts.size()));
+    Answers(Head(row) + WithNumbers(row.reply, "abc"));
+    ExpectThrows<Command::MalformedNumber>(row);
+    EXPECT_EQ(out.numbers, Numbers(row.numbers.size(), row.numberAtFailure));
+    Answers(Head(row) + WithNumbers(row.reply, "2147483648"));
+    ExpectThrows<Command::NumberOutOfRange>(row);
+    EXPECT_EQ(out.texts, Texts(row.texts.size()));
   }
 }
 
 TEST_F(OperationsTest, ScalingFactors) {
-  StartConnected(Printer("A1"));
-  const auto read = [this] {
-    out = Out();
-    auto& f = out.f;
+  using Factors = std::array<float, 6>;
+  Factors f{};
+  const auto read = [&] {
+    f.fill(7);
     return framework.GetBCPScaling(&f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
   };
-  using Factors = std::array<float, 6>;
-  Answers(369, "F369 BUSY OK X:1.500000,0.250000 Y:1.0,2 Z:-3,4e0");
+  Answers("F369 BUSY OK X:1.500000,0.250000 Y:1.0,2 Z:-3,4e0");
   EXPECT_EQ(read(), NUV_OK);
-  EXPECT_EQ(out.f, (Factors{1.5F, 0.25F, 1, 2, -3, 4}));
-  Answers(369, "F369 OK X:1.5 Z:,2");
+  EXPECT_EQ(f, (Factors{1.5F, 0.25F, 1, 2, -3, 4}));
+  Answers("F369 OK X:1.5 Z:,2");
   EXPECT_THROW(read(), Command::MalformedNumber);
-  Answers(369, "F369 OK X:1.5 Y:1e99,1");
+  Answers("F369 OK X:1.5 Y:1e99,1");
   EXPECT_THROW(read(), Command::NumberOutOfRange);
-  Answers(369, "F369 OK X:1.5");
+  Answers("F369 OK X:1.5");
   EXPECT_EQ(read(), NUV_OK);
-  EXPECT_EQ(out.f, (Factors{1.5F, 0, 0, 0, 0, 0}));
-  Answers(369, "F369 NG");
+  EXPECT_EQ(f, (Factors{1.5F, 0, 0, 0, 0, 0}));
+  Answers("F369 NG");
   EXPECT_EQ(read(), NUV_PRINTER_REFUSED);
-  EXPECT_EQ(out.f, Factors{});
-  EXPECT_EQ(Errors(), (ErrorList{{29, 369}}));
+  EXPECT_EQ(f, Factors{});
+  EXPECT_EQ(g_errors, (ErrorList{{29, 369}}));
 }
 
 TEST_F(OperationsTest, AccessPointNames) {
-  StartConnected(Printer("A1"));
-  Answers(198, "F198 OK SSID=<Lab net> SSID=<a > b> SSID=<B\xC3\xBCro>");
-  EXPECT_EQ(framework.GetApList(out.list), NUV_OK);
-  EXPECT_EQ(out.list, (Strings{"Lab net", "a > b", "B\xC3\xBCro"}));
-  Answers(198, "F198 NG");
-  EXPECT_EQ(framework.GetApList(out.list), NUV_PRINTER_REFUSED);
+  Answers("F198 OK SSID=<Lab net> SSID=<a > b> SSID=<B\xC3\xBCro>");
+  EXPECT_EQ(framework.GetApList(names), NUV_OK);
+  EXPECT_EQ(names, (Strings{"Lab net", "a > b", "B\xC3\xBCro"}));
+  Answers("F198 NG");
+  EXPECT_EQ(framework.GetApList(names), NUV_PRINTER_REFUSED);
 }
 
 TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
-  StartConnected(Printer("A1"));
-  const size_t before = simulator->Requests().size();
-  Errors().clear();
+  Answers("");
   EXPECT_EQ(framework.SetNickName("a\r\nF104 S2"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp("a", "b\n"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp(std::string("a\0b", 3), "k"), NUV_FAILED);
-  EXPECT_EQ(framework.GetApAttribute("\r", &out.i[0], &out.i[1]), NUV_FAILED);
-  EXPECT_EQ(simulator->Requests().size(), before);
-  EXPECT_EQ(Errors(), (ErrorList{{1, 196}, {1, 191}, {1, 191}, {1, 190}}));
+  EXPECT_EQ(framework.GetApAttribute("\r", out.Next<int*>(), out.Next<int*>()), NUV_FAILED);
+  EXPECT_EQ(port.written, Strings{});
+  EXPECT_EQ(g_errors, (ErrorList{{1, 196}, {1, 191}, {1, 191}, {1, 190}}));
+}
+
+TEST_F(OperationsTest, AnswerForAnotherSettingIsNone) {
+  Answers("F159 OK S0 V80");
+  int value = kMark;
+  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_FAILED);
+  EXPECT_EQ(value, 0);
+  EXPECT_EQ(g_errors, (ErrorList{{1, 159}}));
 }
 
 TEST_F(OperationsTest, ResinRefusalsOfBothQueries) {
-  StartConnected(Printer("A1"));
   const int results[] = {12, 13, 11, 14, 10, 1};  // by the printer's state
   for (const Row& row : Rows()) {
     if (row.code != 105 && row.code != 120) continue;
     for (size_t state = 0; state < std::size(results); ++state) {
-      Answers(row.code, Head(row) + (row.code == 105 ? "NG S:" : "NG S") + std::to_string(state));
-      ExpectFailed(row, Run(row), results[state]);
+      Answers(Head(row) + (row.code == 105 ? "NG S:" : "NG S") + std::to_string(state));
+      ExpectFailed(row, results[state]);
     }
   }
+}
+
+TEST_F(OperationsTest, ProgressOfAPrint) {
+  int layer = 7, progress = 7, minutes = 7;
+  const auto read = [&] { return framework.GetPrintingStatus(&layer, &progress, &minutes); };
+  const auto outputs = [&] { return std::vector{layer, progress, minutes}; };
+  Answers("F102 OK S:0 L:9 T:8 C:45%");
+  EXPECT_EQ(read(), NUV_NOT_PRINTING);
+  EXPECT_EQ(g_errors, (ErrorList{{22, 102}}));
+  for (const char* malformed : {"F102 OK S:1 L:9 T:8", "F102 OK S:1 L:9 T:8 C:%"}) {
+    Answers(malformed);
+    EXPECT_THROW(read(), std::invalid_argument);
+  }
+  EXPECT_EQ(outputs(), (std::vector{7, 7, 7})) << "left alone";
+  for (const char* percent : {"45%", "45", "45%60"}) {
+    Answers(std::string("F102 OK S:1 L:9 T:8 C:") + percent);
+    EXPECT_EQ(read(), NUV_OK);
+    EXPECT_EQ(outputs(), (std::vector{9, 45, 8}));
+  }
+}
+
+TEST_F(OperationsTest, ErrorNumberIsReadInTheErrorStateOnly) {
+  int status = 0, error = 7;
+  Answers("F102 OK S:2 E:5");
+  EXPECT_EQ(framework.GetPrinterStatusWithErrorCode(&status, &error), NUV_OK);
+  EXPECT_EQ(std::pair(status, error), std::pair(int{NUV_PRINTER_RECEIVING}, 7));
+  Answers("F102 OK S:3 E:42");
+  EXPECT_EQ(framework.GetPrinterStatusWithErrorCode(&status, &error), NUV_OK);
+  EXPECT_EQ(std::pair(status, error), std::pair(int{NUV_PRINTER_ERROR}, 42));
+}
+
+TEST_F(OperationsTest, OperationWithoutExportRunsAnyCommand) {
+  std::map<std::string, std::string> reply{{"old", "x"}};
+  Answers("F157 OK I3 S0");
+  EXPECT_EQ(framework.ExecuteCommand(157, {}, reply), NUV_OK);
+  EXPECT_EQ(reply, (std::map<std::string, std::string>{{"I", "3"}, {"S", "0"}}));
+  Answers("F104 NG");
+  EXPECT_EQ(framework.ExecuteCommand(104, {"9"}, reply), NUV_PRINTER_REFUSED);
+  EXPECT_EQ(framework.ExecuteCommand(140, {}, reply), NUV_FAILED) << "not the factory's";
+  EXPECT_EQ(framework.ExecuteCommand(104, {"2\r\nF104 S2"}, reply), NUV_FAILED);
+  EXPECT_TRUE(reply.empty());
+  EXPECT_EQ(g_errors, (ErrorList{{29, 104}, {1, 140}, {1, 104}}));
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "connect/connecting_framework.h"
+#include "tests/support/manual_clock.h"
 #include "transport/connector_base.h"
 
 namespace Nuv::Connect {
@@ -119,6 +121,14 @@ class ScriptedConnector final : public ConnectorBase {
  private:
   Port& port_;
   size_t count_ = 0;
+};
+
+// A host with the port, in no time.
+class UsbHost : public ::testing::Test {
+ protected:
+  Port port;
+  ManualClock clock;
+  ConnectingFramework framework{clock, 0, std::make_unique<ScriptedConnector>(port)};
 };
 
 }  // namespace Nuv::Connect

@@ -6,9 +6,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <atomic>
-#include <condition_variable>
 #include <future>
-#include <mutex>
 #include <thread>
 
 #include "tests/connect/job_lab.h"
@@ -21,7 +19,6 @@ using std::chrono::milliseconds;
 // Sleeps take no time; a wait of the status thread takes a millisecond for an hour.
 class HurriedClock final : public Platform::Clock {
  public:
-  std::chrono::nanoseconds Now() const override { return Platform::SystemClock().Now(); }
   void SleepFor(milliseconds) override { std::this_thread::yield(); }
   bool WaitFor(milliseconds, Platform::Interrupt& interrupt) override {
     return interrupt.WaitFor(milliseconds(1));
@@ -32,25 +29,13 @@ HurriedClock g_clock;
 
 std::unique_ptr<ConnectingFramework> g_host;
 std::atomic<int> g_told{0};
-std::mutex g_toldMutex;
-std::condition_variable g_toldMore;
 std::atomic<int> g_updates{0};
 std::atomic<int> g_statusInCallback{-1};
 std::function<void()> g_onPrintingInfo;
 
 void OnPrintingInfo(int, int, int, std::string, int, std::string, std::string) {
-  {
-    const std::lock_guard<std::mutex> lock(g_toldMutex);
-    ++g_told;
-  }
-  g_toldMore.notify_all();
+  ++g_told;
   if (g_onPrintingInfo) g_onPrintingInfo();
-}
-
-// Until the host has been told of a print so often.
-void AwaitTold(int times) {
-  std::unique_lock<std::mutex> lock(g_toldMutex);
-  g_toldMore.wait(lock, [times] { return g_told >= times; });
 }
 
 class ThreadsTest : public JobLab {
@@ -76,27 +61,17 @@ class ThreadsTest : public JobLab {
 
   // A new framework in place of an earlier one, connected.
   void Connect(int replyTimeoutMs = kReplyTimeoutMs) {
-    g_host.reset();
     g_host = std::make_unique<ConnectingFramework>(g_clock, replyTimeoutMs);
-    ASSERT_EQ(g_host->GetDeviceList(NUV_KIND_NETWORK, serials, kSearchMs), NUV_OK);
+    serials.clear();
+    ListAll(*g_host);
     ASSERT_EQ(g_host->ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
+  }
+  // Until the host has been told of a print so often; the status thread asks all the time.
+  void AwaitTold(int times) {
+    EXPECT_TRUE(Becomes([times] { return g_told >= times; }));
   }
   int Send() { return g_host->SendPrintFile(path.wstring(), nullptr); }
 
-  // Sends `count` jobs, one printing after the other, each until the host has been told of it.
-  // Returns how many arrived whole.
-  int SendJobs(int count) {
-    const std::string expected = Wire(lines.size());
-    int whole = 0;
-    for (int job = 0; job < count; ++job) {
-      simulator->SetIdle(0);
-      if (Send() != NUV_OK) continue;
-      const bool arrived = Becomes([&] { return simulator->JobBytes().size() >= expected.size(); });
-      if (arrived && simulator->JobBytes() == expected) ++whole;
-      AwaitTold(g_told + 1);
-    }
-    return whole;
-  }
   // The state, asked of the printer; below 0 when it did not answer.
   static int Status() {
     int status = -1;
@@ -104,7 +79,7 @@ class ThreadsTest : public JobLab {
   }
   void Poll() {
     ++polls;
-    if (Status() < 0) ++failed;
+    EXPECT_GE(Status(), 0);
   }
   // Replaces the callbacks again and again until `stop`.
   static void ReplaceCallbacks(const std::atomic<bool>& stop) {
@@ -118,31 +93,31 @@ class ThreadsTest : public JobLab {
     }
   }
 
-  // Jobs by one thread and callbacks replaced by another, while `polling`, which is given whether
-  // the jobs are done, runs in this one.
+  // Jobs by one thread, each until the host has been told of it, and callbacks replaced by another,
+  // while `polling`, which is given whether the jobs are done, runs in this one.
   template <class Polling>
   void RunsWithJobs(Polling polling) {
     ASSERT_EQ(g_host->RegisterPrintingInfoCallback(OnPrintingInfo, 1000), NUV_OK);
     std::atomic<bool> done{false};
-    int whole = 0;
     std::thread jobs([&] {
-      whole = SendJobs(kJobs);
+      for (int job = 0; job < kJobs; ++job) {
+        simulator->SetIdle(0);
+        EXPECT_EQ(Send(), NUV_OK);
+        ExpectJobArrived();
+        AwaitTold(g_told + 1);
+      }
       done = true;
     });
     std::thread replacing([&] { ReplaceCallbacks(done); });
     polling(done);
     jobs.join();
     replacing.join();
-    EXPECT_EQ(failed, 0);
-    EXPECT_GE(whole, kJobs);
-    EXPECT_GT(g_told, 0);
     EXPECT_GT(g_updates, 0);
   }
 
   static constexpr int kPolls = 3000;
   static constexpr int kJobs = 10;
   int polls = 0;
-  int failed = 0;
 };
 
 TEST_F(ThreadsTest, PollingStatusThreadAndJobsAtOnce) {

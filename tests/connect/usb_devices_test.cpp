@@ -5,11 +5,9 @@
 #include <functional>
 #include <stdexcept>
 
-#include "connect/connecting_framework.h"
 #include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/connect/scripted_connector.h"
-#include "tests/support/manual_clock.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -17,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using Strings = std::vector<std::string>;
 
-class UsbDevicesTest : public ::testing::Test {
+class UsbDevicesTest : public UsbHost {
  protected:
   int List() {
     serials.clear();
@@ -29,9 +27,7 @@ class UsbDevicesTest : public ::testing::Test {
     return value;
   }
 
-  Port port;
-  ManualClock clock;
-  ConnectingFramework framework{clock, 0, std::make_unique<ScriptedConnector>(port)};
+  IConnect* const channel = framework.GetConnect();
   Strings serials;
 };
 
@@ -67,41 +63,37 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
 
 TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
   port.printers = {{"A", "BEGO VARSEO XS"}};
+  static std::pair<int, int> told;
+  framework.RegisterErrorCodeCallback([](int result, int code) { told = {result, code}; });
   EXPECT_EQ(List(), NUV_FAILED);
+  EXPECT_EQ(told, std::pair(-1, 140));
   EXPECT_THAT(port.opened, ElementsAre("0"));
   EXPECT_EQ(port.open, -1) << "no answer to the serial query";
   port.printers.front().begoSerialReply = "F140 OK\r\n";
   EXPECT_THROW(List(), std::out_of_range);
   EXPECT_THAT(port.opened, ElementsAre("0", "0"));
   EXPECT_EQ(port.open, -1) << "thrown";
+  port.printers.front().begoSerialReply = "F140 OK OK\r\n";
+  EXPECT_EQ(List(), NUV_OK);
 }
 
 TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
-  const struct {
-    const char* what;
-    size_t attached;
-    std::chrono::minutes each;
-    size_t listed;
-  } kRows[] = {
-      {"many printers", 300, std::chrono::minutes(0), 256},
-      {"slow printers", 5, std::chrono::minutes(4), 3},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.what);
-    port.printers.assign(row.attached, {"A"});
+  for (const auto& [attached, eachMinutes, listed] : {std::tuple(300, 0, 256), {5, 4, 3}}) {
+    SCOPED_TRACE(attached);
+    const auto count = static_cast<size_t>(listed);
+    port.printers.assign(static_cast<size_t>(attached), {"A"});
     port.opened.clear();
-    port.onOpen = [&] { clock.Advance(row.each); };
+    port.onOpen = [&, took = std::chrono::minutes(eachMinutes)] { clock.Advance(took); };
     EXPECT_EQ(List(), NUV_OK);
-    EXPECT_EQ(port.opened.size(), row.listed);
-    EXPECT_EQ(serials.size(), row.listed);
-    const int last = static_cast<int>(row.listed) - 1;
-    EXPECT_EQ(Info(last, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
+    EXPECT_EQ(port.opened.size(), count);
+    EXPECT_EQ(serials.size(), count);
+    EXPECT_EQ(Info(listed - 1, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
   }
 }
 
 TEST_F(UsbDevicesTest, ChoiceIsReopened) {
-  auto* const channel = dynamic_cast<IChannel*>(framework.GetConnect());
-  EXPECT_EQ(channel->Reopen(), Reason::kUnreachable);
+  EXPECT_EQ(dynamic_cast<IChannel*>(channel)->Reopen(), Reason::kUnreachable);
+  EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, -1));
   EXPECT_THAT(port.opened, ElementsAre("again")) << "a negative index never reaches the connector";
   port.printers = {{"A"}, {"B"}};
@@ -122,29 +114,25 @@ TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   EXPECT_EQ(link.Identity(0), "printer 0");
   EXPECT_EQ(link.Identity(-1), "");
   ASSERT_EQ(link.Open(0), Reason::kNone);
-  const struct {
-    LinkState look;
-    bool inJob;
-    bool opens;
-    Strings asked;
-  } kRows[] = {{LinkState::kAlive, true, true, {"same"}},
-               {LinkState::kAlive, false, true, {"again"}},
-               {LinkState::kEnded, true, false, {}},
-               {LinkState::kEnded, false, true, {"again"}},
-               {LinkState::kClosed, true, true, {"same"}}};
-  for (const auto& row : kRows) {
+  const std::tuple<LinkState, bool, bool, Strings> rows[] = {
+      {LinkState::kAlive, true, true, {"same"}},
+      {LinkState::kAlive, false, true, {"again"}},
+      {LinkState::kEnded, true, false, {}},
+      {LinkState::kEnded, false, true, {"again"}},
+      {LinkState::kClosed, true, true, {"same"}}};
+  for (const auto& [look, inJob, opens, asked] : rows) {
     port.opened.clear();
-    port.look = row.look;
-    if (row.look == LinkState::kClosed) link.Close();
-    EXPECT_EQ(link.Reopen(row.inJob), row.opens ? Reason::kNone : Reason::kUnreachable);
-    EXPECT_EQ(port.opened, row.asked);
+    port.look = look;
+    if (look == LinkState::kClosed) link.Close();
+    EXPECT_EQ(link.Reopen(inJob), opens ? Reason::kNone : Reason::kUnreachable);
+    EXPECT_EQ(port.opened, asked);
   }
 }
 
 TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   port.printers = {{"A"}};
   port.readMs = 2900;
-  auto* const channel = dynamic_cast<NuvConnect*>(framework.GetConnect());
+  auto* const raw = dynamic_cast<NuvConnect*>(channel);
   ASSERT_TRUE(channel->EnumerateDevices(NUV_KIND_USB, serials));
   ASSERT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 0));
   port.blocks = std::deque<std::string>(20, "x");
@@ -153,29 +141,24 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   EXPECT_EQ(clock.SleptMs() - before, 30000);
 
   Platform::Interrupt interrupt;
-  EXPECT_NE(channel->ReadAgain(&interrupt).text, "");
+  EXPECT_NE(raw->ReadAgain(&interrupt).text, "");
   interrupt.Raise();
-  EXPECT_EQ(channel->ReadAgain(&interrupt).text, "");
-  EXPECT_EQ(channel->ReadAgain(&interrupt).reason, Reason::kGivenUp);
+  EXPECT_EQ(raw->ReadAgain(&interrupt).text, "");
+  EXPECT_EQ(raw->ReadAgain(&interrupt).reason, Reason::kGivenUp);
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "F9 OK") << "that was one call's";
 
-  channel->GiveUp();
+  raw->GiveUp();
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "");
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
-  EXPECT_EQ(channel->Reopen(), Reason::kGivenUp);
+  EXPECT_EQ(raw->Reopen(), Reason::kGivenUp);
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   const std::string full(512, 'x');
-  const struct {
-    const char* what;
-    std::deque<std::string> blocks;
-    std::string reply;
-    size_t left;  // blocks not read
-  } kRows[] = {
+  const std::tuple<const char*, std::deque<std::string>, std::string, size_t> rows[] = {
       {"one block", {"F9 OK\r\n", "next"}, "F9 OK\r", 1},
       {"split over packets", {"F9", " O", "K\r", "\n", "next"}, "F9 OK\r", 1},
       {"longer than a block", {full, full, "end\n"}, full + full + "end", 0},
@@ -188,15 +171,16 @@ TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   };
   port.printers = {{"A"}};
   ASSERT_EQ(List(), NUV_OK);
-  IConnect* const channel = framework.GetConnect();
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.what);
-    port.blocks = row.blocks;
-    EXPECT_EQ(channel->ReceiveReply(), row.reply);
-    EXPECT_EQ(port.blocks.size(), row.left);
+  EXPECT_EQ(channel->ExecuteCommand(""), "");
+  EXPECT_FALSE(channel->SendBytes({}));
+  for (const auto& [what, blocks, reply, left] : rows) {
+    SCOPED_TRACE(what);
+    port.blocks = blocks;
+    EXPECT_EQ(channel->ReceiveReply(), reply);
+    EXPECT_EQ(port.blocks.size(), left) << "not read";
     std::vector<uint8_t> last;
-    EXPECT_EQ(channel->ReadLocalData(last), !row.reply.empty());
+    EXPECT_EQ(channel->ReadLocalData(last), !reply.empty());
   }
   port.writeStatus = kTransferTimeout;
   port.blocks = {"F9 OK\n"};

@@ -19,13 +19,11 @@ class VirtualTimeTest : public Lab {
   void SetUp() override {
     Lab::SetUp();
     if (IsSkipped()) return;
-    // The simulator only tells the search of the printer.
-    Start({Printer("A1")});
-    Commits("malformed,count=-1,text=F195 OK IP=<127.0.0.1> PORT=" +
-            std::to_string(printer.Port()) + " N=<V1> M:02 CN:V1");
-    channel.SetSearchTimeout(kSearchMs);
-    ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
-    ASSERT_EQ(host.ConnectNetWorkDevice("127.0.0.1"), NUV_OK);
+    StartTellingOf("127.0.0.1", printer.Port());
+    channel.SetSearchTimeout(kHurriedSearchMs);
+    while (host.ConnectNetWorkDevice("127.0.0.1") != NUV_OK) {
+      ASSERT_TRUE(channel.EnumerateDevices(NUV_KIND_NETWORK, serials));
+    }
     time.SetPeer(&printer);
     host.RegisterErrorCodeCallback(
         [](int result, int code) { Errors().emplace_back(result, code); });
@@ -63,26 +61,37 @@ TEST_F(VirtualTimeTest, ASilentPrinterIsWaitedForAlmostTwoMinutes) {
 }
 
 TEST_F(VirtualTimeTest, AnAnswerCountsUntilTheLastMomentAndBehindTheResend) {
-  const struct {
-    int afterMs;
-    int tookMs;
-    size_t requests;
-  } kRows[] = {{35999, 35999, 1}, {36500, 37000, 2}, {40000, 40000, 2}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.afterMs);
+  for (const auto& [afterMs, tookMs, requests] :
+       {std::tuple(35999, 35999, 1U), {36500, 37000, 2U}, {40000, 40000, 2U}}) {
+    SCOPED_TRACE(afterMs);
     printer.requests.clear();
-    printer.answers = [&](const std::string& request) {
-      return VirtualPrinter::Answer{request.substr(0, 4) + " OK S:1\r\n",
-                                    milliseconds(row.afterMs)};
+    printer.answers = [after = milliseconds(afterMs)](const std::string& request) {
+      return VirtualPrinter::Answer{request.substr(0, 4) + " OK S:1\r\n", after};
     };
     const int64_t before = time.NowMs();
     EXPECT_EQ(host.GetPrinterStatus(&status), NUV_OK);
     EXPECT_EQ(status, 1);
-    EXPECT_EQ(time.NowMs() - before, row.tookMs);
-    EXPECT_EQ(printer.requests.size(), row.requests);
+    EXPECT_EQ(time.NowMs() - before, tookMs);
+    EXPECT_EQ(printer.requests.size(), requests);
     // The resend's answer is on its way too.
     Reconnect();
   }
+}
+
+// The printer answers the first request late, so that it is sent again and answered twice.
+TEST_F(VirtualTimeTest, SecondAnswerIsNotTakenForTheNextQuestion) {
+  printer.answers = [&](const std::string& request) {
+    if (request == "F159 S1\r\n") return VirtualPrinter::Answer{"F159 OK S1 V5\r\n"};
+    const int afterMs = printer.requests.size() == 1 ? 36900 : 150;
+    return VirtualPrinter::Answer{"F159 OK S0 V80\r\n", milliseconds(afterMs)};
+  };
+  int power = 0;
+  int micrometres = 0;
+  EXPECT_EQ(host.GetParameter(PrinterParameter::kLaserPower, &power), NUV_OK);
+  EXPECT_EQ(host.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_OK);
+  EXPECT_EQ(power, 80);
+  EXPECT_EQ(micrometres, 5);
+  EXPECT_EQ(time.NowMs(), 37150 + 250) << "until nothing more came";
 }
 
 TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {

@@ -119,6 +119,19 @@ TEST_F(FamilyJobTest, OtherRefusalsCostOnlyTheBytesTheyAreAbout) {
   EXPECT_THAT(g_host.errors, IsEmpty());
 }
 
+TEST_F(FamilyJobTest, WhatAFileLacksIsNotSent) {
+  for (const char* const machineId : {kBego, kAndroid}) {
+    StartAnew();
+    files.machineId = machineId;
+    for (const Part part : {&FakePrintFiles::key, &FakePrintFiles::preview, &FakePrintFiles::l101,
+                            &FakePrintFiles::l102, &FakePrintFiles::l103}) {
+      (files.*part).clear();
+    }
+    EXPECT_EQ(Send(), NUV_OK);
+    EXPECT_EQ(printer.Data(), "abc\r\n");
+  }
+}
+
 // The oddest that the system's files may have.
 #if defined(_WIN32)
 constexpr char kOddName[] = "a b=;.nuv";

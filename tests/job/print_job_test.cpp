@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
@@ -97,11 +96,7 @@ TEST_F(JobTest, AnEndedLinkIsNoSuccess) {
 TEST_F(JobTest, ARefusedOpeningEndsTheJobAndAbandonsOnlyItsOwn) {
   const std::string idle = "F102 OK S:0";
   const std::string receiving = "F102 OK S:2";
-  const struct {
-    const char* name;
-    Strings replies;
-    bool abandoned;
-  } kRows[] = {
+  const std::tuple<const char*, Strings, bool> rows[] = {
       {"refused", {idle, "F103 NG S:1"}, false},
       {"refused at once while receiving", {idle, "F103 NG S:2", receiving}, false},
       {"taken the first time", {idle, "", "F103 NG S:2", receiving}, true},
@@ -111,15 +106,15 @@ TEST_F(JobTest, ARefusedOpeningEndsTheJobAndAbandonsOnlyItsOwn) {
       {"no answer now", {idle, "", "F103 NG S:2", "", "", ""}, false},
       {"nonsense now", {idle, "", "F103 NG S:2", "Fx OK"}, false},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, replies, abandoned] : rows) {
+    SCOPED_TRACE(name);
     StartAnew();
     files.lines = {"one"};
-    printer.Replies(row.replies);
+    printer.Replies(replies);
     printer.Always("F102", "");
     EXPECT_EQ(Send(), NUV_PRINTER_REFUSED);
     EXPECT_EQ(printer.Data(), "");
-    EXPECT_EQ(printer.Wire().back() == "F104 S2\r\n", row.abandoned);
+    EXPECT_EQ(printer.Wire().back() == "F104 S2\r\n", abandoned);
   }
 }
 
@@ -192,16 +187,6 @@ TEST_F(JobEndTest, OfACommandFile) {
   const auto folder = [](JobTest& t) { t.path = ::testing::TempDir(); };
   const auto empty = [](JobTest& t) { t.WriteFile(""); };
   const auto device = [](JobTest& t) { t.path = kDevice; };
-#if defined(_WIN32)
-  const auto pipe = device;
-#else
-  // Nobody writes into it: opening it as a file would wait for ever.
-  const auto pipe = [](JobTest& t) {
-    t.path.replace_filename("pipe");
-    std::filesystem::remove(t.path);
-    ASSERT_EQ(std::system(("mkfifo '" + t.path.string() + "'").c_str()), 0);
-  };
-#endif
   ExpectEnds(
       {
           {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
@@ -214,7 +199,6 @@ TEST_F(JobEndTest, OfACommandFile) {
           {"its line end does not fit", LostWithFreeBuffer(4), NUV_NO_BUFFER_SPACE, ""},
           {"charged without line ends", LostWithFreeBuffer(8), NUV_OK, "G28\r\nG29\r\n"},
           {"a device", device, NUV_FILE_NOT_READABLE, ""},
-          {"a pipe", pipe, NUV_FILE_NOT_READABLE, ""},
       },
       &JobTest::SendCommands);
 }

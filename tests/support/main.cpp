@@ -4,10 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
+#include <future>
 #include <string>
 #include <thread>
 
@@ -18,52 +17,22 @@ constexpr int kHangs = 3;  // exit status
 
 // Ends the program when one test takes longer than NUV_TEST_SECONDS; 0: never, for a debugger.
 class Watchdog : public testing::EmptyTestEventListener {
- private:
-  using Clock = std::chrono::steady_clock;
-
-  void OnTestProgramStart(const testing::UnitTest&) override {
-    if (limit_.count() > 0) thread_ = std::thread([this] { Watch(); });
-  }
-
   void OnTestStart(const testing::TestInfo& test) override {
-    Set(std::string(test.test_suite_name()) + '.' + test.name());
+    if (limit_.count() == 0) return;
+    ended_ = {};
+    thread_ = std::thread([name = std::string(test.test_suite_name()) + '.' + test.name(),
+                           limit = limit_, ended = ended_.get_future()] {
+      if (ended.wait_for(limit) == std::future_status::ready) return;
+      std::fprintf(stderr, "HANGS: %s, for longer than %d s\n", name.c_str(),
+                   static_cast<int>(limit.count()));
+      std::fflush(stdout);
+      std::_Exit(kHangs);
+    });
   }
-
-  void OnTestEnd(const testing::TestInfo&) override { Set(""); }
-
-  void OnTestProgramEnd(const testing::UnitTest&) override {
+  void OnTestEnd(const testing::TestInfo&) override {
     if (!thread_.joinable()) return;
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      ended_ = true;
-    }
-    changed_.notify_one();
+    ended_.set_value();
     thread_.join();
-  }
-
-  void Set(const std::string& test) {
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      test_ = test;
-      started_ = Clock::now();
-    }
-    changed_.notify_one();
-  }
-
-  void Watch() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    while (!ended_) {
-      if (test_.empty()) {
-        changed_.wait(lock);
-      } else if (Clock::now() < started_ + limit_) {
-        changed_.wait_until(lock, started_ + limit_);
-      } else {
-        std::fprintf(stderr, "HANGS: %s, for longer than %d s\n", test_.c_str(),
-                     static_cast<int>(limit_.count()));
-        std::fflush(stdout);
-        std::_Exit(kHangs);
-      }
-    }
   }
 
   static std::chrono::seconds Limit() {
@@ -72,11 +41,7 @@ class Watchdog : public testing::EmptyTestEventListener {
   }
 
   const std::chrono::seconds limit_ = Limit();
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::string test_;  // the one that runs, or empty
-  Clock::time_point started_;
-  bool ended_ = false;
+  std::promise<void> ended_;  // of the test that runs
   std::thread thread_;
 };
 

@@ -14,12 +14,8 @@
 class ManualClock final : public Nuv::Platform::Clock {
  public:
   std::chrono::nanoseconds Now() const override { return std::chrono::milliseconds(slept_); }
-  void SleepFor(std::chrono::milliseconds duration) override {
-    slept_ += duration.count();
-    ++sleeps_;
-  }
+  void SleepFor(std::chrono::milliseconds duration) override { slept_ += duration.count(); }
   int64_t SleptMs() const { return slept_; }
-  int Sleeps() const { return sleeps_; }
 
   bool WaitFor(std::chrono::milliseconds duration, Nuv::Platform::Interrupt& interrupt) override {
     const std::chrono::nanoseconds end = Now() + duration;
@@ -41,10 +37,6 @@ class ManualClock final : public Nuv::Platform::Clock {
     began_.wait(lock, [&] { return waits_.size() >= number; });
     return waits_[number - 1];
   }
-  size_t Waits() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return waits_.size();
-  }
   void Advance(std::chrono::milliseconds duration) {
     slept_ += duration.count();
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -53,7 +45,6 @@ class ManualClock final : public Nuv::Platform::Clock {
 
  private:
   std::atomic<int64_t> slept_{0};
-  std::atomic<int> sleeps_{0};
   std::mutex mutex_;
   std::condition_variable began_;
   Nuv::Platform::Interrupt* interrupt_ = nullptr;

@@ -2,20 +2,14 @@
 #ifndef NUV_TESTS_VIRTUAL_PRINTER_H_
 #define NUV_TESTS_VIRTUAL_PRINTER_H_
 
-#include <gtest/gtest.h>
-
-#include <QHostAddress>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/support/peer.h"
 #include "tests/support/virtual_clock.h"
-#include "transport/socket_thread.h"
 
 // Answers request lines as it is told, each after a time of the clock. Takes nothing while it is
 // stuck.
@@ -27,22 +21,20 @@ class VirtualPrinter final : public VirtualPeer {
     std::chrono::milliseconds after{0};
   };
 
-  VirtualPrinter() { EXPECT_TRUE(server_.listen(QHostAddress::LocalHost)); }
-
-  uint16_t Port() const { return server_.serverPort(); }
+  uint16_t Port() const { return peer_.Port(); }
 
   std::function<Answer(const std::string& request)> answers = [](const auto&) { return Answer{}; };
   bool stuck = false;
   std::vector<std::string> requests;
 
   std::optional<Nuv::Platform::Deadline> Serve(Nuv::Platform::Deadline now) override {
-    server_.waitForNewConnection(0);
-    while (server_.hasPendingConnections()) Accept();
-    if (socket_ != nullptr && !stuck) Read(now);
+    while (peer_.Accepts(0)) {
+      input_.clear();
+      due_.clear();
+    }
+    if (!stuck) Read(now);
     while (!due_.empty() && due_.front().first <= now) {
-      const std::string& text = due_.front().second;
-      socket_->write(text.data(), static_cast<qint64>(text.size()));
-      while (socket_->bytesToWrite() > 0) socket_->waitForBytesWritten(kPatienceMs);
+      peer_.Says(due_.front().second);
       due_.pop_front();
     }
     if (due_.empty()) return std::nullopt;
@@ -53,18 +45,8 @@ class VirtualPrinter final : public VirtualPeer {
   // Real time in which what the host has written is here.
   static constexpr int kPatienceMs = 10;
 
-  void Accept() {
-    socket_.reset(server_.nextPendingConnection());
-    socket_->setParent(nullptr);
-    DetachFromThreads(*socket_, *socket_);
-    input_.clear();
-    due_.clear();
-  }
   void Read(Nuv::Platform::Deadline now) {
-    while (socket_->state() == QAbstractSocket::ConnectedState &&
-           socket_->waitForReadyRead(kPatienceMs)) {
-      input_ += socket_->readAll().toStdString();
-    }
+    input_ += peer_.ReadsAll(kPatienceMs);
     for (size_t end = 0; (end = input_.find('\n')) != std::string::npos;) {
       requests.push_back(input_.substr(0, end + 1));
       input_.erase(0, end + 1);
@@ -73,8 +55,7 @@ class VirtualPrinter final : public VirtualPeer {
     }
   }
 
-  QTcpServer server_;
-  std::unique_ptr<QTcpSocket> socket_;
+  Peer peer_;
   std::string input_;
   std::deque<std::pair<Nuv::Platform::Deadline, std::string>> due_;
 };

@@ -11,21 +11,14 @@ using namespace Nuv::Transport;
 namespace {
 
 TEST(BroadcastAddressTest, ReachesTheWholeNetwork) {
-  const struct {
-    const char* address;
-    const char* netmask;
-    const char* broadcast;
-  } kRows[] = {
-      {"192.168.1.10", "255.255.255.0", "192.168.1.255"},
-      {"192.168.1.10", "255.255.0.0", "192.168.255.255"},
-      {"10.0.5.7", "255.255.255.252", "10.0.5.7"},
-      {"10.0.5.5", "255.255.255.252", "10.0.5.7"},
-      {"10.0.5.7", "", "255.255.255.255"},
-      {"10.0.5.7", "255.x.0.0", "10.255.255.255"},
-  };
-  for (const auto& row : kRows) {
-    EXPECT_EQ(DirectedBroadcast(row.address, row.netmask), row.broadcast)
-        << row.address << " / " << row.netmask;
+  for (const auto& [address, netmask, broadcast] :
+       {std::tuple("192.168.1.10", "255.255.255.0", "192.168.1.255"),
+        {"192.168.1.10", "255.255.0.0", "192.168.255.255"},
+        {"10.0.5.7", "255.255.255.252", "10.0.5.7"},
+        {"10.0.5.5", "255.255.255.252", "10.0.5.7"},
+        {"10.0.5.7", "", "255.255.255.255"},
+        {"10.0.5.7", "255.x.0.0", "10.255.255.255"}}) {
+    EXPECT_EQ(DirectedBroadcast(address, netmask), broadcast) << address << " / " << netmask;
   }
   EXPECT_TRUE(IsLoopback("127.0.0.1"));
   EXPECT_TRUE(IsLoopback("127.0.1.1"));
@@ -33,22 +26,19 @@ TEST(BroadcastAddressTest, ReachesTheWholeNetwork) {
 }
 
 TEST(LiteralAddressTest, IsWhatNeedsNoLookUp) {
-  const struct {
-    const char* text;
-    const char* address;
-  } kRows[] = {
-      {"10.0.0.2", "10.0.0.2"}, {"10.0.0.2 ", "10.0.0.2"}, {"FE80::0:1", "fe80::1"},
-      {"::1", "::1"},           {"localhost", ""},         {"printer.example", ""},
-      {"10.0.0.2.example", ""}, {"10.0.0.256", ""},        {"", ""},
-  };
-  for (const auto& row : kRows) EXPECT_EQ(LiteralAddress(row.text), row.address) << row.text;
+  for (const auto& [text, address] : {std::pair("10.0.0.2", "10.0.0.2"),
+                                      {"10.0.0.2 ", "10.0.0.2"},
+                                      {"FE80::0:1", "fe80::1"},
+                                      {"localhost", ""},
+                                      {"10.0.0.2.example", ""},
+                                      {"10.0.0.256", ""},
+                                      {"", ""}}) {
+    EXPECT_EQ(LiteralAddress(text), address) << text;
+  }
 }
 
 TEST(DiscoveryReplyTest, FieldsAreReadFromTheReply) {
-  const struct {
-    const char* reply;
-    const char* device;
-  } kRows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"F195 OK IP=<10.0.0.2> PORT=6020 N=<Lab> M:02:00:5E CN:1\r\n", "10.0.0.2|6020|Lab|02:00:5E"},
       {"  F195 OK IP=<10.0.0.2> PORT=1 N=<Big  Lab> M:aa CN:1", "10.0.0.2|1|Big  Lab|aa"},
       // A name whose word begins with M ends there: the printers' own way of writing has no quotes.
@@ -64,11 +54,11 @@ TEST(DiscoveryReplyTest, FieldsAreReadFromTheReply) {
       {"", "none"},
       {"M-SEARCH * HTTP/1.1\r\nHOST: x\r\n", "none"},
   };
-  for (const auto& row : kRows) {
-    const NetworkDevice found = ParseDiscoveryReply(row.reply);
+  for (const auto& [reply, expected] : rows) {
+    const NetworkDevice found = ParseDiscoveryReply(reply);
     const std::string device =
         found.address + "|" + std::to_string(found.port) + "|" + found.name + "|" + found.mac;
-    EXPECT_EQ(found.valid ? device : "none", row.device) << row.reply;
+    EXPECT_EQ(found.valid ? device : "none", expected) << reply;
   }
 }
 

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
@@ -45,28 +46,22 @@ TEST_F(SearchLockFileTest, LiesInAFolderOfTheUsersOwn) {
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
   EXPECT_THAT(file.filename().string(), HasSubstr(std::to_string(kPort)));
 
-  const struct {
-    const char* what;
-    void (*lay)(const fs::path&);
-  } kTraps[] = {
-      {"open to others",
-       [](const fs::path& path) {
-         fs::create_directory(path);
-         fs::permissions(path, fs::perms::all);
-       }},
-      {"a link",
-       [](const fs::path& path) {
-         fs::create_directory(path.parent_path() / "elsewhere");
-         fs::permissions(path.parent_path() / "elsewhere", fs::perms::owner_all);
-         fs::create_directory_symlink("elsewhere", path);
-       }},
-      {"a file", [](const fs::path& path) { std::ofstream(path).put('x'); }},
-      {"no temporary folder", [](const fs::path& path) { fs::remove_all(path.parent_path()); }},
+  const std::function<void()> traps[] = {
+      [&] {  // open to others
+        fs::create_directory(folder);
+        fs::permissions(folder, fs::perms::all);
+      },
+      [&] {  // a link
+        fs::create_directory(temporary / "elsewhere");
+        fs::permissions(temporary / "elsewhere", fs::perms::owner_all);
+        fs::create_directory_symlink("elsewhere", folder);
+      },
+      [&] { std::ofstream(folder).put('x'); },
+      [&] { fs::remove_all(temporary); },
   };
-  for (const auto& trap : kTraps) {
-    SCOPED_TRACE(trap.what);
+  for (const auto& trap : traps) {
     fs::remove_all(folder);
-    trap.lay(folder);
+    trap();
     SetEnvironment("NUVCONNECT_DEBUG", "1");
     ::testing::internal::CaptureStderr();
     ManualClock clock;

@@ -1,4 +1,5 @@
-// The local link's sockets against the simulator.
+// The local link's sockets: exchanges with a far end that does what it is told, searches against
+// the simulator.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 #include "nuvsim/simulator.h"
 #include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
-#include "tests/transport/peer.h"
+#include "tests/support/peer.h"
 #include "transport/addresses.h"
 #include "transport/network_device_searcher.h"
 #include "transport/search_bounds.h"
@@ -29,37 +30,24 @@ TEST(NetworksToSearchTest, LoopbackAddressesAreLeftOut) {
   const std::vector<HostInterface> interfaces = {{"127.0.0.1", "255.0.0.0", true, true},
                                                  {"10.0.5.7", "255.255.0.0", true, false},
                                                  {"10.1.0.7", "255.255.0.0", false, false}};
-  const struct {
-    Texts hostAddresses;
-    Texts networks;
-  } kRows[] = {
+  const std::pair<Texts, Texts> rows[] = {
       {{"10.0.5.7"}, {"10.0.5.7/255.255.0.0"}},
       {{"127.0.1.1", "10.0.5.7"}, {"10.0.5.7/255.255.0.0"}},
       {{"192.168.1.1"}, {"192.168.1.1/"}},
       {{"127.0.0.1", "127.0.1.1"}, {"10.0.5.7/255.255.0.0"}},
       {{}, {"10.0.5.7/255.255.0.0"}},
   };
-  for (const auto& row : kRows) {
-    Texts networks;
-    for (const HostNetwork& each : NetworksToSearch(row.hostAddresses, interfaces)) {
-      networks.push_back(each.address + "/" + each.netmask);
+  for (const auto& [hostAddresses, networks] : rows) {
+    Texts found;
+    for (const HostNetwork& each : NetworksToSearch(hostAddresses, interfaces)) {
+      found.push_back(each.address + "/" + each.netmask);
     }
-    EXPECT_EQ(networks, row.networks);
+    EXPECT_EQ(found, networks);
   }
 }
 
-class SocketLayerTest : public ::testing::Test {
+class TcpClientSocketTest : public ::testing::Test {
  protected:
-  void Start(const std::string& address, bool discovery = false, const std::string& name = "x") {
-    NuvSim::SimulatorConfig config;
-    config.discovery = discovery;
-    config.printers = {NuvSim::LoopbackPrinter()};
-    config.printers.front().address = address;
-    config.printers.front().name = name;
-    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
-    simulator->Start();
-  }
-
   // What one read gives: the bytes, "<closed>", or "<nothing>".
   std::string Read(int timeoutMs) {
     char buffer[TcpClientSocket::kReadBytes] = {};
@@ -71,68 +59,43 @@ class SocketLayerTest : public ::testing::Test {
     return socket.Send(text.data(), static_cast<int>(text.size()));
   }
 
-  std::unique_ptr<NuvSim::Simulator> simulator;
+  Peer peer;
   TcpClientSocket socket;
 };
 
-TEST_F(SocketLayerTest, TcpExchange) {
-  Start("127.0.0.1");
+TEST_F(TcpClientSocketTest, ExchangesBlocksUntilTheEnd) {
+  EXPECT_EQ(Send("F102\r\n"), -1) << "never opened";
+  EXPECT_EQ(Read(9000), "<nothing>");
   for (const char* host : {"", "localhost", "127.0.0.1"}) {
-    ASSERT_TRUE(socket.Connect(host, simulator->TcpPort())) << host;
+    ASSERT_TRUE(socket.Connect(host, peer.Port())) << host;
+    peer.Accept();
     EXPECT_EQ(Send("F102\r\n"), 0);
-    EXPECT_EQ(Read(9000), "F102 OK S:0\r\n");
+    EXPECT_EQ(peer.Reads(6), "F102\r\n");
   }
   EXPECT_EQ(Read(999), "<nothing>") << "no whole second: does not wait";
   EXPECT_EQ(Send(""), -1);
-  EXPECT_EQ(simulator->Totals().requests, 3U);
-  // A read gives no more than its block.
-  NuvSim::Fault fault = NuvSim::MakeFault(NuvSim::FaultKind::kAnswer, 102);
-  fault.text = std::string(512, 'x') + "rest";
-  simulator->InjectFault(0, fault);
-  ASSERT_EQ(Send("F102\r\n"), 0);
-  EXPECT_EQ(Read(9000), std::string(512, 'x'));
-  EXPECT_EQ(Read(9000), "rest\r\n");
-}
-
-TEST_F(SocketLayerTest, TcpEndsAndRefusals) {
-  Start("127.0.0.1");
-  const uint16_t port = simulator->TcpPort();
-  EXPECT_EQ(Send("F102\r\n"), -1) << "never opened";
-  EXPECT_EQ(Read(9000), "<nothing>");
-  simulator->InjectFault(0, NuvSim::MakeFault(NuvSim::FaultKind::kDrop, 102));
-  ASSERT_TRUE(socket.Connect("", port));
-  ASSERT_EQ(Send("F102\r\n"), 0);
+  peer.Says(std::string(512, 'x') + "rest");
+  EXPECT_EQ(Read(9000), std::string(512, 'x')) << "no more than its block";
+  EXPECT_EQ(Read(9000), "rest");
+  peer.Closes();
   EXPECT_EQ(Read(9000), "<closed>");
   socket.Close();
   socket.Close();
   EXPECT_EQ(Send("F102\r\n"), -1);
-  simulator.reset();
+}
+
+TEST_F(TcpClientSocketTest, RefusedConnectionIsTold) {
   ::testing::internal::CaptureStderr();
-  EXPECT_FALSE(socket.Connect("", port));
+  EXPECT_FALSE(socket.Connect("", 1)) << "nobody listens there";
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("error connecting to server: "));
   EXPECT_FALSE(socket.IsOpen());
-  EXPECT_FALSE(socket.Connect("no.such.host.invalid", port));
+  EXPECT_FALSE(socket.Connect("no.such.host.invalid", peer.Port()));
 }
 
-TEST_F(SocketLayerTest, WriteThatIsNotTakenFailsInTime) {
-  TcpLimits limits;
-  limits.stallMs = 100;
-  TcpClientSocket writer(limits);
-  Peer peer;
-  for (const char* const pending : {"", "L100 OK\r\n"}) {
-    ASSERT_TRUE(writer.Connect("", peer.Port()));
-    peer.Accept();
-    peer.Says(pending);
-    const std::string endless(size_t{32} << 20, 'x');
-    EXPECT_EQ(writer.Send(endless.data(), static_cast<int>(endless.size())), -1);
-  }
-}
-
-TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
+TEST_F(TcpClientSocketTest, ConnectionThatNobodyTakesFailsInTime) {
   constexpr size_t kMore = 300;  // than the system keeps for one who does not accept
   TcpLimits limits;
   limits.connectMs = 100;
-  Peer peer;
   std::deque<TcpClientSocket> sockets;
   do {
     sockets.emplace_back(limits);
@@ -142,12 +105,31 @@ TEST_F(SocketLayerTest, ConnectionThatNobodyTakesFailsInTime) {
   EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.Port()));
 }
 
-class UdpSearchTest : public SocketLayerTest {
+TEST(SearchBoundsTest, EndASearchByTimeAnswersOrBytes) {
+  ManualClock clock;
+  SearchBounds time("net", 4000, clock);
+  EXPECT_EQ(time.WaitMs(), 4000);
+  clock.Advance(std::chrono::seconds(37));
+  EXPECT_EQ(time.WaitMs(), 3000) << "of ten time limits";
+  clock.Advance(std::chrono::seconds(3));
+  EXPECT_EQ(time.WaitMs(), 0);
+  EXPECT_EQ(SearchBounds::Longest(2999), std::chrono::seconds(30)) << "at least";
+  SearchBounds answers("net", 4000, clock);
+  for (size_t i = 0; i < SearchBounds::kMostAnswers; ++i) ASSERT_TRUE(answers.Takes(1));
+  EXPECT_FALSE(answers.Takes(1));
+  SearchBounds bytes("net", 4000, clock);
+  EXPECT_TRUE(bytes.Takes(SearchBounds::kMostBytes));
+  EXPECT_FALSE(bytes.Takes(1));
+}
+
+class UdpSearchTest : public ::testing::Test {
  protected:
   static constexpr char kMessage[] = "F195\r\n";
   static constexpr int kLength = 6;
   static constexpr uint16_t kPort = 6013;
   static constexpr int kWaitMs = 200;
+  // A flood takes the simulator a while to make; once it runs, the search ends by its bounds.
+  static constexpr int kFloodWaitMs = 3000;
 
   void SetUp() override {
     if (std::getenv("NUV_PRIVATE_NETWORK") == nullptr) {
@@ -156,111 +138,51 @@ class UdpSearchTest : public SocketLayerTest {
     ASSERT_TRUE(search.Open());
   }
 
-  // A flood takes the simulator a while to make; once it runs, the search ends by its bounds.
-  static constexpr int kFloodWaitMs = 3000;
+  // A printer that can be found, with faults.
+  void Start(const Texts& faults) {
+    NuvSim::SimulatorConfig config;
+    config.discovery = true;
+    config.printers = {NuvSim::LoopbackPrinter()};
+    config.printers.front().address = "10.77.1.2";
+    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
+    simulator->Start();
+    for (const std::string& each : faults) simulator->InjectFault(0, NuvSim::ParseFault(each));
+  }
 
-  // What a search of the first network gives, and how often it tells that it dropped the rest.
-  struct Found {
-    size_t answers = 0;
-    size_t bytes = 0;
-    size_t told = 0;
-  };
+  // How many answers a search gives that drops the rest.
   template <class Search>
-  static Found FoundBy(const Search& search) {
+  static size_t FoundBy(const Search& search) {
     SetEnvironment("NUVCONNECT_DEBUG", "1");
     ::testing::internal::CaptureStderr();
-    Found found;
-    for (const auto& answer : search()) {
-      ++found.answers;
-      found.bytes += answer.size();
-    }
-    const std::string text = ::testing::internal::GetCapturedStderr();
+    const size_t answers = search().size();
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("the rest is dropped\n"));
     SetEnvironment("NUVCONNECT_DEBUG", "");
-    constexpr char kTold[] = "the rest is dropped\n";
-    for (size_t at = text.find(kTold); at != std::string::npos; at = text.find(kTold, at + 1)) {
-      ++found.told;
-    }
-    return found;
-  }
-  static Found Local(Nuv::Platform::Clock& limiting) {
-    return FoundBy([&] {
-      const Nuv::Platform::Waiter waiter(limiting);
-      UdpSearchSocket local(waiter);
-      local.Open();
-      local.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kFloodWaitMs);
-      return local.Replies();
-    });
-  }
-  // On both networks: what is still on its way when the first is done comes to the second.
-  static Found Channel(Nuv::Platform::Clock& limiting) {
-    return FoundBy([&] {
-      const Nuv::Platform::Waiter waiter(limiting);
-      NetworkDeviceSearcher searcher(kMessage, waiter);
-      return searcher.Search(kPort, kFloodWaitMs);
-    });
+    return answers;
   }
 
   ManualClock clock;
   Nuv::Platform::Waiter waiter{clock};
   UdpSearchSocket search{waiter};
-};
-
-// A second goes by with each wait.
-class HurryingClock final : public Nuv::Platform::Clock {
- public:
-  Nuv::Platform::Deadline Now() const override { return now_; }
-  void SleepFor(std::chrono::milliseconds) override {}
-  Nuv::Platform::WaitEnd WaitReady(Nuv::Platform::Handle handle, Nuv::Platform::Readiness readiness,
-                                   Nuv::Platform::Deadline deadline,
-                                   const Nuv::Platform::Interrupts& interrupts) override {
-    const auto end = Clock::WaitReady(handle, readiness, deadline, interrupts);
-    now_ += std::chrono::seconds(1);
-    return end;
-  }
-
- private:
-  Nuv::Platform::Deadline now_{0};
+  std::unique_ptr<NuvSim::Simulator> simulator;
 };
 
 TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {
-  constexpr size_t kSeconds = 30;
-  EXPECT_EQ(SearchBounds::Longest(3000), std::chrono::seconds(kSeconds));
-  EXPECT_EQ(SearchBounds::Longest(4000), std::chrono::seconds(40)) << "ten time limits";
-  Start("10.77.1.2", true);
-  simulator->InjectFault(0, NuvSim::ParseFault("burst,count=-1,n=20000"));
-  HurryingClock hurrying;
-  const struct {
-    Nuv::Platform::Clock& clock;
-    size_t least;
-    size_t most;
-  } kRows[] = {{clock, SearchBounds::kMostAnswers, SearchBounds::kMostAnswers},
-               {hurrying, kSeconds - 5, kSeconds}};
-  for (const auto& row : kRows) {
-    const Found local = Local(row.clock);
-    EXPECT_GE(local.answers, row.least);
-    EXPECT_LE(local.answers, row.most);
-    EXPECT_EQ(local.told, 1U);
-    const Found channel = Channel(row.clock);
-    EXPECT_GE(channel.answers, row.least);
-    EXPECT_LE(channel.answers, 2 * row.most);
-    EXPECT_GE(channel.told, 1U);
-    EXPECT_LE(channel.told, 2U);
-  }
-}
-
-TEST_F(UdpSearchTest, LongAnswersEndTheSearchBeforeManyDo) {
-  constexpr size_t kNameBytes = 1000;
-  Start("10.77.1.2", true, std::string(kNameBytes, 'n'));
-  simulator->InjectFault(0, NuvSim::ParseFault("burst,count=-1,n=20000"));
-  const size_t bytes = Channel(clock).bytes;
-  EXPECT_GT(bytes, SearchBounds::kMostBytes - 2 * kNameBytes);
-  EXPECT_LE(bytes, 2 * SearchBounds::kMostBytes);
+  Start({"burst,count=-1,n=20000"});
+  EXPECT_EQ(FoundBy([&] {
+              search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort,
+                                 kFloodWaitMs);
+              return search.Replies();
+            }),
+            SearchBounds::kMostAnswers);
+  // On both networks: what is still on its way when the first is done comes to the second.
+  const size_t both =
+      FoundBy([&] { return NetworkDeviceSearcher(kMessage, waiter).Search(kPort, kFloodWaitMs); });
+  EXPECT_GE(both, SearchBounds::kMostAnswers);
+  EXPECT_LE(both, 2 * SearchBounds::kMostAnswers);
 }
 
 TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {
-  Start("10.77.1.2", true);
-  simulator->InjectFault(0, NuvSim::ParseFault("duplicate,n=2"));
-  simulator->InjectFault(0, NuvSim::ParseFault("foreign,text=" + std::string(300, '\xE9')));
+  Start({"duplicate,n=2", "foreign,text=" + std::string(300, '\xE9')});
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, 0), 1);
   ASSERT_EQ(search.Replies().size(), 4U);
   EXPECT_EQ(search.Replies()[0], std::wstring(255, L'\xE9')) << "a character per byte";

@@ -8,10 +8,7 @@ namespace {
 
 TEST(UsbIdentityTest, LooksAtTheFirstIdentityOnlyAndIgnoresLetterCase) {
   using namespace std::literals;
-  const struct {
-    std::wstring_view id;
-    bool isPrinter;
-  } kRows[] = {
+  const std::pair<std::wstring_view, bool> rows[] = {
       {L"USB\\VID_0999&PID_BEAF", true},
       {L"USB\\VID_11F1&PID_260A", true},
       {L"USB\\VID_11F1&PID_2631", true},
@@ -25,9 +22,8 @@ TEST(UsbIdentityTest, LooksAtTheFirstIdentityOnlyAndIgnoresLetterCase) {
       {L"USB\\VID_0000&PID_0000\0USB\\VID_11F1&PID_2601"sv, false},
       {L" USB\\VID_11F1&PID_2601", false},
   };
-  for (const auto& row : kRows) {
-    EXPECT_EQ(IsPrinterHardwareId(row.id), row.isPrinter)
-        << std::string(row.id.begin(), row.id.end());
+  for (const auto& [id, isPrinter] : rows) {
+    EXPECT_EQ(IsPrinterHardwareId(id), isPrinter) << std::string(id.begin(), id.end());
   }
 }
 

@@ -1,5 +1,5 @@
-#ifndef NUV_TESTS_PEER_H_
-#define NUV_TESTS_PEER_H_
+#ifndef NUV_TESTS_SUPPORT_PEER_H_
+#define NUV_TESTS_SUPPORT_PEER_H_
 
 #include <gtest/gtest.h>
 
@@ -21,15 +21,17 @@ class Peer {
 
   uint16_t Port() const { return server_.serverPort(); }
 
-  // Takes the connection that was made.
-  void Accept() {
-    ASSERT_TRUE(server_.waitForNewConnection(kPatienceMs));
+  // Takes the connection that was made. False: none was within so long.
+  bool Accepts(int patienceMs) {
+    if (!server_.waitForNewConnection(patienceMs)) return false;
     socket_.reset(server_.nextPendingConnection());
     socket_->setParent(nullptr);
     socket_->setReadBufferSize(kBufferBytes);
     socket_->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kBufferBytes);
     DetachFromThreads(*socket_, *socket_);
+    return true;
   }
+  void Accept() { ASSERT_TRUE(Accepts(kPatienceMs)); }
 
   void Says(const std::string& bytes) {
     socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
@@ -46,6 +48,16 @@ class Peer {
     return text;
   }
 
+  // All that has come, with pauses of so long.
+  std::string ReadsAll(int pauseMs) {
+    std::string text;
+    while (socket_ != nullptr && socket_->state() == QAbstractSocket::ConnectedState &&
+           socket_->waitForReadyRead(pauseMs)) {
+      text += socket_->readAll().toStdString();
+    }
+    return text;
+  }
+
   void Closes() { socket_.reset(); }
 
  private:
@@ -56,4 +68,4 @@ class Peer {
   std::unique_ptr<QTcpSocket> socket_;
 };
 
-#endif  // NUV_TESTS_PEER_H_
+#endif  // NUV_TESTS_SUPPORT_PEER_H_
