@@ -51,6 +51,9 @@ class Echo final : public Wire {
   bool refuses = false;
 };
 
+// Of one transfer.
+constexpr size_t kMostWanted = size_t{1} << 20;
+
 class Connection final : public UsbipConnection {
  public:
   explicit Connection(const UsbBus& bus) : session_(bus, *this) {}
@@ -61,6 +64,7 @@ class Connection final : public UsbipConnection {
       const std::string piece(bytes.substr(0, session_.Wanted()));  // its end is the end of a block
       bytes.remove_prefix(piece.size());
       session_.Take(piece);
+      Fuzz::Require(session_.Wanted() <= kMostWanted, "a host cannot make the server hold more");
     }
     Abort();
   }
