@@ -9,12 +9,11 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "nuvsim/net/listener.h"
 #include "nuvsim/usb/device.h"
+#include "nuvsim/usb/usbip_session.h"
 
 namespace NuvSim {
 
@@ -33,16 +32,13 @@ class UsbipServer {
   uint16_t Port() const { return listener_.Port(); }
 
  private:
-  class Session;
+  class Connection;
 
   void Serve(asio::ip::tcp::socket socket);
-  std::string List() const;
-  // The plugged device of this bus ID, or null.
-  UsbDevice* Find(std::string_view busId) const;
 
   Listener listener_;
-  std::vector<UsbDevice*> devices_;
-  std::list<std::weak_ptr<Session>> sessions_;
+  const UsbBus bus_;
+  std::list<std::weak_ptr<Connection>> connections_;
 };
 
 }  // namespace NuvSim

@@ -1,22 +1,16 @@
 // Opens the input as a print file, as it is and again with its checksums made right,
 // since a fuzzer practically never guesses those. What opens must be readable in full.
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
+#include "fuzz/targets.h"
 #include "nuvfile/print_file.h"
 #include "repair_checksums.h"
 
 namespace NuvFile {
 namespace {
 
-void Require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "an accepted print file breaks its promise: %s\n", what);
-  std::abort();
-}
+using Fuzz::Require;
 
 void ReadLines(PrintFile& file) {
   std::vector<uint8_t> buffer(static_cast<size_t>(file.ModelBytes()));
@@ -52,13 +46,9 @@ void OpenAndRead(const std::vector<uint8_t>& bytes) {
 }  // namespace
 }  // namespace NuvFile
 
-// Declared here because no header of the fuzzing library does.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz::NuvFile(const uint8_t* data, size_t size) {
   std::vector<uint8_t> bytes(data, data + size);
-  NuvFile::OpenAndRead(bytes);
-  NuvFile::RepairChecksums(&bytes);
-  NuvFile::OpenAndRead(bytes);
-  return 0;
+  ::NuvFile::OpenAndRead(bytes);
+  ::NuvFile::RepairChecksums(&bytes);
+  ::NuvFile::OpenAndRead(bytes);
 }
