@@ -17,12 +17,12 @@ constexpr std::chrono::minutes kMostListingTime(10);
 
 // Closes what is open when it goes, also when a reply throws: a USB printer is open to one program
 // at a time.
-class Closing {
+class CloseGuard {
  public:
-  explicit Closing(IConnect& channel) : channel_(channel) {}
-  ~Closing() { channel_.CloseDevice(); }
-  Closing(const Closing&) = delete;
-  Closing& operator=(const Closing&) = delete;
+  explicit CloseGuard(IConnect& channel) : channel_(channel) {}
+  ~CloseGuard() { channel_.CloseDevice(); }
+  CloseGuard(const CloseGuard&) = delete;
+  CloseGuard& operator=(const CloseGuard&) = delete;
 
  private:
   IConnect& channel_;
@@ -49,7 +49,7 @@ int ConnectingFramework::ConnectNetWorkDevice(std::string address) {
 }
 
 int ConnectingFramework::ChooseDevice(int kind, int index) {
-  return connect_.ChooseDevice(kind, index) ? NUV_OK : NUV_CONNECTION_REFUSED;
+  return ResultOf(connect_.Choose(kind, index), Step::kOpening);
 }
 
 int ConnectingFramework::GetBroadCastResult(std::vector<std::string>& replies, std::string filter) {
@@ -83,9 +83,10 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
     entry.identity = connect_.Identity(kind, static_cast<int>(i));
     // What cannot be a printer keeps its row, since rows are counted as the channel counts.
     if (kind == NUV_KIND_USB || !Transport::LiteralAddress(ids[i]).empty()) {
-      if (!connect_.ChooseDevice(kind, static_cast<int>(i))) return NUV_CONNECTION_REFUSED;
-      const Closing closing(connect_);
-      const int result = IdentifyDevice(entry);
+      int result = ResultOf(connect_.Choose(kind, static_cast<int>(i)), Step::kOpening);
+      if (result != NUV_OK) return result;
+      const CloseGuard guard(connect_);
+      result = IdentifyDevice(entry);
       if (result != NUV_OK) return result;
     }
     serials.push_back(entry[NUV_DEVICE_SERIAL]);

@@ -53,13 +53,14 @@ bool NuvConnect::ReadLocalData(std::vector<uint8_t>& data) {
   return (local.IsOpen() || leftLocal_) && local.LastRead(data);
 }
 
-bool NuvConnect::ChooseDevice(int kind, int index) {
-  const Lock lock(mutex_);
-  return Choose(kind, index) == Reason::kNone;
-}
+bool NuvConnect::ChooseDevice(int kind, int index) { return Choose(kind, index) == Reason::kNone; }
 
 Reason NuvConnect::Choose(int kind, int index) {
-  const bool isNetwork = kind != 0;
+  const Lock lock(mutex_);
+  return OpenChosen(kind != 0, index);
+}
+
+Reason NuvConnect::OpenChosen(bool isNetwork, int index) {
   Link& link = LinkOf(isNetwork);
   const bool kept = isNetwork == isNetwork_ && index == index_ && link.KeepsOpen();
   const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : link.Open(index);
@@ -88,7 +89,7 @@ std::string NuvConnect::Identity(int kind, int index) {
 Reason NuvConnect::ChooseListed(int kind, int index, const std::string& identity) {
   const Lock lock(mutex_);
   const std::string present = LinkOf(kind != 0).Identity(index);
-  if (present == identity) return Choose(kind, index);
+  if (present == identity) return OpenChosen(kind != 0, index);
   Platform::Diagnostic("device %d was listed as %s and is now %s; list again", index,
                        identity.c_str(), present.empty() ? "gone" : present.c_str());
   return Reason::kUnreachable;

@@ -55,6 +55,9 @@ class NuvConnect final : public IChannel {
   // has come into its place since has another name. Empty when there is none.
   std::string Identity(int kind, int index);
 
+  // As ChooseDevice.
+  Reason Choose(int kind, int index);
+
   // As ChooseDevice, if `index` still stands for the device of this identity.
   Reason ChooseListed(int kind, int index, const std::string& identity);
 
@@ -67,7 +70,7 @@ class NuvConnect final : public IChannel {
   std::vector<std::string> CollectBroadcastReplies();
 
  private:
-  Reason Choose(int kind, int index);
+  Reason OpenChosen(bool isNetwork, int index);
   Link& LinkOf(bool isNetwork) {
     return isNetwork ? static_cast<Link&>(network_) : local_.Current();
   }
