@@ -66,10 +66,10 @@ function(nuv_version_resource target description)
   target_sources(${target} PRIVATE "${resource}")
 endfunction()
 
-# nuv_precompile(TARGET headers...): headers that take longer to read than what includes them takes to
-# compile. The sources include them all the same.
+# nuv_precompile(TARGET PRIVATE headers... | REUSE_FROM TARGET): headers that take longer to read than
+# what includes them takes to compile. The sources include them all the same.
 function(nuv_precompile target)
-  target_precompile_headers(${target} PRIVATE ${ARGN})
+  target_precompile_headers(${target} ${ARGN})
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(${target} PRIVATE -fpch-preprocess)
   endif()
@@ -88,11 +88,20 @@ function(nuv_join target size)
   set_source_files_properties(${JOIN_SINGLE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
+# Off where nothing else would notice that a source lacks an include.
+option(NUV_JOIN_LAYERS "Compile sources of the library's layers together" OFF)
+
 # nuv_add_layer(NAME sources... [NEEDS layers or libraries...]): one layer of the library as a static
 # library, so that the shared library and the tests are built from the same objects.
 function(nuv_add_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "NEEDS")
   add_library(${name} STATIC ${LAYER_UNPARSED_ARGUMENTS})
+  if(NUV_JOIN_LAYERS)
+    # The headers of a system do not stand what came before them.
+    set(own ${LAYER_UNPARSED_ARGUMENTS})
+    list(FILTER own INCLUDE REGEX "_(posix|linux|windows|win)\\.cpp$")
+    nuv_join(${name} 12 SINGLE ${own})
+  endif()
   target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}/include")
   target_link_libraries(${name} PUBLIC ${LAYER_NEEDS} PRIVATE nuv_warnings)
 endfunction()

@@ -9,16 +9,11 @@
 #include "platform/files.h"
 
 namespace Nuv::Connect {
-namespace {
-
-constexpr size_t kChunkBytes = size_t{64} * 1024;
-
-}  // namespace
 
 bool CommandText::Read(const std::string& path) {
   Platform::RegularFile file(path);
   if (!file.IsOpen()) return false;
-  std::vector<char> chunk(kChunkBytes);
+  std::vector<char> chunk(Platform::kFileChunkBytes);
   int64_t count = 0;
   while ((count = file.Read(chunk.data(), chunk.size())) > 0) {
     if (!Add(chunk.data(), static_cast<size_t>(count))) return false;

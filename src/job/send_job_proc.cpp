@@ -2,7 +2,6 @@
 
 #include <openssl/evp.h>
 
-#include <fstream>
 #include <memory>
 #include <optional>
 
@@ -10,6 +9,7 @@
 #include "job/printer_exchange.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
+#include "platform/files.h"
 
 using Nuv::Platform::Diagnostic;
 
@@ -95,22 +95,20 @@ struct FileDigest {
   std::vector<uint8_t> sha1;  // 20 bytes
 };
 
-constexpr size_t kChunkBytes = size_t{64} * 1024;
-
 struct ContextDeleter {
   void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
 };
 using DigestContext = std::unique_ptr<EVP_MD_CTX, ContextDeleter>;
 
 // False when the file or the digest fails.
-bool Digest(std::ifstream& file, EVP_MD_CTX* context, FileDigest& digest) {
-  std::vector<char> chunk(kChunkBytes);
-  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0) {
-    const auto count = static_cast<size_t>(file.gcount());
-    if (EVP_DigestUpdate(context, chunk.data(), count) != 1) return false;
-    digest.bytes += count;
+bool Digest(Platform::RegularFile& file, EVP_MD_CTX* context, FileDigest& digest) {
+  std::vector<char> chunk(Platform::kFileChunkBytes);
+  int64_t count = 0;
+  while ((count = file.Read(chunk.data(), chunk.size())) > 0) {
+    if (EVP_DigestUpdate(context, chunk.data(), static_cast<size_t>(count)) != 1) return false;
+    digest.bytes += static_cast<uint64_t>(count);
   }
-  if (file.bad() || !file.eof()) return false;
+  if (count < 0) return false;
   digest.sha1.resize(EVP_MAX_MD_SIZE);
   unsigned int length = 0;
   if (EVP_DigestFinal_ex(context, digest.sha1.data(), &length) != 1) return false;
@@ -121,10 +119,10 @@ bool Digest(std::ifstream& file, EVP_MD_CTX* context, FileDigest& digest) {
 // Reads the file through once, in memory that does not depend on its size. Nothing, with a
 // diagnostic, when it cannot be read to its end.
 std::optional<FileDigest> DigestOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  Platform::RegularFile file(path);
   const DigestContext context(EVP_MD_CTX_new());
   FileDigest digest;
-  if (file.is_open() && context != nullptr &&
+  if (file.IsOpen() && context != nullptr &&
       EVP_DigestInit_ex(context.get(), EVP_sha1(), nullptr) == 1 &&
       Digest(file, context.get(), digest)) {
     return digest;

@@ -20,6 +20,9 @@ std::wstring FileName(const std::wstring& path);
 // into), without a final separator; empty when the system does not tell. UTF-8.
 std::string ModuleFolder();
 
+// How much who reads a whole file reads at once.
+constexpr size_t kFileChunkBytes = size_t{64} * 1024;
+
 // A file on disk, open for reading beside other programs. What could keep its reader waiting (a
 // pipe, a terminal, another device) does not open.
 //
