@@ -36,6 +36,12 @@
 // which printer they are about: give each framework its own functions. One print file is sent at a
 // time in the whole program; all else runs side by side. Search settings are common to all.
 //
+// Printers behind a router, where broadcasts do not reach: the environment variable
+// NUVCONNECT_SEARCH, "10.0.5.7 10.0.6.2:6014 broadcast", names the addresses to ask, each with an
+// own UDP port if need be, up to 1,000, and says by the word broadcast whether the networks of the
+// host are searched too. Read at each search but that of API_SearchNetworkDevice; unset or blank,
+// the networks are searched. docs/protocol.md tells how addresses are asked.
+//
 // Exceptions. A reply whose field is no number leaves the call as the C++ exception
 // std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
 // argument out of range"); a lack of memory as std::bad_alloc. docs/protocol.md has the wire.

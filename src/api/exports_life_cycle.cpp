@@ -9,7 +9,7 @@ IConnectingFramework* g_framework = nullptr;
 
 int API_Initial(void) {
   if (g_framework != nullptr) return NUV_OK;
-  g_noExceptions = Nuv::Platform::IsInEnvironment("NUVCONNECT_NO_EXCEPTIONS");
+  g_noExceptions = Nuv::Platform::Environment("NUVCONNECT_NO_EXCEPTIONS").has_value();
   return Nuv::Api::Guarded([] {
     g_framework = new ConnectingFramework();
     return NUV_OK;

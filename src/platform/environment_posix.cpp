@@ -4,6 +4,9 @@
 
 namespace Nuv::Platform {
 
-bool IsInEnvironment(const std::string& name) { return std::getenv(name.c_str()) != nullptr; }
+std::optional<std::string> Environment(const std::string& name) {
+  const char* const value = std::getenv(name.c_str());
+  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
 
 }  // namespace Nuv::Platform

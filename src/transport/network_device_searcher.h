@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "platform/waiter.h"
+#include "transport/search_addresses.h"
 
-// Finds printers by broadcasting the search message on every IPv4 network of the host and
-// collecting the answers.
+// Finds printers by sending the search message and collecting the answers: by broadcast on every
+// IPv4 network of the host, or as the environment variable NUVCONNECT_SEARCH says, which is read at
+// each search; ParseSearchAddresses reads it. Without anything in it, it is as if it were not set.
 //
 // Thread-safety: none; blocks its caller and needs no event loop. One search at a time, since every
 // search of the host binds the same port: the caller holds a SearchTurn.
@@ -33,6 +35,12 @@ class NetworkDeviceSearcher : public QObject {
  private:
   class Replies;
 
+  // Asks each address at the beginning, after a third and after two thirds of the time limit (a
+  // datagram may get lost), until all have answered. An answer counts that is a printer's and comes
+  // from where it was asked; a printer behind a router that translates addresses tells one that
+  // leads nowhere, so the one asked takes its place.
+  void AskAddresses(const std::vector<Nuv::Transport::SearchAddress>& addresses, int timeoutMs,
+                    Replies& replies);
   void SearchNetwork(const std::string& broadcast, uint16_t port, int timeoutMs, Replies& replies);
 
   QByteArray message_;

@@ -8,6 +8,7 @@
 #include "connect/device_table.h"
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
+#include "tests/support/environment.h"
 #include "tests/support/peer.h"
 #include "tests/support/protocol_page.h"
 #include "transport/search_turn.h"
@@ -53,6 +54,46 @@ TEST_F(DevicesTest, ListsThePrintersOfBothNetworks) {
   EXPECT_EQ(value, "kept");
   EXPECT_TRUE(Errors().empty());
   EXPECT_EQ(List(-1), NUV_FAILED) << "no kind of device";
+}
+
+constexpr int kForEver = 3'600'000;
+
+// No search reaches the end of its time limit: it is over when all have answered.
+TEST_F(DevicesTest, AsksTheAddressesOfTheEnvironment) {
+  Start({Printer("A1"), Printer("A2", "Zafel Superfine", kSecondNetwork),
+         Printer("L1", "Zafel Superfine", "127.0.0.5")});
+  const auto list = [&](const char* addresses, int limitMs = kForEver) {
+    SetEnvironment("NUVCONNECT_SEARCH", addresses);
+    serials.clear();
+    framework.GetDeviceList(NUV_KIND_NETWORK, serials, limitMs);
+    return serials;
+  };
+  EXPECT_THAT(list("10.77.2.2"), ElementsAre("A2"));
+  EXPECT_THAT(list("127.0.0.5 nowhere 10.77.1.255 10.77.1.2:6013"),
+              UnorderedElementsAre("L1", "A1"));
+  EXPECT_THAT(list("10.77.1.2:6014", kSearchMs), ElementsAre()) << "nobody asks that port";
+
+  // Not the first datagram, nor what no printer sends; what it tells of itself, a router may have
+  // made wrong.
+  Commits("silent,code=195,count=1");
+  Commits("malformed,count=-1,text=F195 NG");
+  EXPECT_THAT(list("10.77.1.2", kReplyTimeoutMs), ElementsAre("A1")) << "asked again";
+  simulator->ClearFaults(0);
+  const std::string port = std::to_string(simulator->TcpPort(0));
+  Commits("malformed,count=-1,text=F195 OK IP=<192.0.2.7> PORT=" + port + " N=<far> M:0 CN:0");
+  EXPECT_THAT(list("10.77.1.2"), ElementsAre("A1"));
+  EXPECT_EQ(Info(0, NUV_DEVICE_IDENTIFIER), kFirstNetwork);
+  Strings replies;
+  framework.GetBroadCastResult(replies, "");
+  EXPECT_THAT(replies, ElementsAre(HasSubstr("IP=<10.77.1.2> PORT=" + port + " N=<far>")));
+  simulator->ClearFaults(0);
+
+  for (const auto& [addresses, count] : {std::pair("broadcast 127.0.0.5", 3U), {" ", 2U}}) {
+    for (int i = 0; i < 100 && list(addresses, kHurriedSearchMs).size() != count; ++i) {
+    }
+    EXPECT_EQ(serials.size(), count) << addresses;
+  }
+  SetEnvironment("NUVCONNECT_SEARCH", "");
 }
 
 // The name would lead to the far end.

@@ -5,6 +5,7 @@
 
 #include "transport/addresses.h"
 #include "transport/discovery_reply.h"
+#include "transport/search_addresses.h"
 
 using namespace Nuv::Transport;
 
@@ -35,6 +36,37 @@ TEST(LiteralAddressTest, IsWhatNeedsNoLookUp) {
                                       {"", ""}}) {
     EXPECT_EQ(LiteralAddress(text), address) << text;
   }
+}
+
+TEST(SearchAddressesTest, ItemsThatNobodyCanAskAreNotUnderstood) {
+  const auto read = [](const std::string& text) {
+    const SearchAddresses addresses = ParseSearchAddresses(text, 6013, {"10.0.5.255"});
+    std::string items = addresses.broadcast ? "broadcast" : "";
+    for (const auto& [address, port] : addresses.asked) {
+      items += " " + NumberToDotted(address) + ":" + std::to_string(port);
+    }
+    for (const std::string& each : addresses.notUnderstood) items += " !" + each;
+    return items;
+  };
+  for (const auto& [text, items] :
+       {std::pair("10.0.5.7 broadcast\t10.0.6.2:6014 10.0.5.7:6013",
+                  "broadcast 10.0.5.7:6013 10.0.6.2:6014"),
+        {" 127.0.0.1:1 223.255.255.255:65535 ", " 127.0.0.1:1 223.255.255.255:65535"},
+        {"10.0.5.255 224.0.0.251 255.255.255.255 0.0.0.0",
+         " !10.0.5.255 !224.0.0.251 !255.255.255.255 !0.0.0.0"},
+        {"10.5 10.0.5.07 10.0.5.256 10.0.5.7.1 -1.0.0.1 printer Broadcast",
+         " !10.5 !10.0.5.07 !10.0.5.256 !10.0.5.7.1 !-1.0.0.1 !printer !Broadcast"},
+        {"1.2.3.4: 1.2.3.4:0 1.2.3.4:65536 1.2.3.4:4294973309 1.2.3.4:x 1.2.3.4:6.0 1.2.3.4:1:2",
+         " !1.2.3.4: !1.2.3.4:0 !1.2.3.4:65536 !1.2.3.4:4294973309 !1.2.3.4:x !1.2.3.4:6.0 "
+         "!1.2.3.4:1:2"}}) {
+    EXPECT_EQ(read(text), items);
+  }
+  std::string many;
+  for (uint32_t i = 1; i <= SearchAddresses::kMost + 1; ++i)
+    many += NumberToDotted(1 << 24 | i) + " ";
+  const SearchAddresses most = ParseSearchAddresses(many + many, 1, {});
+  EXPECT_EQ(most.asked.size(), SearchAddresses::kMost);
+  EXPECT_EQ(most.notUnderstood.size(), 2U) << "the last one, each time";
 }
 
 TEST(DiscoveryReplyTest, FieldsAreReadFromTheReply) {

@@ -1,6 +1,7 @@
 #include "nuvsim/simulator_impl.h"
 
 #include <algorithm>
+#include <asio/ip/udp.hpp>
 #include <asio/post.hpp>
 #include <chrono>
 #include <future>
@@ -25,6 +26,18 @@ SimulatorConfig Completed(SimulatorConfig config) {
 bool IsOn(const Ipv4Interface& network, uint32_t address) {
   if (address == 0) return !IsLoopback(network.address);
   return ((address ^ network.address) & network.netmask) == 0;
+}
+
+// This machine's address in what it sends to the whole network. A socket of ours for that address
+// and the port of searches would take the answers that are meant for a host on this machine.
+uint32_t SendsFrom(const Ipv4Interface& network) {
+  asio::io_context io;
+  asio::ip::udp::socket socket(io, asio::ip::udp::v4());
+  asio::error_code failed;
+  socket.set_option(asio::socket_base::broadcast(true), failed);
+  socket.connect({asio::ip::address_v4(network.Broadcast()), 9}, failed);
+  const auto local = socket.local_endpoint(failed);
+  return failed ? network.address : local.address().to_v4().to_uint();
 }
 
 }  // namespace
@@ -106,7 +119,8 @@ void Simulator::Impl::Change(size_t index, const std::function<void(Dialogue&)>&
   commons.events.Notify();
 }
 
-// Every network that a printer is on, once; networks that share a broadcast address are one.
+// Every network that a printer is on, once; networks that share a broadcast address are one. And
+// the printers' own addresses, each a network of one.
 void Simulator::Impl::ListenForSearches() {
   for (const Ipv4Interface& each : RunningInterfaces()) {
     if (each.netmask >= 0xfffffffeu) continue;  // a link of two has no broadcast address
@@ -118,6 +132,18 @@ void Simulator::Impl::ListenForSearches() {
     });
     if (isServed && !isKnown) networks_.push_back(each);
   }
+  std::vector<Ipv4Interface> own;
+  for (const Ipv4Interface& network : networks_) {
+    for (const auto& printer : printers) {
+      if (printer->address == 0 || !IsOn(network, printer->address)) continue;
+      if (!IsLoopback(printer->address) && SendsFrom(network) == printer->address) continue;
+      const bool isKnown = std::any_of(own.begin(), own.end(), [&](const auto& each) {
+        return each.address == printer->address;
+      });
+      if (!isKnown) own.push_back({printer->address, 0xffffffffu});
+    }
+  }
+  networks_.insert(networks_.end(), own.begin(), own.end());
   const uint16_t port = commons.config.discoveryPort;
   try {
     search_.emplace(commons.io, port, networks_, [this](size_t network, std::string_view search) {
