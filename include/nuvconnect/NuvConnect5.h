@@ -36,7 +36,7 @@
 // which printer they are about: give each framework its own functions. One print file is sent at a
 // time in the whole program; all else runs side by side. Search settings are common to all.
 //
-// Exceptions. A reply whose field is no number leaves the call as the C++ exception
+// Exceptions. A reply whose code or field is no number leaves the call as the C++ exception
 // std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
 // argument out of range"); a lack of memory as std::bad_alloc. docs/protocol.md has the wire.
 // A host that cannot catch them (in C, in another language, or of another compiler than the
