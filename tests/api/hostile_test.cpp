@@ -22,15 +22,17 @@ namespace {
 using Results = std::set<int>;
 using Platform::Deadline;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// Sanitizers keep what is freed; Windows cannot forget an earlier peak.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
 constexpr bool kMemoryIsOurs = false;
 #else
 constexpr bool kMemoryIsOurs = true;
 #endif
-constexpr long kMostMoreKib = 16 * 1024;
+constexpr long kMostMoreKib = 8 * 1024;
 
 // What the header says of an export: its results (an exception is one of a garbled reply's), and
 // how long a printer may hold it.
+const Results kQueryResults{kThrows, NUV_OK, NUV_FAILED, NUV_PRINTER_REFUSED};
 struct Promise {
   const char* names;
   Results results;
@@ -51,7 +53,7 @@ const Promise& PromiseOf(const std::string& name) {
       {"API_Send(Print|GCode)File", {0, 1, 4, 16, 20, 29}, kLong, false},
       {"API_GetPrintingStatus", {0, 1, 22, 29}, kQuery, true},
       {"API_GetResinInfo2?", {0, 1, 10, 11, 12, 13, 14, 29}, kQuery, true},
-      {".*", {0, 1, 29}, kQuery, true},
+      {".*", kQueryResults, kQuery, true},
   };
   return *std::find_if(std::begin(kPromises), std::end(kPromises), [&](const Promise& each) {
     return std::regex_match(name, std::regex(each.names));
@@ -98,6 +100,10 @@ class HostileLab : public JobLab {
     printer->searchPatience = std::chrono::milliseconds(kHurriedSearchMs);
     Connect();
     printer->searchPatience = {};
+  }
+  // The printer of this kind again; a listing of the other kind has left that one chosen.
+  void Choose() {
+    if (g_framework == nullptr || API_ChooseDevice(kind, 0) != NUV_OK) Begin();
   }
   void Connect() {
     for (int i = 0; i < 100 && API_ChooseDevice(kind, 0) != NUV_OK; ++i) {
@@ -201,8 +207,7 @@ TEST_P(HostileTest, EveryExport) {
     SCOPED_TRACE(name);
     const Promise& promise = PromiseOf(name);
     const Results& codes = senders[name];
-    printer->Behaves(kSound);
-    ASSERT_TRUE(API_NUVCONNECT_OpenDevice());
+    Choose();
     printer->Behaves(behaviour);
     printer->Forget();
     printer->searchPatience = std::chrono::milliseconds(codes.empty() ? kHurriedSearchMs : 0);
@@ -219,7 +224,8 @@ TEST_P(HostileTest, EveryExport) {
     ExpectPromised(promise, result);
     if (promise.isQuery) {
       EXPECT_EQ(Errors().size(), result && *result != NUV_OK ? 1U : 0U);
-      EXPECT_TRUE(behaviour.accepts || result != NUV_OK) << "nobody said so";
+      const int end = result.value_or(kThrows);
+      EXPECT_TRUE(behaviour.ends.count(end) == 1 || kQueryResults.count(end) == 0) << end;
     }
     EXPECT_TRUE(codes.empty() || runsOn ||
                 std::any_of(printer->requests.begin(), printer->requests.end(),
@@ -239,7 +245,8 @@ TEST_P(HostileTest, EveryExport) {
     ASSERT_TRUE(API_NUVCONNECT_OpenDevice());
     EXPECT_EQ(Jobs(), "I1 S6750");
   }
-  EXPECT_TRUE(!kMemoryIsOurs || Bench::PeakKib() - before < kMostMoreKib) << Bench::PeakKib();
+  const long moreKib = Bench::PeakKib() - before;
+  EXPECT_TRUE(!kMemoryIsOurs || moreKib < kMostMoreKib) << moreKib;
 }
 
 // As a host has it, with all the limits that it has: takes minutes.
@@ -308,6 +315,7 @@ TEST_P(SoakTest, MemoryAndHandlesStayFlat) {
     if (++row == kRows.end()) row = kRows.begin();
     printer->Behaves(kSound);
     printer->Forget();
+    Choose();
     ASSERT_TRUE(API_NUVCONNECT_OpenDevice());
     if (warmKib == 0 && time.Now() - start > kDay / 4) {
       warmKib = Bench::ResidentKib();
