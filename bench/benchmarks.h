@@ -14,6 +14,9 @@ void RunHandlers(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
 void RunParser();
 
+// All day's use for so long; not one of those that run by themselves.
+void RunSoak(const std::string& nuvsim, const std::string& folder, int seconds);
+
 }  // namespace Bench
 
 #endif  // NUV_BENCH_BENCHMARKS_H_

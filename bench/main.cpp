@@ -12,7 +12,8 @@
 #include "bench/figures.h"
 #include "bench/servers.h"
 
-// With arguments only those are run: status, parser, job, firmware, handlers, discovery.
+// With arguments only those are run: status, parser, job, firmware, handlers, discovery; soak
+// SECONDS.
 int main(int argc, char** argv) {
   const std::vector<std::string> wanted(argv + 1, argv + argc);
   if (wanted.size() == 3 && wanted[0] == Bench::kServeOption) {
@@ -27,6 +28,9 @@ int main(int argc, char** argv) {
   };
   // Generic, since it also goes into a JSON file.
   const std::string folder = (std::filesystem::temp_directory_path() / "nuvbench").generic_string();
+  if (wanted.size() == 2 && wanted[0] == "soak") {
+    Bench::RunSoak(NUVSIM_FILE, folder, std::atoi(wanted[1].c_str()));
+  }
   if (runs("status")) Bench::RunStatus();
   if (runs("parser")) Bench::RunParser();
   if (runs("job")) Bench::RunJob(NUVSIM_FILE, folder);

@@ -2,6 +2,7 @@
 #ifndef NUV_BENCH_PROCESS_H_
 #define NUV_BENCH_PROCESS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -42,6 +43,9 @@ double ProcessorSeconds();
 long ResidentKib();
 long PeakKib();
 void ResetPeak();
+
+// How many files and sockets this process has open.
+size_t Handles();
 
 }  // namespace Bench
 

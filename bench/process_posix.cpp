@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <iterator>
 
 #include "bench/process.h"
 
@@ -86,6 +87,11 @@ void ResetPeak() {
   if (file < 0) return;
   if (write(file, "5", 1) != 1) std::perror("clear_refs");
   close(file);
+}
+
+size_t Handles() {
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(open), end(open)));
 }
 
 }  // namespace Bench

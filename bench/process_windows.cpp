@@ -115,4 +115,10 @@ long ResidentKib() { return static_cast<long>(Memory().WorkingSetSize / 1024); }
 long PeakKib() { return static_cast<long>(Memory().PeakWorkingSetSize / 1024); }
 void ResetPeak() {}
 
+size_t Handles() {
+  DWORD count = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &count);
+  return count;
+}
+
 }  // namespace Bench

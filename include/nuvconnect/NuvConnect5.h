@@ -42,7 +42,7 @@
 // host are searched too. Read at each search but that of API_SearchNetworkDevice; unset or blank,
 // the networks are searched. docs/protocol.md tells how addresses are asked.
 //
-// Exceptions. A reply whose field is no number leaves the call as the C++ exception
+// Exceptions. A reply whose code or field is no number leaves the call as the C++ exception
 // std::invalid_argument ("invalid stoi argument"), one beyond 32 bits as std::out_of_range ("stoi
 // argument out of range"); a lack of memory as std::bad_alloc. docs/protocol.md has the wire.
 // A host that cannot catch them (in C, in another language, or of another compiler than the

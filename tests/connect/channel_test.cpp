@@ -76,15 +76,14 @@ TEST(ReplyLimitTest, IsThatOfTheProtocol) {
 
 using ChannelTest = JobLab;
 
-// How each fault of a printer ends, and that the command after it works again.
+// How a fault of a printer ends, and that the command after it works again; what it says wrong is
+// the matter of hostile_test.
 TEST_F(ChannelTest, EveryFaultEndsInItsCodeAndTheNextCommandWorks) {
   // What was lost, or may go on sending the rest of a reply, is opened again.
   const std::tuple<const char*, int, bool> rows[] = {
       {"silent,code=102", NUV_OK, false},  // the resend is answered
-      {"other-code,code=102", NUV_FAILED, false}, {"refuse,code=102", NUV_PRINTER_REFUSED, false},
-      {"twice,code=102", NUV_OK, false},          {"oversized,code=102,kib=64", NUV_OK, true},
-      {"drop,code=102", NUV_FAILED, true},        {"reset,code=102", NUV_FAILED, true},
-      {"drop-after,bytes=3", NUV_FAILED, true},   {"reset-after,bytes=3", NUV_FAILED, true},
+      {"twice,code=102", NUV_OK, false},        {"oversized,code=102,kib=64", NUV_OK, true},
+      {"drop-after,bytes=3", NUV_FAILED, true}, {"reset-after,bytes=3", NUV_FAILED, true},
   };
   StartConnected(Printer("A1"));
   for (const auto& [fault, result, reopen] : rows) {

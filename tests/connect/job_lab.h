@@ -2,6 +2,7 @@
 #ifndef NUV_TESTS_CONNECT_JOB_LAB_H_
 #define NUV_TESTS_CONNECT_JOB_LAB_H_
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -44,7 +45,9 @@ class JobLab : public Lab {
   }
 
   static std::string TestName() {
-    return ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::replace(name.begin(), name.end(), '/', '-');  // before its parameter
+    return name;
   }
 
   std::filesystem::path path = std::filesystem::path(::testing::TempDir()) / TestName();
