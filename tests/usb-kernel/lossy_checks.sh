@@ -109,6 +109,7 @@ create 3DPSNKG43WTW00001 --l101 /tmp/L101 "${records[@]}" --preview /tmp/preview
 echo "--- 5 % lost, 40 ms late, out of order"
 check "three printers are reached" connect_machine
 far nuvsim --config /tmp/printers.json --control "$control_port" --job-dir /tmp/jobs > /tmp/nuvsim.log 2>&1 &
+nuvsim_pid=$!
 wait_until grep -q '^ready' /tmp/nuvsim.log
 check "a search ends, and lists what is there only" lists_what_is_there
 check "three jobs at once arrive byte for byte" jobs_arrive
@@ -116,4 +117,5 @@ check "answers are right" side_by_side tells_the_truth
 check "packets were lost and came late" counted
 awk '{sent += $1; lost += $2} END {print "      of " sent " packets " lost " lost"}' /tmp/counted
 echo "      $late segments out of order, $(wc -l < /tmp/listed) of 15 printers listed"
+kill "$nuvsim_pid" "$machine"
 [ "$failures" = 0 ]
