@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Boots Debian's kernel in a virtual machine that has the programs of a build, loads the USB modules
-# there, and runs a script as the only user. What the script prints comes out here.
-# Usage: boot.sh BUILD_FOLDER CPUS SCRIPT
-# Exit status: 0 the script ended with 0; 1 it did not, or time was up.
+# Boots Debian's kernel in a virtual machine that has the programs of a build, loads the modules for USB
+# and for poor networks there, and runs scripts as the only user. What they print comes out here.
+# Usage: boot.sh BUILD_FOLDER CPUS SCRIPT...
+# Exit status: 0 all scripts ended with 0; 1 one did not, or time was up.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 bin=$(cd "$1/bin" && pwd)
-cpus=$2 script=$3
 work=$(cd "$1/.." && pwd)/usb-kernel
+cpus=$2
+scripts=("${@:3}")
 limit=${NUV_USB_KERNEL_SECONDS:-450}
 
 # The kernel that linux-image-amd64 stands for, unpacked and not installed; kept for the next run.
@@ -55,18 +56,18 @@ add_program() {
 kernel=$(fetch_kernel)
 root=$(mktemp -d)
 trap 'rm -rf "$root" "$root.cpio" "$root.log"' EXIT
-mkdir -p "$root"/{bin,lib,modules,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
+mkdir -p "$root"/{bin,lib,modules,scripts,dev,proc,sys,tmp,run,var/run,usr/share/hwdata}
 touch "$root/usr/share/hwdata/usb.ids"
-for module in usblp vhci-hcd; do add_module "$module"; done
+for module in usblp vhci-hcd veth sch_netem; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
-for program in /bin/bash /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench,nuv_scripted_host}; do
+for program in /bin/bash /sbin/{ip,tc} /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench,nuv_scripted_host}; do
   [ ! -e "$program" ] || add_program "$program"
 done
 cp -L "$bin"/../lib/libNuvFile.so "$root/lib/"
 find "$root"/{bin,lib} -type f -size +1M -exec strip --strip-debug {} + 2>/dev/null || true
 install "$here/guest_init.sh" "$root/init"
 cp "$here/guest_lib.sh" "$root/lib.sh"
-cp "$script" "$root/script.sh"
+cp "${scripts[@]}" "$root/scripts/"
 (cd "$root" && find . | cpio -o -H newc --quiet) > "$root.cpio"
 
 # The result is a line of its own, since a kernel that panics or hangs has no exit status.

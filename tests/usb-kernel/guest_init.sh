@@ -11,8 +11,8 @@ ln -s /proc/self/fd/2 /dev/stderr
 while read -r module; do insmod "/modules/$module.ko" || echo "cannot load $module"; done < /modules/order
 ifconfig lo 127.0.0.1 up
 echo "=== guest: Linux $(uname -r), $(nproc) CPU, $(cut -d ' ' -f 1 /proc/uptime) s after the start"
-bash /script.sh
-result=$?
+result=0
+for script in /scripts/*; do bash "$script" || result=1; done
 grep -q nuv_verbose=1 /proc/cmdline && dmesg | tail -n 40
 echo "=== result $result"
 poweroff -f
