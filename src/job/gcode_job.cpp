@@ -31,7 +31,6 @@ bool CommandText::Add(const char* text, size_t size) {
     bytes_.append(text, lineEnd);
     if (lineEnd == end) break;
     EndLine();
-    if (total_ > mostBytes_) return false;
     text = lineEnd + 1;
   }
   return true;

@@ -6,7 +6,6 @@ namespace Nuv::Transport {
 namespace {
 
 uint32_t PartToNumber(const std::string& part) {
-  if (part.empty()) return 0;
   uint32_t number = 0;
   for (const char digit : part) {
     if (digit < '0' || digit > '9') return 0;

@@ -29,7 +29,8 @@ class CommandTest : public ::testing::Test {
     arguments.parameters = parameters;
     arguments.clock = &clock;
     accepted.reset();
-    arguments.resultCallback = [this](int, int, bool ok, Strings) {
+    arguments.resultCallback = [this, code](int told, int /*replyCode*/, bool ok, Strings) {
+      EXPECT_EQ(told, code);
       EXPECT_EQ(accepted, std::nullopt) << "delivered once";
       accepted = ok;
     };

@@ -3,13 +3,15 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <thread>
 
 #include "tests/connect/job_lab.h"
 #include "tests/connect/scripted_connector.h"
-#include "tests/support/environment.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -134,9 +136,13 @@ TEST_F(ChannelTest, IndexThatMeansAnotherPrinterNowIsRefused) {
   ListAll(framework);
   simulator->Unplug(0);
   ASSERT_TRUE(Finds(1));
-  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A1"), NUV_CONNECTION_REFUSED);
-  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_CONNECTION_REFUSED)
-      << "index 1 is nobody's";
+  // Index 1 is nobody's.
+  for (const auto& [serial, why] : {std::pair("A1", "is now "), {"A2", "is now gone"}}) {
+    const auto connect = [&, wanted = serial] {
+      EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, wanted), NUV_CONNECTION_REFUSED);
+    };
+    EXPECT_THAT(ToldBy(connect), ::testing::HasSubstr(why));
+  }
   ASSERT_EQ(List(), NUV_OK);
   EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_OK);
   EXPECT_EQ(NameOfCurrent(), "printer-A2");
@@ -283,19 +289,52 @@ TEST_F(LeftLinkTest, PrinterThatIsUnpluggedInAJobIsNotReplaced) {
   EXPECT_TRUE(channel->OpenDevice()) << "behind the job it is found again";
 }
 
-TEST_F(LeftLinkTest, NothingIsWrittenIntoAnothersExchange) {
-  std::thread sending;
-  port.onRead = [&] {
-    if (sending.joinable()) return;
-    sending = std::thread([&] { EXPECT_TRUE(channel->SendBytes({'x'})); });
-    // Without the lock it would be through long before.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    HasAnswered();
+TEST_F(LeftLinkTest, EveryOperationWaitsForTheExchangeUnderWay) {
+  auto& raw = dynamic_cast<NuvConnect&>(*channel);
+  std::vector<uint8_t> data;
+  const std::function<void()> operations[] = {
+      [&] { raw.Send({'x'}); },
+      [&] { raw.Transact({"F8\r\n"}); },
+      [&] { raw.ReadAgain(nullptr); },
+      [&] { raw.ReadLocalData(data); },
+      [&] { raw.Look(); },
+      [&] { raw.EndJob(true); },
+      [&] { raw.Identity(NUV_KIND_USB, 0); },
+      [&] { raw.EnumerateDevices(NUV_KIND_USB, serials); },
+      [&] { raw.EnumerateDevices(NUV_KIND_NETWORK, serials); },
+      [&] { raw.SearchDevices(serials, "10.77.1.1", "255.255.255.0", 1); },
+      [&] { raw.CollectBroadcastReplies(); },
+      [&] { raw.ChooseDevice(NUV_KIND_NETWORK, 7); },
+      [&] { raw.ChooseListed(NUV_KIND_NETWORK, 7, "gone"); },
+      [&] { raw.ConnectAddress(""); },
+      [&] { raw.SetLocalOption(0); },
+      [&] { raw.Reopen(); },
+      [&] { raw.CloseDevice(); },
   };
-  EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
-  sending.join();
-  EXPECT_FALSE(port.overlapped);
-  EXPECT_EQ(port.written.back(), "x");
+  raw.SetSearchTimeout(1);
+  for (size_t i = 0; i < std::size(operations); ++i) {
+    SCOPED_TRACE(i);
+    std::thread meanwhile;
+    std::atomic<bool> begun{false};
+    std::atomic<bool> done{false};
+    port.onRead = [&] {
+      if (begun.exchange(true)) return;
+      raw.BeginJob(JobKind::kImage);
+      meanwhile = std::thread([&] {
+        operations[i]();
+        done = true;
+      });
+      // Without the lock it would be through before that.
+      for (int ms = 0; ms < 50 && !done; ++ms) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+      EXPECT_FALSE(done);
+      HasAnswered();
+    };
+    EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
+    meanwhile.join();
+    port.onRead = nullptr;
+  }
 }
 
 }  // namespace

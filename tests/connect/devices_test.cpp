@@ -210,6 +210,7 @@ TEST_F(DevicesTest, SearchesTakeTurnsAndHoldUpNoQuery) {
   EXPECT_EQ(NameOfCurrent(), "printer-A1");
   EXPECT_EQ(done, 0) << "the query came only after a search";
   others.unlock();
+  framework.GetConnect()->SetSearchMessage(kDefaultSearchMessage);  // as the searches read it
   searching.join();
   collecting.join();
   EXPECT_EQ(replies.size(), 1U);

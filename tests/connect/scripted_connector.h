@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 #include <functional>
 #include <string>
@@ -42,8 +41,6 @@ struct Port {
   std::vector<std::pair<uint32_t, uint32_t>> quietWaits;
   std::function<void()> onRead;                     // in the middle of each read
   std::function<void(const std::string&)> onWrite;  // behind each write; may set the reply
-  std::atomic<bool> reading{false};
-  std::atomic<bool> overlapped{false};  // something was written meanwhile
 };
 
 class ScriptedConnector final : public ConnectorBase {
@@ -83,7 +80,6 @@ class ScriptedConnector final : public ConnectorBase {
   uint32_t Write(const uint8_t* data, uint32_t length, uint32_t timeoutMs) override {
     EXPECT_EQ(timeoutMs, 3000U);
     if (port_.open < 0) return kNotOpen;
-    port_.overlapped = port_.overlapped || port_.reading;
     port_.written.emplace_back(data, data + length);
     const UsbPrinter& printer = port_.printers[static_cast<size_t>(port_.open)];
     if (port_.written.back() == "F140\r\n") port_.blocks = {printer.begoSerialReply};
@@ -96,9 +92,7 @@ class ScriptedConnector final : public ConnectorBase {
   }
   uint32_t Read(uint8_t* buffer, uint32_t timeoutMs) override {
     EXPECT_LE(timeoutMs, 3000U);
-    port_.reading = true;
     if (port_.onRead) port_.onRead();
-    port_.reading = false;
     const uint32_t tookMs = std::min(port_.readMs, timeoutMs);
     waiter_->GetClock().SleepFor(std::chrono::milliseconds(tookMs));
     if (waiter_->Over() || port_.blocks.empty() || tookMs < port_.readMs) return kTransferTimeout;

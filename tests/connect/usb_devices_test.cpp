@@ -154,6 +154,7 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   EXPECT_FALSE(channel->SendBytes({'x'}));
   EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
   EXPECT_EQ(raw->Reopen(), Reason::kGivenUp);
+  EXPECT_EQ(raw->ConnectAddress("127.0.0.1"), Reason::kGivenUp);
 }
 
 TEST_F(UsbDevicesTest, RepliesComeOutWhole) {

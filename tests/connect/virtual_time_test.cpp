@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/connect/lab.h"
-#include "tests/support/environment.h"
+#include "tests/support/told.h"
 #include "tests/support/virtual_printer.h"
 
 namespace Nuv::Connect {
@@ -34,15 +34,6 @@ class VirtualTimeTest : public Lab {
     ASSERT_TRUE(channel.OpenDevice());
     time.SetPeer(&printer);
   }
-  // What the library tells while `act` runs.
-  template <class Act>
-  static std::string Told(Act act) {
-    SetEnvironment("NUVCONNECT_DEBUG", "1");
-    ::testing::internal::CaptureStderr();
-    act();
-    SetEnvironment("NUVCONNECT_DEBUG", "");
-    return ::testing::internal::GetCapturedStderr();
-  }
 
   VirtualPrinter printer;
   VirtualClock time;
@@ -53,7 +44,7 @@ class VirtualTimeTest : public Lab {
 
 // Three attempts of 36 s and two pauses of a second.
 TEST_F(VirtualTimeTest, ASilentPrinterIsWaitedForAlmostTwoMinutes) {
-  const std::string told = Told([&] { EXPECT_EQ(host.GetPrinterStatus(&status), NUV_FAILED); });
+  const std::string told = ToldBy([&] { EXPECT_EQ(host.GetPrinterStatus(&status), NUV_FAILED); });
   EXPECT_THAT(told, HasSubstr("F102 failed: the printer did not answer in time"));
   EXPECT_EQ(time.NowMs(), 3 * 36000 + 2 * 1000);
   EXPECT_THAT(printer.requests, ElementsAre("F102\r\n", "F102\r\n", "F102\r\n"));
@@ -107,7 +98,7 @@ TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {
   Reconnect();
   std::map<std::string, std::string> reply;
   const std::string told =
-      Told([&] { EXPECT_EQ(host.ExecuteCommand(104, {endless}, reply), NUV_FAILED); });
+      ToldBy([&] { EXPECT_EQ(host.ExecuteCommand(104, {endless}, reply), NUV_FAILED); });
   EXPECT_THAT(told, HasSubstr("F104 failed: the printer did not take the bytes in time"));
 }
 

@@ -99,7 +99,7 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
     StartAnew();
     files.machineId = row.machineId;
     row.fault(*this);
-    EXPECT_EQ(Send(), row.result);
+    EXPECT_EQ(ToldResultOf(&JobTest::Send), row.result);
     EXPECT_EQ(printer.Wire().empty() ? "" : printer.Wire().back().substr(0, 4), row.last);
     EXPECT_EQ(printer.Blocks(), row.blocks);
     EXPECT_EQ(g_host.errors, row.errors);
@@ -150,7 +150,7 @@ TEST_F(FamilyJobTest, NamesThatWouldBreakTheLineAreRefused) {
     files.machineId = machineId;
     path = std::filesystem::path(::testing::TempDir()) / name;
     WriteFile("abc");
-    EXPECT_EQ(Send(), result);
+    EXPECT_EQ(ToldResultOf(&JobTest::Send), result);
     EXPECT_EQ(printer.Wire().empty(), result != NUV_OK);
     std::filesystem::remove(path);
   }

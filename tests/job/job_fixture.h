@@ -16,6 +16,7 @@
 #include "nuvconnect/ResultCodes.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scripted_channel.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 
@@ -35,8 +36,8 @@ inline std::string Frame(const std::string& payload) {
 // A print file held in memory.
 class FakePrintFiles final : public IPrintFileLibrary {
  public:
-  bool LoadLibrary() override { return available; }
-  bool Load(const std::string&) override { return accepts; }
+  bool LoadLibrary() override { return Told(available); }
+  bool Load(const std::string&) override { return Told(accepts); }
   void Close() override { ++closes; }
   std::string GetMachineID() override { return machineId; }
   std::string GetProjectID() override { return "P7"; }
@@ -48,7 +49,7 @@ class FakePrintFiles final : public IPrintFileLibrary {
     return static_cast<int>(total);
   }
   bool ReadLayer(int index, std::vector<uint8_t>& line) override {
-    if (static_cast<size_t>(index) >= lines.size() || index == unreadable) return false;
+    if (static_cast<size_t>(index) >= lines.size() || index == unreadable) return Told(false);
     const std::string& text = lines[static_cast<size_t>(index)];
     line.assign(text.begin(), text.end());
     return true;
@@ -74,9 +75,14 @@ class FakePrintFiles final : public IPrintFileLibrary {
   int closes = 0;
 
  private:
+  // The real one tells why.
+  static bool Told(bool ok) {
+    if (!ok) Platform::Diagnostic("print file: no");
+    return ok;
+  }
   bool Part(const std::string& part, std::vector<uint8_t>& bytes) const {
     bytes.assign(part.begin(), part.end());
-    return &part != damaged;
+    return Told(&part != damaged);
   }
 };
 
@@ -123,6 +129,13 @@ class JobTest : public ::testing::Test {
   }
   int Send() { return SendPrintFile(Context(), path.wstring(), Progress); }
   int SendCommands() { return SendGCodeFile(Context(), path.wstring(), Progress); }
+  // The same, and that a job which fails says why.
+  int ToldResultOf(int (JobTest::*send)()) {
+    int result = NUV_OK;
+    const std::string told = ToldBy([&] { result = (this->*send)(); });
+    EXPECT_TRUE(result == NUV_OK || !told.empty());
+    return result;
+  }
   JobContext Context() { return {printer, clock, files, callbacks, state}; }
 
   ScriptedChannel printer;

@@ -36,6 +36,14 @@ TEST_F(JobTest, OpensAndStreamsLineByLine) {
   EXPECT_EQ(files.closes, 1);
 }
 
+TEST_F(JobTest, WhatThePrintFileDoesNotTellIsZero) {
+  files.arguments.clear();
+  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_EQ(printer.Wire()[1],
+            "F103 S0 L0 T0.000000 R0 V0.000000 C0.000000 E0.000000 H0.000000 Y0.000000 U0.000000 "
+            "P0.000000\r\n");
+}
+
 TEST_F(JobTest, EstimateShrinksByTheRunningTotal) {
   files.lines = {"aaa", "aaa", "aaa"};  // 5 bytes each on the wire: 5, 10, 15 are taken off
   HasFreeBuffer(30);
@@ -86,7 +94,7 @@ TEST_F(JobTest, AnEndedLinkIsNoSuccess) {
     HasFreeBuffer(row.freeBuffer);
     printer.endsAfterBlocks = row.endsAfter;
     printer.opens = row.endsAfter != 0;
-    EXPECT_EQ(row.asGCode ? SendCommands() : Send(), row.result);
+    EXPECT_EQ(ToldResultOf(row.asGCode ? &JobTest::SendCommands : &JobTest::Send), row.result);
     EXPECT_EQ(printer.Data(), row.data);
     EXPECT_EQ(g_host.errors, row.errors);
   }
@@ -136,7 +144,7 @@ class JobEndTest : public JobTest {
       files.lines = {"one", "two"};
       WriteFile("G28\nG29\n");
       row.fault(*this);
-      EXPECT_EQ((this->*send)(), row.result);
+      EXPECT_EQ(ToldResultOf(send), row.result);
       EXPECT_EQ(printer.Data(), row.data);
       EXPECT_EQ(files.closes, row.closes);
       EXPECT_TRUE(state.linkFree);

@@ -203,9 +203,9 @@ TEST_F(StatusHandlerTest, TransferWaitsForTheQueriesUnderWay) {
 TEST_F(StatusHandlerTest, ThrowingCallbackEndsItsPassOnly) {
   Start();
   g_inCallback = [] { throw std::runtime_error("host"); };
-  Pass();
+  EXPECT_THAT(ToldBy([&] { Pass(); }), ::testing::HasSubstr("status thread: host\n"));
   g_inCallback = [] { throw 1; };
-  Pass();
+  EXPECT_THAT(ToldBy([&] { Pass(); }), ::testing::HasSubstr("callback threw\n"));
   EXPECT_EQ(g_told.size(), 2U);
   EXPECT_EQ(Close(), kExitLine);
 }

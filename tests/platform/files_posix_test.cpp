@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <clocale>
 
@@ -19,6 +20,15 @@ TEST(NarrowPathTest, IsUtf8WhateverTheLocale) {
 TEST(NarrowPathTest, RefusesWhatIsNoCharacter) {
   EXPECT_FALSE(NarrowPath(std::wstring(1, static_cast<wchar_t>(0xD800))));
   EXPECT_FALSE(NarrowPath(std::wstring(1, static_cast<wchar_t>(0x110000))));
+}
+
+TEST(RegularFileTest, LeavesNoDescriptorOpen) {
+  const int unused = dup(STDIN_FILENO);
+  close(unused);
+  EXPECT_TRUE(RegularFile("/proc/self/exe").IsOpen());
+  EXPECT_FALSE(RegularFile("/dev/null").IsOpen());
+  EXPECT_EQ(dup(STDIN_FILENO), unused);
+  close(unused);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/told.h"
 #include "transport/search_turn.h"
 
 using namespace Nuv::Transport;
@@ -62,12 +63,9 @@ TEST_F(SearchLockFileTest, LiesInAFolderOfTheUsersOwn) {
   for (const auto& trap : traps) {
     fs::remove_all(folder);
     trap();
-    SetEnvironment("NUVCONNECT_DEBUG", "1");
-    ::testing::internal::CaptureStderr();
     ManualClock clock;
-    const SearchTurn turn(kPort, kTimeLimitMs, clock);
-    EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("no lock file can be made"));
-    SetEnvironment("NUVCONNECT_DEBUG", "");
+    EXPECT_THAT(ToldBy([&] { const SearchTurn turn(kPort, kTimeLimitMs, clock); }),
+                HasSubstr("no lock file can be made"));
     EXPECT_EQ(clock.SleptMs(), 0) << "the search is made all the same";
   }
 }

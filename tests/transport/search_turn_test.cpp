@@ -9,8 +9,8 @@
 #include <functional>
 #include <thread>
 
-#include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/told.h"
 #include "transport/network_device_searcher.h"
 
 using namespace Nuv::Transport;
@@ -35,11 +35,7 @@ TEST(SearchTurnTest, WaitsForAnotherProgramsAsLongAsASearchMayLast) {
   EXPECT_EQ(WaitedMs(), 0);
   QLockFile others(SearchLockFile(kPort));
   ASSERT_TRUE(others.tryLock(0)) << "the turn before has ended";
-  SetEnvironment("NUVCONNECT_DEBUG", "1");
-  ::testing::internal::CaptureStderr();
-  EXPECT_EQ(WaitedMs(), longest);
-  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("answers may get lost"));
-  SetEnvironment("NUVCONNECT_DEBUG", "");
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(WaitedMs(), longest); }), HasSubstr("answers may get lost"));
   EXPECT_EQ(WaitedMs(kPort + 1), 0) << "another port";
   others.unlock();
   const SearchTurn turn(kPort, kTimeLimitMs);

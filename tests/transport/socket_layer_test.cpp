@@ -9,9 +9,9 @@
 #include <memory>
 
 #include "nuvsim/simulator.h"
-#include "tests/support/environment.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/peer.h"
+#include "tests/support/told.h"
 #include "transport/addresses.h"
 #include "transport/network_device_searcher.h"
 #include "transport/search_bounds.h"
@@ -112,7 +112,8 @@ TEST(SearchBoundsTest, EndASearchByTimeAnswersOrBytes) {
   clock.Advance(std::chrono::seconds(37));
   EXPECT_EQ(time.WaitMs(), 3000) << "of ten time limits";
   clock.Advance(std::chrono::seconds(3));
-  EXPECT_EQ(time.WaitMs(), 0);
+  EXPECT_EQ(ToldBy([&] { EXPECT_EQ(time.WaitMs(), 0); }),
+            "[NKG]search on net: still answers after 40 s, the rest is dropped\n");
   EXPECT_EQ(SearchBounds::Longest(2999), std::chrono::seconds(30)) << "at least";
   SearchBounds answers("net", 4000, clock);
   for (size_t i = 0; i < SearchBounds::kMostAnswers; ++i) ASSERT_TRUE(answers.Takes(1));
@@ -152,11 +153,8 @@ class UdpSearchTest : public ::testing::Test {
   // How many answers a search gives that drops the rest.
   template <class Search>
   static size_t FoundBy(const Search& search) {
-    SetEnvironment("NUVCONNECT_DEBUG", "1");
-    ::testing::internal::CaptureStderr();
-    const size_t answers = search().size();
-    EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("the rest is dropped\n"));
-    SetEnvironment("NUVCONNECT_DEBUG", "");
+    size_t answers = 0;
+    EXPECT_THAT(ToldBy([&] { answers = search().size(); }), HasSubstr("the rest is dropped\n"));
     return answers;
   }
 
@@ -191,15 +189,14 @@ TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {
 }
 
 TEST_F(UdpSearchTest, FailuresAreTold) {
-  SetEnvironment("NUVCONNECT_DEBUG", "1");
-  ::testing::internal::CaptureStderr();
-  EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.88.1.1", "255.255.255.0", kPort, kWaitMs), 0)
-      << "no way to that network";
-  EXPECT_THAT(
-      ::testing::internal::GetCapturedStderr(),
-      ::testing::AllOf(::testing::StartsWith("[NKG]sendto error!, error code is "),
-                       ::testing::EndsWith("\n"), ::testing::Not(::testing::HasSubstr("?"))));
-  SetEnvironment("NUVCONNECT_DEBUG", "");
+  // There is no way to that network.
+  const auto sendElsewhere = [&] {
+    EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.88.1.1", "255.255.255.0", kPort, kWaitMs),
+              0);
+  };
+  EXPECT_THAT(ToldBy(sendElsewhere),
+              ::testing::AllOf(::testing::StartsWith("[NKG]sendto error!, error code is "),
+                               ::testing::EndsWith("\n"), ::testing::Not(HasSubstr("?"))));
   search.Close();
   EXPECT_EQ(search.BroadcastTo(kMessage, kLength, "10.77.1.1", "255.255.255.0", kPort, kWaitMs), 0);
   search.BroadcastAll(kMessage, kLength, kPort, kWaitMs);

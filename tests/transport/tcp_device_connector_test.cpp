@@ -2,6 +2,7 @@
 
 #include "transport/tcp_device_connector.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -10,9 +11,11 @@
 
 #include "tests/support/peer.h"
 #include "tests/support/qt_warnings.h"
+#include "tests/support/told.h"
 #include "tests/support/virtual_clock.h"
 
 using namespace Nuv::Transport;
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -60,9 +63,17 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
   EXPECT_EQ(Receive(), TcpResult::kNotConnected);
   connector->Disconnect();
   connector->Discard();
-  EXPECT_FALSE(connector->Connect("127.0.0.1", 1)) << "nobody listens there";
-  EXPECT_FALSE(connector->Connect("", 1));
-  EXPECT_FALSE(connector->Connect("localhost", peer.Port())) << "no name is looked up";
+  // Nobody listens on port 1, and no name is looked up.
+  const uint16_t port = peer.Port();
+  for (const auto& [address, number, why] :
+       {std::tuple("127.0.0.1", uint16_t{1}, "connect to 127.0.0.1 port 1: "),
+        {"", uint16_t{1}, "\"\" is no address"},
+        {"localhost", port, "\"localhost\" is no address"}}) {
+    const auto connect = [&, to = address, on = number] {
+      EXPECT_FALSE(connector->Connect(to, on));
+    };
+    EXPECT_THAT(ToldBy(connect), HasSubstr(why));
+  }
 }
 
 TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {
@@ -148,7 +159,8 @@ TEST_F(TcpDeviceConnectorTest, ImageIsWrittenWholeThoughThePrinterStalls) {
 TEST_F(TcpDeviceConnectorTest, SecondStallOfAnImageInARowIsTheLast) {
   ConnectInNoTime();
   EXPECT_EQ(Send(std::string(kEndless, 'x'), true), TcpResult::kNotSent);
-  EXPECT_EQ(Send("x", true), TcpResult::kNotSent);
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(Send("x", true), TcpResult::kNotSent); }),
+              HasSubstr("bytes not taken"));
   EXPECT_EQ(Send("x", true), TcpResult::kNotConnected);
   EXPECT_EQ(clock.NowMs(), 2 * limits.stallMs);
 }
@@ -159,8 +171,11 @@ TEST_F(TcpDeviceConnectorTest, OfAReplyTheLimitIsKept) {
     limits.replyBytes = most;
     Connect();
     peer.Says(longReply);
-    ASSERT_EQ(Receive(), TcpResult::kOk);
+    const std::string told = ToldBy([&] { ASSERT_EQ(Receive(), TcpResult::kOk); });
     EXPECT_EQ(reply, longReply.substr(0, most));
+    EXPECT_EQ(told, most < longReply.size()
+                        ? "[NKG]reply longer than 5000 bytes: 5002 thrown away\n"
+                        : "");
     EXPECT_FALSE(connector->Discard()) << "the rest is gone";
   }
 }
@@ -172,7 +187,9 @@ TEST_F(TcpDeviceConnectorTest, PrinterWhoseReplyDoesNotEndIsDropped) {
     limits.discardBytes = static_cast<size_t>(most);
     Connect();
     peer.Says(std::string(15000, 'x'));
-    EXPECT_EQ(Receive(), TcpResult::kOk);
+    EXPECT_EQ(ToldBy([&] { EXPECT_EQ(Receive(), TcpResult::kOk); }).find("sends without a pause") !=
+                  std::string::npos,
+              state == LinkState::kEnded);
     EXPECT_EQ(connector->Look(), state);
   }
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <deque>
 
+#include "tests/support/told.h"
 #include "tests/support/virtual_clock.h"
 #include "tests/transport/usb_lab.h"
 #include "transport/usb_connector_linux.h"
@@ -271,18 +272,14 @@ TEST_F(UsbConnectorTest, ReopensOnlyThePrinterThatWasOpen) {
 TEST_F(UsbConnectorTest, TellsWhyANodeCannotBeOpened) {
   OpenScripted();
   scripted.Close();
-  setenv("NUVCONNECT_DEBUG", "1", 1);
   for (const auto& [error, why] :
        {std::pair(EACCES, "udev rule"), {EBUSY, "another program"}, {ENOENT, "not attached"}}) {
     node.openError = error;
-    ::testing::internal::CaptureStderr();
-    EXPECT_FALSE(scripted.Open(L"0"));
-    const std::string told = ::testing::internal::GetCapturedStderr();
-    EXPECT_THAT(told, ::testing::AllOf(HasSubstr("/dev/usb/lp0"), HasSubstr(why)));
+    EXPECT_THAT(ToldBy([&] { EXPECT_FALSE(scripted.Open(L"0")); }),
+                ::testing::AllOf(HasSubstr("/dev/usb/lp0"), HasSubstr(why)));
     EXPECT_EQ(Write(scripted, "x"), kNotOpen);
     EXPECT_EQ(Read(scripted), kNotOpen);
   }
-  unsetenv("NUVCONNECT_DEBUG");
   node.openError = 0;
   EXPECT_TRUE(scripted.Open(L"0"));
 }
