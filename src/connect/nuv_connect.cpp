@@ -168,12 +168,17 @@ void NuvConnect::SetLocalOption(int option) {
 }
 
 void NuvConnect::SetSearchTimeout(int timeoutMs) {
+  const Lock lock(mutex_);
   SearchSettings::Instance().SetTimeoutMs(timeoutMs);
 }
 
-void NuvConnect::SetSearchPort(int port) { SearchSettings::Instance().SetPort(port); }
+void NuvConnect::SetSearchPort(int port) {
+  const Lock lock(mutex_);
+  SearchSettings::Instance().SetPort(port);
+}
 
 void NuvConnect::SetSearchMessage(std::string message) {
+  const Lock lock(mutex_);
   SearchSettings::Instance().SetMessage(message);
 }
 

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <thread>
 
+#include "connect/search_settings.h"
 #include "tests/connect/job_lab.h"
 #include "tests/connect/scripted_connector.h"
 #include "tests/support/told.h"
@@ -308,6 +309,9 @@ TEST_F(LeftLinkTest, EveryOperationWaitsForTheExchangeUnderWay) {
       [&] { raw.ChooseListed(NUV_KIND_NETWORK, 7, "gone"); },
       [&] { raw.ConnectAddress(""); },
       [&] { raw.SetLocalOption(0); },
+      [&] { raw.SetSearchTimeout(1); },
+      [&] { raw.SetSearchPort(kDefaultSearchPort); },
+      [&] { raw.SetSearchMessage(kDefaultSearchMessage); },
       [&] { raw.Reopen(); },
       [&] { raw.CloseDevice(); },
   };
