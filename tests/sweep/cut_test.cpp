@@ -251,7 +251,10 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
       EXPECT_TRUE(cuts != Cuts::kForEver || way == Host::kNuvctlOverUsb);
       const bool cancelled = g_transfer.asked > kMostPasses;
       cancels += cancelled ? 1 : 0;
-      EXPECT_TRUE(cancelled || Becomes([this] { return HasAll(); }));
+      // Its answer comes behind all that was sent; nuvctl has asked by itself.
+      int status = 0;
+      if (way != Host::kNuvctlOverUsb) host.GetPrinterStatus(&status);
+      EXPECT_TRUE(cancelled || HasAll());
       if (way == Host::kNuvctlOverUsb) {
         EXPECT_TRUE(WasAccepted());
         EXPECT_EQ(document["job_index"], simulator->Jobs().back().index);
