@@ -85,7 +85,7 @@ class Dialogue final : private LineSink {
   Counters counters_;  // of the wire; jobs are counted by the machine
   std::array<bool, kChannels> connected_{};
   std::array<bool, kChannels> ending_{};  // by the printer
-  Reaction reaction_;  // being built
+  Reaction reaction_;                     // being built
 };
 
 }  // namespace NuvSim
