@@ -158,68 +158,6 @@ TEST_F(ChannelTest, CloseOfTheInterfaceEndsNoQuery) {
   ExpectJobArrived();
 }
 
-// The pauses of a transfer last until the printer has taken what was written, or has ended the
-// connection.
-class HandshakeClock final : public Platform::Clock {
- public:
-  void SleepFor(std::chrono::milliseconds) override { EXPECT_TRUE(!settled || settled()); }
-
-  std::function<bool()> settled;
-};
-
-std::atomic<size_t> g_lines{0};  // of the job under way, sent so far
-
-// Wherever the printer ends the connection, a job that lost a byte is no success.
-TEST_F(ChannelTest, JobThatLostBytesIsNoSuccess) {
-  lines = {"G1 X1", "G1 X2 Y3", "G28"};
-  const std::string data = Wire(lines.size());
-  HandshakeClock handshake;
-  ConnectingFramework host(handshake, kReplyTimeoutMs);
-  auto* const channel = dynamic_cast<IChannel*>(host.GetConnect());
-  uint64_t faults = 0;  // before the job under way
-  const auto cutOff = [&] { return simulator->Totals().faultsApplied > faults; };
-  host.RegisterSendDataStartCallback([] { g_lines = 0; });
-  host.RegisterSendDataUpdateCallback([](int, int) { ++g_lines; });
-  const auto settled = [&] {
-    const bool taken =
-        Becomes([&] { return cutOff() || simulator->JobBytes().size() >= Wire(g_lines).size(); });
-    // Until the end has come over; not for ever, since a job with all confirmed is on its next
-    // connection by now.
-    for (int i = 0; i < 100 && cutOff() && channel->Look().alive; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return taken;
-  };
-  WritePrintFile();
-  for (const size_t buffer : {size_t{65536}, size_t{12}}) {
-    auto printer = Printer("A1");
-    printer.bufferBytes = buffer;
-    printer.drainRate = 100000;
-    Start({printer});
-    ListAll(host);
-    ASSERT_EQ(host.ChooseDevice(NUV_KIND_NETWORK, 0), NUV_OK);
-    for (size_t cut = 1; cut <= data.size(); cut += 3) {
-      SCOPED_TRACE(std::to_string(buffer) + " free, cut after " + std::to_string(cut));
-      simulator->SetIdle(0);
-      faults = simulator->Totals().faultsApplied;
-      // The opening has two requests for the free buffer behind it.
-      const size_t requests = std::string("F117\r\nF117\r\n").size();
-      Commits("drop-after,code=103,bytes=" + std::to_string(requests + cut));
-      handshake.settled = settled;
-      const int result = host.SendPrintFile(path.wstring(), nullptr);
-      handshake.settled = nullptr;
-      EXPECT_TRUE(cutOff());
-      // With a small buffer the cut may fall into a question whose lines were all confirmed: the
-      // job goes on over a new connection.
-      EXPECT_TRUE(result == NUV_WRITE_FAILED || (result == NUV_OK && buffer < data.size()))
-          << result;
-      if (result == NUV_OK) ExpectJobArrived();
-      ASSERT_TRUE(channel->OpenDevice());
-    }
-    simulator.reset();
-  }
-}
-
 // A USB printer, chosen, beside the network.
 class LeftLinkTest : public JobLab {
  protected:
@@ -276,18 +214,6 @@ TEST_F(LeftLinkTest, UsbPrinterIsKeptUnlessItOwesAnAnswer) {
   EXPECT_EQ(host.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
   EXPECT_EQ(channel->ExecuteCommand("F8\r\n"), "");
   EXPECT_THAT(port.quietWaits, ElementsAre(std::pair(250U, 2000U)));
-}
-
-// What is plugged into the port of the printer that a job goes to has not the beginning of the job.
-TEST_F(LeftLinkTest, PrinterThatIsUnpluggedInAJobIsNotReplaced) {
-  WritePrintFile();
-  port.onWrite = [&](const std::string& request) {
-    // Opening, buffer, then no space: the wait begins.
-    port.blocks = {request.substr(0, 4) + (request == "F117\r\n" ? " OK S:4\r\n" : " OK S:0\r\n")};
-    if (request == "F117\r\n") port.look = LinkState::kEnded;
-  };
-  EXPECT_EQ(host.SendPrintFile(path.wstring(), nullptr), NUV_NO_BUFFER_SPACE);
-  EXPECT_TRUE(channel->OpenDevice()) << "behind the job it is found again";
 }
 
 TEST_F(LeftLinkTest, EveryOperationWaitsForTheExchangeUnderWay) {

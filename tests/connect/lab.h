@@ -52,8 +52,7 @@ class Lab : public ::testing::Test {
     return printer;
   }
 
-  void Start(std::vector<NuvSim::PrinterConfig> printers) {
-    NuvSim::SimulatorConfig config;
+  void Start(std::vector<NuvSim::PrinterConfig> printers, NuvSim::SimulatorConfig config = {}) {
     config.printers = std::move(printers);
     config.discovery = true;
     simulator = std::make_unique<NuvSim::Simulator>(std::move(config));

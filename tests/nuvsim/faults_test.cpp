@@ -68,6 +68,7 @@ TEST(EndFaultTest, EndsTheConnectionAndServesTheNext) {
       {"reset", "F102\r\n", " (reset)"},
       {"drop-after,bytes=9", "F157\r\nF157\r\nF157\r\n", "F157 OK I0 S0\r\n (closed)"},
       {"reset-after,bytes=3", "F157\r\n", " (reset)"},
+      {"gone-after,bytes=9", "F157\r\nF157\r\n", "F157 OK I0 S0\r\n (closed)"},
       {"drop-after,code=102,bytes=7", "F157\r\nF102\r\nF157\r\nF102\r\n",
        "F157 OK I0 S0\r\nF102 OK S:0\r\nF157 OK I0 S0\r\n (closed)"},
   };
@@ -77,6 +78,13 @@ TEST(EndFaultTest, EndsTheConnectionAndServesTheNext) {
     bench.sim->InjectFault(0, ParseFault(row.fault));
     const auto client = bench.Connect();
     EXPECT_EQ(client->ReadToEnd(row.sent), row.received);
+    const bool isGone = ParseFault(row.fault).kind == FaultKind::kGoneAfter;
+    EXPECT_EQ(bench.sim->Status().plugged, !isGone);
+    if (isGone) {
+      EXPECT_THROW(bench.Connect(), std::system_error);
+      bench.sim->Replug(0);
+    }
+    EXPECT_EQ(bench.sim->Totals().connectionsEnded, 1u);
     EXPECT_EQ(bench.Connect()->Ask("F197"), "F197 OK N:Simulated printer");
     EXPECT_EQ(bench.sim->Totals().faultsApplied, 1u);
   }

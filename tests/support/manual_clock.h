@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -14,7 +15,10 @@
 class ManualClock final : public Nuv::Platform::Clock {
  public:
   std::chrono::nanoseconds Now() const override { return std::chrono::milliseconds(slept_); }
-  void SleepFor(std::chrono::milliseconds duration) override { slept_ += duration.count(); }
+  void SleepFor(std::chrono::milliseconds duration) override {
+    slept_ += duration.count();
+    if (meanwhile) meanwhile();
+  }
   int64_t SleptMs() const { return slept_; }
 
   bool WaitFor(std::chrono::milliseconds duration, Nuv::Platform::Interrupt& interrupt) override {
@@ -30,6 +34,8 @@ class ManualClock final : public Nuv::Platform::Clock {
     interrupt_ = nullptr;
     return raised;
   }
+
+  std::function<void()> meanwhile;  // in every sleep, on the thread that sleeps
 
   // Blocks until the wait of this number, counted from 1, has begun. Its milliseconds.
   int64_t AwaitWait(size_t number) {

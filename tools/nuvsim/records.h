@@ -71,10 +71,11 @@ struct ReceivedItem {
 
 // Totals since the start; they only grow.
 struct Counters {
-  uint64_t connections = 0;    // accepted; those to the USB printer too
-  uint64_t bytesReceived = 0;  // on all connections, line ends included
-  uint64_t requests = 0;       // command lines
-  uint64_t answersSent = 0;    // answers, or pieces of one, that the network has taken
+  uint64_t connections = 0;       // accepted; those to the USB printer too
+  uint64_t connectionsEnded = 0;  // by the printer: the end is on its way to the host
+  uint64_t bytesReceived = 0;     // on all connections, line ends included
+  uint64_t requests = 0;          // command lines
+  uint64_t answersSent = 0;       // answers, or pieces of one, that the network has taken
   uint64_t jobsAccepted = 0;
   uint64_t jobsFinished = 0;
   uint64_t jobsAbandoned = 0;

@@ -61,6 +61,7 @@ void ServedPrinter::Way::ClientCame(uint32_t at) {
 Reaction ServedPrinter::Way::Receive(std::string_view bytes) {
   Reaction reaction =
       printer_.commons.Locked([&] { return printer_.dialogue.Receive(channel_, bytes); });
+  if (reaction.closing == Closing::kGone) printer_.AcceptNoMore();
   printer_.ArmStepTimer();
   printer_.commons.events.Notify();
   return reaction;
@@ -111,6 +112,12 @@ void ServedPrinter::Plug(uint16_t wantedPort) {
 void ServedPrinter::Unplug() {
   endpoint.Close();
   usbDevice.Unplug();
+  commons.Locked([this] { plugged = false; });
+}
+
+void ServedPrinter::AcceptNoMore() {
+  endpoint.StopListening();
+  usbDevice.Hide();
   commons.Locked([this] { plugged = false; });
 }
 

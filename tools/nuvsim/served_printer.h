@@ -64,6 +64,8 @@ class ServedPrinter {
   // when the port cannot be had.
   void Plug(uint16_t wantedPort);
   void Unplug();
+  // Unplugged, but for the clients that it has.
+  void AcceptNoMore();
   void FaultsCleared();
   // Wakes the waiters when something happens that only time brings about.
   void ArmStepTimer();

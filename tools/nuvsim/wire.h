@@ -17,7 +17,7 @@ enum class Channel : size_t { kNetwork, kUsb };
 constexpr size_t kChannels = 2;
 
 // How a connection ends, if the printer ends it.
-enum class Closing { kNone, kDrop, kReset };
+enum class Closing { kNone, kDrop, kReset, kGone };  // kGone: a drop, and no other client comes
 
 // Bytes to send in one go, `delay` after the delivery before them has been sent. None at all are
 // an empty packet over USB, and nothing over the network.

@@ -21,6 +21,12 @@ bool LeavesAccepted(FaultKind kind) {
   return kind == FaultKind::kLate || kind == FaultKind::kPieces || kind == FaultKind::kTwice ||
          kind == FaultKind::kBadNumber || kind == FaultKind::kOversized;
 }
+
+Closing ClosingOf(FaultKind cut) {
+  if (cut == FaultKind::kGoneAfter) return Closing::kGone;
+  return cut == FaultKind::kDropAfter ? Closing::kDrop : Closing::kReset;
+}
+
 constexpr size_t Index(Channel channel) { return static_cast<size_t>(channel); }
 
 // Whether the answer tells how much fits in the buffer; a model may lack one of the two queries.
@@ -47,10 +53,14 @@ void Dialogue::ClientCame(Channel channel, uint32_t at) {
 }
 
 void Dialogue::ClientLeft(Channel channel) {
-  if (phaseChannel_ == channel) EndPhase();
+  if (phase_ && phaseChannel_ == channel) {
+    phase_->Stop();
+    phase_.reset();  // with what may have become a record's head
+  }
   splitters_[Index(channel)].Finish();
   machine_.FlushFiles();
   connected_[Index(channel)] = false;
+  if (std::exchange(ending_[Index(channel)], false)) ++counters_.connectionsEnded;
 }
 
 Reaction Dialogue::Receive(Channel channel, std::string_view bytes) {
@@ -69,9 +79,10 @@ Reaction Dialogue::Receive(Channel channel, std::string_view bytes) {
     if (cut->kind == FaultKind::kStall) {
       reaction_.stall = cut->delay;
     } else {
-      reaction_.closing = cut->kind == FaultKind::kDropAfter ? Closing::kDrop : Closing::kReset;
+      reaction_.closing = ClosingOf(cut->kind);
     }
   }
+  ending_[Index(channel)] = reaction_.closing != Closing::kNone;
   machine_.FlushFiles();
   return std::move(reaction_);
 }

@@ -84,7 +84,8 @@ class Dialogue final : private LineSink {
   std::deque<std::string> requests_;
   Counters counters_;  // of the wire; jobs are counted by the machine
   std::array<bool, kChannels> connected_{};
-  Reaction reaction_;  // being built
+  std::array<bool, kChannels> ending_{};  // by the printer
+  Reaction reaction_;                     // being built
 };
 
 }  // namespace NuvSim

@@ -82,7 +82,7 @@ bool LineSplitter::Dispatch(std::string_view line) {
 }
 
 void LineSplitter::Finish() {
-  if (!held_.empty() && !IsCommand(held_)) Dispatch(held_);
+  if (!held_.empty() && held_ != "F" && !IsCommand(held_)) Dispatch(held_);
   held_.clear();
   discarded_ = 0;
 }

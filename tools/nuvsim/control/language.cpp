@@ -46,12 +46,13 @@ json Describe(const JobRecord& job) {
 }
 
 json Describe(const Counters& totals) {
-  return {{"connections", totals.connections},     {"bytesReceived", totals.bytesReceived},
-          {"requests", totals.requests},           {"answersSent", totals.answersSent},
-          {"jobsAccepted", totals.jobsAccepted},   {"jobsFinished", totals.jobsFinished},
-          {"jobsAbandoned", totals.jobsAbandoned}, {"overruns", totals.overruns},
-          {"overrunBytes", totals.overrunBytes},   {"searches", totals.searches},
-          {"faultsApplied", totals.faultsApplied}, {"writeErrors", totals.writeErrors}};
+  return {{"connections", totals.connections},     {"connectionsEnded", totals.connectionsEnded},
+          {"bytesReceived", totals.bytesReceived}, {"requests", totals.requests},
+          {"answersSent", totals.answersSent},     {"jobsAccepted", totals.jobsAccepted},
+          {"jobsFinished", totals.jobsFinished},   {"jobsAbandoned", totals.jobsAbandoned},
+          {"overruns", totals.overruns},           {"overrunBytes", totals.overrunBytes},
+          {"searches", totals.searches},           {"faultsApplied", totals.faultsApplied},
+          {"writeErrors", totals.writeErrors}};
 }
 
 json DescribePrinter(const Simulator& simulator, size_t printer) {

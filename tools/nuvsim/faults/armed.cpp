@@ -12,8 +12,7 @@ constexpr int kSearchCode = 195;
 bool IsOnAnswer(FaultKind kind) { return kind <= FaultKind::kReset; }
 
 bool IsOnConnection(FaultKind kind) {
-  return kind == FaultKind::kDropAfter || kind == FaultKind::kResetAfter ||
-         kind == FaultKind::kStall;
+  return kind >= FaultKind::kDropAfter && kind <= FaultKind::kStall;
 }
 
 bool IsOnSearch(const Fault& fault) {

@@ -43,6 +43,7 @@ constexpr FaultRow kRows[] = {
     {FaultKind::kReset,       "reset",       nullptr, 0,       false, 0,    false, nullptr},
     {FaultKind::kDropAfter,   "drop-after",  "bytes", 1,       false, 0,    false, nullptr},
     {FaultKind::kResetAfter,  "reset-after", "bytes", 1,       false, 0,    false, nullptr},
+    {FaultKind::kGoneAfter,   "gone-after",  "bytes", 1,       false, 0,    false, nullptr},
     {FaultKind::kStall,       "stall",       "bytes", 1,       true,  0,    false, nullptr},
     {FaultKind::kNak,         "nak",         nullptr, 0,       true,  0,    false, nullptr},
     {FaultKind::kBufferFull,  "buffer-full", nullptr, 0,       false, 0,    false, nullptr},

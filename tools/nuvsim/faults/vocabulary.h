@@ -29,6 +29,7 @@ enum class FaultKind {
   // On the connection, after `size` further received bytes; with `code` those behind that command.
   kDropAfter,   // ended
   kResetAfter,  // reset
+  kGoneAfter,   // ended, and none is accepted any more
   kStall,       // nothing more is read for `delay`; 0: until the faults are cleared
   // On what the host sends over USB.
   kNak,  // nothing is taken for `delay`; 0: until the faults are cleared

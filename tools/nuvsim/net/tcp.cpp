@@ -188,9 +188,9 @@ void TcpEndpoint::Connection::EndAsFaulted() {
     return;
   }
   gone_ = true;
-  wire_.ClientLeft();
   // Closing with unread bytes would turn the end into a reset, so they are read and forgotten.
   socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+  wire_.ClientLeft();
   timer_.expires_after(kDiscardTime);
   timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
     if (!error) self->CloseSocket();

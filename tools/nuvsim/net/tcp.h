@@ -26,6 +26,9 @@ class TcpEndpoint {
   // Stops listening and ends the connection being served. Listen() may follow.
   void Close();
 
+  // Accepts no further client. Listen() may follow.
+  void StopListening() { listener_.Close(); }
+
   // A stall of the client being served may be over.
   void FaultsCleared();
 

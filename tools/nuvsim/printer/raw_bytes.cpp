@@ -3,6 +3,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace NuvSim {
@@ -259,6 +260,9 @@ void Intake::OnItem(const std::string& kind, uint64_t announcedBytes) {
   item.name = name_;
   item.job = job_;
   item.file = folder_ / (prefix_ + "-" + kind + (kind == kThumbnail ? ".png" : ".bin"));
+  // Emptied instead, it would be written to the disk when it is closed, which takes long.
+  std::error_code ignored;
+  std::filesystem::remove(item.file, ignored);
   file_.open(item.file, std::ios::binary | std::ios::trunc);
   receiving_ = true;
 }

@@ -84,6 +84,7 @@ class UsbDevice {
   // Unplugged, it is on no list, cannot be imported, and the host that had it loses it.
   void Plug() { isPlugged_ = true; }
   void Unplug();
+  void Hide() { isPlugged_ = false; }  // unplugged, but for the host that has it
   bool IsPlugged() const { return isPlugged_; }
 
   // As those of UsbPipe.
