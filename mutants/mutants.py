@@ -45,7 +45,7 @@ REACH = {
 SYSTEM = "two_hosts watch_and_firmware all_models".split()
 PROGRAMS = ["nuvsim", "nuvctl", "nuvfile_tool", "NuvFile"]
 # The checks of threads are not built for programs that have one thread only.
-NOT_IN_TSAN = {"platform_test", "command_test", "nuvctl_test", "fuzz_corpus_test", "exports"}
+NOT_IN_TSAN = {"platform_test", "command_test", "nuvctl_test", "fuzz_corpus_test", "hostile_test", "exports"}
 
 
 class NotCompiled(Exception):
