@@ -15,6 +15,9 @@
 #include <utility>
 #include <vector>
 
+// Windows' own, which Asio brings in, is a macro.
+#undef LoadLibrary
+
 #include "tests/connect/scripted_connector.h"
 #include "tests/support/protocol_page.h"
 #include "tests/support/virtual_clock.h"
