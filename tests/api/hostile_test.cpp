@@ -147,9 +147,9 @@ class HostileLab : public JobLab {
     try {
       return kRows.at(name).Call(InputsOf(name)).result;
     } catch (const std::invalid_argument& error) {
-      EXPECT_THAT(error.what(), ::testing::MatchesRegex("invalid sto[if] argument"));
+      EXPECT_THAT(error.what(), ::testing::MatchesRegex("invalid sto. argument"));
     } catch (const std::out_of_range& error) {
-      EXPECT_THAT(error.what(), ::testing::MatchesRegex("sto[if] argument out of range"));
+      EXPECT_THAT(error.what(), ::testing::MatchesRegex("sto. argument out of range"));
     }
     return std::nullopt;
   }
