@@ -96,8 +96,6 @@ class Finder:
                 self.word(i, token, before)
                 if statement or before in ("else", "do"):
                     self.statement(i)
-            elif token.kind == "number":
-                self.number(i, token)
             elif token.text in _TURNED and self.source[token.start - 1] == " " and self.source[token.end].isspace():
                 self.add("condition" if token.text in ("&&", "||") else "comparison", token.start, token.end,
                          _TURNED[token.text])
@@ -130,17 +128,6 @@ class Finder:
             self.condition(i)
         if token.text in ("min", "max") and before == "::":
             self.bound(i)
-
-    def number(self, i, token):
-        match = re.fullmatch(r"(0[xX][\da-fA-F]+|\d+)([uUlL]*)", token.text)
-        abstract = self.tokens[i - 1].text == "=" and self.tokens[i - 2].text in (")", "const")
-        if not match or abstract:
-            return
-        octal = re.fullmatch(r"0\d+", match[1])
-        value = int(match[1], 8 if octal else 0)
-        # One off where one counts. A time or a size that is off by one is hardly a fault.
-        other = f"{value + 1:#o}".replace("o", "") if octal else str(value + 1 if value < 100 else value * 2)
-        self.add("constant", token.start, token.end, other + match[2])
 
     def condition(self, i):
         opening = i + 2 if self.tokens[i + 1].text == "constexpr" else i + 1

@@ -125,7 +125,7 @@ Reason SocketLink::Open(int index) {
 }
 
 Reason SocketLink::Reopen(bool /*job*/) {
-  return current_.valid ? Connect(Transport::NetworkDevice(current_)) : Reason::kUnreachable;
+  return Connect(Transport::NetworkDevice(current_));
 }
 
 // A name in an answer is not looked up: that may take long, and leads wherever its sender likes.

@@ -134,6 +134,9 @@ class JobTest : public ::testing::Test {
     int result = NUV_OK;
     const std::string told = ToldBy([&] { result = (this->*send)(); });
     EXPECT_TRUE(result == NUV_OK || !told.empty());
+    if (result == NUV_WRITE_FAILED) {
+      EXPECT_THAT(told, ::testing::ContainsRegex("not written|link ended"));
+    }
     return result;
   }
   JobContext Context() { return {printer, clock, files, callbacks, state}; }

@@ -14,7 +14,7 @@ TEST(NarrowPathTest, IsUtf8WhateverTheLocale) {
   EXPECT_EQ(NarrowPath(L"/a/b.nuv"), "/a/b.nuv");
   EXPECT_EQ(NarrowPath(L"Kr\u00f6ne"), "Kr\xc3\xb6ne");
   EXPECT_EQ(NarrowPath(L"\u6a21\u578b"), "\xe6\xa8\xa1\xe5\x9e\x8b");
-  EXPECT_EQ(NarrowPath(std::wstring(1, static_cast<wchar_t>(0x1F5A8))), "\xf0\x9f\x96\xa8");
+  EXPECT_EQ(NarrowPath(L"\U0001f5a8\U0010ffff"), "\xf0\x9f\x96\xa8\xf4\x8f\xbf\xbf");
 }
 
 TEST(NarrowPathTest, RefusesWhatIsNoCharacter) {
