@@ -154,7 +154,7 @@ ResultMap ReadRecord(const Tokens& tokens, const Record& record) {
     size_t start = name.size();
     if (IsSeparator(name.back())) {
       name.remove_suffix(1);
-    } else if (start < token.size() && IsSeparator(token[start])) {
+    } else if (IsSeparator(token[start])) {  // or its end
       ++start;
     }
     values.emplace(name, reader.Read(i, start));

@@ -33,7 +33,7 @@ void ReplyLedger::Answered(const std::string& reply) {
   answered_ = true;
   // Two answers may come in one piece. The first part of one confirms as well as the whole, but
   // pays nothing before its end has come.
-  for (size_t start = 0; start < reply.size() && Owes();) {
+  for (size_t start = 0; Owes();) {
     const size_t end = reply.find('\n', start);
     const std::string line = reply.substr(start, end - start);
     const Debt& debt = owed_.front();

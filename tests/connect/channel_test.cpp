@@ -64,6 +64,10 @@ TEST(ReplyLedgerTest, ConfirmsWhatStandsBeforeARequestWithItsOwnReply) {
     EXPECT_EQ(ledger.Owes(), owes);
     ledger.Reset();
     EXPECT_FALSE(ledger.Unconfirmed() || ledger.Owes());
+    ledger.Asked("F117\n");
+    EXPECT_FALSE(ledger.Answered());
+    ledger.GiveUp();
+    EXPECT_TRUE(ledger.Answered() && ledger.Owes()) << "it may still come";
   }
 }
 

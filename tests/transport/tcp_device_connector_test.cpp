@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QNetworkProxy>
 #include <chrono>
 #include <memory>
 #include <thread>
@@ -80,6 +81,14 @@ TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {
   QTcpServer server;
   if (!server.listen(QHostAddress::LocalHostIPv6)) GTEST_SKIP() << "no IPv6 here";
   EXPECT_TRUE(connector->Connect("::1", server.serverPort()));
+}
+
+TEST_F(TcpDeviceConnectorTest, AProxyOfTheHostIsNoWayToAPrinter) {
+  QTcpServer server;
+  ASSERT_TRUE(server.listen(QHostAddress::AnyIPv4));
+  QNetworkProxy::setApplicationProxy({QNetworkProxy::Socks5Proxy, "127.0.0.1", 1});
+  EXPECT_TRUE(connector->Connect("10.77.1.1", server.serverPort()));
+  QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
 }
 
 TEST_F(TcpDeviceConnectorTest, ExpectedTextDecidesTheResult) {
