@@ -32,7 +32,7 @@ _TOKEN = re.compile(
     re.VERBOSE | re.DOTALL | re.MULTILINE,
 )
 
-_TURNED = {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&"}
+_TURNED = {"<": ">", "<=": ">=", ">": "<", ">=": "<=", "==": "!=", "!=": "==", "&&": "||", "||": "&&"}
 # What became of something: of each of these another value.
 _RESULTS = {"Reason", "Step", "ConnectError", "LinkState", "TransactionStatus", "TcpResult", "WaitEnd", "WriteEnd"}
 _CLOSING = {"(": ")", "{": "}", "[": "]"}
@@ -122,12 +122,22 @@ class Finder:
             other = self.following.get(name)
         elif token.text in ("true", "false") and before in ("return", "=", ",", "(", "?", ":", "{"):
             other = "false" if token.text == "true" else "true"
-        if other:
+        if other and not self.begins(i):
             self.add("result", token.start, token.end, other)
         if token.text in ("if", "while"):
             self.condition(i)
         if token.text in ("min", "max") and before == "::":
             self.bound(i)
+
+    def begins(self, i):
+        """Whether this is only what a variable holds until it is written."""
+        first = i
+        while self.tokens[first - 1].text == "::":
+            first -= 2
+        if self.tokens[first - 1].text != "=" or self.tokens[i + 1].text not in (";", ","):
+            return False
+        start = next((j for j in range(first - 1, -1, -1) if self.tokens[j].text in ";{}(:"), -1) + 1
+        return first - start > 2 and not {"const", "constexpr"} & {t.text for t in self.tokens[start:first]}
 
     def condition(self, i):
         opening = i + 2 if self.tokens[i + 1].text == "constexpr" else i + 1
@@ -173,8 +183,10 @@ class Finder:
         return found + [(start, closing)]
 
     def exchange(self, opening):
-        """Neighbours among arguments that are plain names; of {"S", &a}, {"R", &b}: the names."""
-        if {t.text for t in self.tokens[max(0, opening - 5):opening]} & {"if", "while", "for", "switch", "enum"}:
+        """Neighbours among arguments that are plain names; of {"S", &a}, {"R", &b}: the names. The
+        smaller of two is the same either way round."""
+        if {t.text for t in self.tokens[max(0, opening - 5):opening]} & {"if", "while", "for", "switch", "enum",
+                                                                         "min", "max"}:
             return
         plain = []
         for start, end in self.arguments(opening):

@@ -29,7 +29,6 @@ std::string Hexadecimal(const std::vector<uint8_t>& bytes) {
 }  // namespace
 
 int GeneralCommandProc::Process(std::vector<std::string>& output) {
-  output.clear();
   outcome_ = RunCommand(*command_, errorCallback_, Refusal::kFails);
   output = std::move(outcome_.values);
   return outcome_.result;

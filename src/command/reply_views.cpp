@@ -1,7 +1,6 @@
 #include "command/reply_views.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <limits>
@@ -165,11 +164,10 @@ ResultMap ReadRecord(const Tokens& tokens, const Record& record) {
 int ParseDecimal(const std::string& text, int code) {
   constexpr int kBase = 10;
   char* end = nullptr;
-  errno = 0;
+  // Beyond its own limits it stays at them.
   const long long number = std::strtoll(text.c_str(), &end, kBase);
   if (end == text.c_str()) throw MalformedNumber("invalid stoi argument", code);
-  if (errno == ERANGE || number < std::numeric_limits<int>::min() ||
-      number > std::numeric_limits<int>::max()) {
+  if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max()) {
     throw NumberOutOfRange("stoi argument out of range", code);
   }
   return static_cast<int>(number);

@@ -97,12 +97,10 @@ int ConnectingFramework::GetDeviceList(int kind, std::vector<std::string>& seria
 }
 
 int ConnectingFramework::IdentifyDevice(DeviceEntry& entry) {
-  std::string version;
-  std::string name;
-  std::string controller;
+  std::string unused;
   std::string& model = entry[NUV_DEVICE_MODEL];
   // A printer that does not say who it is stays in the list, without serial number and model.
-  GetPrinterInfo(version, name, model, entry[NUV_DEVICE_SERIAL], controller);
+  GetPrinterInfo(unused, unused, model, entry[NUV_DEVICE_SERIAL], unused);
   if (HasOwnSerialQuery(model)) {
     const int result = QueryBegoSerial(entry[NUV_DEVICE_SERIAL]);
     if (result != NUV_OK) return result;

@@ -8,6 +8,7 @@
 #include "platform/diagnostics.h"
 #include "platform/files.h"
 #include "transport/addresses.h"
+#include "transport/udp_search_socket.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -103,15 +104,15 @@ bool SocketLink::SearchDevices(std::vector<std::string>& found, const std::strin
   const int waitMs = EffectiveTimeoutMs(timeoutMs);
   found.clear();
   devices_.clear();
-  if (!search_.Open()) return false;
+  UdpSearchSocket search(waiter_);
+  if (!search.Open()) return false;
   bool searched = true;
   if (address.empty() && netmask.empty()) {
-    search_.BroadcastAll(message.data(), length, port, waitMs);
+    search.BroadcastAll(message.data(), length, port, waitMs);
   } else {
-    searched = search_.BroadcastTo(message.data(), length, address, netmask, port, waitMs) != 0;
+    searched = search.BroadcastTo(message.data(), length, address, netmask, port, waitMs) != 0;
   }
-  search_.Close();
-  for (const std::wstring& reply : search_.Replies()) {
+  for (const std::wstring& reply : search.Replies()) {
     found.push_back(Narrow(reply));
     Transport::NetworkDevice device = Transport::ParseDiscoveryReply(found.back());
     if (device.valid) devices_.push_back(std::move(device));
@@ -124,9 +125,7 @@ Reason SocketLink::Open(int index) {
   return Connect(devices_[static_cast<size_t>(index)]);
 }
 
-Reason SocketLink::Reopen(bool /*job*/) {
-  return Connect(Transport::NetworkDevice(current_));
-}
+Reason SocketLink::Reopen(bool /*job*/) { return Connect(Transport::NetworkDevice(current_)); }
 
 // A name in an answer is not looked up: that may take long, and leads wherever its sender likes.
 Reason SocketLink::Connect(const Transport::NetworkDevice& device) {

@@ -9,7 +9,6 @@
 #include "transport/connector_base.h"
 #include "transport/discovery_reply.h"
 #include "transport/tcp_client_socket.h"
-#include "transport/udp_search_socket.h"
 
 namespace Nuv::Connect {
 
@@ -73,7 +72,7 @@ class UsbLink final : public LocalLink {
 class SocketLink final : public LocalLink {
  public:
   explicit SocketLink(const Platform::Waiter& waiter, const Transport::TcpLimits& limits = {})
-      : LocalLink(waiter), limits_(limits), search_(waiter), socket_(limits, waiter) {}
+      : LocalLink(waiter), limits_(limits), socket_(limits, waiter) {}
 
   // Searches with the process-wide message and port: the network of `address` with `netmask`, or
   // every network of the host when both are empty. `found`: the answers. 0 or below as `timeoutMs`
@@ -99,7 +98,6 @@ class SocketLink final : public LocalLink {
   Reason Connect(const Transport::NetworkDevice& device);
 
   const Transport::TcpLimits limits_;
-  UdpSearchSocket search_;
   TcpClientSocket socket_;
   std::vector<Transport::NetworkDevice> devices_;
   Transport::NetworkDevice current_;  // the last that was opened

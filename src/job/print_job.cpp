@@ -105,7 +105,6 @@ int SendPrintFile(const JobContext& context, const std::wstring& path,
   // From the first command to the last line: a poll between them would find the job opened and end
   // its connection.
   const LinkClaim link(context, JobKind::kLines);
-  context.state.freeBuffer = 0;
   // This figure decides only whether the job begins. The transfer asks for its own when it starts,
   // since the jobs of Android printers and command text come to it without one.
   const int prepared = sender->PrepareJob(context.state.freeBuffer);

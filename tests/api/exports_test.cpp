@@ -11,6 +11,7 @@
 #include "tests/api/export_rows.h"
 #include "tests/support/environment.h"
 #include "tests/support/fake_framework.h"
+#include "tests/support/told.h"
 
 namespace {
 
@@ -90,6 +91,12 @@ void HostThrows() {
 }
 void PrinterGarbles() { throw MalformedNumber("invalid stoi argument", 102); }
 
+TEST(MarshallingTest, ALengthBelowNoneCopiesNothing) {
+  char out[] = "old";
+  Nuv::Api::CopyTextCut("new", out, -1);
+  EXPECT_STREQ(out, "");
+}
+
 TEST_F(ExportsTest, ExceptionsBecomeResultsForHostsThatCannotCatch) {
   const struct {
     std::function<void()> trouble;
@@ -118,6 +125,8 @@ TEST_F(ExportsTest, ExceptionsBecomeResultsForHostsThatCannotCatch) {
       }
     }
   }
+  Next(PrinterGarbles);
+  EXPECT_THAT(ToldBy([] { kRows.begin()->second.Call(); }), ::testing::StartsWith("[NKG]F102: "));
 }
 
 TEST_F(ExportsTest, OtherExceptionsLeaveUnchanged) {

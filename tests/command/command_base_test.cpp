@@ -14,6 +14,7 @@
 #include "command/reply_views.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scripted_channel.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Command {
 namespace {
@@ -72,6 +73,7 @@ TEST_F(CommandTest, RequestsGoOutAsTheirFormSays) {
       {104, {"7", "8"}, "F104"},
       {106, {"1"}, "F106"},
       {159, {"1", "2", "3"}, "F159 S1 V2 C3"},
+      {171, {"1", "2"}, "F171 S1"},
       {191, {"2", "a", "b", "c", "d"}, "F191"},
       {196, {}, "F196"},
   };
@@ -108,6 +110,8 @@ TEST_F(CommandTest, RepliesAreReadAsTheirFormSays) {
     EXPECT_EQ(Record(), row.record);
     EXPECT_EQ(accepted, row.reply[5] == 'O');
   }
+  printer.Replies({"F104 OK S2"});
+  EXPECT_EQ(ToldBy([&] { Run(104); }), "[NKG]Failed to get command: F104\n");
 }
 
 TEST(ReplyViewsTest, NamesInBracketsMayHoldAnything) {
@@ -243,6 +247,10 @@ TEST_F(CommandTest, OutputsAreFilledAllOrNone) {
   printer.Replies({"F107 OK L:300 R:Job1"});
   EXPECT_EQ(read(), NUV_OK);
   EXPECT_EQ(std::to_string(layers) + name + std::to_string(minutes), "300Job10");
+  printer.Replies({"F107 NG L:300 T:45 R:Job1"});
+  EXPECT_EQ(read(), NUV_PRINTER_REFUSED);
+  EXPECT_EQ(std::to_string(layers) + name + std::to_string(minutes), "00");
+  EXPECT_EQ(ToldBy([&] { EXPECT_EQ(runner.Run(999).code, 999); }), "[NKG]no command F999\n");
 }
 
 }  // namespace

@@ -11,11 +11,13 @@
 #include "tests/support/environment.h"
 #include "tests/support/peer.h"
 #include "tests/support/protocol_page.h"
+#include "tests/support/told.h"
 #include "transport/search_turn.h"
 
 namespace Nuv::Connect {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
@@ -69,9 +71,14 @@ TEST_F(DevicesTest, AsksTheAddressesOfTheEnvironment) {
     return serials;
   };
   EXPECT_THAT(list("10.77.2.2"), ElementsAre("A2"));
-  EXPECT_THAT(list("127.0.0.1 nowhere 10.77.1.255 10.77.1.2:6013"),
-              UnorderedElementsAre("L1", "A1"));
+  EXPECT_THAT(ToldBy([&] {
+                EXPECT_THAT(list("127.0.0.1 nowhere 10.77.1.255 10.77.1.2:6013"),
+                            UnorderedElementsAre("L1", "A1"));
+              }),
+              HasSubstr("NUVCONNECT_SEARCH: passed over: nowhere and 1 more\n"));
   EXPECT_THAT(list("10.77.1.2:6014", kSearchMs), ElementsAre()) << "nobody asks that port";
+  EXPECT_THAT(ToldBy([&] { list("10.99.1.1", kSearchMs); }),
+              HasSubstr("search of 10.99.1.1: not sent: "));
 
   // Not the first datagram, nor what no printer sends; what it tells of itself, a router may have
   // made wrong.
@@ -81,7 +88,9 @@ TEST_F(DevicesTest, AsksTheAddressesOfTheEnvironment) {
   simulator->ClearFaults(0);
   const std::string port = std::to_string(simulator->TcpPort(0));
   Commits("malformed,count=-1,text=F195 OK IP=<192.0.2.7> PORT=" + port + " N=<far> M:0 CN:0");
-  EXPECT_THAT(list("10.77.1.2"), ElementsAre("A1"));
+  EXPECT_THAT(ToldBy([&] { EXPECT_THAT(list("10.77.1.2"), ElementsAre("A1")); }),
+              AllOf(HasSubstr("10.77.1.2: its printer tells 192.0.2.7, which is not used\n"),
+                    HasSubstr("search reply: F195 OK IP=<10.77.1.2>")));
   EXPECT_EQ(Info(0, NUV_DEVICE_IDENTIFIER), kFirstNetwork);
   Strings replies;
   framework.GetBroadCastResult(replies, "");
@@ -111,7 +120,8 @@ TEST_F(DevicesTest, NamesInAnswersAreNotLookedUp) {
   IConnect* const channel = framework.GetConnect();
   channel->SetLocalOption(1);
   ASSERT_TRUE(channel->SearchDevices(serials, "10.77.1.1", "255.255.255.0", kSearchMs));
-  EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0));
+  EXPECT_EQ(ToldBy([&] { EXPECT_FALSE(channel->ChooseDevice(NUV_KIND_USB, 0)); }),
+            "[NKG]connect: \"localhost\" is no address\n");
   EXPECT_TRUE(channel->ChooseDevice(NUV_KIND_USB, 1));
 }
 
@@ -134,6 +144,8 @@ TEST_F(DevicesTest, SerialNumberConnectsOnTheSecondCall) {
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_NOT_FOUND) << "it only lists";
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "A2"), NUV_OK);
   EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, "a2"), NUV_NOT_FOUND);
+  EXPECT_EQ(fresh.ConnectDeviceBySN(NUV_KIND_NETWORK, ""), NUV_NOT_FOUND);
+  EXPECT_EQ(fresh.ConnectDeviceBySN(7, "A2"), NUV_NOT_FOUND);
   fresh.GetConnect()->CloseDevice();
   ListAll(framework);
   EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_NETWORK, "A1"), NUV_OK);
@@ -226,6 +238,9 @@ TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {
   EXPECT_EQ(List(), NUV_NOT_FOUND) << "nobody answers on that port";
   EXPECT_EQ(SearchSettings::Instance().TimeoutMs(), kSearchMs) << "a listing hands its own on";
   framework.SetBroadCastPort(kDefaultSearchPort);
+  framework.GetConnect()->SetSearchMessage("F999\r\n");
+  EXPECT_EQ(List(), NUV_NOT_FOUND) << "nobody answers that";
+  framework.GetConnect()->SetSearchMessage(kDefaultSearchMessage);
   Commits("late,code=195,ms=30");
   EXPECT_EQ(List(), NUV_OK);
   EXPECT_EQ(EffectiveTimeoutMs(0), 3000);

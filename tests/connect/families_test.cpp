@@ -6,6 +6,7 @@
 
 #include "nuvconnect/NuvConnect5.h"
 #include "tests/connect/job_lab.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -118,9 +119,13 @@ TEST_F(FamiliesTest, PanelImageArrivesAndIsEnded) {
   EXPECT_EQ(answer, "Done");
   image.resize(NUV_PANEL_IMAGE_BYTES);
   EXPECT_EQ(simulator->ReceivedBytes("panel"), Text(image)) << "and no further";
+  ASSERT_EQ(framework.StartFWUpdateFileInfo_LCM("panel.bin"), NUV_OK);
+  EXPECT_EQ(framework.SendFWPanelData(image), NUV_OK) << "no byte too many";
+  EXPECT_EQ(framework.FinishFWUpdateFileInfo_LCM(answer), NUV_OK);
   image.pop_back();
   const size_t items = simulator->Received().size();
-  EXPECT_EQ(framework.SendFWPanelData(image), NUV_FAILED);
+  EXPECT_EQ(ToldBy([&] { EXPECT_EQ(framework.SendFWPanelData(image), NUV_FAILED); }),
+            "[NKG]panel image: 21503 bytes given, 21504 needed; nothing sent\n");
   EXPECT_EQ(simulator->Received().size(), items);
 }
 

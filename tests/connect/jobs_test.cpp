@@ -1,14 +1,20 @@
 // Whole jobs: print file, library, wire, simulator; byte for byte.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "tests/connect/job_lab.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 class JobsTest : public JobLab {
  protected:
@@ -41,7 +47,11 @@ TEST_F(JobsTest, CancelledJobIsAbandonedOnThePrinter) {
   static int asked;
   asked = 0;
   framework.RegisterSendDataCancelCallback([] { return asked++ >= 17; });
+  static int starts;
+  starts = 0;
+  EXPECT_EQ(framework.RegisterSendDataStartCallback([] { ++starts; }), NUV_OK);
   EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_EQ(starts, 1);
   EXPECT_TRUE(Becomes([&] { return simulator->Totals().jobsAbandoned == 1; }));
   EXPECT_EQ(simulator->JobBytes(), Wire(17));
   EXPECT_EQ(simulator->Status().state, NuvSim::State::kIdle);
@@ -54,10 +64,14 @@ TEST_F(JobsTest, FilesThatAreNoJob) {
   WritePrintFile();
   std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(-1, std::ios::end)
       << '!';
-  EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "damaged";
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(Send(), NUV_FILE_NOT_READABLE) << "damaged"; }),
+              AllOf(HasSubstr(" refused ("), Not(HasSubstr("no reason given"))));
   SetEnvironment("NUVFILE_LIBRARY", "/nowhere/libNuvFile.so");
   ConnectingFramework other(clock, kReplyTimeoutMs);
-  EXPECT_EQ(other.SendPrintFile(path.wstring(), nullptr), NUV_NUVFILE_MISSING);
+  EXPECT_THAT(
+      ToldBy([&] { EXPECT_EQ(other.SendPrintFile(path.wstring(), nullptr), NUV_NUVFILE_MISSING); }),
+      AllOf(HasSubstr("print-file library /nowhere/libNuvFile.so: "),
+            HasSubstr("not loaded, looked for: /nowhere/libNuvFile.so\n")));
   EXPECT_EQ(simulator->Totals().requests, 2U) << "only the listing's";
 }
 

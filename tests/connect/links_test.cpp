@@ -11,6 +11,7 @@
 #include "connect/search_settings.h"
 #include "tests/connect/lab.h"
 #include "tests/support/peer.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -77,6 +78,16 @@ TEST_P(LinksTest, NoticesThatThePrinterHasEndedTheConnection) {
   EXPECT_EQ(link->ReadReply().reason, Reason::kEnded);
   ASSERT_EQ(link->Reopen(false), Reason::kNone);
   EXPECT_EQ(link->Look(), LinkState::kAlive);
+  peer.Accept();
+  if (GetParam()) {  // of the network the channel throws it away
+    peer.Says("late\r\n");
+    EXPECT_EQ(Write("F102\r\n"), Reason::kNone);
+    peer.Says("F102 OK\r\n");
+    EXPECT_EQ(link->ReadReply().text, "F102 OK\r\n");
+  }
+  peer.Says("late\r\n");
+  peer.Closes();
+  EXPECT_EQ(link->Look(), LinkState::kEnded) << "what came before hides nothing";
   link->Close();
   EXPECT_EQ(link->Look(), LinkState::kClosed);
 }
@@ -162,7 +173,7 @@ TEST_F(LocalSocketsTest, SearchesEveryNetworkOrOneAndReopensItsChoice) {
             NUV_NOT_FOUND)
       << "no way to that network";
   EXPECT_TRUE(found.empty());
-  framework.SetUpdPort(6999);
+  EXPECT_EQ(framework.SetUpdPort(6999), NUV_OK);
   for (const char* address : {"", "10.77.2.1"}) {
     EXPECT_EQ(framework.SearchNetworkDevice(found, address, "", 1), NUV_NOT_FOUND)
         << "nobody answers on that port";
@@ -176,6 +187,8 @@ TEST_F(LocalSocketsTest, SearchesEveryNetworkOrOneAndReopensItsChoice) {
   ASSERT_TRUE(Channel().SearchDevices(found, "10.77.2.1", "255.255.255.0", kSearchMs));
   EXPECT_TRUE(Channel().OpenDevice());
   EXPECT_EQ(NameOfCurrent(), "printer-A1") << "whatever a later search found";
+  EXPECT_FALSE(Channel().SearchDevices(found, "10.99.1.1", "255.255.255.0", kSearchMs));
+  EXPECT_FALSE(Channel().ChooseDevice(0, 0)) << "it has found nothing";
 }
 
 TEST_F(LocalSocketsTest, ExchangesCommandsWithAPrinterOfTheSearch) {
@@ -191,6 +204,7 @@ TEST_F(LocalSocketsTest, ExchangesCommandsWithAPrinterOfTheSearch) {
   EXPECT_TRUE(Channel().ReadLocalData(bytes));
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "F102 OK S:0\r\n");
   // The other mode knows nothing of this connection, and closes it.
+  EXPECT_EQ(ToldBy([&] { Channel().SetLocalOption(7); }), "[NKG]local link: no mode 7\n");
   Channel().SetLocalOption(0);
   EXPECT_FALSE(Channel().ReadLocalData(bytes));
   EXPECT_EQ(Channel().ExecuteCommand("F102\r\n"), "");

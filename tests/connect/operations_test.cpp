@@ -18,6 +18,7 @@
 #include "nuvconnect/ResultCodes.h"
 #include "tests/connect/scripted_connector.h"
 #include "tests/support/protocol_page.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -101,8 +102,8 @@ const std::vector<Row>& Rows() {
     {196, "F196 B\xC3\xBCro <2>: x = 1", "OK", Calls(&F::SetNickName, "B\xC3\xBCro <2>: x = 1"), {}, {}},
     {196, "F196 ", "OK", Calls(&F::SetNickName, ""), {}, {}},
     {197, "F197", "OK N:B\xC3\xBCro <2>: x = 1", Calls(&F::GetNickName), {}, {"B\xC3\xBCro <2>: x = 1"}},
-    {370, "F370 X1.500000,0.250000 Y1.000000,1.000000 Z-1.000000,0.000000", "OK",
-     [](F& f, Out&) { return f.SetBCPScaling(1.5F, 0.25F, 1, 1, -1, 0); }, {}, {}},
+    {370, "F370 X1.500000,0.250000 Y1.000000,2.000000 Z-1.000000,0.000000", "OK",
+     [](F& f, Out&) { return f.SetBCPScaling(1.5F, 0.25F, 1, 2, -1, 0); }, {}, {}},
     {190, "F190", "OK S:1 C:6 M:1 R:80 SSID=<Lab net>", Calls(&F::IsconnectedAp), {1}, {}},
     {190, "F190 SMy Room", "OK SSID=<My Room> S:0 C:6 M:1 R:80", Calls(&F::GetApAttribute, "My Room"), {80, 1}, {}},
     {191, "F191 S1 C1 D1 SSID=<Lab net> KEY=<k <e> y>", "OK",
@@ -123,7 +124,7 @@ const std::vector<Row>& Rows() {
     {175, "F175 S3", "OK L300 T45 V12 R1", Calls(&F::GetJobInfo2, 3), {300, 45, 12, 1}, {}},
     {176, "F176 S3", "OK T50 E1500 B9000 P80", Calls(&F::GetJobInfo3, 3), {50, 1500, 9000, 80}, {}},
     {177, "F177 S3", "OK T20261121T111500 QL1", Calls(&F::GetJobInfo4, 3), {}, {"20261121T111500", "L1"}},
-    {186, "F186 L2", "OK L12 H980 A512", Calls(&F::GetPDSensorData, 2), {12, 980, 512}, {}},
+    {186, "F186 L2", "OK L12 H980 A512 X7", Calls(&F::GetPDSensorData, 2), {12, 980, 512}, {}},
     {301, "F301", "BUSY OK C_T:1 C_B:2 ZLT:3 ZLB:4 V_S:5 L_S:6 W_H:7 Y_H:8 C_LI:9 C_P:10 P_S:11 Y_F:12 T_T:13",
      Calls(&F::GetSensorStatusFX120), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, {}},
     {301, "F301", "OK V_S:2", Calls(&F::GetTankType), {2}, {}},
@@ -262,11 +263,13 @@ TEST_F(OperationsTest, AccessPointNames) {
   EXPECT_EQ(names, (Strings{"Lab net", "a > b", "B\xC3\xBCro"}));
   Answers("F198 NG");
   EXPECT_EQ(framework.GetApList(names), NUV_PRINTER_REFUSED);
+  EXPECT_EQ(names, Strings{});
 }
 
 TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
   Answers("");
-  EXPECT_EQ(framework.SetNickName("a\r\nF104 S2"), NUV_FAILED);
+  EXPECT_EQ(ToldBy([&] { EXPECT_EQ(framework.SetNickName("a\r\nF104 S2"), NUV_FAILED); }),
+            "[NKG]F196 not sent: a parameter holds a line end\n");
   EXPECT_EQ(framework.ConnectAp("a", "b\n"), NUV_FAILED);
   EXPECT_EQ(framework.ConnectAp(std::string("a\0b", 3), "k"), NUV_FAILED);
   EXPECT_EQ(framework.GetApAttribute("\r", out.Next<int*>(), out.Next<int*>()), NUV_FAILED);
@@ -277,7 +280,12 @@ TEST_F(OperationsTest, ParametersThatWouldBreakTheLineAreNotSent) {
 TEST_F(OperationsTest, AnswerForAnotherSettingIsNone) {
   Answers("F159 OK S0 V80");
   int value = kMark;
-  EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value), NUV_FAILED);
+  EXPECT_EQ(ToldBy([&] {
+              EXPECT_EQ(framework.GetParameter(PrinterParameter::kZCompensation, &value),
+                        NUV_FAILED);
+            }),
+            "[NKG]Failed to get command: F159\n"
+            "[NKG]F159: asked for setting 1, the answer is of setting 0\n");
   EXPECT_EQ(value, 0);
   EXPECT_EQ(g_errors, (ErrorList{{1, 159}}));
 }
@@ -299,7 +307,9 @@ TEST_F(OperationsTest, ProgressOfAPrint) {
   const auto outputs = [&] { return std::vector{layer, progress, minutes}; };
   Answers("F102 OK S:0 L:9 T:8 C:45%");
   EXPECT_EQ(read(), NUV_NOT_PRINTING);
-  EXPECT_EQ(g_errors, (ErrorList{{22, 102}}));
+  Answers("F102 NG S:1");
+  EXPECT_EQ(read(), NUV_PRINTER_REFUSED);
+  EXPECT_EQ(g_errors, (ErrorList{{29, 102}}));
   for (const char* malformed : {"F102 OK S:1 L:9 T:8", "F102 OK S:1 L:9 T:8 C:%"}) {
     Answers(malformed);
     EXPECT_THROW(read(), std::invalid_argument);
@@ -320,6 +330,9 @@ TEST_F(OperationsTest, ErrorNumberIsReadInTheErrorStateOnly) {
   Answers("F102 OK S:3 E:42");
   EXPECT_EQ(framework.GetPrinterStatusWithErrorCode(&status, &error), NUV_OK);
   EXPECT_EQ(std::pair(status, error), std::pair(int{NUV_PRINTER_ERROR}, 42));
+  Answers("F102 NG S:3 E:7");
+  EXPECT_EQ(framework.GetPrinterStatusWithErrorCode(&status, &error), NUV_PRINTER_REFUSED);
+  EXPECT_EQ(std::pair(status, error), std::pair(-1, 42));
 }
 
 TEST_F(OperationsTest, OperationWithoutExportRunsAnyCommand) {
@@ -327,6 +340,9 @@ TEST_F(OperationsTest, OperationWithoutExportRunsAnyCommand) {
   Answers("F157 OK I3 S0");
   EXPECT_EQ(framework.ExecuteCommand(157, {}, reply), NUV_OK);
   EXPECT_EQ(reply, (std::map<std::string, std::string>{{"I", "3"}, {"S", "0"}}));
+  Answers("Fx OK");
+  EXPECT_THROW(framework.ExecuteCommand(157, {}, reply), std::invalid_argument);
+  EXPECT_TRUE(reply.empty());
   Answers("F104 NG");
   EXPECT_EQ(framework.ExecuteCommand(104, {"9"}, reply), NUV_PRINTER_REFUSED);
   EXPECT_EQ(framework.ExecuteCommand(140, {}, reply), NUV_FAILED) << "not the factory's";

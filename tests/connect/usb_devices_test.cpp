@@ -8,6 +8,7 @@
 #include "connect/local_link.h"
 #include "nuvconnect/ResultCodes.h"
 #include "tests/connect/scripted_connector.h"
+#include "tests/support/told.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -42,6 +43,10 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
   std::string value;
   EXPECT_EQ(framework.GetDeviceInfo(value, NUV_KIND_USB, 2, 0), NUV_NOT_FOUND);
   EXPECT_EQ(framework.GetDeviceInfo(value, NUV_KIND_NETWORK, 0, 0), NUV_NOT_FOUND);
+  EXPECT_EQ(framework.GetDeviceInfo(value, NUV_KIND_USB, 0, NUV_DEVICE_SUPPLEMENTARY), NUV_OK);
+  for (const int field : {NUV_DEVICE_IDENTIFIER - 1, NUV_DEVICE_SUPPLEMENTARY + 1}) {
+    EXPECT_EQ(framework.GetDeviceInfo(value, NUV_KIND_USB, 0, field), NUV_NOT_FOUND);
+  }
 
   int count = -1;
   port.printers.push_back({"C"});
@@ -61,6 +66,15 @@ TEST_F(UsbDevicesTest, OnlyAListingThatSucceedsChangesTheTable) {
   EXPECT_EQ(Info(1, NUV_DEVICE_SERIAL), "B") << "a failure leaves the table as it was";
 }
 
+// Its printers have no serial number in the table.
+TEST_F(UsbDevicesTest, OfAFailedListingTheFirstIsChosenByAnEmptySerialNumber) {
+  port.printers = {{"D"}, {"E", "", false}};
+  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_USB, "D"), NUV_NOT_FOUND);
+  EXPECT_EQ(port.open, -1);
+  EXPECT_EQ(framework.ConnectDeviceBySN(NUV_KIND_USB, ""), NUV_OK);
+  EXPECT_EQ(port.open, 0);
+}
+
 TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
   port.printers = {{"A", "BEGO VARSEO XS"}};
   static std::pair<int, int> told;
@@ -70,7 +84,9 @@ TEST_F(UsbDevicesTest, NoListingLeavesAPrinterOpen) {
   EXPECT_THAT(port.opened, ElementsAre("0"));
   EXPECT_EQ(port.open, -1) << "no answer to the serial query";
   port.printers.front().begoSerialReply = "F140 OK\r\n";
-  EXPECT_THROW(List(), std::out_of_range);
+  int count = 7;
+  EXPECT_THROW(framework.SearchUSBDevice(&count), std::out_of_range);
+  EXPECT_EQ(count, 0);
   EXPECT_THAT(port.opened, ElementsAre("0", "0"));
   EXPECT_EQ(port.open, -1) << "thrown";
   port.printers.front().begoSerialReply = "F140 OK OK\r\n";
@@ -84,7 +100,9 @@ TEST_F(UsbDevicesTest, ListingGivesUpAfterManyPrintersOrMuchTime) {
     port.printers.assign(static_cast<size_t>(attached), {"A"});
     port.opened.clear();
     port.onOpen = [&, took = std::chrono::minutes(eachMinutes)] { clock.Advance(took); };
-    EXPECT_EQ(List(), NUV_OK);
+    EXPECT_EQ(ToldBy([&] { EXPECT_EQ(List(), NUV_OK); }),
+              "[NKG]listing: given up after " + std::to_string(listed) + " of " +
+                  std::to_string(attached) + " printers\n");
     EXPECT_EQ(port.opened.size(), count);
     EXPECT_EQ(serials.size(), count);
     EXPECT_EQ(Info(listed - 1, NUV_DEVICE_SERIAL), "A") << "those until then are in the table";
@@ -173,7 +191,9 @@ TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   port.printers = {{"A"}};
   ASSERT_EQ(List(), NUV_OK);
   ASSERT_EQ(framework.ChooseDevice(NUV_KIND_USB, 0), NUV_OK);
+  port.blocks = {"unasked\n"};
   EXPECT_EQ(channel->ExecuteCommand(""), "");
+  EXPECT_EQ(port.blocks.size(), 1U) << "nothing is read";
   EXPECT_FALSE(channel->SendBytes({}));
   for (const auto& [what, blocks, reply, left] : rows) {
     SCOPED_TRACE(what);
@@ -190,6 +210,7 @@ TEST_F(UsbDevicesTest, RepliesComeOutWhole) {
   port.writeStatus = 0;
   EXPECT_EQ(channel->ExecuteCommand("F9\r\n"), "F9 OK");
   channel->CloseDevice();
+  EXPECT_EQ(dynamic_cast<IChannel*>(channel)->Send({}), Reason::kNone) << "no bytes need no link";
   std::vector<uint8_t> last;
   EXPECT_FALSE(channel->ReadLocalData(last));
 }

@@ -73,6 +73,7 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
       {"minutes", kZafelId, Argument("print_minutes=1.2e2"), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"minutes", kBego, Argument("print_minutes=-1"), NUV_FILE_NOT_READABLE, "", 0, {}},
       {"layers", kAndroid, Argument("layers="), NUV_FILE_NOT_READABLE, "", 0, {}},
+      {"102", kZafelId, Silent("F102"), NUV_FAILED, "F102", 0, {{-1, 102}}},
       {"102", kBego, Silent("F102"), NUV_FAILED, "F102", 0, {{-1, 102}}},
       {"354", kBego, Silent("F354"), NUV_FAILED, "F354", 0, {{-1, 354}}},
       {"353", kBego, Silent("F353"), NUV_FAILED, "F353", 0, {{-1, 353}}},
@@ -103,6 +104,9 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
     EXPECT_EQ(printer.Wire().empty() ? "" : printer.Wire().back().substr(0, 4), row.last);
     EXPECT_EQ(printer.Blocks(), row.blocks);
     EXPECT_EQ(g_host.errors, row.errors);
+    if (files.arguments == "layers=2147483648") {
+      EXPECT_THAT(told, ::testing::HasSubstr("argument layers is \"2147483648\", not a whole"));
+    }
   }
 }
 
@@ -114,7 +118,8 @@ TEST_F(FamilyJobTest, OtherRefusalsCostOnlyTheBytesTheyAreAbout) {
   files.machineId = kAndroid;
   Refused("F508")(*this);
   Refused("F501")(*this);
-  EXPECT_EQ(Send(), NUV_OK);
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(Send(), NUV_OK); }),
+              ::testing::HasSubstr("job: the printer refused the thumbnail\n"));
   EXPECT_EQ(printer.Data(), "L101....L102....2L103....33abc\r\n");
   EXPECT_THAT(g_host.errors, IsEmpty());
 }
@@ -129,6 +134,7 @@ TEST_F(FamilyJobTest, WhatAFileLacksIsNotSent) {
     }
     EXPECT_EQ(Send(), NUV_OK);
     EXPECT_EQ(printer.Data(), "abc\r\n");
+    EXPECT_THAT(printer.Wire(), ::testing::Not(::testing::Contains(::testing::StartsWith("F501"))));
   }
 }
 
@@ -151,6 +157,7 @@ TEST_F(FamilyJobTest, NamesThatWouldBreakTheLineAreRefused) {
     path = std::filesystem::path(::testing::TempDir()) / name;
     WriteFile("abc");
     EXPECT_EQ(ToldResultOf(&JobTest::Send), result);
+    EXPECT_EQ(told.find("cannot be sent") == std::string::npos, result == NUV_OK);
     EXPECT_EQ(printer.Wire().empty(), result != NUV_OK);
     std::filesystem::remove(path);
   }

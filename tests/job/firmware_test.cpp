@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "job/block_transfer.h"
 #include "tests/job/job_fixture.h"
 
@@ -64,7 +66,11 @@ TEST_F(FirmwareTest, CancelStopsTheTransferAndALostConnectionDoesNot) {
   for (const auto& [fault, result, blocks, updates] : rows) {
     StartAnew();
     fault(*this);
-    EXPECT_EQ(SendImage(30000, BlockHeader::kNone), result);
+    told = ToldBy(
+        [&, expected = result] { EXPECT_EQ(SendImage(30000, BlockHeader::kNone), expected); });
+    EXPECT_EQ(told.find("the block that ends at byte 20480 of 30000 is not") != std::string::npos,
+              blocks != updates);
+    EXPECT_LE(std::count(told.begin(), told.end(), '\n'), 1) << "told once";
     EXPECT_EQ(printer.Blocks(), blocks);
     EXPECT_EQ(g_host.updates.size(), updates);
     EXPECT_EQ(printer.endedComplete, result == NUV_OK) << "else what is queued may go";

@@ -132,8 +132,8 @@ class JobTest : public ::testing::Test {
   // The same, and that a job which fails says why.
   int ToldResultOf(int (JobTest::*send)()) {
     int result = NUV_OK;
-    const std::string told = ToldBy([&] { result = (this->*send)(); });
-    EXPECT_TRUE(result == NUV_OK || !told.empty());
+    told = ToldBy([&] { result = (this->*send)(); });
+    EXPECT_EQ(told.empty(), result == NUV_OK);
     if (result == NUV_WRITE_FAILED) {
       EXPECT_THAT(told, ::testing::ContainsRegex("not written|link ended"));
     }
@@ -147,6 +147,7 @@ class JobTest : public ::testing::Test {
   HostCallbacks callbacks;
   JobState state;
   std::filesystem::path path;
+  std::string told;
 
  private:
   static void Progress(float percent) { g_host.percents.push_back(percent); }

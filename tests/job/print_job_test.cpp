@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <locale>
 
 #include "job/machine_ids.h"
 #include "job/printer_exchange.h"
@@ -167,6 +168,7 @@ TEST_F(JobEndTest, OfAPrintFile) {
     t.printer.Always("F104", "Fx OK");
   };
   const auto device = [](JobTest& t) { t.path = kDevice; };
+  const auto bufferUnknown = [](JobTest& t) { t.printer.Always("F117", "F117 NG S:99"); };
   ExpectEnds(
       {
           {"missing file", missing, NUV_FILE_NOT_READABLE, ""},
@@ -176,6 +178,7 @@ TEST_F(JobEndTest, OfAPrintFile) {
           {"opening unanswered", Silent("F103"), NUV_FAILED, ""},
           {"opening refused", Refused("F103"), NUV_PRINTER_REFUSED, ""},
           {"no buffer at the opening", FreeBuffer(0), NUV_NO_BUFFER_SPACE, ""},
+          {"buffer query refused", bufferUnknown, NUV_NO_BUFFER_SPACE, ""},
           {"lost while waiting", LostWithFreeBuffer(4), NUV_NO_BUFFER_SPACE, "", 1},
           {"write fails", WritesFailAfter(1), NUV_WRITE_FAILED, "one\r\n", 1},
           {"damaged line", badLine, NUV_FILE_NOT_READABLE, "one\r\n", 1, true},
@@ -244,6 +247,25 @@ TEST_F(JobTest, HostThatThrowsIsMarkedAsSuch) {
   EXPECT_FALSE(HostThrew()) << "the last callback returned";
 }
 
+// Numbers of a print file have a point, whatever the host program's numbers have.
+TEST_F(JobTest, TheHostsLocaleDoesNotChangeWhatAPrintFileSays) {
+  struct Comma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+  };
+  files.lines = {"one"};
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Comma));
+  EXPECT_EQ(Send(), NUV_OK);
+  std::locale::global(before);
+  EXPECT_THAT(printer.Wire(), ::testing::Contains(::testing::HasSubstr(" T0.050000 ")));
+}
+
+TEST_F(JobTest, PathsThatTheSystemCannotNameAreRefused) {
+  const std::wstring unnamed(1, static_cast<wchar_t>(0xD800));
+  EXPECT_THAT(
+      ToldBy([&] { EXPECT_EQ(SendPrintFile(Context(), unnamed, nullptr), NUV_FILE_NOT_READABLE); }),
+      ::testing::HasSubstr("narrow characters"));
+}
+
 // The print-file library of the process holds one open file; commands need only their own link.
 TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   files.lines = {"one"};
@@ -256,7 +278,8 @@ TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   int commandsElsewhere = -1;
   printer.onExecute = [&] {
     const JobContext elsewhere{otherPrinter, clock, files, callbacks, other};
-    commands = SendCommands();
+    EXPECT_EQ(ToldBy([&] { commands = SendCommands(); }),
+              "[NKG]job refused: another one is running\n");
     printFileElsewhere = SendPrintFile(elsewhere, path.wstring(), nullptr);
     commandsElsewhere = SendGCodeFile(elsewhere, path.wstring(), nullptr);
   };

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <deque>
 #include <memory>
@@ -15,6 +16,7 @@
 #include "transport/addresses.h"
 #include "transport/network_device_searcher.h"
 #include "transport/search_bounds.h"
+#include "transport/socket_system.h"
 #include "transport/tcp_client_socket.h"
 #include "transport/tcp_device_connector.h"
 #include "transport/udp_search_socket.h"
@@ -22,6 +24,12 @@
 using namespace Nuv::Transport;
 
 namespace {
+
+#if defined(_WIN32)
+constexpr int kRefused = 10061;
+#else
+constexpr int kRefused = ECONNREFUSED;
+#endif
 
 using ::testing::HasSubstr;
 using Texts = std::vector<std::string>;
@@ -87,7 +95,8 @@ TEST_F(TcpClientSocketTest, ExchangesBlocksUntilTheEnd) {
 TEST_F(TcpClientSocketTest, RefusedConnectionIsTold) {
   ::testing::internal::CaptureStderr();
   EXPECT_FALSE(socket.Connect("", 1)) << "nobody listens there";
-  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("error connecting to server: "));
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+              HasSubstr("error connecting to server: " + std::to_string(kRefused)));
   EXPECT_FALSE(socket.IsOpen());
   EXPECT_FALSE(socket.Connect("no.such.host.invalid", peer.Port()));
 }
@@ -103,6 +112,16 @@ TEST_F(TcpClientSocketTest, ConnectionThatNobodyTakesFailsInTime) {
   EXPECT_LT(sockets.size(), kMore);
   EXPECT_FALSE(sockets.back().IsOpen());
   EXPECT_FALSE(TcpDeviceConnector(limits).Connect("127.0.0.1", peer.Port()));
+}
+
+TEST(SocketSystemTest, KnowsTheInterfacesOfThisMachine) {
+  std::vector<std::string> found;
+  for (const HostInterface& each : SocketSystem::Interfaces()) {
+    found.push_back(each.address + "/" + each.netmask + (each.running ? " running" : "") +
+                    (each.loopback ? " loopback" : ""));
+  }
+  EXPECT_THAT(found, ::testing::IsSupersetOf({"127.0.0.1/255.0.0.0 running loopback",
+                                              "10.77.1.1/255.255.255.0 running"}));
 }
 
 TEST(SearchBoundsTest, EndASearchByTimeAnswersOrBytes) {
@@ -154,7 +173,8 @@ class UdpSearchTest : public ::testing::Test {
   template <class Search>
   static size_t FoundBy(const Search& search) {
     size_t answers = 0;
-    EXPECT_THAT(ToldBy([&] { answers = search().size(); }), HasSubstr("the rest is dropped\n"));
+    EXPECT_THAT(ToldBy([&] { answers = search().size(); }),
+                HasSubstr("more than 4096 answers or 1048576 bytes, the rest is dropped\n"));
     return answers;
   }
 
@@ -177,6 +197,13 @@ TEST_F(UdpSearchTest, ADeviceThatKeepsSendingEndsTheSearch) {
       FoundBy([&] { return NetworkDeviceSearcher(kMessage, waiter).Search(kPort, kFloodWaitMs); });
   EXPECT_GE(both, SearchBounds::kMostAnswers);
   EXPECT_LE(both, 2 * SearchBounds::kMostAnswers);
+}
+
+TEST_F(UdpSearchTest, ARepeatedAnswerCountsOnceTowardsTheBounds) {
+  Start({"duplicate,count=-1,n=" + std::to_string(SearchBounds::kMostAnswers)});
+  NetworkDeviceSearcher searcher(kMessage, waiter);
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(searcher.Search(kPort, kWaitMs).size(), 1U); }),
+              ::testing::Not(HasSubstr("dropped")));
 }
 
 TEST_F(UdpSearchTest, RepeatedAnswersAreKeptAndLongOnesCut) {

@@ -75,6 +75,7 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
     };
     EXPECT_THAT(ToldBy(connect), HasSubstr(why));
   }
+  EXPECT_TRUE(connector->Connect("127.0.0.1", port)) << "a failure is not its last word";
 }
 
 TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {

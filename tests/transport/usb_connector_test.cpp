@@ -275,8 +275,9 @@ TEST_F(UsbConnectorTest, TellsWhyANodeCannotBeOpened) {
   for (const auto& [error, why] :
        {std::pair(EACCES, "udev rule"), {EBUSY, "another program"}, {ENOENT, "not attached"}}) {
     node.openError = error;
-    EXPECT_THAT(ToldBy([&] { EXPECT_FALSE(scripted.Open(L"0")); }),
-                ::testing::AllOf(HasSubstr("/dev/usb/lp0"), HasSubstr(why)));
+    EXPECT_THAT(
+        ToldBy([&] { EXPECT_FALSE(scripted.Open(L"0")); }),
+        ::testing::AllOf(HasSubstr("USB printer /dev/usb/lp0: opening failed: "), HasSubstr(why)));
     EXPECT_EQ(Write(scripted, "x"), kNotOpen);
     EXPECT_EQ(Read(scripted), kNotOpen);
   }
@@ -337,7 +338,11 @@ TEST_F(UsbConnectorTest, WritesTheWholeBlockOrFails) {
     node.outputEvents = row.outputEvents;
     node.written.clear();
     const int64_t before = node.clock.NowMs();
-    EXPECT_EQ(Write(scripted, "01234567", 500), row.status);
+    const std::string told =
+        ToldBy([&] { EXPECT_EQ(Write(scripted, "01234567", 500), row.status); });
+    EXPECT_EQ(told.find("USB printer /dev/usb/lp0: writing failed: ") != std::string::npos,
+              row.status != 0 && row.status != kTransferTimeout);
+    EXPECT_EQ(told.find("/dev/usb/lp0 takes no data") != std::string::npos, row.opened != 0);
     EXPECT_EQ(node.written, row.written);
     EXPECT_EQ(node.clock.NowMs() - before, kNewQuietMs + row.sleptMs);
     EXPECT_EQ(static_cast<int>(node.opened.size()), row.opened);
@@ -386,7 +391,9 @@ TEST_F(UsbConnectorTest, ReadsOneBlockWithinTheLimit) {
     SCOPED_TRACE(row.what);
     node.input = row.input;
     const int64_t before = node.clock.NowMs();
-    EXPECT_EQ(Read(scripted, 500), row.status);
+    const std::string told = ToldBy([&] { EXPECT_EQ(Read(scripted, 500), row.status); });
+    EXPECT_EQ(told.find("USB printer /dev/usb/lp0: reading failed: ") != std::string::npos,
+              row.status != 0 && row.sleptMs == 0);
     EXPECT_EQ(block, row.block);
     EXPECT_EQ(node.clock.NowMs() - before, row.sleptMs);
     EXPECT_TRUE(node.input.empty());
