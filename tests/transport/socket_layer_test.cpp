@@ -120,8 +120,11 @@ TEST(SocketSystemTest, KnowsTheInterfacesOfThisMachine) {
     found.push_back(each.address + "/" + each.netmask + (each.running ? " running" : "") +
                     (each.loopback ? " loopback" : ""));
   }
-  EXPECT_THAT(found, ::testing::IsSupersetOf({"127.0.0.1/255.0.0.0 running loopback",
-                                              "10.77.1.1/255.255.255.0 running"}));
+  EXPECT_THAT(found, ::testing::Contains("10.77.1.1/255.255.255.0 running"));
+  // Not every system lists it.
+  EXPECT_THAT(found, ::testing::Each(
+                         ::testing::AnyOf("127.0.0.1/255.0.0.0 running loopback",
+                                          ::testing::Not(::testing::StartsWith("127.0.0.1/")))));
 }
 
 TEST(SearchBoundsTest, EndASearchByTimeAnswersOrBytes) {
