@@ -42,12 +42,6 @@ TEST_F(ClockTest, WaitsUntilAHandleIsReadyOrItsOtherSideEnds) {
   EXPECT_EQ(Wait(ends[1], Readiness::kInput, kLong), WaitEnd::kReady);
 }
 
-TEST_F(ClockTest, SleepsAtLeastAsLongAsAsked) {
-  const Deadline before = clock.Now();
-  clock.SleepFor(kShort);
-  EXPECT_GE(clock.Now() - before, kShort);
-}
-
 // The hour would end the test program by its time limit.
 TEST_F(ClockTest, EitherInterruptEndsTheWait) {
   for (Interrupt* const interrupt : {&call, &channel}) {
