@@ -91,12 +91,6 @@ void HostThrows() {
 }
 void PrinterGarbles() { throw MalformedNumber("invalid stoi argument", 102); }
 
-TEST(MarshallingTest, ALengthBelowNoneCopiesNothing) {
-  char out[] = "old";
-  Nuv::Api::CopyTextCut("new", out, -1);
-  EXPECT_STREQ(out, "");
-}
-
 TEST_F(ExportsTest, ExceptionsBecomeResultsForHostsThatCannotCatch) {
   const struct {
     std::function<void()> trouble;

@@ -75,8 +75,11 @@ TEST(CopyListTest, CutsToTheEntrySizeAndTellsTheFullCount) {
 
 TEST(CopyTextTest, ReplyIsCutAtMaxLen) {
   char reply[8];
-  for (const auto& [text, maxLen, expected] :
-       {std::tuple("abcdef", 3, "abc"), {"abc", 3, "abc"}, {"ab", 3, "ab"}, {"ab", 0, ""}}) {
+  for (const auto& [text, maxLen, expected] : {std::tuple("abcdef", 3, "abc"),
+                                               {"abc", 3, "abc"},
+                                               {"ab", 3, "ab"},
+                                               {"ab", 0, ""},
+                                               {"ab", -1, ""}}) {
     std::memset(reply, kMark, sizeof reply);
     Nuv::Api::CopyTextCut(text, reply, maxLen);
     EXPECT_STREQ(reply, expected);

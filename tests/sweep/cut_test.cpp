@@ -179,7 +179,8 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
       return now.connectionsEnded - before.connectionsEnded >= cut && (all || cut > 0);
     }));
     if (cuts == Cuts::kEachTime && WasCut()) {
-      // What went out behind a cut is cut too, or was taken: no count tells which.
+      // What went out behind a cut ends in another cut, is taken, or was lost before: of the last
+      // nothing tells, so there is nothing to wait for but a moment.
       const auto ended = [&] { return Totals().connectionsEnded > now.connectionsEnded; };
       simulator->WaitUntil([&] { return ended() || taken(); }, kUnderWay);
     }
