@@ -42,7 +42,6 @@ class AbstractCommand {
   // channel waits, and for at most three pauses of a second when it has to recover.
   // Throws what ParseDecimal throws when the reply's head bears no number.
   virtual TransactionStatus Execute() {
-    result_.clear();
     const std::string request = BuildRequest();
     TransactionStatus status = ParseReply(Ask(request, false));
     Recover(status, request);

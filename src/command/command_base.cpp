@@ -53,9 +53,7 @@ void CommandBase::Recover(TransactionStatus& status, const std::string& request)
       const Reason before = reason_;
       status = ParseReply(Ask(request, true));
       // Nothing is open any more, for the reason that the request had before.
-      if (reason_ == Reason::kNotOpen && before != Reason::kNone) {
-        reason_ = before;
-      }
+      if (reason_ == Reason::kNotOpen) reason_ = before;
       ++resends_;
     } else if (status == kOtherReply) {
       Connect::Reply reply = channel_->ReadAgain(interrupt_);

@@ -35,7 +35,6 @@ int GeneralCommandProc::Process(std::vector<std::string>& output) {
 }
 
 int CodeProc::Keep(Refusal refusal, std::vector<std::string>& output) {
-  output.clear();
   outcome_ = Run(refusal);
   output = std::move(outcome_.values);
   return outcome_.result;

@@ -41,7 +41,7 @@ int ConnectingFramework::GetLSULaserPWMvalues(int laser, int* lsu, int* p1, int*
 
 int ConnectingFramework::GetPDSensorData(int laser, int* minimum, int* maximum, int* average) {
   constexpr size_t kReadings = 3;
-  for (int* reading : {minimum, maximum, average}) *reading = 0;
+  *minimum = *maximum = *average = 0;
   const Outcome outcome = Commands().Run(186, {std::to_string(laser)});
   if (outcome.result != NUV_OK) return outcome.result;
   // By position: the reply's fields are pairs of a letter and a value, without keys to look up.

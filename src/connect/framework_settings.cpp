@@ -41,7 +41,7 @@ int ConnectingFramework::SetBCPScaling(float x1, float x2, float y1, float y2, f
 
 int ConnectingFramework::GetBCPScaling(float* x1, float* x2, float* y1, float* y2, float* z1,
                                        float* z2) {
-  for (float* factor : {x1, x2, y1, y2, z1, z2}) *factor = 0;
+  *x1 = *x2 = *y1 = *y2 = *z1 = *z2 = 0;
   const Outcome outcome = Commands().Run<Command::F369Cmd>();
   if (outcome.result != NUV_OK) return outcome.result;
   const Pair x = Split(outcome.Text("X"), outcome.code);

@@ -174,13 +174,12 @@ std::string SocketLink::Identity(int index) const {
 Reason SocketLink::Write(const uint8_t* data, size_t length, bool /*patient*/) {
   if (length == 0) return Reason::kNone;  // it queues nothing
   Discard(0, 0);
-  if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return Reason::kNotTaken;
-  if (socket_.Send(reinterpret_cast<const char*>(data), static_cast<int>(length)) == 0) {
+  if (socket_.Send(reinterpret_cast<const char*>(data), static_cast<int64_t>(length)) == 0) {
     return Reason::kNone;
   }
-  if (!IsOpen()) return Failure(Reason::kEnded);
-  Close();
-  return waiter_.Over() ? Reason::kGivenUp : Reason::kNotTaken;
+  const Reason failure = Failure(Reason::kNotTaken);
+  if (IsOpen()) Close();
+  return failure;
 }
 
 std::string SocketLink::ReadBlock(int timeoutMs) {

@@ -11,14 +11,11 @@ Transport::SearchTurn NetworkLink::WaitForTurn() {
                                EffectiveTimeoutMs(settings.TimeoutMs()));
 }
 
-bool NetworkLink::EnumerateDevices(std::vector<std::string>& found) {
+std::vector<std::string> NetworkLink::EnumerateDevices() {
   const SearchSettings& settings = SearchSettings::Instance();
-  if (net_.Search(settings.Message(), static_cast<uint16_t>(settings.Port()),
-                  EffectiveTimeoutMs(settings.TimeoutMs())) != 0) {
-    return false;
-  }
-  found = net_.GetDeviceAddresses();
-  return true;
+  net_.Search(settings.Message(), static_cast<uint16_t>(settings.Port()),
+              EffectiveTimeoutMs(settings.TimeoutMs()));
+  return net_.GetDeviceAddresses();
 }
 
 std::vector<std::string> NetworkLink::CollectReplies() const {

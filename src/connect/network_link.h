@@ -24,8 +24,8 @@ class NetworkLink final : public Link {
   // while this waits.
   static Transport::SearchTurn WaitForTurn();
 
-  // Searches with the process-wide settings; `found`: the printers' addresses.
-  bool EnumerateDevices(std::vector<std::string>& found);
+  // Searches with the process-wide settings: the printers' addresses.
+  std::vector<std::string> EnumerateDevices();
 
   // The distinct texts that answer a search; the list of EnumerateDevices stays.
   std::vector<std::string> CollectReplies() const;

@@ -26,11 +26,6 @@ NuvConnect::NuvConnect(int replyTimeoutMs, std::unique_ptr<ConnectorBase> usb,
                        Platform::Clock& clock)
     : waiter_(clock), local_(std::move(usb), waiter_), network_(replyTimeoutMs, waiter_) {}
 
-NuvConnect::~NuvConnect() {
-  local_.Current().Close();
-  network_.Close();
-}
-
 bool NuvConnect::SearchDevices(std::vector<std::string>& found, std::string address,
                                std::string netmask, int timeoutMs) {
   const Lock lock(mutex_);
@@ -41,7 +36,8 @@ bool NuvConnect::EnumerateDevices(int kind, std::vector<std::string>& found) {
   if (kind != 0) {
     const Transport::SearchTurn turn = NetworkLink::WaitForTurn();
     const Lock lock(mutex_);
-    return network_.EnumerateDevices(found);
+    found = network_.EnumerateDevices();
+    return true;
   }
   const Lock lock(mutex_);
   return local_.usb.EnumerateDevices(found);

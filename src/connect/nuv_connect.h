@@ -26,7 +26,6 @@ class NuvConnect final : public IChannel {
   explicit NuvConnect(int replyTimeoutMs = kReplyTimeoutMs,
                       std::unique_ptr<ConnectorBase> usb = MakeUsbConnector(),
                       Platform::Clock& clock = Platform::SystemClock());
-  ~NuvConnect() override;
 
   bool SearchDevices(std::vector<std::string>& found, std::string address, std::string netmask,
                      int timeoutMs) override;

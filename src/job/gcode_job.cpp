@@ -12,7 +12,6 @@ namespace Nuv::Connect {
 
 bool CommandText::Read(const std::string& path) {
   Platform::RegularFile file(path);
-  if (!file.IsOpen()) return false;
   std::vector<char> chunk(Platform::kFileChunkBytes);
   int64_t count = 0;
   while ((count = file.Read(chunk.data(), chunk.size())) > 0) {

@@ -49,7 +49,6 @@ class StatusLoop {
     // Once closed, the clock is not touched: it need not outlive a framework that the host destroys
     // inside its callback.
     while (!state_->closing.Raised() && !clock_.WaitFor(interval_, state_->closing)) Pass();
-    channel_.reset();
     std::fputs("PrintStatusCallBackHandler exit ...\n", stdout);
     std::fflush(stdout);
   }
@@ -96,7 +95,7 @@ class StatusLoop {
     return info;
   }
 
-  std::shared_ptr<IChannel> channel_;
+  const std::shared_ptr<IChannel> channel_;
   const std::shared_ptr<JobState> state_;
   Platform::Clock& clock_;
   const NuvPrintingInfoCallback callback_;

@@ -46,7 +46,6 @@ std::string ExtractValue(const Words& words, const std::string& startKey,
       value += word;
     } else if (BeginsWith(word, startKey)) {
       value = word.substr(startKey.size());
-      if (endKey.empty()) break;
     }
   }
   return value;

@@ -152,7 +152,6 @@ std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeou
 
 void NetworkDeviceSearcher::AskAddresses(const std::vector<SearchAddress>& addresses, int timeoutMs,
                                          Replies& replies) {
-  if (addresses.empty()) return;
   QUdpSocket socket;
   if (!Bind(socket, "addresses", 0)) return;
   const auto handle = socket.socketDescriptor();

@@ -17,9 +17,6 @@ constexpr Handle kNone = -1;
 
 enum class Kind { kTcp, kUdp };
 
-// Starts the system's sockets, once for the life of the process. False when they cannot be had.
-bool Start();
-
 // kNone on failure; LastError tells why. Of the others, a negative result is a failure. A TCP
 // socket never blocks: Connect begins a connection, of which Connected tells whether it stands,
 // once the socket is `ready` for output, or in vain was waited for; Send takes what fits now, which

@@ -35,8 +35,6 @@ std::string Text(const sockaddr* address) {
 
 }  // namespace
 
-bool Start() { return true; }
-
 Handle Create(Kind kind) {
   const int type = kind == Kind::kTcp ? SOCK_STREAM | SOCK_NONBLOCK : SOCK_DGRAM;
   const int handle = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
@@ -115,7 +113,6 @@ std::string LocalHostName() {
 std::vector<std::string> ResolveIPv4(const std::string& name) {
   addrinfo wanted{};
   wanted.ai_family = AF_INET;
-  wanted.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   std::vector<std::string> addresses;
   if (name.empty() || getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return addresses;

@@ -26,8 +26,7 @@ sockaddr_in Address(const std::string& address, uint16_t port) {
   return target;
 }
 
-}  // namespace
-
+// Starts the system's sockets, once for the life of the process. False when they cannot be had.
 bool Start() {
   static const bool started = [] {
     WSADATA data;
@@ -36,7 +35,10 @@ bool Start() {
   return started;
 }
 
+}  // namespace
+
 Handle Create(Kind kind) {
+  if (!Start()) return kNone;
   const bool isTcp = kind == Kind::kTcp;
   // Programs that the host starts do not get it.
   const SOCKET handle =
@@ -122,7 +124,6 @@ std::string LocalHostName() {
 std::vector<std::string> ResolveIPv4(const std::string& name) {
   addrinfo wanted{};
   wanted.ai_family = AF_INET;
-  wanted.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   std::vector<std::string> addresses;
   if (name.empty() || !Start() || getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0)

@@ -19,12 +19,10 @@ constexpr int kMsPerSecond = 1000;
 bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   constexpr char kLocalHost[] = "127.0.0.1";
   Close();
-  if (!SocketSystem::Start()) return false;
   const bool isLocal = host.empty() || host == "localhost";
   const std::vector<std::string> addresses = SocketSystem::ResolveIPv4(isLocal ? kLocalHost : host);
   if (addresses.empty()) return false;
   socket_ = SocketSystem::Create(SocketSystem::Kind::kTcp);
-  if (!IsOpen()) return false;
   if (SocketSystem::Connect(socket_, addresses.front(), port) &&
       SocketSystem::Connected(
           socket_, waiter_.Until(waiter_.In(limits_.connectMs), socket_, Readiness::kOutput))) {
@@ -35,7 +33,7 @@ bool TcpClientSocket::Connect(const std::string& host, uint16_t port) {
   return false;
 }
 
-int TcpClientSocket::Send(const char* data, int length) {
+int TcpClientSocket::Send(const char* data, int64_t length) {
   if (!IsOpen() || length < 1) return -1;
   int64_t left = length;
   const auto takeMore = [&]() -> int64_t {

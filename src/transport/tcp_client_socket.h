@@ -29,7 +29,7 @@ class TcpClientSocket {
 
   // 0 when the system took all of `length` bytes in time; -1 otherwise, when closed, and for no
   // bytes. After -1 a part may have been taken; when the connection has ended, it is closed.
-  int Send(const char* data, int length);
+  int Send(const char* data, int64_t length);
 
   // Waits `timeoutMs` / 1000 whole seconds for data and reads once. 0 with `received` bytes in
   // `buffer` (0 of them: the printer has closed the connection); -1 when closed or nothing came.

@@ -4,7 +4,6 @@
 #include <QNetworkProxy>
 #include <QTcpSocket>
 #include <algorithm>
-#include <exception>
 
 #include "platform/diagnostics.h"
 #include "transport/socket_thread.h"
@@ -27,7 +26,7 @@ TcpDeviceConnector::TcpDeviceConnector(const TcpLimits& limits, const Nuv::Platf
   MakeSocket();
 }
 
-TcpDeviceConnector::~TcpDeviceConnector() { Disconnect(); }
+TcpDeviceConnector::~TcpDeviceConnector() = default;
 
 void TcpDeviceConnector::MakeSocket() {
   socket_ = std::make_unique<QTcpSocket>();
@@ -77,43 +76,38 @@ bool TcpDeviceConnector::MakeConnection(const QHostAddress& address, uint16_t po
 }
 
 void TcpDeviceConnector::Disconnect() {
-  if (IsConnected()) socket_->close();
   // What a stuck printer did not take in time is given up with the connection.
-  if (socket_->state() != QAbstractSocket::UnconnectedState) socket_->abort();
+  socket_->abort();
   opened_ = false;
   stalls_ = 0;
 }
 
 TcpResult TcpDeviceConnector::Send(const char* data, int64_t length, bool patient) {
   if (!IsConnected()) return TcpResult::kNotConnected;
-  try {
-    const int64_t all = socket_->bytesToWrite() + length;
-    if (socket_->write(data, length) != length) {
-      // The system has closed it, which the socket's state would tell only after the next read.
-      socket_->abort();
-      return TcpResult::kNotSent;
-    }
-    // The system's buffer takes a request at once; of a long line the rest has to wait.
-    int64_t left = socket_->bytesToWrite();
-    const auto takeMore = [this]() -> int64_t {
-      socket_->flush();
-      return IsConnected() ? socket_->bytesToWrite() : -1;
-    };
-    const WriteEnd end =
-        left == 0 ? WriteEnd::kTaken
-                  : FinishWrite(socket_->socketDescriptor(), left, limits_, waiter_, takeMore);
-    if (left < all) stalls_ = 0;
-    if (end == WriteEnd::kTaken) return TcpResult::kOk;
-    if (end == WriteEnd::kStalled) ++stalls_;
-    Diagnostic("send: %lld of %lld bytes not taken", static_cast<long long>(left),
-               static_cast<long long>(all));
-    if (end == WriteEnd::kLost) {
-      socket_->abort();
-    } else if (!patient || stalls_ >= kMostStalls) {
-      Disconnect();
-    }
-  } catch (const std::exception& error) {
-    Diagnostic("send: %s", error.what());
+  const int64_t all = socket_->bytesToWrite() + length;
+  if (socket_->write(data, length) != length) {
+    // The system has closed it, which the socket's state would tell only after the next read.
+    socket_->abort();
+    return TcpResult::kNotSent;
+  }
+  // The system's buffer takes a request at once; of a long line the rest has to wait.
+  int64_t left = socket_->bytesToWrite();
+  const auto takeMore = [this]() -> int64_t {
+    socket_->flush();
+    return IsConnected() ? socket_->bytesToWrite() : -1;
+  };
+  const WriteEnd end =
+      left == 0 ? WriteEnd::kTaken
+                : FinishWrite(socket_->socketDescriptor(), left, limits_, waiter_, takeMore);
+  if (left < all) stalls_ = 0;
+  if (end == WriteEnd::kTaken) return TcpResult::kOk;
+  ++stalls_;
+  Diagnostic("send: %lld of %lld bytes not taken", static_cast<long long>(left),
+             static_cast<long long>(all));
+  if (end == WriteEnd::kLost) {
+    socket_->abort();
+  } else if (!patient || stalls_ >= kMostStalls) {
+    Disconnect();
   }
   return TcpResult::kNotSent;
 }

@@ -18,8 +18,7 @@ WriteEnd FinishWrite(Platform::Handle socket, int64_t& left, const TcpLimits& li
     const Deadline limit = std::min(stalled, end);
     if (waiter.GetClock().Now() >= limit ||
         !waiter.Until(limit, socket, Platform::Readiness::kOutput)) {
-      if (waiter.Over()) return WriteEnd::kGivenUp;
-      return stalled <= end ? WriteEnd::kStalled : WriteEnd::kSlow;
+      return WriteEnd::kNotTaken;
     }
     const int64_t rest = takeMore();
     if (rest < 0) return WriteEnd::kLost;

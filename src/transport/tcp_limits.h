@@ -26,11 +26,9 @@ struct TcpLimits {
 
 // How the rest of a write went.
 enum class WriteEnd {
-  kTaken,    // the system took all
-  kStalled,  // no byte was taken for too long
-  kSlow,     // bytes were taken, but too few
-  kGivenUp,  // nobody waits for it any more
-  kLost,     // the connection has ended
+  kTaken,     // the system took all
+  kNotTaken,  // no byte for too long, or too few, or nobody waits for it any more
+  kLost,      // the connection has ended
 };
 
 // Writes the `left` bytes that the system did not take at once. `takeMore` hands over what fits and

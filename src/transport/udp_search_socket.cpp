@@ -20,7 +20,7 @@ constexpr size_t kReplyBytes = 255;
 
 bool UdpSearchSocket::Open() {
   Close();
-  if (SocketSystem::Start()) socket_ = SocketSystem::Create(SocketSystem::Kind::kUdp);
+  socket_ = SocketSystem::Create(SocketSystem::Kind::kUdp);
   if (IsOpen()) return true;
   Diagnostic("socket error! error code is %d/n", SocketSystem::LastError());
   return false;
@@ -34,28 +34,30 @@ void UdpSearchSocket::Close() {
 }
 
 void UdpSearchSocket::BroadcastAll(const char* message, int length, uint16_t port, int timeoutMs) {
-  if (!IsOpen()) return;
-  replies_.clear();
-  SocketSystem::EnableBroadcast(socket_);
-  const std::vector<HostNetwork> networks = NetworksToSearch(
-      SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), SocketSystem::Interfaces());
-  for (const HostNetwork& network : networks) {
-    const std::string broadcast = DirectedBroadcast(network.address, network.netmask);
-    if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return;
+  std::vector<std::string> broadcasts;
+  for (const HostNetwork& network : NetworksToSearch(
+           SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), SocketSystem::Interfaces())) {
+    broadcasts.push_back(DirectedBroadcast(network.address, network.netmask));
   }
-  waiter_.GetClock().SleepFor(kPauseAfterSearch);
+  Search(message, length, broadcasts, port, timeoutMs);
 }
 
 int UdpSearchSocket::BroadcastTo(const char* message, int length, const std::string& address,
                                  const std::string& netmask, uint16_t port, int timeoutMs) {
-  if (!IsOpen()) return 0;
+  return Search(message, length, {DirectedBroadcast(address, netmask)}, port, timeoutMs) ? 1 : 0;
+}
+
+bool UdpSearchSocket::Search(const char* message, int length,
+                             const std::vector<std::string>& broadcasts, uint16_t port,
+                             int timeoutMs) {
+  if (!IsOpen()) return false;
   replies_.clear();
   SocketSystem::EnableBroadcast(socket_);
-  if (!SearchNetwork(message, length, DirectedBroadcast(address, netmask), port, timeoutMs)) {
-    return 0;
+  for (const std::string& broadcast : broadcasts) {
+    if (!SearchNetwork(message, length, broadcast, port, timeoutMs)) return false;
   }
   waiter_.GetClock().SleepFor(kPauseAfterSearch);
-  return 1;
+  return true;
 }
 
 bool UdpSearchSocket::SearchNetwork(const char* message, int length, const std::string& broadcast,

@@ -39,6 +39,9 @@ class UdpSearchSocket {
 
  private:
   bool IsOpen() const { return socket_ != Nuv::Transport::SocketSystem::kNone; }
+  // Searches networks, one after the other. False: nothing was sent, or not to all of them.
+  bool Search(const char* message, int length, const std::vector<std::string>& broadcasts,
+              uint16_t port, int timeoutMs);
   bool SearchNetwork(const char* message, int length, const std::string& broadcast, uint16_t port,
                      int timeoutMs);
 

@@ -12,7 +12,9 @@
 #include "connect/search_settings.h"
 #include "tests/connect/job_lab.h"
 #include "tests/connect/scripted_connector.h"
+#include "tests/support/peer.h"
 #include "tests/support/told.h"
+#include "tests/support/virtual_clock.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -134,6 +136,31 @@ TEST_F(ChannelTest, JobGoesOnWhenAllWasConfirmed) {
   EXPECT_EQ(Send(), NUV_OK);
   EXPECT_EQ(simulator->Totals().faultsApplied, 2U);
   ExpectJobArrived();
+}
+
+// A printer that erases its memory takes nothing for longer than a write waits, and then all.
+TEST_F(ChannelTest, WhatIsQueuedOfAnImageGoesOutWithItsEnd) {
+  Peer peer;
+  StartTellingOf("127.0.0.1", peer.Port());
+  IdlePeer nobody;
+  VirtualClock inNoTime;
+  NuvConnect raw(kReplyTimeoutMs, MakeUsbConnector(), inNoTime);
+  raw.SetSearchTimeout(kHurriedSearchMs);
+  while (serials.size() < 2) raw.EnumerateDevices(NUV_KIND_NETWORK, serials);
+  ASSERT_TRUE(raw.ChooseDevice(NUV_KIND_NETWORK, 0));
+  peer.Accept();
+  const std::vector<uint8_t> image(size_t{32} << 20, 'x');
+  raw.BeginJob(JobKind::kImage);
+  EXPECT_EQ(raw.Send({}), Reason::kNone);
+  inNoTime.SetPeer(&nobody);
+  EXPECT_EQ(raw.Send(image), Reason::kNotTaken);
+  inNoTime.SetPeer(nullptr);
+  size_t taken = 0;
+  std::thread printer([&] { taken = peer.Reads(image.size()).size(); });
+  raw.EndJob(true);
+  raw.CloseDevice();
+  printer.join();
+  EXPECT_EQ(taken, image.size());
 }
 
 TEST_F(ChannelTest, IndexThatMeansAnotherPrinterNowIsRefused) {

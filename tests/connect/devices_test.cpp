@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QUdpSocket>
 #include <atomic>
 #include <thread>
 
@@ -102,6 +103,29 @@ TEST_F(DevicesTest, AsksTheAddressesOfTheEnvironment) {
     }
     EXPECT_EQ(serials.size(), count) << addresses;
   }
+  SetEnvironment("NUVCONNECT_SEARCH", "");
+}
+
+TEST_F(DevicesTest, OnlyWhoWasAskedAnswers) {
+  Start({Printer("L1", "Zafel Superfine", "127.0.0.1")});
+  QUdpSocket asked;
+  QUdpSocket stray;
+  const QHostAddress here(QHostAddress::LocalHost);
+  ASSERT_TRUE(asked.bind(here) && stray.bind(here));
+  SetEnvironment("NUVCONNECT_SEARCH", ("127.0.0.1:" + std::to_string(asked.localPort())).c_str());
+  std::thread answers([&, port = std::to_string(simulator->TcpPort(0))] {
+    ASSERT_TRUE(asked.waitForReadyRead(kForEver));
+    char request[64];
+    QHostAddress host;
+    quint16 from = 0;
+    asked.readDatagram(request, sizeof request, &host, &from);
+    stray.writeDatagram("F195 OK IP=<127.0.0.1> PORT=1 N=<x> M:0 CN:0", host, from);
+    const std::string answer = "F195 OK IP=<127.0.0.1> PORT=" + port + " N=<x> M:0 CN:0";
+    asked.writeDatagram(answer.c_str(), host, from);
+  });
+  EXPECT_EQ(framework.GetDeviceList(NUV_KIND_NETWORK, serials, kForEver), NUV_OK);
+  EXPECT_THAT(serials, ElementsAre("L1"));
+  answers.join();
   SetEnvironment("NUVCONNECT_SEARCH", "");
 }
 

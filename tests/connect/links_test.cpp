@@ -37,9 +37,11 @@ class LinksTest : public Lab, public ::testing::WithParamInterface<bool> {
     auto network = std::make_unique<NetworkLink>(36000, waiter, limits);
     Strings found;
     while (found.size() < 2) {
-      ASSERT_TRUE(usesSockets ? sockets->SearchDevices(found, "10.77.1.1", "255.255.255.0",
-                                                       kHurriedSearchMs)
-                              : network->EnumerateDevices(found));
+      if (usesSockets) {
+        ASSERT_TRUE(sockets->SearchDevices(found, "10.77.1.1", "255.255.255.0", kHurriedSearchMs));
+      } else {
+        found = network->EnumerateDevices();
+      }
     }
     if (usesSockets) {
       link = std::move(sockets);
@@ -64,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(All, LinksTest, ::testing::Bool(), [](const auto& usesS
 });
 
 TEST_P(LinksTest, NoticesThatThePrinterHasEndedTheConnection) {
+  EXPECT_EQ(link->Open(7), Reason::kUnreachable) << "none was found there";
+  EXPECT_EQ(link->Write(nullptr, 0, true), Reason::kNone);
   EXPECT_EQ(link->Look(), LinkState::kAlive);
   peer.Says("late\r\n");
   EXPECT_EQ(link->Look(), LinkState::kAlive) << "what came unasked is thrown away";

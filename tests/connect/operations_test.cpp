@@ -124,7 +124,7 @@ const std::vector<Row>& Rows() {
     {175, "F175 S3", "OK L300 T45 V12 R1", Calls(&F::GetJobInfo2, 3), {300, 45, 12, 1}, {}},
     {176, "F176 S3", "OK T50 E1500 B9000 P80", Calls(&F::GetJobInfo3, 3), {50, 1500, 9000, 80}, {}},
     {177, "F177 S3", "OK T20261121T111500 QL1", Calls(&F::GetJobInfo4, 3), {}, {"20261121T111500", "L1"}},
-    {186, "F186 L2", "OK L12 H980 A512 X7", Calls(&F::GetPDSensorData, 2), {12, 980, 512}, {}},
+    {186, "F186 L2", "OK L12 H980 A512 X7 Y8 Z9 W10", Calls(&F::GetPDSensorData, 2), {12, 980, 512}, {}},
     {301, "F301", "BUSY OK C_T:1 C_B:2 ZLT:3 ZLB:4 V_S:5 L_S:6 W_H:7 Y_H:8 C_LI:9 C_P:10 P_S:11 Y_F:12 T_T:13",
      Calls(&F::GetSensorStatusFX120), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, {}},
     {301, "F301", "OK V_S:2", Calls(&F::GetTankType), {2}, {}},

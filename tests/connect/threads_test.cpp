@@ -84,11 +84,11 @@ class ThreadsTest : public JobLab {
   // Replaces the callbacks again and again until `stop`.
   static void ReplaceCallbacks(const std::atomic<bool>& stop) {
     while (!stop) {
-      g_host->RegisterSendDataUpdateCallback([](int, int) { ++g_updates; });
-      g_host->RegisterSendDataStartCallback([] {});
+      EXPECT_EQ(g_host->RegisterSendDataUpdateCallback([](int, int) { ++g_updates; }), NUV_OK);
+      EXPECT_EQ(g_host->RegisterSendDataStartCallback([] {}), NUV_OK);
       g_host->RegisterErrorCodeCallback(nullptr);
       g_host->RegisterSendDataStartCallback(nullptr);
-      g_host->RegisterErrorCodeCallback([](int, int) {});
+      EXPECT_EQ(g_host->RegisterErrorCodeCallback([](int, int) {}), NUV_OK);
       std::this_thread::yield();
     }
   }

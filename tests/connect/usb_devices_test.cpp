@@ -128,10 +128,16 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
 TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   UsbLink link(std::make_unique<ScriptedConnector>(port), Platform::SystemWaiter());
   port.printers = {{"A"}};
-  ASSERT_TRUE(link.EnumerateDevices(serials));
+  for (int time = 0; time < 2; ++time) ASSERT_TRUE(link.EnumerateDevices(serials));
+  EXPECT_EQ(serials.size(), 1U);
   EXPECT_EQ(link.Identity(0), "printer 0");
   EXPECT_EQ(link.Identity(-1), "");
   ASSERT_EQ(link.Open(0), Reason::kNone);
+  EXPECT_EQ(link.Write(nullptr, 0, true), Reason::kNone);
+  EXPECT_TRUE(port.written.empty()) << "nothing is queued";
+  port.writeStatus = kTransferTimeout;
+  EXPECT_EQ(link.Write(reinterpret_cast<const uint8_t*>("x"), 1, false), Reason::kNotTaken);
+  EXPECT_EQ(link.ReadReply().reason, Reason::kSilence);
   const std::tuple<LinkState, bool, bool, Strings> rows[] = {
       {LinkState::kAlive, true, true, {"same"}},
       {LinkState::kAlive, false, true, {"again"}},

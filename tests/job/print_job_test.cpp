@@ -98,6 +98,8 @@ TEST_F(JobTest, AnEndedLinkIsNoSuccess) {
     EXPECT_EQ(ToldResultOf(row.asGCode ? &JobTest::SendCommands : &JobTest::Send), row.result);
     EXPECT_EQ(printer.Data(), row.data);
     EXPECT_EQ(g_host.errors, row.errors);
+    EXPECT_EQ(told.find("job: the link ended after 6 of 9 bytes") != std::string::npos,
+              row.endsAfter == 2);
   }
 }
 
@@ -151,6 +153,11 @@ class JobEndTest : public JobTest {
       EXPECT_TRUE(state.linkFree);
       const Strings& wire = printer.Wire();
       EXPECT_EQ(std::count(wire.begin(), wire.end(), "F104 S2\r\n"), row.abandoned ? 1 : 0);
+      if (row.result == NUV_WRITE_FAILED) {
+        const std::string after =
+            row.data[0] == '\0' ? "after 0 of 6 bytes: " : "after 3 of 6 bytes: ";
+        EXPECT_THAT(told, ::testing::HasSubstr("line not written " + after));
+      }
     }
   }
 };
@@ -278,9 +285,11 @@ TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   int commandsElsewhere = -1;
   printer.onExecute = [&] {
     const JobContext elsewhere{otherPrinter, clock, files, callbacks, other};
-    EXPECT_EQ(ToldBy([&] { commands = SendCommands(); }),
-              "[NKG]job refused: another one is running\n");
-    printFileElsewhere = SendPrintFile(elsewhere, path.wstring(), nullptr);
+    const std::string refused = "[NKG]job refused: another one is running\n";
+    EXPECT_EQ(ToldBy([&] { commands = SendCommands(); }), refused);
+    EXPECT_EQ(
+        ToldBy([&] { printFileElsewhere = SendPrintFile(elsewhere, path.wstring(), nullptr); }),
+        refused);
     commandsElsewhere = SendGCodeFile(elsewhere, path.wstring(), nullptr);
   };
   EXPECT_EQ(Send(), NUV_OK);

@@ -1,5 +1,6 @@
 // The main function of all test programs: GoogleTest's, and a watchdog, so that a test that hangs
-// is named at once instead of when the time of the whole program is up.
+// is named at once instead of when the time of the whole program is up; no test leaves a socket
+// open.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +10,8 @@
 #include <future>
 #include <string>
 #include <thread>
+
+#include "tests/support/open_sockets.h"
 
 namespace {
 
@@ -45,10 +48,22 @@ class Watchdog : public testing::EmptyTestEventListener {
   std::thread thread_;
 };
 
+class NoSocketStaysOpen : public testing::EmptyTestEventListener {
+  void OnTestStart(const testing::TestInfo&) override { before_ = OpenSockets(); }
+  void OnTestEnd(const testing::TestInfo&) override {
+    for (const int socket : OpenSockets()) {
+      EXPECT_EQ(before_.count(socket), 1U) << "socket " << socket << " was left open";
+    }
+  }
+
+  std::set<int> before_;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
   testing::UnitTest::GetInstance()->listeners().Append(new Watchdog);  // which owns it
+  testing::UnitTest::GetInstance()->listeners().Append(new NoSocketStaysOpen);
   return RUN_ALL_TESTS();
 }

@@ -76,6 +76,7 @@ TEST(DiscoveryReplyTest, FieldsAreReadFromTheReply) {
       {"  F195 OK IP=<10.0.0.2> PORT=1 N=<Big  Lab> M:aa CN:1", "10.0.0.2|1|Big  Lab|aa"},
       // A name whose word begins with M ends there: the printers' own way of writing has no quotes.
       {"F195 OK N=<Lab Mini> IP=<10.0.0.2> PORT=1 M:aa", "10.0.0.2|1|La|aa"},
+      {"F195 OK IP=<10.0.0.2> PORT=1\n N=<Lab> M:aa", "10.0.0.2|1|Lab|aa"},
       {"F195 OK", "|0||"},
       {"F195 OK PORT=65535", "|65535||"},
       {"F195 OK IP=< IP=<10.0.0.3> PORT=2", "10.0.0.3|2||"},

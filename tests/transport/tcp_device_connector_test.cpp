@@ -76,6 +76,8 @@ TEST_F(TcpDeviceConnectorTest, UnconnectedItDoesNothing) {
     EXPECT_THAT(ToldBy(connect), HasSubstr(why));
   }
   EXPECT_TRUE(connector->Connect("127.0.0.1", port)) << "a failure is not its last word";
+  EXPECT_FALSE(connector->Connect("127.0.0.1", 1));
+  EXPECT_TRUE(connector->Connect("127.0.0.1", port)) << "nor behind a connection";
 }
 
 TEST_F(TcpDeviceConnectorTest, ConnectsToAnIPv6Address) {

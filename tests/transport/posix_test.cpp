@@ -1,4 +1,5 @@
-// Waits and writes in a host that handles signals.
+// What only this system can show: waits and writes in a host that handles signals, and how sockets
+// are set.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,10 @@
 #include <thread>
 
 #include "platform/waiter.h"
+#include "tests/support/open_sockets.h"
+#include "tests/support/peer.h"
+#include "transport/tcp_client_socket.h"
+#include "transport/tcp_device_connector.h"
 #include "transport/usb_connector_linux.h"
 
 namespace {
@@ -50,13 +55,13 @@ class SignalsTest : public ::testing::Test {
   SignalsTest() { EXPECT_EQ(pipe(ends), 0); }
 
   int ends[2] = {-1, -1};
-  const Signals signals;
+  const Signals sent;
 };
 
 TEST_F(SignalsTest, WaitGoesOnWithTheTimeThatIsLeft) {
   const Nuv::Platform::Waiter& waiter = Nuv::Platform::SystemWaiter();
   EXPECT_FALSE(waiter.Until(waiter.In(50), ends[0], Nuv::Platform::Readiness::kInput));
-  EXPECT_LT(signals.Sent(), Signals::kMost) << "it waited as long as there were signals";
+  EXPECT_LT(sent.Sent(), Signals::kMost) << "it waited as long as there were signals";
 }
 
 // The driver takes a block and reports an interruption all the same; a pipe that is full stands for
@@ -75,6 +80,15 @@ TEST_F(SignalsTest, NoneEndsAWriteToTheDriver) {
             static_cast<int64_t>(more.size()));
   close(ends[1]);
   printer.join();
+}
+
+// Each waits for its reply, which the system's delay would be added to.
+TEST(TcpSocketTest, RequestsGoOutAtOnce) {
+  Peer peer;
+  TcpClientSocket socket;
+  TcpDeviceConnector connector;
+  ASSERT_TRUE(socket.Connect("", peer.Port()) && connector.Connect("127.0.0.1", peer.Port()));
+  EXPECT_EQ(SocketsWithoutDelay(), 2);
 }
 
 }  // namespace
