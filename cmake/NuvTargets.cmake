@@ -106,6 +106,24 @@ function(nuv_add_layer name)
   target_link_libraries(${name} PUBLIC ${LAYER_NEEDS} PRIVATE nuv_warnings)
 endfunction()
 
+# nuv_export(TARGET HEADER MARK NODE): the shared library shows the functions that the header declares
+# behind MARK, on Linux in the symbol version NODE, and nothing else.
+function(nuv_export target header mark node)
+  if(WIN32)
+    return()
+  endif()
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")
+  file(READ "${header}" declarations)
+  string(REGEX MATCHALL "\n${mark} [^(]*\\(" names "${declarations}")
+  list(TRANSFORM names REPLACE "^.*[ *]([A-Za-z0-9_]+)\\($" "\\1")
+  list(JOIN names "; " names)
+  set(exports "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+  file(CONFIGURE OUTPUT "${exports}" CONTENT "@node@ { global: @names@; local: *; };\n" @ONLY)
+  target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}" -Wl,-z,defs)
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS "${exports}"
+                        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
 # nuv_add_test(TARGET): runs a test program inside a private network with a network of its own, so
 # that its broadcasts leave neither the machine nor the test.
 function(nuv_add_test target)

@@ -34,6 +34,9 @@ class NetworkLink final : public Link {
   std::string Identity(int index) const override { return net_.Identity(index); }
 
   Reason Open(int index) override { return Opening(net_.ConnectByIndex(index)); }
+  Reason OpenDevice(const Transport::NetworkDevice& device) {
+    return Opening(net_.Connect(device));
+  }
   Reason OpenAddress(const std::string& address) { return Opening(net_.ConnectByAddress(address)); }
   Reason Reopen(bool /*job*/) override { return Opening(net_.Reconnect()); }
   void Close() override { net_.Connector().Disconnect(); }

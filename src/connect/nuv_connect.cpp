@@ -1,5 +1,6 @@
 #include "connect/nuv_connect.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "connect/search_settings.h"
@@ -183,6 +184,24 @@ Reason NuvConnect::ConnectAddress(const std::string& address) {
   const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : network_.OpenAddress(address);
   if (reason == Reason::kNone) Opened(true, false);
   return reason;
+}
+
+Reason NuvConnect::Open(const Transport::NetworkDevice& device, Platform::Interrupt* interrupt) {
+  const Lock lock(mutex_);
+  const Platform::Waiter::Call call(waiter_, interrupt);
+  const Reason reason = waiter_.Over() ? Reason::kGivenUp : network_.OpenDevice(device);
+  if (reason == Reason::kNone) Opened(true, false);
+  return reason;
+}
+
+Reason NuvConnect::OpenUsb(const std::string& path, Platform::Interrupt* interrupt) {
+  const Lock lock(mutex_);
+  const Platform::Waiter::Call call(waiter_, interrupt);
+  std::vector<std::string> paths;
+  local_.usb.EnumerateDevices(paths);
+  const auto found = std::find(paths.begin(), paths.end(), path);
+  if (found == paths.end()) return Reason::kUnreachable;
+  return OpenChosen(false, static_cast<int>(found - paths.begin()));
 }
 
 std::vector<std::string> NuvConnect::CollectBroadcastReplies() {

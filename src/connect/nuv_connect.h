@@ -64,6 +64,12 @@ class NuvConnect final : public IChannel {
   // The index of the choice stays; OpenDevice reopens this address all the same.
   Reason ConnectAddress(const std::string& address);
 
+  // Connects to this printer, within the wait of a call whose interrupt may be null.
+  Reason Open(const Transport::NetworkDevice& device, Platform::Interrupt* interrupt);
+
+  // As Open, to the printer on USB whose stored name this is.
+  Reason OpenUsb(const std::string& path, Platform::Interrupt* interrupt);
+
   // One network search with the stored settings: the distinct reply texts. Changes neither the list
   // of the last enumeration nor the connection.
   std::vector<std::string> CollectBroadcastReplies();

@@ -8,9 +8,6 @@
 
 namespace Nuv::Platform {
 
-// A point in a clock's time.
-using Deadline = std::chrono::nanoseconds;
-
 // What the system waits for: a descriptor, a socket, an event.
 using Handle = intptr_t;
 

@@ -17,7 +17,8 @@ WaitEnd Clock::WaitReady(Handle handle, Readiness readiness, Deadline deadline,
   for (;;) {
     if (interrupts.Raised()) return WaitEnd::kInterrupted;
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::Now());
-    const milliseconds slice = std::clamp(left, milliseconds(0), milliseconds(kSlice));
+    const milliseconds slice =
+        std::clamp(left, milliseconds(0), std::min(kSlice, interrupts.Patience()));
     const int ready = poll(&entry, 1, static_cast<int>(slice.count()));
     if (ready > 0) return WaitEnd::kReady;
     // A signal that came is none of ours.

@@ -29,7 +29,8 @@ WaitEnd Clock::WaitReady(Handle handle, Readiness readiness, Deadline deadline,
   for (;;) {
     if (interrupts.Raised()) return WaitEnd::kInterrupted;
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::Now());
-    const milliseconds slice = std::clamp(left, milliseconds(0), milliseconds(kSlice));
+    const milliseconds slice =
+        std::clamp(left, milliseconds(0), std::min(kSlice, interrupts.Patience()));
     const bool ready =
         readiness == Readiness::kEvent
             ? WaitForSingleObject(reinterpret_cast<HANDLE>(handle),

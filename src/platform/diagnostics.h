@@ -18,6 +18,10 @@ __attribute__((format(printf, 1, 2)))
 #endif
 void Diagnostic(const char* format, ...);
 
+// From now on diagnostics go to `sink` alone, without prefix and line end, on whatever thread has
+// one. It must not throw.
+void SendDiagnosticsTo(void (*sink)(const std::string& text));
+
 // Writes one finished line (with its line end) to the debug output of this system: the debugger on
 // Windows, syslog at debug level elsewhere.
 void WriteDebugOutput(const std::string& line);

@@ -1,5 +1,7 @@
 #include "platform/interrupt.h"
 
+#include <algorithm>
+
 namespace Nuv::Platform {
 
 void Interrupt::Raise() {
@@ -8,9 +10,17 @@ void Interrupt::Raise() {
   changed_.notify_all();
 }
 
+// No lock is held while Raised is asked, which may ask the host.
 bool Interrupt::WaitFor(std::chrono::milliseconds duration) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, duration, [this] { return Raised(); });
+  using Steady = std::chrono::steady_clock;
+  const auto end = Steady::now() + duration;
+  while (!Raised()) {
+    if (Steady::now() >= end) return false;
+    const auto next = std::min(end, Steady::now() + Patience());
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_until(lock, next, [this] { return raised_.load(); });
+  }
+  return true;
 }
 
 bool Interrupt::WaitUntil(const std::function<bool()>& over) {

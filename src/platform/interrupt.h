@@ -9,13 +9,25 @@
 
 namespace Nuv::Platform {
 
-// Ends waiting for good: what waits on it returns at once when it is raised, and from then on.
+// A point in a clock's time.
+using Deadline = std::chrono::nanoseconds;
+
+// Ends waiting for good: what waits on it returns at once when it is raised, and from then on. One
+// that is derived may be raised by what it looks at itself, such as a time limit.
 //
 // Thread-safety: safe.
 class Interrupt {
  public:
+  Interrupt() = default;
+  virtual ~Interrupt() = default;
+  Interrupt(const Interrupt&) = delete;
+  Interrupt& operator=(const Interrupt&) = delete;
+
   void Raise();
-  bool Raised() const { return raised_; }
+  virtual bool Raised() const { return raised_; }
+
+  // How long a wait may last before Raised is asked again.
+  virtual std::chrono::milliseconds Patience() const { return std::chrono::hours(24); }
 
   // Blocks for `duration` or until raised. True when raised.
   bool WaitFor(std::chrono::milliseconds duration);
@@ -38,6 +50,9 @@ struct Interrupts {
 
   bool Raised() const {
     return (channel != nullptr && channel->Raised()) || (call != nullptr && call->Raised());
+  }
+  std::chrono::milliseconds Patience() const {
+    return call != nullptr ? call->Patience() : std::chrono::hours(24);
   }
 };
 

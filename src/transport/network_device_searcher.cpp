@@ -13,6 +13,7 @@
 #include "transport/addresses.h"
 #include "transport/discovery_reply.h"
 #include "transport/search_bounds.h"
+#include "transport/search_turn.h"
 #include "transport/socket_system.h"
 #include "transport/socket_thread.h"
 
@@ -24,7 +25,8 @@ namespace {
 
 // A lab full of printers answers in one burst; the kernel keeps what is not yet read.
 constexpr int kReceiveBufferBytes = 1 << 20;
-constexpr int kAttempts = 3;  // to ask one address
+constexpr int kAttempts = 3;   // to ask one address
+constexpr int kMomentMs = 20;  // for which one socket is waited for beside another
 constexpr char kVariable[] = "NUVCONNECT_SEARCH";
 
 std::vector<HostInterface> Interfaces() {
@@ -40,31 +42,6 @@ std::vector<HostInterface> Interfaces() {
     }
   }
   return interfaces;
-}
-
-// The broadcast address of each network to search; two addresses on one network reach the same
-// printers.
-std::vector<std::string> Broadcasts() {
-  std::vector<std::string> broadcasts;
-  for (const HostNetwork& network :
-       NetworksToSearch(SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), Interfaces())) {
-    std::string broadcast = DirectedBroadcast(network.address, network.netmask);
-    if (std::find(broadcasts.begin(), broadcasts.end(), broadcast) == broadcasts.end()) {
-      broadcasts.push_back(std::move(broadcast));
-    }
-  }
-  return broadcasts;
-}
-
-SearchAddresses AddressesToSearch(uint16_t port, const std::vector<std::string>& broadcasts) {
-  const std::string text = Nuv::Platform::Environment(kVariable).value_or("");
-  if (text.find_first_not_of(" \t\r\n\v\f") == std::string::npos) return {true, {}, {}};
-  SearchAddresses addresses = ParseSearchAddresses(text, port, broadcasts);
-  if (!addresses.notUnderstood.empty()) {
-    Diagnostic("%s: passed over: %s and %zu more", kVariable,
-               addresses.notUnderstood.front().c_str(), addresses.notUnderstood.size() - 1);
-  }
-  return addresses;
 }
 
 // `what` is searched: for the diagnostic. False: the port cannot be bound.
@@ -112,6 +89,82 @@ std::string WithAddress(std::string reply, const std::string& asked) {
   return reply;
 }
 
+// Asks addresses one by one, from one socket on a port of the system's choice: each at the
+// beginning, after a third and after two thirds of the time (a datagram may get lost), until all
+// have answered.
+class AddressAsker {
+ public:
+  AddressAsker(const std::vector<SearchAddress>& addresses, QByteArray message, int timeoutMs,
+               const Nuv::Platform::Waiter& waiter)
+      : message_(std::move(message)),
+        waiter_(waiter),
+        timeout_(timeoutMs),
+        start_(waiter.GetClock().Now()),
+        asked_(addresses.begin(), addresses.end()),
+        silent_(asked_),
+        bounds_("addresses", timeoutMs, waiter.GetClock()) {
+    if (!silent_.empty() && !Bind(socket_, "addresses", 0)) silent_.clear();
+  }
+
+  // Whether nobody is left to wait for.
+  bool Done() const { return silent_.empty(); }
+
+  // Asks those that have not answered, when it is time, and hands out what comes until they are
+  // asked again or `end`. Nothing when nothing came.
+  std::optional<std::string> Reply(Nuv::Platform::Deadline end) {
+    if (Done()) return std::nullopt;
+    if (waited_ || waiter_.GetClock().Now() >= NextAttempt()) {
+      if (attempts_ == kAttempts) silent_.clear();
+      ++attempts_;
+      Ask();
+    }
+    const Nuv::Platform::Deadline until = std::min(end, NextAttempt());
+    while (!Done() && waiter_.Until(until, socket_.socketDescriptor(), Readiness::kInput)) {
+      const std::optional<Datagram> datagram = Receive(socket_);
+      if (!datagram) continue;
+      if (!bounds_.Takes(datagram->text.size())) silent_.clear();
+      if (Done() || asked_.count(datagram->from) == 0) continue;
+      std::string text = WithAddress(datagram->text, NumberToDotted(datagram->from.first));
+      if (text.empty()) continue;
+      silent_.erase(datagram->from);
+      return text;
+    }
+    waited_ = until == NextAttempt();
+    return std::nullopt;
+  }
+
+ private:
+  // Behind the last it is the end.
+  Nuv::Platform::Deadline NextAttempt() const { return start_ + timeout_ * attempts_ / kAttempts; }
+
+  void Ask() {
+    for (const SearchAddress& each : silent_) {
+      const QHostAddress target(each.first);
+      const auto send = [&] {
+        return socket_.writeDatagram(message_, target, each.second) == message_.size();
+      };
+      // Of many some do not fit at once.
+      if (send() || (waiter_.Until(NextAttempt(), socket_.socketDescriptor(), Readiness::kOutput) &&
+                     send())) {
+        continue;
+      }
+      Diagnostic("search of %s: not sent: %s", NumberToDotted(each.first).c_str(),
+                 qPrintable(socket_.errorString()));
+    }
+  }
+
+  const QByteArray message_;
+  const Nuv::Platform::Waiter& waiter_;
+  const std::chrono::milliseconds timeout_;
+  const Nuv::Platform::Deadline start_;
+  const std::set<SearchAddress> asked_;
+  std::set<SearchAddress> silent_;
+  SearchBounds bounds_;
+  QUdpSocket socket_;
+  int attempts_ = 0;
+  bool waited_ = true;  // as long as it takes until the next attempt
+};
+
 }  // namespace
 
 // Distinct reply texts in order of arrival; a thousand replies cost a thousand look-ups.
@@ -134,13 +187,39 @@ NetworkDeviceSearcher::NetworkDeviceSearcher(const std::string& message,
                                              const Nuv::Platform::Waiter& waiter)
     : message_(QByteArray::fromStdString(message)), waiter_(waiter) {}
 
+// The broadcast address of each network to search; two addresses on one network reach the same
+// printers.
+std::vector<std::string> NetworkDeviceSearcher::Broadcasts() {
+  std::vector<std::string> broadcasts;
+  for (const HostNetwork& network :
+       NetworksToSearch(SocketSystem::ResolveIPv4(SocketSystem::LocalHostName()), Interfaces())) {
+    std::string broadcast = DirectedBroadcast(network.address, network.netmask);
+    if (std::find(broadcasts.begin(), broadcasts.end(), broadcast) == broadcasts.end()) {
+      broadcasts.push_back(std::move(broadcast));
+    }
+  }
+  return broadcasts;
+}
+
+SearchAddresses NetworkDeviceSearcher::AddressesOfEnvironment(
+    uint16_t port, const std::vector<std::string>& broadcasts) {
+  const std::string text = Nuv::Platform::Environment(kVariable).value_or("");
+  if (text.find_first_not_of(" \t\r\n\v\f") == std::string::npos) return {true, {}, {}};
+  SearchAddresses addresses = ParseSearchAddresses(text, port, broadcasts);
+  if (!addresses.notUnderstood.empty()) {
+    Diagnostic("%s: passed over: %s and %zu more", kVariable,
+               addresses.notUnderstood.front().c_str(), addresses.notUnderstood.size() - 1);
+  }
+  return addresses;
+}
+
 std::chrono::milliseconds NetworkDeviceSearcher::Longest(int timeoutMs) {
   return SearchBounds::Longest(timeoutMs) * Broadcasts().size();
 }
 
 std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeoutMs) {
   const std::vector<std::string> broadcasts = Broadcasts();
-  const SearchAddresses addresses = AddressesToSearch(port, broadcasts);
+  const SearchAddresses addresses = AddressesOfEnvironment(port, broadcasts);
   Replies replies;
   AskAddresses(addresses.asked, timeoutMs, replies);
   if (!addresses.broadcast) return replies.Take();
@@ -152,36 +231,10 @@ std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeou
 
 void NetworkDeviceSearcher::AskAddresses(const std::vector<SearchAddress>& addresses, int timeoutMs,
                                          Replies& replies) {
-  QUdpSocket socket;
-  if (!Bind(socket, "addresses", 0)) return;
-  const auto handle = socket.socketDescriptor();
-  Nuv::Platform::Clock& clock = waiter_.GetClock();
-  const std::set<SearchAddress> asked(addresses.begin(), addresses.end());
-  std::set<SearchAddress> silent = asked;
-  SearchBounds bounds("addresses", timeoutMs, clock);
-  const Nuv::Platform::Deadline start = clock.Now();
-  for (int attempt = 1; attempt <= kAttempts && !silent.empty() && !waiter_.Over(); ++attempt) {
-    const auto end = start + std::chrono::milliseconds(timeoutMs) * attempt / kAttempts;
-    for (const SearchAddress& each : silent) {
-      const QHostAddress target(each.first);
-      const auto send = [&] {
-        return socket.writeDatagram(message_, target, each.second) == message_.size();
-      };
-      // Of many some do not fit at once.
-      if (send() || (waiter_.Until(end, handle, Readiness::kOutput) && send())) continue;
-      Diagnostic("search of %s: not sent: %s", NumberToDotted(each.first).c_str(),
-                 qPrintable(socket.errorString()));
-    }
-    while (!silent.empty() && waiter_.Until(end, handle, Readiness::kInput)) {
-      const std::optional<Datagram> datagram = Receive(socket);
-      if (!datagram) continue;
-      if (!bounds.Takes(datagram->text.size())) return;
-      if (asked.count(datagram->from) == 0) continue;
-      const std::string text = WithAddress(datagram->text, NumberToDotted(datagram->from.first));
-      if (text.empty()) continue;
-      replies.Add(text);
-      silent.erase(datagram->from);
-    }
+  const Nuv::Platform::Deadline end = waiter_.In(timeoutMs);
+  AddressAsker asker(addresses, message_, timeoutMs, waiter_);
+  while (!asker.Done() && !waiter_.Over()) {
+    if (const auto reply = asker.Reply(end)) replies.Add(*reply);
   }
 }
 
@@ -205,5 +258,46 @@ void NetworkDeviceSearcher::SearchNetwork(const std::string& broadcast, uint16_t
     if (replies.Holds(datagram->text)) continue;
     if (!bounds.Takes(datagram->text.size())) return;
     replies.Add(datagram->text);
+  }
+}
+
+void NetworkDeviceSearcher::SearchAtOnce(const SearchAddresses& whom, uint16_t port, int timeoutMs,
+                                         const std::function<bool()>& goOn,
+                                         const std::function<void(const std::string&)>& found) {
+  const Nuv::Platform::Deadline end = waiter_.In(timeoutMs);
+  const QByteArray echo = message_.toUpper();
+  SearchTurn turn(port);
+  QUdpSocket everybody;
+  SearchBounds bounds("all networks", timeoutMs, waiter_.GetClock());
+  bool listens = false;
+  bool broadcast = whom.broadcast;
+  Replies replies;
+  AddressAsker asker(whom.asked, message_, timeoutMs, waiter_);
+  while ((broadcast || !asker.Done()) && waiter_.GetClock().Now() < end && goOn()) {
+    if (broadcast && !listens && turn.Try()) {
+      listens = Bind(everybody, "all networks", port);
+      broadcast = listens;
+      for (const std::string& network : listens ? Broadcasts() : std::vector<std::string>()) {
+        const QHostAddress target(QString::fromStdString(network));
+        if (everybody.writeDatagram(message_, target, port) == message_.size()) continue;
+        Diagnostic("search on %s: not sent: %s", network.c_str(),
+                   qPrintable(everybody.errorString()));
+      }
+    }
+    const auto moment = std::min(end, waiter_.In(kMomentMs));
+    std::optional<std::string> reply = asker.Reply(listens ? waiter_.In(0) : moment);
+    if (!reply && listens &&
+        waiter_.Until(moment, everybody.socketDescriptor(), Readiness::kInput)) {
+      const std::optional<Datagram> datagram = Receive(everybody);
+      // The host's own broadcast comes back to it.
+      if (!datagram || QByteArray::fromStdString(datagram->text).toUpper() == echo) continue;
+      broadcast = listens = bounds.Takes(datagram->text.size());
+      reply = datagram->text;
+    } else if (!reply && !listens && asker.Done()) {
+      waiter_.GetClock().SleepFor(std::chrono::milliseconds(kMomentMs));
+    }
+    if (!reply || replies.Holds(*reply)) continue;
+    replies.Add(*reply);
+    found(*reply);
   }
 }

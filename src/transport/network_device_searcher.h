@@ -5,6 +5,7 @@
 #include <QObject>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@
 // each search; ParseSearchAddresses reads it. Without anything in it, it is as if it were not set.
 //
 // Thread-safety: none; blocks its caller and needs no event loop. One search at a time, since every
-// search of the host binds the same port: the caller holds a SearchTurn.
+// search of the host binds the same port: the caller of Search holds a SearchTurn.
 class NetworkDeviceSearcher : public QObject {
  public:
   // `waiter` limits the search and outlives the searcher.
@@ -32,13 +33,28 @@ class NetworkDeviceSearcher : public QObject {
   // with a diagnostic.
   std::vector<std::string> Search(uint16_t port, int timeoutMs);
 
+  // Searches all of `whom` at once, `timeoutMs` in all: broadcasts on every network as soon as no
+  // other search of the host is under way, which is not waited for first, and addresses. Hands each
+  // reply text to `found` as it comes, equal ones once. Asks `goOn` every 20 ms, which may end it;
+  // without broadcasts it ends when all have answered.
+  void SearchAtOnce(const Nuv::Transport::SearchAddresses& whom, uint16_t port, int timeoutMs,
+                    const std::function<bool()>& goOn,
+                    const std::function<void(const std::string&)>& found);
+
+  // The broadcast address of each network that is searched.
+  static std::vector<std::string> Broadcasts();
+
+  // What NUVCONNECT_SEARCH says now; what cannot be asked is told in one diagnostic. `port`: of
+  // addresses without an own one.
+  static Nuv::Transport::SearchAddresses AddressesOfEnvironment(
+      uint16_t port, const std::vector<std::string>& broadcasts);
+
  private:
   class Replies;
 
-  // Asks each address at the beginning, after a third and after two thirds of the time limit (a
-  // datagram may get lost), until all have answered. An answer counts that is a printer's and comes
-  // from where it was asked; a printer behind a router that translates addresses tells one that
-  // leads nowhere, so the one asked takes its place.
+  // An answer counts that is a printer's and comes from where it was asked; a printer behind a
+  // router that translates addresses tells one that leads nowhere, so the one asked takes its
+  // place.
   void AskAddresses(const std::vector<Nuv::Transport::SearchAddress>& addresses, int timeoutMs,
                     Replies& replies);
   void SearchNetwork(const std::string& broadcast, uint16_t port, int timeoutMs, Replies& replies);

@@ -31,6 +31,9 @@ class QNetworkLib : public QObject {
   bool ConnectByIndex(int index);
   bool ConnectByAddress(const std::string& address);
 
+  // Connects to a printer that need not be in the list.
+  bool Connect(const Nuv::Transport::NetworkDevice& device);
+
   // Connects again to the printer of the last successful connection, whatever the list holds now.
   bool Reconnect();
 
@@ -38,8 +41,6 @@ class QNetworkLib : public QObject {
   TcpDeviceConnector& Connector() { return connector_; }
 
  private:
-  bool Connect(const Nuv::Transport::NetworkDevice& device);
-
   const Nuv::Platform::Waiter& waiter_;
   std::vector<Nuv::Transport::NetworkDevice> devices_;
   TcpDeviceConnector connector_;

@@ -18,14 +18,15 @@ std::mutex& ProcessMutex() {
 
 }  // namespace
 
-SearchTurn::SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock)
-    : process_(ProcessMutex(), std::defer_lock) {
+SearchTurn::SearchTurn(uint16_t port) : process_(ProcessMutex(), std::defer_lock) {
   const QString path = SearchLockFile(port);
-  if (!path.isEmpty()) {
-    file_ = std::make_unique<QLockFile>(path);
-    // However long a search lasts, only the end of its program makes its lock void.
-    file_->setStaleLockTime(0);
-  }
+  if (path.isEmpty()) return;
+  file_ = std::make_unique<QLockFile>(path);
+  // However long a search lasts, only the end of its program makes its lock void.
+  file_->setStaleLockTime(0);
+}
+
+SearchTurn::SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock) : SearchTurn(port) {
   if (Try()) return;
   const auto end = clock.Now() + NetworkDeviceSearcher::Longest(timeoutMs);
   while (clock.Now() < end) {
@@ -37,7 +38,7 @@ SearchTurn::SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock)
 
 bool SearchTurn::Try() {
   if (!process_.owns_lock() && !process_.try_lock()) return false;
-  if (file_ == nullptr || file_->tryLock(0)) return true;
+  if (file_ == nullptr || file_->isLocked() || file_->tryLock(0)) return true;
   if (file_->error() == QLockFile::LockFailedError) return false;
   Diagnostic("search: no lock file can be made, other programs' searches are not waited for");
   file_.reset();

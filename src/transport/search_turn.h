@@ -23,14 +23,18 @@ class SearchTurn {
   // diagnostic.
   SearchTurn(uint16_t port, int timeoutMs, Platform::Clock& clock = Platform::SystemClock());
 
+  // Not had until Try says so.
+  explicit SearchTurn(uint16_t port);
+
+  // Takes the turn if no other search is under way; then, or when it is had, true.
+  bool Try();
+
   // Ends the turn.
   ~SearchTurn() = default;
   SearchTurn(const SearchTurn&) = delete;
   SearchTurn& operator=(const SearchTurn&) = delete;
 
  private:
-  bool Try();
-
   std::unique_lock<std::mutex> process_;
   std::unique_ptr<QLockFile> file_;  // null when none can be made
 };

@@ -140,6 +140,16 @@ TEST_P(LinksTest, WriteThatIsNotTakenEndsTheConnection) {
   }
 }
 
+TEST_P(LinksTest, WriteEndsWithTheConnection) {
+  std::thread printer([&] {
+    peer.Reads(1);
+    peer.Closes();
+  });
+  EXPECT_EQ(Write(std::string(size_t{32} << 20, 'x')), Reason::kEnded);
+  printer.join();
+  EXPECT_EQ(link->Look(), LinkState::kEnded);
+}
+
 TEST_P(LinksTest, EndsWaitsWhenInterruptedOrGivenUp) {
   EXPECT_EQ(link->Identity(0), "127.0.0.1:" + std::to_string(peer.Port()));
   EXPECT_EQ(link->Identity(2) + link->Identity(-1), "");

@@ -169,6 +169,7 @@ TEST_F(UsbDevicesTest, AReplyIsWaitedForNoLongerThanItsCallerWants) {
   interrupt.Raise();
   EXPECT_EQ(raw->ReadAgain(&interrupt).text, "");
   EXPECT_EQ(raw->ReadAgain(&interrupt).reason, Reason::kGivenUp);
+  EXPECT_EQ(raw->Transact({"F9\r\n", false, &interrupt}).reason, Reason::kGivenUp);
   port.blocks = {"F9 OK\n"};
   EXPECT_EQ(channel->ReceiveReply(), "F9 OK") << "that was one call's";
 

@@ -63,6 +63,7 @@ TEST_F(SearchLockFileTest, LiesInAFolderOfTheUsersOwn) {
   for (const auto& trap : traps) {
     fs::remove_all(folder);
     trap();
+    EXPECT_TRUE(SearchLockFile(kPort).isEmpty());
     ManualClock clock;
     EXPECT_THAT(ToldBy([&] { const SearchTurn turn(kPort, kTimeLimitMs, clock); }),
                 HasSubstr("no lock file can be made"));

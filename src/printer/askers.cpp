@@ -1,0 +1,83 @@
+#include "printer/askers.h"
+
+#include <system_error>
+
+#include "printer/values.h"
+
+namespace Nuv::Printer {
+
+using Lock = std::unique_lock<std::mutex>;
+
+Askers::~Askers() {
+  GiveUp();
+  for (std::thread& thread : threads_) thread.join();
+}
+
+void Askers::Ask(const nuv_identity& printer,
+                 const std::optional<Transport::NetworkDevice>& device) {
+  const Lock lock(mutex_);
+  waiting_.push_back({printer, device});
+  if (working_ == kMost) return;
+  try {
+    threads_.emplace_back([this] { Work(); });
+    ++working_;
+  } catch (const std::system_error&) {
+    if (working_ > 0) return;  // the others come to it
+    waiting_.pop_back();
+    asked_.push_back(printer);
+    asked_.back().contact = NUV_RESULT_SYSTEM;
+  }
+}
+
+void Askers::Work() {
+  Lock lock(mutex_);
+  while (!waiting_.empty()) {
+    Question question = waiting_.front();
+    waiting_.pop_front();
+    ++underWay_;
+    lock.unlock();
+    Answer(question);
+    lock.lock();
+    --underWay_;
+    asked_.push_back(question.printer);
+    answered_.notify_all();
+  }
+  --working_;
+}
+
+void Askers::Answer(Question& question) {
+  nuv_identity& printer = question.printer;
+  const nuv_result result = Guarded(nullptr, [&] {
+    Connect::NuvConnect channel(Connect::NuvConnect::kReplyTimeoutMs, makeUsb_(), clock_);
+    const Connect::Reason opened = question.device
+                                       ? channel.Open(*question.device, &limits_)
+                                       : channel.OpenUsb(printer.address.text, &limits_);
+    if (opened == Connect::Reason::kNone) return AskIdentity(channel, limits_, clock_, printer);
+    throw Failure{opened == Connect::Reason::kGivenUp ? NUV_RESULT_CANCELLED : ResultOf(opened),
+                  std::string(printer.address.text) + ": " + Connect::WordsFor(opened)};
+  });
+  printer.contact = result == NUV_RESULT_CANCELLED ? NUV_RESULT_NO_ANSWER : result;
+}
+
+std::vector<nuv_identity> Askers::Take(std::chrono::milliseconds patience) {
+  Lock lock(mutex_);
+  answered_.wait_for(lock, patience, [this] { return !asked_.empty(); });
+  return std::exchange(asked_, {});
+}
+
+bool Askers::Busy() const {
+  const Lock lock(mutex_);
+  return !waiting_.empty() || underWay_ > 0 || !asked_.empty();
+}
+
+void Askers::GiveUp() {
+  limits_.Raise();
+  const Lock lock(mutex_);
+  for (Question& question : waiting_) {
+    question.printer.contact = NUV_RESULT_NO_ANSWER;
+    asked_.push_back(question.printer);
+  }
+  waiting_.clear();
+}
+
+}  // namespace Nuv::Printer

@@ -1,0 +1,26 @@
+#ifndef NUV_PRINTER_IDENTITY_H_
+#define NUV_PRINTER_IDENTITY_H_
+
+#include <functional>
+#include <memory>
+
+#include "connect/nuv_connect.h"
+#include "printer/call_limits.h"
+#include "printer/failure.h"
+
+namespace Nuv::Printer {
+
+// The printer of a search's answer, before it is asked.
+nuv_identity IdentityOf(const Transport::NetworkDevice& device);
+// The printer on a USB port.
+nuv_identity IdentityOf(const std::string& usbPath);
+
+// Asks an open printer who it is and adds that to `printer`: command 101, of dental models also 354
+// and 140, and 197. Throws Failure when 101 is not answered, or the limits are over; what a later
+// command does not get stays unknown.
+void AskIdentity(Connect::NuvConnect& channel, CallLimits& limits, Platform::Clock& clock,
+                 nuv_identity& printer);
+
+}  // namespace Nuv::Printer
+
+#endif  // NUV_PRINTER_IDENTITY_H_

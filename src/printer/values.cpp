@@ -1,0 +1,33 @@
+#include "printer/values.h"
+
+#include <QString>
+
+namespace Nuv::Printer {
+namespace {
+
+// The beginning of a UTF-8 text that fits, without half a character.
+size_t LengthThatFits(const std::string& text, size_t most) {
+  size_t length = std::min(text.size(), most);
+  while (length < text.size() && length > 0 &&
+         (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+    --length;
+  }
+  return length;
+}
+
+}  // namespace
+
+nuv_text Text(const std::string& bytes) {
+  QString repaired = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
+  repaired.replace(QChar(0), QChar(QChar::ReplacementCharacter));
+  const std::string text = repaired.toStdString();
+  nuv_text out = {};
+  const size_t length = LengthThatFits(text, sizeof out.text - 1);
+  std::memcpy(out.text, text.data(), length);
+  out.flags = NUV_TEXT_KNOWN;
+  if (text != bytes) out.flags |= NUV_TEXT_REPAIRED;
+  if (length != text.size()) out.flags |= NUV_TEXT_CUT;
+  return out;
+}
+
+}  // namespace Nuv::Printer

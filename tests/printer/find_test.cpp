@@ -1,0 +1,214 @@
+// Finding printers through the C++ layer, in a lab of simulated ones on two private networks.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+#include "nuvprinter/nuvprinter.hpp"
+#include "nuvsim/simulator.h"
+#include "tests/support/environment.h"
+
+extern "C" nuv_identity first_printer(const char* addresses);
+
+namespace {
+
+using nuv::Identity;
+using nuv::Result;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+using Texts = std::vector<std::string>;
+
+constexpr std::chrono::milliseconds kShort(400);  // a simulated printer answers within a few
+constexpr std::chrono::hours kForEver(1);
+
+class FindTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (std::getenv("NUV_PRIVATE_NETWORK") == nullptr) {
+      GTEST_SKIP() << "searches printers: run it through in_private_network.sh";
+    }
+    options.addresses = "broadcast";
+    call.timeLimit = kShort;
+  }
+  static NuvSim::PrinterConfig Printer(const std::string& serial,
+                                       const std::string& address = "10.77.1.2",
+                                       const std::string& model = "Zafel Superfine") {
+    NuvSim::PrinterConfig printer;
+    printer.serial = serial;
+    printer.model = model;
+    printer.name = "printer-" + serial;
+    printer.address = address;
+    return printer;
+  }
+  void Start(std::vector<NuvSim::PrinterConfig> printers) {
+    NuvSim::SimulatorConfig config;
+    config.printers = std::move(printers);
+    config.discovery = true;
+    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
+    simulator->Start();
+  }
+  void Commits(const std::string& fault) { simulator->InjectFault(0, NuvSim::ParseFault(fault)); }
+
+  // Each printer found: serial number (or address) and how asking it went.
+  Texts Found() {
+    Texts found;
+    for (const Identity& each : nuv::Find(options, call)) {
+      found.push_back(each.serial.value_or(each.address) + ": " +
+                      nuv_result_text(static_cast<nuv_result>(each.contact)));
+    }
+    return found;
+  }
+  // What a search fails with: the reason in words, then the error's text.
+  std::string Failure() {
+    try {
+      nuv::Find(options, call);
+    } catch (const nuv::Error& error) {
+      return error.code().message() + " / " + error.what();
+    }
+    return "none";
+  }
+
+  nuv::SearchOptions options;
+  nuv::Call call;
+  std::unique_ptr<NuvSim::Simulator> simulator;
+};
+
+TEST_F(FindTest, TellsWhoThePrintersOfAllNetworksAre) {
+  auto named = Printer("A1");
+  named.nickname = "by the window: left";
+  auto dental = Printer("D1", "10.77.2.2", "BEGO VARSEO XS");
+  Start({named, dental});
+  std::vector<Identity> told;
+  options.found = [&](const Identity& each) {
+    told.push_back(each);
+    return told.size() < 2;
+  };
+  call.timeLimit = kForEver;
+  ASSERT_EQ(nuv::Find(options, call).size(), 2U) << "over when the closure has what it wants";
+  const Identity& first = told[told[0].serial == "A1" ? 0 : 1];
+  const Identity& second = told[told[0].serial == "A1" ? 1 : 0];
+  EXPECT_EQ(first.link, nuv::Link::kNetwork);
+  EXPECT_EQ(first.address, "10.77.1.2");
+  EXPECT_EQ(first.tcpPort, simulator->TcpPort(0));
+  EXPECT_EQ(first.name, "printer-A1");
+  EXPECT_EQ(first.model, "Zafel Superfine");
+  EXPECT_EQ(first.nickname, "by the window: left");
+  EXPECT_TRUE(first.mac && first.firmware && first.controller);
+  EXPECT_FALSE(first.manufactured || first.textsAltered);
+  EXPECT_EQ(second.serial, "D1");
+  EXPECT_TRUE(second.manufactured);
+
+  options.found = nullptr;
+  options.addressesOnly = true;
+  call.timeLimit = kShort;
+  const auto accepted = simulator->Totals().requests;
+  EXPECT_THAT(Found(), UnorderedElementsAre("10.77.1.2: done", "10.77.2.2: done"));
+  EXPECT_EQ(simulator->Totals().requests, accepted) << "nobody was asked";
+}
+
+TEST_F(FindTest, WhoStaysSilentOrRefusesIsAPrinterToo) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"silent,code=101,count=-1", "10.77.1.2: the printer did not answer"},
+      {"refuse,code=101,count=-1", "10.77.1.2: the printer refused"},
+      {"garbage,code=101,count=-1", "10.77.1.2: the printer's answer cannot be read"},
+      {"silent,code=197,count=-1", "10.77.1.2: the printer did not answer"},
+      {"refuse,code=197,count=-1", "A1: done"},
+  };
+  Start({Printer("A1"), Printer("A2", "10.77.2.2")});
+  for (const auto& [fault, expected] : rows) {
+    simulator->ClearFaults(0);
+    Commits(fault);
+    const Texts found = Found();
+    const bool keepsSerial = std::string(fault) == rows[3].first;
+    EXPECT_THAT(found, UnorderedElementsAre(
+                           keepsSerial ? "A1: the printer did not answer" : expected, "A2: done"))
+        << fault;
+  }
+  simulator->ClearFaults(0);
+  Commits("malformed,count=-1,text=F195 OK IP=<10.77.1.2> PORT=1 N=<x> M:0 CN:0");
+  EXPECT_THAT(Found(), UnorderedElementsAre("10.77.1.2: the printer cannot be reached", "A1: done",
+                                            "A2: done"));
+}
+
+TEST_F(FindTest, AddressesAreAskedOneByOne) {
+  Start({Printer("A1"), Printer("A2", "10.77.2.2"), Printer("L1", "127.0.0.1")});
+  call.timeLimit = kForEver;
+  options.addresses = "127.0.0.1 10.77.2.2:6013";
+  EXPECT_THAT(Found(), UnorderedElementsAre("L1: done", "A2: done"))
+      << "over when all have answered";
+  EXPECT_STREQ(first_printer("127.0.0.1").serial.text, "L1");
+  call.timeLimit = kShort;
+  options.addresses = "127.0.0.1:6014";
+  EXPECT_THAT(Found(), IsEmpty()) << "nobody asks that port";
+  options.udpPort = 6014;
+  options.addresses = "127.0.0.1:6013";
+  EXPECT_THAT(Found(), ElementsAre("L1: done"));
+  options.udpPort = 0;
+  options.addresses = "broadcast 127.0.0.1";
+  EXPECT_THAT(Found(), UnorderedElementsAre("A1: done", "A2: done", "L1: done"));
+  options.addresses.reset();
+  SetEnvironment("NUVCONNECT_SEARCH", "127.0.0.1 nowhere");
+  EXPECT_THAT(Found(), ElementsAre("L1: done"));
+  SetEnvironment("NUVCONNECT_SEARCH", "");
+  options.links = {nuv::Link::kUsb};
+  EXPECT_THAT(Found(), IsEmpty()) << "only the network has any";
+
+  options = {};
+  std::string many = "127.0.0.1";
+  for (int i = 1; i < 1000; ++i)
+    many += " 127.1." + std::to_string(i / 200) + "." + std::to_string(i % 200 + 1);
+  options.addresses = many;
+  EXPECT_THAT(Found(), ElementsAre("L1: done"));
+  for (const char* const wrong : {"nowhere", "10.77.1.255", "224.0.0.1", "10.0.5", "10.0.5.7:0"}) {
+    options.addresses = std::string("127.0.0.1 ") + wrong;
+    EXPECT_EQ(Failure(), std::string("an argument is not valid / \"") + wrong +
+                             "\" is no address that can be asked");
+  }
+  options.addresses = many + " 127.2.0.1";
+  EXPECT_THAT(Failure(), HasSubstr("\"127.2.0.1\""));
+  options.addresses = " ";
+  EXPECT_THAT(Failure(), HasSubstr("no address to search"));
+}
+
+TEST_F(FindTest, EndsWhenNobodyWantsItAnyMore) {
+  Start({Printer("A1")});
+  call.timeLimit = kForEver;
+  int asked = 0;
+  call.stillWanted = [&] { return ++asked < 3; };
+  EXPECT_THAT(Failure(), StartsWith("it was cancelled / "));
+  EXPECT_EQ(asked, 3);
+  call.stillWanted = []() -> bool { throw std::runtime_error("mine"); };
+  EXPECT_THROW(nuv::Find(options, call), std::runtime_error);
+  call.stillWanted = nullptr;
+  options.found = [](const Identity&) -> bool { throw std::runtime_error("mine"); };
+  EXPECT_THROW(nuv::Find(options, call), std::runtime_error);
+}
+
+// What a printer says of itself may be anything.
+TEST_F(FindTest, TextsAreUtf8AndFit) {
+  auto odd = Printer("A1");
+  odd.name = "caf\xE9";
+  Start({odd});
+  options.addressesOnly = true;
+  std::vector<Identity> found = nuv::Find(options, call);
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].name, "caf\xEF\xBF\xBD");
+  EXPECT_TRUE(found[0].textsAltered);
+  std::string longName = "xx";
+  for (int i = 0; i < 400; ++i) longName += "\xC3\xA9";
+  Commits("malformed,count=-1,text=F195 OK IP=<10.77.1.2> PORT=1 N=<" + longName + "> M:0 CN:0");
+  found = nuv::Find(options, call);
+  ASSERT_EQ(found.size(), 2U);
+  const Identity& other = found[found[0].name->front() == 'x' ? 0 : 1];
+  EXPECT_EQ(other.name, longName.substr(0, 506)) << "507 would end within a character";
+  EXPECT_TRUE(other.textsAltered);
+}
+
+}  // namespace
