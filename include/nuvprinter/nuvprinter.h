@@ -1,8 +1,9 @@
 // libnuvprinter: resin 3D printers, a handle each, for every language that can call C.
 //
-// Reading order: the rules, what every call shares, finding. C++ programs include nuvprinter.hpp
-// instead. docs/protocol.md has the wire; "command 102" below names the line that a function sends.
-// So far the library finds printers; docs/architecture.md says what comes next.
+// Reading order: the rules, what every call shares, finding, opening; then by topic, the topics of
+// docs/protocol.md. C++ programs include nuvprinter.hpp instead. docs/protocol.md has the wire;
+// "command 102" below names the line that a function sends. So far the library finds printers, asks
+// them and sets them; docs/architecture.md says what comes next.
 //
 // ---- The rules, the same everywhere -------------------------------------------------------------
 //
@@ -24,18 +25,22 @@
 //
 // Texts are UTF-8, NUL-terminated, file names too, on every system. A text handed in is copied.
 //
-// Handles (nuv_list) are numbers in the dress of pointers: never followed, never used again. One
-// that was freed, or is of another kind, gives NUV_RESULT_BAD_HANDLE. Each is freed by its _free
-// function, which accepts null and handles that are gone.
+// Handles (nuv_printer, nuv_list) are numbers in the dress of pointers: never followed, never used
+// again. One that was freed, or is of another kind, gives NUV_RESULT_BAD_HANDLE. Each is freed by
+// its _free function, which accepts null and handles that are gone.
 //
-// Threads. Any function from any thread.
+// Threads. Any function from any thread. Calls on one printer take turns in the order in which they
+// came; `call.time_limit_ms` counts from the call, not from the turn. Freeing a handle while other
+// threads are in calls on it ends these with NUV_RESULT_CANCELLED and waits for them.
 //
 // Callbacks return 1 to go on and 0 to end; whatever is not 1 ends, so that what a language makes
 // of a failed callback never goes on. They run without a lock held. Those that belong to one call
-// run on that call's thread and are not used after it. The one that outlives its call, of
+// run on that call's thread and are not used after it; on the printer of that call they may only
+// call _cancel and _free, all else is NUV_RESULT_BUSY. The one that outlives its call, of
 // nuv_log_to, has `release(user)`: called once, after the last callback, also when the call fails;
-// only there may what `user` points to be destroyed. In a structure that a callback is handed
-// `size` is the library's: read no field beyond it. A callback must neither throw nor longjmp.
+// only there may what `user` points to be destroyed. _free inside any callback does not wait. In a
+// structure that a callback is handed `size` is the library's: read no field beyond it. A callback
+// must neither throw nor longjmp.
 //
 // Not supported: calls after fork in the child; unloading the library (it stays loaded).
 #ifndef NUVPRINTER_NUVPRINTER_H_
@@ -70,7 +75,8 @@ extern "C" {
 #define NUV_INIT(type) ((type){.size = (uint32_t)sizeof(type)})
 #endif
 
-typedef struct nuv_list nuv_list;  // what a search found
+typedef struct nuv_printer nuv_printer;  // a printer that was opened
+typedef struct nuv_list nuv_list;        // what a search or a query found
 
 // ---- What every call shares ---------------------------------------------------------------------
 
@@ -87,7 +93,7 @@ enum {
   NUV_RESULT_UNREADABLE = 8,        // it answered what the protocol does not allow
   NUV_RESULT_REFUSED = 9,           // it answered no: not now, not that value, or not on its model
   NUV_RESULT_TIME_LIMIT = 10,       // the call's own time limit has passed
-  NUV_RESULT_CANCELLED = 11,        // still_wanted
+  NUV_RESULT_CANCELLED = 11,        // nuv_printer_cancel, still_wanted, or _free
   NUV_RESULT_BAD_FILE = 12,         // the file cannot be read, or is damaged
   NUV_RESULT_NOT_FIT = 13,          // the file is not for this printer, or not now; not sent
   NUV_RESULT_UNCONFIRMED = 14,      // something was sent; whether the printer took it is not known
@@ -132,7 +138,7 @@ typedef int32_t (*nuv_still_wanted)(void* user);
 // How long a call may last and who can end it. May be used for many calls, also at the same time.
 typedef struct nuv_call {
   uint32_t size;
-  int32_t time_limit_ms;          // 0: what the function says
+  int32_t time_limit_ms;          // 0: the limits of the wire, 36 s per answer and three attempts
   nuv_still_wanted still_wanted;  // may be null
   void* user;
 } nuv_call;
@@ -140,13 +146,17 @@ typedef struct nuv_call {
 // ---- Lists --------------------------------------------------------------------------------------
 
 typedef struct nuv_identity nuv_identity;
+typedef struct nuv_access_point nuv_access_point;
 
 // Number of items; 0 for null and for a handle that is gone.
 NUV_PRINTER_API int32_t nuv_list_count(const nuv_list* list);
 
-// Copies item `index`, from 0. NUV_RESULT_INVALID_ARGUMENT beyond the list's end.
+// Copies item `index`, from 0, of a list of that type. NUV_RESULT_INVALID_ARGUMENT beyond its end
+// and for a list of something else.
 NUV_PRINTER_API nuv_result nuv_list_get_identity(nuv_identity* out, const nuv_list* list,
                                                  int32_t index);
+NUV_PRINTER_API nuv_result nuv_list_get_access_point(nuv_access_point* out, const nuv_list* list,
+                                                     int32_t index);
 
 NUV_PRINTER_API void nuv_list_free(nuv_list* list);
 
@@ -154,7 +164,7 @@ NUV_PRINTER_API void nuv_list_free(nuv_list* list);
 
 enum { NUV_LINK_NETWORK = 1, NUV_LINK_USB = 2 };  // may be added up in nuv_search_options
 
-// Who a printer is and where.
+// Who a printer is and where: what a search finds, what opens a printer, what an open one tells.
 struct nuv_identity {
   uint32_t size;
   int32_t link;        // NUV_LINK_...
@@ -193,12 +203,354 @@ typedef struct nuv_search_options {
 // together, and reaching it is success; with addresses alone the search ends when all have
 // answered. A printer that answers the search, but not the questions that follow (at most 32
 // printers are asked at once; commands 101, 140, 354 and 197), is an item whose `contact` says so.
-// An address is asked three times. A printer that tells another address than the one asked, being
-// behind a translating router, is listed with the one asked; its TCP port must be forwarded
-// unchanged. A malformed, broadcast or multicast address is NUV_RESULT_INVALID_ARGUMENT, named in
-// `error`; in the environment variable it is logged and passed over.
+// One that this process has open is asked over that connection. An address is asked three times. A
+// printer that tells another address than the one asked, being behind a translating router, is
+// listed with the one asked; its TCP port must be forwarded unchanged. A malformed, broadcast or
+// multicast address is NUV_RESULT_INVALID_ARGUMENT, named in `error`; in the environment variable
+// it is logged and passed over.
 NUV_PRINTER_API nuv_result nuv_search_printers(nuv_list** out, const nuv_search_options* options,
                                                const nuv_call* call, nuv_error* error);
+
+// ---- Opening a printer --------------------------------------------------------------------------
+
+// Connects to a printer. A handle is one connection; the next call makes it anew when it was lost.
+// A printer serves one client: see nuv_printer_let_go. NUV_RESULT_BUSY when this process has that
+// printer open already (same link, address and port).
+//
+// By an identity: `link`, `address` and, on the network, `tcp_port` count; may be made by hand.
+NUV_PRINTER_API nuv_result nuv_printer_open(nuv_printer** out, const nuv_identity* printer,
+                                            const nuv_call* call, nuv_error* error);
+// By IPv4 address, with an own UDP port if need be ("10.0.5.7", "10.0.5.7:6014"): that printer is
+// asked for its TCP port first, no other is. No names: NUV_RESULT_INVALID_ARGUMENT.
+NUV_PRINTER_API nuv_result nuv_printer_open_address(nuv_printer** out, const char* address,
+                                                    const nuv_call* call, nuv_error* error);
+// By whole serial number, exactly: searches as nuv_search_printers does (`options` may be null;
+// `found` is told) and ends at the first that has it.
+NUV_PRINTER_API nuv_result nuv_printer_open_serial(nuv_printer** out, const char* serial,
+                                                   const nuv_search_options* options,
+                                                   const nuv_call* call, nuv_error* error);
+
+// Ends the calls under way on this printer, those waiting for their turn included, within 0.6 s,
+// with NUV_RESULT_CANCELLED; none that begins later. Does not wait. On the network the next call
+// connects anew, over USB it first waits for the answer owed, at most 3 s. For a cancel that must
+// not come too early, still_wanted is the means.
+NUV_PRINTER_API nuv_result nuv_printer_cancel(nuv_printer* printer);
+
+// Closes the connection until the next call, so that other programs reach the printer.
+NUV_PRINTER_API nuv_result nuv_printer_let_go(nuv_printer* printer);
+
+// Closes the connection, cancels calls under way and waits for them.
+NUV_PRINTER_API void nuv_printer_free(nuv_printer* printer);
+
+// ---- Identity and state -------------------------------------------------------------------------
+
+// Commands 101 and 197; of dental models also 354 and 140. What a later command does not get is not
+// known; only a failure of 101 is one of the call.
+NUV_PRINTER_API nuv_result nuv_printer_get_identity(nuv_identity* out, nuv_printer* printer,
+                                                    const nuv_call* call, nuv_error* error);
+
+enum {  // others are passed on
+  NUV_STATE_IDLE = 0,
+  NUV_STATE_PRINTING = 1,
+  NUV_STATE_RECEIVING = 2,  // a job is opened and its data not yet complete
+  NUV_STATE_ERROR = 3
+};
+
+typedef struct nuv_state {
+  uint32_t size;
+  uint32_t reserved;     // 0
+  nuv_int state;         // NUV_STATE_...; always known after success
+  nuv_int error_number;  // in error
+  nuv_int layer;         // while printing, from 1
+  nuv_int percent;       // while printing, 0 to 100
+  nuv_int minutes_left;  // while printing; a printer's 0 counts as not known
+  nuv_text job_name;     // while printing; ends at its first blank
+  int64_t ends_at;       // seconds since 1970 UTC by this computer's clock; 0: not known
+} nuv_state;
+
+// Command 102.
+NUV_PRINTER_API nuv_result nuv_printer_get_state(nuv_state* out, nuv_printer* printer,
+                                                 const nuv_call* call, nuv_error* error);
+
+typedef struct nuv_job {
+  uint32_t size;
+  nuv_int index;    // one more for each job that the printer accepts; 0 before the first
+  nuv_int bytes;    // model data received for it
+  nuv_int layers;   // of the whole job
+  nuv_int minutes;  // of the whole job
+  nuv_text name;    // ends at its first blank
+} nuv_job;
+
+// The current or last job: commands 107 and 157. Fails only when both do.
+NUV_PRINTER_API nuv_result nuv_printer_get_job(nuv_job* out, nuv_printer* printer,
+                                               const nuv_call* call, nuv_error* error);
+
+// Skips the warm-up that a laser printer is in: command 112.
+NUV_PRINTER_API nuv_result nuv_printer_skip_warmup(nuv_printer* printer, const nuv_call* call,
+                                                   nuv_error* error);
+
+// ---- Resin --------------------------------------------------------------------------------------
+
+enum {  // a printer's refusal number and 1; others are passed on likewise
+  NUV_RESIN_STATE_READY = 0,
+  NUV_RESIN_STATE_ABSENT = 1,  // no cartridge or tank in place
+  NUV_RESIN_STATE_TAG_UNREADABLE = 2,
+  NUV_RESIN_STATE_EXPIRED = 3,  // past its use-by date
+  NUV_RESIN_STATE_WRONG = 4,    // not a resin for this printer
+  NUV_RESIN_STATE_TOO_LITTLE = 5
+};
+
+typedef struct nuv_resin {
+  uint32_t size;
+  nuv_int state;  // NUV_RESIN_STATE_...
+  nuv_int remaining_ml;
+  nuv_int tank_volume_ml;
+  nuv_int open_mode;       // 1 when the printer takes resins without a tag, else 0
+  nuv_int tag_registered;  // 1 when the tag of the resin in place is registered and right, else 0
+  nuv_text code;
+  nuv_text type;
+  nuv_text name;
+  nuv_text lot;
+  nuv_text use_by;  // year month day, as 20270131
+} nuv_resin;
+
+// Command 105, 120 or 356, as the model has it; of models with a history also 335 and 219. A resin
+// that the printer refuses is an answer: NUV_RESULT_OK, with the reason in `state`.
+NUV_PRINTER_API nuv_result nuv_printer_get_resin(nuv_resin* out, nuv_printer* printer,
+                                                 const nuv_call* call, nuv_error* error);
+
+// ---- Settings -----------------------------------------------------------------------------------
+
+// The printer refuses values out of range, and laser power on models without laser: REFUSED.
+// Power of the laser, 0 to 100: command 159 with 0, 332 with 0.
+NUV_PRINTER_API nuv_result nuv_printer_get_laser_power_percent(int32_t* out, nuv_printer* printer,
+                                                               const nuv_call* call,
+                                                               nuv_error* error);
+NUV_PRINTER_API nuv_result nuv_printer_set_laser_power_percent(nuv_printer* printer,
+                                                               int32_t percent,
+                                                               const nuv_call* call,
+                                                               nuv_error* error);
+// Z compensation, -500 to 500 micrometres: command 159 with 1, 332 with 1.
+NUV_PRINTER_API nuv_result nuv_printer_get_z_compensation_um(int32_t* out, nuv_printer* printer,
+                                                             const nuv_call* call,
+                                                             nuv_error* error);
+NUV_PRINTER_API nuv_result nuv_printer_set_z_compensation_um(nuv_printer* printer,
+                                                             int32_t micrometres,
+                                                             const nuv_call* call,
+                                                             nuv_error* error);
+
+typedef struct nuv_scaling {
+  uint32_t size;
+  uint32_t reserved;  // 0
+  double x[2];        // factors, above 0 and at most 10; 0: not told
+  double y[2];
+  double z[2];
+} nuv_scaling;
+
+// Commands 369 and 370 (six decimals).
+NUV_PRINTER_API nuv_result nuv_printer_get_scaling(nuv_scaling* out, nuv_printer* printer,
+                                                   const nuv_call* call, nuv_error* error);
+NUV_PRINTER_API nuv_result nuv_printer_set_scaling(nuv_printer* printer, const nuv_scaling* scaling,
+                                                   const nuv_call* call, nuv_error* error);
+
+// Command 196; nuv_printer_get_identity reads it. No line end; runs of blanks come back as one.
+NUV_PRINTER_API nuv_result nuv_printer_set_nickname(nuv_printer* printer, const char* nickname,
+                                                    const nuv_call* call, nuv_error* error);
+
+// ---- Wireless and network -----------------------------------------------------------------------
+
+enum { NUV_SECURITY_OPEN = 0, NUV_SECURITY_SECURED = 1 };  // others are passed on
+
+struct nuv_access_point {
+  uint32_t size;
+  nuv_int joined;  // 1 when the printer is joined to it, else 0
+  nuv_int signal_percent;
+  nuv_int security;  // NUV_SECURITY_...
+  nuv_int channel;
+  nuv_text name;
+};
+
+// The access point `name`, or for null the one joined (`joined` 0 and nothing else known when there
+// is none): command 190. NUV_RESULT_REFUSED when it is out of reach.
+NUV_PRINTER_API nuv_result nuv_printer_get_access_point(nuv_access_point* out, nuv_printer* printer,
+                                                        const char* name, const nuv_call* call,
+                                                        nuv_error* error);
+
+// Those in reach, strongest first: a list of nuv_access_point with only the names known, command
+// 198. However the network cuts the answer, the list is whole.
+NUV_PRINTER_API nuv_result nuv_printer_get_access_points(nuv_list** out, nuv_printer* printer,
+                                                         const nuv_call* call, nuv_error* error);
+
+// Joins `name`, with `key` or, for null, an open one; address by DHCP: command 191 with 1. REFUSED
+// when it is out of reach or the key is wrong, an earlier join then stays. The key appears in no
+// error and no log.
+NUV_PRINTER_API nuv_result nuv_printer_join_access_point(nuv_printer* printer, const char* name,
+                                                         const char* key, const nuv_call* call,
+                                                         nuv_error* error);
+// Leaves the one joined: command 191 with 2. A printer that leaves the network over which it was
+// reached, here or by joining another, cannot say so: UNCONFIRMED.
+NUV_PRINTER_API nuv_result nuv_printer_leave_access_point(nuv_printer* printer,
+                                                          const nuv_call* call, nuv_error* error);
+
+enum { NUV_PORT_IN_USE = 0, NUV_PORT_WIRED = 1, NUV_PORT_WIRELESS = 2 };
+
+typedef struct nuv_network {
+  uint32_t size;
+  uint32_t reserved;  // 0
+  nuv_text address;   // IPv4 addresses as text; a printer's 0.0.0.0 counts as not known
+  nuv_text netmask;
+  nuv_text gateway;
+  nuv_text name_server;
+  nuv_text second_name_server;
+  nuv_text mac;
+} nuv_network;
+
+// One of the printer's ports (NUV_PORT_...): command 192.
+NUV_PRINTER_API nuv_result nuv_printer_get_network(nuv_network* out, nuv_printer* printer,
+                                                   int32_t port, const nuv_call* call,
+                                                   nuv_error* error);
+
+// ---- Versions -----------------------------------------------------------------------------------
+
+typedef struct nuv_versions {
+  uint32_t size;
+  uint32_t reserved;  // 0
+  nuv_text android_board;
+  nuv_text android_loader;
+  nuv_text lcm_panel;
+} nuv_versions;
+
+// Versions of the boards that Android-board printers have: commands 310 and 504. Those of firmware
+// and controller are in nuv_identity.
+NUV_PRINTER_API nuv_result nuv_printer_get_versions(nuv_versions* out, nuv_printer* printer,
+                                                    const nuv_call* call, nuv_error* error);
+
+// ---- Job history --------------------------------------------------------------------------------
+
+enum {  // others are passed on
+  NUV_JOB_FINISHED = 0,
+  NUV_JOB_CANCELLED = 1,
+  NUV_JOB_FAILED = 2,
+  NUV_JOB_NOT_ENDED = 3
+};
+
+typedef struct nuv_job_record {
+  uint32_t size;
+  nuv_int index;
+  nuv_int result;  // NUV_JOB_...
+  nuv_int layers;
+  nuv_int minutes;
+  nuv_int resin_ml;
+  nuv_int layer_thickness_um;
+  nuv_int exposure_ms;
+  nuv_int bottom_exposure_ms;
+  nuv_int laser_power_percent;
+  nuv_text name;
+  nuv_text resin_code;
+  nuv_text resin_lot;
+  nuv_text started;  // by the printer's clock, as 20261121T103000
+  nuv_text ended;    // likewise; not known while it has not ended
+} nuv_job_record;
+
+// Job `index` of the history, from 1: commands 174 to 177. REFUSED when there is no such job.
+NUV_PRINTER_API nuv_result nuv_printer_get_job_record(nuv_job_record* out, nuv_printer* printer,
+                                                      int32_t index, const nuv_call* call,
+                                                      nuv_error* error);
+
+typedef struct nuv_job_counts {
+  uint32_t size;
+  nuv_int started;
+  nuv_int finished;
+  nuv_int cancelled;
+  nuv_int failed;
+} nuv_job_counts;
+
+// Jobs ever, or with `since_power_on` 1 since the printer was switched on: command 169.
+NUV_PRINTER_API nuv_result nuv_printer_get_job_counts(nuv_job_counts* out, nuv_printer* printer,
+                                                      int32_t since_power_on, const nuv_call* call,
+                                                      nuv_error* error);
+
+// Index of the last job that a host has read, kept by the printer: commands 170 and 171.
+NUV_PRINTER_API nuv_result nuv_printer_get_last_read_job(int32_t* out, nuv_printer* printer,
+                                                         const nuv_call* call, nuv_error* error);
+NUV_PRINTER_API nuv_result nuv_printer_set_last_read_job(nuv_printer* printer, int32_t index,
+                                                         const nuv_call* call, nuv_error* error);
+
+// ---- Light engine and sensors -------------------------------------------------------------------
+
+typedef struct nuv_sensors {
+  uint32_t size;
+  nuv_int chamber_top_c;  // degrees Celsius
+  nuv_int chamber_bottom_c;
+  nuv_int tank_c;
+  nuv_int resin_level_percent;
+  nuv_int tank;         // number of the tank in place, 0 for none
+  nuv_int z_limit_top;  // this and the following 1 or 0
+  nuv_int z_limit_bottom;
+  nuv_int wiper_home;
+  nuv_int y_home;
+  nuv_int y_end;
+  nuv_int lid_closed;
+  nuv_int cartridge;
+  nuv_int platform;
+  nuv_int moving_to_reference;
+} nuv_sensors;
+
+// Command 301; of Android-board printers also 515. Fails only when both do.
+NUV_PRINTER_API nuv_result nuv_printer_get_sensors(nuv_sensors* out, nuv_printer* printer,
+                                                   const nuv_call* call, nuv_error* error);
+
+typedef struct nuv_laser {
+  uint32_t size;
+  nuv_int photodiode_minimum;  // readings, 0 to 1023
+  nuv_int photodiode_maximum;
+  nuv_int photodiode_mean;
+  nuv_int pulse_width[5];  // 0 to 4095
+} nuv_laser;
+
+// Laser `number`, 1 to 4, of models with a scan unit: commands 186 and 303.
+NUV_PRINTER_API nuv_result nuv_printer_get_laser(nuv_laser* out, nuv_printer* printer,
+                                                 int32_t number, const nuv_call* call,
+                                                 nuv_error* error);
+
+typedef struct nuv_scan_unit {  // raw numbers of the flash; [0] alone on models with one scan line
+  uint32_t size;
+  nuv_int scan_centre[3];
+  nuv_int line_length[3];
+  nuv_int trigger_delay[3];
+  nuv_int z_offset[2];
+  nuv_int polygon_speed;
+  nuv_int start;
+  nuv_int line_width;
+  nuv_int y_offset;
+} nuv_scan_unit;
+
+// Command 327.
+NUV_PRINTER_API nuv_result nuv_printer_get_scan_unit(nuv_scan_unit* out, nuv_printer* printer,
+                                                     const nuv_call* call, nuv_error* error);
+
+// Hours that the light source of an LED printer has been on: command 708.
+NUV_PRINTER_API nuv_result nuv_printer_get_led_hours(int32_t* out, nuv_printer* printer,
+                                                     const nuv_call* call, nuv_error* error);
+
+// ---- Jobs --------------------------------------------------------------------------------------
+
+// Abandons the job that is received or printed: command 104 with 2.
+NUV_PRINTER_API nuv_result nuv_printer_abandon_job(nuv_printer* printer, const nuv_call* call,
+                                                   nuv_error* error);
+
+// ---- Raw ----------------------------------------------------------------------------------------
+
+// Holds every reply with its NUL.
+#define NUV_RAW_REPLY_BYTES 65537
+
+// Sends `line`, to which the line end is added, and copies the reply without its line end, bytes as
+// they came, and a NUL to `reply`, of `capacity` bytes. Null for `line` sends nothing and reads one
+// more reply. *length: bytes of the reply without the NUL; with TOO_SMALL `reply` has its
+// beginning. One attempt; a printer's NG is a reply too.
+NUV_PRINTER_API nuv_result nuv_printer_raw(char* reply, size_t capacity, size_t* length,
+                                           nuv_printer* printer, const char* line,
+                                           const nuv_call* call, nuv_error* error);
 
 // ---- Library ------------------------------------------------------------------------------------
 

@@ -6,6 +6,7 @@
 //   Failures are nuv::Error.
 //   What a printer has not told is an empty optional.
 //   Closures return true to go on. What one throws ends the call and leaves it.
+//   A Printer is an owner: it can be moved, a moved-from one gives kBadHandle.
 #ifndef NUVPRINTER_NUVPRINTER_HPP_
 #define NUVPRINTER_NUVPRINTER_HPP_
 
@@ -95,8 +96,26 @@ struct Call {
 
 namespace detail {
 
+inline std::optional<int> Value(const nuv_int& number) {
+  return number.known ? std::optional<int>(number.value) : std::nullopt;
+}
+
+inline std::optional<bool> Flag(const nuv_int& number) {
+  return number.known ? std::optional<bool>(number.value != 0) : std::nullopt;
+}
+
+template <typename Enum>
+std::optional<Enum> As(const nuv_int& number) {
+  return number.known ? std::optional<Enum>(static_cast<Enum>(number.value)) : std::nullopt;
+}
+
 inline std::optional<std::string> Value(const nuv_text& text) {
   return text.flags & NUV_TEXT_KNOWN ? std::optional<std::string>(text.text) : std::nullopt;
+}
+
+inline std::optional<std::chrono::system_clock::time_point> Instant(int64_t seconds) {
+  if (seconds == 0) return std::nullopt;
+  return std::chrono::system_clock::time_point(std::chrono::seconds(seconds));
 }
 
 template <typename... Texts>
@@ -167,6 +186,7 @@ inline void Finish(nuv_result result) {
 
 struct Free {
   void operator()(nuv_list* list) const { nuv_list_free(list); }
+  void operator()(nuv_printer* printer) const { nuv_printer_free(printer); }
 };
 template <typename Handle>
 using Owner = std::unique_ptr<Handle, Free>;
@@ -201,6 +221,210 @@ struct Identity {
   Result contact = Result::kOk;
   std::optional<std::string> mac, name, model, serial, nickname, firmware, controller, manufactured;
   bool textsAltered = false;  // a text was no UTF-8, or too long
+};
+
+enum class PrinterState : int32_t {
+  kIdle = NUV_STATE_IDLE,
+  kPrinting = NUV_STATE_PRINTING,
+  kReceiving = NUV_STATE_RECEIVING,
+  kError = NUV_STATE_ERROR,
+};
+
+struct State {
+  State() = default;
+  explicit State(const nuv_state& from)
+      : state(static_cast<PrinterState>(from.state.value)),
+        errorNumber(detail::Value(from.error_number)),
+        layer(detail::Value(from.layer)),
+        percent(detail::Value(from.percent)),
+        jobName(detail::Value(from.job_name)),
+        endsAt(detail::Instant(from.ends_at)) {
+    if (from.minutes_left.known) left = std::chrono::minutes(from.minutes_left.value);
+  }
+
+  PrinterState state = PrinterState::kIdle;
+  std::optional<int> errorNumber, layer, percent;
+  std::optional<std::chrono::minutes> left;
+  std::optional<std::string> jobName;
+  std::optional<std::chrono::system_clock::time_point> endsAt;
+};
+
+struct Job {
+  Job() = default;
+  explicit Job(const nuv_job& from)
+      : index(detail::Value(from.index)),
+        bytes(detail::Value(from.bytes)),
+        layers(detail::Value(from.layers)),
+        minutes(detail::Value(from.minutes)),
+        name(detail::Value(from.name)) {}
+
+  std::optional<int> index, bytes, layers, minutes;
+  std::optional<std::string> name;
+};
+
+enum class ResinState : int32_t {
+  kReady = NUV_RESIN_STATE_READY,
+  kAbsent = NUV_RESIN_STATE_ABSENT,
+  kTagUnreadable = NUV_RESIN_STATE_TAG_UNREADABLE,
+  kExpired = NUV_RESIN_STATE_EXPIRED,
+  kWrong = NUV_RESIN_STATE_WRONG,
+  kTooLittle = NUV_RESIN_STATE_TOO_LITTLE,
+};
+
+struct Resin {
+  explicit Resin(const nuv_resin& from)
+      : state(detail::As<ResinState>(from.state)),
+        remainingMl(detail::Value(from.remaining_ml)),
+        tankVolumeMl(detail::Value(from.tank_volume_ml)),
+        openMode(detail::Flag(from.open_mode)),
+        tagRegistered(detail::Flag(from.tag_registered)),
+        code(detail::Value(from.code)),
+        type(detail::Value(from.type)),
+        name(detail::Value(from.name)),
+        lot(detail::Value(from.lot)),
+        useBy(detail::Value(from.use_by)) {}
+
+  std::optional<ResinState> state;
+  std::optional<int> remainingMl, tankVolumeMl;
+  std::optional<bool> openMode, tagRegistered;
+  std::optional<std::string> code, type, name, lot, useBy;
+};
+
+struct AccessPoint {
+  explicit AccessPoint(const nuv_access_point& from)
+      : joined(detail::Flag(from.joined)),
+        signalPercent(detail::Value(from.signal_percent)),
+        security(detail::Value(from.security)),
+        channel(detail::Value(from.channel)),
+        name(detail::Value(from.name)) {}
+
+  std::optional<bool> joined;
+  std::optional<int> signalPercent, security, channel;
+  std::optional<std::string> name;
+};
+
+struct Scaling {
+  double x[2] = {1, 1}, y[2] = {1, 1}, z[2] = {1, 1};
+};
+
+enum class Port : int32_t {
+  kInUse = NUV_PORT_IN_USE,
+  kWired = NUV_PORT_WIRED,
+  kWireless = NUV_PORT_WIRELESS,
+};
+
+struct Network {
+  explicit Network(const nuv_network& from)
+      : address(detail::Value(from.address)),
+        netmask(detail::Value(from.netmask)),
+        gateway(detail::Value(from.gateway)),
+        nameServer(detail::Value(from.name_server)),
+        secondNameServer(detail::Value(from.second_name_server)),
+        mac(detail::Value(from.mac)) {}
+
+  std::optional<std::string> address, netmask, gateway, nameServer, secondNameServer, mac;
+};
+
+struct Versions {
+  explicit Versions(const nuv_versions& from)
+      : androidBoard(detail::Value(from.android_board)),
+        androidLoader(detail::Value(from.android_loader)),
+        lcmPanel(detail::Value(from.lcm_panel)) {}
+
+  std::optional<std::string> androidBoard, androidLoader, lcmPanel;
+};
+
+enum class JobResult : int32_t {
+  kFinished = NUV_JOB_FINISHED,
+  kCancelled = NUV_JOB_CANCELLED,
+  kFailed = NUV_JOB_FAILED,
+  kNotEnded = NUV_JOB_NOT_ENDED,
+};
+
+struct JobRecord {
+  explicit JobRecord(const nuv_job_record& from)
+      : index(from.index.value),
+        result(detail::As<JobResult>(from.result)),
+        layers(detail::Value(from.layers)),
+        minutes(detail::Value(from.minutes)),
+        resinMl(detail::Value(from.resin_ml)),
+        layerThicknessUm(detail::Value(from.layer_thickness_um)),
+        exposureMs(detail::Value(from.exposure_ms)),
+        bottomExposureMs(detail::Value(from.bottom_exposure_ms)),
+        laserPowerPercent(detail::Value(from.laser_power_percent)),
+        name(detail::Value(from.name)),
+        resinCode(detail::Value(from.resin_code)),
+        resinLot(detail::Value(from.resin_lot)),
+        started(detail::Value(from.started)),
+        ended(detail::Value(from.ended)) {}
+
+  int index;
+  std::optional<JobResult> result;
+  std::optional<int> layers, minutes, resinMl, layerThicknessUm, exposureMs, bottomExposureMs,
+      laserPowerPercent;
+  std::optional<std::string> name, resinCode, resinLot, started, ended;
+};
+
+struct JobCounts {
+  explicit JobCounts(const nuv_job_counts& from)
+      : started(detail::Value(from.started)),
+        finished(detail::Value(from.finished)),
+        cancelled(detail::Value(from.cancelled)),
+        failed(detail::Value(from.failed)) {}
+
+  std::optional<int> started, finished, cancelled, failed;
+};
+
+struct Sensors {
+  explicit Sensors(const nuv_sensors& from)
+      : chamberTopC(detail::Value(from.chamber_top_c)),
+        chamberBottomC(detail::Value(from.chamber_bottom_c)),
+        tankC(detail::Value(from.tank_c)),
+        resinLevelPercent(detail::Value(from.resin_level_percent)),
+        tank(detail::Value(from.tank)),
+        zLimitTop(detail::Flag(from.z_limit_top)),
+        zLimitBottom(detail::Flag(from.z_limit_bottom)),
+        wiperHome(detail::Flag(from.wiper_home)),
+        yHome(detail::Flag(from.y_home)),
+        yEnd(detail::Flag(from.y_end)),
+        lidClosed(detail::Flag(from.lid_closed)),
+        cartridge(detail::Flag(from.cartridge)),
+        platform(detail::Flag(from.platform)),
+        movingToReference(detail::Flag(from.moving_to_reference)) {}
+
+  std::optional<int> chamberTopC, chamberBottomC, tankC, resinLevelPercent, tank;
+  std::optional<bool> zLimitTop, zLimitBottom, wiperHome, yHome, yEnd, lidClosed, cartridge,
+      platform, movingToReference;
+};
+
+struct Laser {
+  explicit Laser(const nuv_laser& from)
+      : photodiodeMinimum(detail::Value(from.photodiode_minimum)),
+        photodiodeMaximum(detail::Value(from.photodiode_maximum)),
+        photodiodeMean(detail::Value(from.photodiode_mean)) {
+    for (int i = 0; i < 5; ++i) pulseWidth[i] = detail::Value(from.pulse_width[i]);
+  }
+
+  std::optional<int> photodiodeMinimum, photodiodeMaximum, photodiodeMean, pulseWidth[5];
+};
+
+struct ScanUnit {
+  explicit ScanUnit(const nuv_scan_unit& from)
+      : polygonSpeed(detail::Value(from.polygon_speed)),
+        start(detail::Value(from.start)),
+        lineWidth(detail::Value(from.line_width)),
+        yOffset(detail::Value(from.y_offset)) {
+    for (int i = 0; i < 3; ++i) {
+      scanCentre[i] = detail::Value(from.scan_centre[i]);
+      lineLength[i] = detail::Value(from.line_length[i]);
+      triggerDelay[i] = detail::Value(from.trigger_delay[i]);
+    }
+    for (int i = 0; i < 2; ++i) zOffset[i] = detail::Value(from.z_offset[i]);
+  }
+
+  // [0] alone on models with one scan line.
+  std::optional<int> scanCentre[3], lineLength[3], triggerDelay[3], zOffset[2];
+  std::optional<int> polygonSpeed, start, lineWidth, yOffset;
 };
 
 // ---- Finding ------------------------------------------------------------------------------------
@@ -259,6 +483,193 @@ inline std::vector<Identity> Find(const SearchOptions& options = {}, const Call&
   }
   return printers;
 }
+
+// ---- A printer ----------------------------------------------------------------------------------
+
+class Printer {
+ public:
+  static Printer Open(const Identity& found, const Call& call = {}) {
+    nuv_identity where = NUV_INIT(nuv_identity);
+    where.link = static_cast<int32_t>(found.link);
+    where.tcp_port = found.tcpPort;
+    if (found.address.size() >= sizeof(where.address.text)) detail::Finish(NUV_RESULT_NOT_FOUND);
+    found.address.copy(where.address.text, sizeof(where.address.text) - 1);
+    where.address.flags = NUV_TEXT_KNOWN;
+    return Opened(call, [&](nuv_printer** out, detail::Frame& frame) {
+      return nuv_printer_open(out, &where, frame.call(), frame.error());
+    });
+  }
+
+  static Printer OpenAddress(const std::string& address, const Call& call = {}) {
+    return Opened(call, [&](nuv_printer** out, detail::Frame& frame) {
+      return nuv_printer_open_address(out, address.c_str(), frame.call(), frame.error());
+    });
+  }
+
+  static Printer OpenSerial(const std::string& serial, const SearchOptions& options = {},
+                            const Call& call = {}) {
+    return Opened(call, [&](nuv_printer** out, detail::Frame& frame) {
+      const detail::NativeSearch search(options, frame);
+      return nuv_printer_open_serial(out, serial.c_str(), search.get(), frame.call(),
+                                     frame.error());
+    });
+  }
+
+  Printer() = default;
+
+  // Thread-safe while the Printer lives: ends the calls under way.
+  void Cancel() const { detail::Finish(nuv_printer_cancel(handle_.get())); }
+  void LetGo() const { detail::Finish(nuv_printer_let_go(handle_.get())); }
+  // For what this layer lacks; stays the Printer's.
+  nuv_printer* Handle() const { return handle_.get(); }
+
+  Identity GetIdentity(const Call& call = {}) const {
+    return Identity(Ask<nuv_identity>(call, nuv_printer_get_identity));
+  }
+  State GetState(const Call& call = {}) const {
+    return State(Ask<nuv_state>(call, nuv_printer_get_state));
+  }
+  Job GetJob(const Call& call = {}) const { return Job(Ask<nuv_job>(call, nuv_printer_get_job)); }
+  Resin GetResin(const Call& call = {}) const {
+    return Resin(Ask<nuv_resin>(call, nuv_printer_get_resin));
+  }
+
+  int GetLaserPowerPercent(const Call& call = {}) const {
+    return Number(call, nuv_printer_get_laser_power_percent);
+  }
+  void SetLaserPowerPercent(int percent, const Call& call = {}) {
+    Tell(call, nuv_printer_set_laser_power_percent, percent);
+  }
+  int GetZCompensationUm(const Call& call = {}) const {
+    return Number(call, nuv_printer_get_z_compensation_um);
+  }
+  void SetZCompensationUm(int micrometres, const Call& call = {}) {
+    Tell(call, nuv_printer_set_z_compensation_um, micrometres);
+  }
+  void SetNickname(const std::string& nickname, const Call& call = {}) {
+    Tell(call, nuv_printer_set_nickname, nickname.c_str());
+  }
+  Scaling GetScaling(const Call& call = {}) const {
+    const nuv_scaling from = Ask<nuv_scaling>(call, nuv_printer_get_scaling);
+    return {{from.x[0], from.x[1]}, {from.y[0], from.y[1]}, {from.z[0], from.z[1]}};
+  }
+  void SetScaling(const Scaling& scaling, const Call& call = {}) {
+    nuv_scaling native = NUV_INIT(nuv_scaling);
+    for (int i = 0; i < 2; ++i) {
+      native.x[i] = scaling.x[i];
+      native.y[i] = scaling.y[i];
+      native.z[i] = scaling.z[i];
+    }
+    Tell(call, nuv_printer_set_scaling, &native);
+  }
+
+  AccessPoint GetAccessPoint(const std::optional<std::string>& name = std::nullopt,
+                             const Call& call = {}) const {
+    return AccessPoint(
+        Ask<nuv_access_point>(call, nuv_printer_get_access_point, name ? name->c_str() : nullptr));
+  }
+  std::vector<AccessPoint> GetAccessPoints(const Call& call = {}) const {
+    nuv_list* list = nullptr;
+    detail::Frame frame(call);
+    frame.Finish(nuv_printer_get_access_points(&list, handle_.get(), frame.call(), frame.error()));
+    const detail::Owner<nuv_list> owner(list);
+    std::vector<AccessPoint> points;
+    for (int32_t i = 0; i < nuv_list_count(list); ++i) {
+      nuv_access_point item = NUV_INIT(nuv_access_point);
+      detail::Finish(nuv_list_get_access_point(&item, list, i));
+      points.emplace_back(item);
+    }
+    return points;
+  }
+
+  Network GetNetwork(Port port = Port::kInUse, const Call& call = {}) const {
+    return Network(
+        Ask<nuv_network>(call, nuv_printer_get_network, static_cast<int32_t>(port)));
+  }
+  // Without a key an open one.
+  void JoinAccessPoint(const std::string& name, const std::optional<std::string>& key,
+                       const Call& call = {}) {
+    Tell(call, nuv_printer_join_access_point, name.c_str(), key ? key->c_str() : nullptr);
+  }
+  void LeaveAccessPoint(const Call& call = {}) { Tell(call, nuv_printer_leave_access_point); }
+
+  Versions GetVersions(const Call& call = {}) const {
+    return Versions(Ask<nuv_versions>(call, nuv_printer_get_versions));
+  }
+  Sensors GetSensors(const Call& call = {}) const {
+    return Sensors(Ask<nuv_sensors>(call, nuv_printer_get_sensors));
+  }
+  Laser GetLaser(int number, const Call& call = {}) const {
+    return Laser(Ask<nuv_laser>(call, nuv_printer_get_laser, number));
+  }
+  ScanUnit GetScanUnit(const Call& call = {}) const {
+    return ScanUnit(Ask<nuv_scan_unit>(call, nuv_printer_get_scan_unit));
+  }
+  int GetLedHours(const Call& call = {}) const { return Number(call, nuv_printer_get_led_hours); }
+  void SkipWarmup(const Call& call = {}) { Tell(call, nuv_printer_skip_warmup); }
+
+  JobRecord GetJobRecord(int index, const Call& call = {}) const {
+    return JobRecord(Ask<nuv_job_record>(call, nuv_printer_get_job_record, index));
+  }
+  JobCounts GetJobCounts(bool sincePowerOn = false, const Call& call = {}) const {
+    return JobCounts(Ask<nuv_job_counts>(call, nuv_printer_get_job_counts, sincePowerOn ? 1 : 0));
+  }
+  int GetLastReadJob(const Call& call = {}) const {
+    return Number(call, nuv_printer_get_last_read_job);
+  }
+  void SetLastReadJob(int index, const Call& call = {}) {
+    Tell(call, nuv_printer_set_last_read_job, index);
+  }
+
+  void AbandonJob(const Call& call = {}) { Tell(call, nuv_printer_abandon_job); }
+
+  // One command line and its reply, bytes as they came; without a line one more reply.
+  std::string Raw(const std::optional<std::string>& line, const Call& call = {}) {
+    std::string reply(NUV_RAW_REPLY_BYTES, '\0');
+    size_t length = 0;
+    detail::Frame frame(call);
+    frame.Finish(nuv_printer_raw(&reply[0], reply.size(), &length, handle_.get(),
+                                 line ? line->c_str() : nullptr, frame.call(), frame.error()));
+    reply.resize(length);
+    return reply;
+  }
+
+ private:
+  template <typename Open>
+  static Printer Opened(const Call& call, Open open) {
+    nuv_printer* handle = nullptr;
+    detail::Frame frame(call);
+    const nuv_result result = open(&handle, frame);
+    Printer printer;
+    printer.handle_.reset(handle);
+    frame.Finish(result);
+    return printer;
+  }
+
+  template <typename Native, typename Query, typename... Inputs>
+  Native Ask(const Call& call, Query query, Inputs... inputs) const {
+    Native out = nuv_init<Native>();
+    detail::Frame frame(call);
+    frame.Finish(query(&out, handle_.get(), inputs..., frame.call(), frame.error()));
+    return out;
+  }
+
+  template <typename Query>
+  int Number(const Call& call, Query query) const {
+    int32_t out = 0;
+    detail::Frame frame(call);
+    frame.Finish(query(&out, handle_.get(), frame.call(), frame.error()));
+    return out;
+  }
+
+  template <typename Setter, typename... Inputs>
+  void Tell(const Call& call, Setter setter, Inputs... inputs) const {
+    detail::Frame frame(call);
+    frame.Finish(setter(handle_.get(), inputs..., frame.call(), frame.error()));
+  }
+
+  detail::Owner<nuv_printer> handle_;
+};
 
 // ---- Library ------------------------------------------------------------------------------------
 

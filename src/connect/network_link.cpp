@@ -4,6 +4,11 @@
 #include "transport/network_device_searcher.h"
 
 namespace Nuv::Connect {
+namespace {
+
+constexpr size_t kMostReplyBytes = 65536;
+
+}  // namespace
 
 Transport::SearchTurn NetworkLink::WaitForTurn() {
   const SearchSettings& settings = SearchSettings::Instance();
@@ -37,9 +42,33 @@ Reason NetworkLink::Write(const uint8_t* data, size_t length, bool patient) {
 
 Reply NetworkLink::ReadReply() {
   std::string reply;
-  const TcpResult result = net_.Connector().Receive("", reply, replyTimeoutMs_);
-  if (result == TcpResult::kOk) return {std::move(reply)};
+  if (!wholeLines_) return Receive(reply, replyTimeoutMs_) ? Reply{reply} : NoReply();
+  const Platform::Deadline end = waiter_.In(replyTimeoutMs_);
+  size_t lineEnd = rest_.find('\n');
+  while (lineEnd == std::string::npos && rest_.size() < kMostReplyBytes) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - waiter_.GetClock().Now());
+    if (!Receive(reply, static_cast<int>(left.count()))) return NoReply();
+    rest_ += reply;
+    lineEnd = rest_.find('\n');
+  }
+  reply = rest_.substr(0, lineEnd == std::string::npos ? lineEnd : lineEnd + 1);
+  rest_.erase(0, reply.size());
+  return {std::move(reply)};
+}
+
+bool NetworkLink::Receive(std::string& text, int timeoutMs) {
+  return net_.Connector().Receive("", text, timeoutMs) == TcpResult::kOk;
+}
+
+Reply NetworkLink::NoReply() {
+  rest_.clear();
   return {{}, Failure(Reason::kSilence)};
+}
+
+bool NetworkLink::DiscardInput() {
+  const bool any = !rest_.empty();
+  rest_.clear();
+  return net_.Connector().Discard() || any;
 }
 
 }  // namespace Nuv::Connect

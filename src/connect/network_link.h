@@ -39,18 +39,30 @@ class NetworkLink final : public Link {
   }
   Reason OpenAddress(const std::string& address) { return Opening(net_.ConnectByAddress(address)); }
   Reason Reopen(bool /*job*/) override { return Opening(net_.Reconnect()); }
-  void Close() override { net_.Connector().Disconnect(); }
+  void Close() override {
+    net_.Connector().Disconnect();
+    rest_.clear();
+  }
   LinkState Look() override { return net_.Connector().Look(); }
   bool Discard(int quietMs, int limitMs) override {
     return net_.Connector().Discard(quietMs, limitMs);
   }
-  bool DiscardInput() override { return net_.Connector().Discard(); }
+  bool DiscardInput() override;
   Reason Write(const uint8_t* data, size_t length, bool patient) override;
   Reply ReadReply() override;
 
+  // From now on a reply is read to its line feed, however the network cut it; else it is what the
+  // first segment brought.
+  void ReadWholeLines() { wholeLines_ = true; }
+
  private:
+  bool Receive(std::string& text, int timeoutMs);
+  Reply NoReply();
+
   QNetworkLib net_;
   const int replyTimeoutMs_;
+  bool wholeLines_ = false;
+  std::string rest_;  // what came behind the last line
 };
 
 }  // namespace Nuv::Connect

@@ -70,6 +70,9 @@ class NuvConnect final : public IChannel {
   // As Open, to the printer on USB whose stored name this is.
   Reason OpenUsb(const std::string& path, Platform::Interrupt* interrupt);
 
+  // See NetworkLink.
+  void ReadWholeLines() { network_.ReadWholeLines(); }
+
   // One network search with the stored settings: the distinct reply texts. Changes neither the list
   // of the last enumeration nor the connection.
   std::vector<std::string> CollectBroadcastReplies();

@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "printer/open_printers.h"
 #include "printer/values.h"
 
 namespace Nuv::Printer {
@@ -48,15 +49,23 @@ void Askers::Work() {
 void Askers::Answer(Question& question) {
   nuv_identity& printer = question.printer;
   const nuv_result result = Guarded(nullptr, [&] {
+    // A printer serves one client, which may be this process.
+    if (const auto device = OpenPrinters::Instance().At(printer)) {
+      const Session session(device, limits_);
+      return AskIdentity(session.Commands(), printer);
+    }
     Connect::NuvConnect channel(Connect::NuvConnect::kReplyTimeoutMs, makeUsb_(), clock_);
     const Connect::Reason opened = question.device
                                        ? channel.Open(*question.device, &limits_)
                                        : channel.OpenUsb(printer.address.text, &limits_);
-    if (opened == Connect::Reason::kNone) return AskIdentity(channel, limits_, clock_, printer);
+    if (opened == Connect::Reason::kNone) {
+      return AskIdentity(Connect::CommandRunner(channel, clock_, {}, &limits_), printer);
+    }
     throw Failure{opened == Connect::Reason::kGivenUp ? NUV_RESULT_CANCELLED : ResultOf(opened),
                   std::string(printer.address.text) + ": " + Connect::WordsFor(opened)};
   });
-  printer.contact = result == NUV_RESULT_CANCELLED ? NUV_RESULT_NO_ANSWER : result;
+  const bool givenUp = result == NUV_RESULT_CANCELLED || result == NUV_RESULT_TIME_LIMIT;
+  printer.contact = givenUp ? NUV_RESULT_NO_ANSWER : result;
 }
 
 std::vector<nuv_identity> Askers::Take(std::chrono::milliseconds patience) {

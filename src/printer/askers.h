@@ -10,6 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "connect/nuv_connect.h"
+#include "printer/call_limits.h"
 #include "printer/identity.h"
 
 namespace Nuv::Printer {

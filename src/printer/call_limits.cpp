@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "printer/host_call.h"
 #include "printer/values.h"
 
 namespace Nuv::Printer {
@@ -36,6 +37,7 @@ milliseconds CallLimits::Patience() const {
 bool CallLimits::Cancelled() const {
   if (stillWanted_ != nullptr && !unwanted_ && clock_.Now() >= askAgain_) {
     askAgain_ = clock_.Now() + kAskingInterval;
+    const HostCall call;
     unwanted_ = stillWanted_(user_) != 1;
   }
   return unwanted_ || Interrupt::Raised();

@@ -1,7 +1,7 @@
 #include "printer/finder.h"
 
 #include "connect/search_settings.h"
-#include "printer/log.h"
+#include "printer/host_call.h"
 #include "printer/values.h"
 #include "transport/network_device_searcher.h"
 
@@ -30,17 +30,19 @@ Transport::SearchAddresses AddressesOf(const char* text, uint16_t port) {
 // One search.
 class Search {
  public:
-  Search(const Wishes& wishes, CallLimits& limits, Platform::Clock& clock, const UsbMaker& makeUsb)
+  Search(const Wishes& wishes, CallLimits& limits, Platform::Deadline end, Platform::Clock& clock,
+         const UsbMaker& makeUsb)
       : wishes_(wishes),
         limits_(limits),
+        end_(end),
         clock_(clock),
-        askers_(limits.End(), clock, makeUsb),
+        askers_(end, clock, makeUsb),
         makeUsb_(makeUsb) {}
 
   std::vector<nuv_identity> Run() {
     if (wishes_.usb) LookAtUsb();
     if (wishes_.network) LookAtNetworks();
-    while (GoesOn() && askers_.Busy() && clock_.Now() < limits_.End()) TellOfAsked(kMoment);
+    while (GoesOn() && askers_.Busy() && clock_.Now() < end_) TellOfAsked(kMoment);
     askers_.GiveUp();
     while (GoesOn() && askers_.Busy()) TellOfAsked(kMoment);
     if (limits_.Cancelled()) throw Failure{NUV_RESULT_CANCELLED, {}};
@@ -59,7 +61,7 @@ class Search {
 
   void LookAtNetworks() {
     NetworkDeviceSearcher searcher(Connect::kDefaultSearchMessage, waiter_);
-    const auto left = std::chrono::duration_cast<milliseconds>(limits_.End() - clock_.Now());
+    const auto left = std::chrono::duration_cast<milliseconds>(end_ - clock_.Now());
     searcher.SearchAtOnce(
         wishes_.whom, wishes_.udpPort, static_cast<int>(left.count()),
         [this] {
@@ -92,6 +94,7 @@ class Search {
 
   const Wishes& wishes_;
   CallLimits& limits_;
+  const Platform::Deadline end_;
   Platform::Clock& clock_;
   Platform::Waiter waiter_{clock_};
   Askers askers_;
@@ -115,15 +118,16 @@ Wishes WishesOf(const nuv_search_options* options) {
   wishes.addressesOnly = given.addresses_only != 0;
   if (given.found != nullptr) {
     wishes.tell = [found = given.found, user = given.user](const nuv_identity& printer) {
+      const HostCall call;
       return found(&printer, user) == 1;
     };
   }
   return wishes;
 }
 
-std::vector<nuv_identity> Find(const Wishes& wishes, CallLimits& limits, Platform::Clock& clock,
-                               const UsbMaker& makeUsb) {
-  return Search(wishes, limits, clock, makeUsb).Run();
+std::vector<nuv_identity> Find(const Wishes& wishes, CallLimits& limits, Platform::Deadline end,
+                               Platform::Clock& clock, const UsbMaker& makeUsb) {
+  return Search(wishes, limits, end, clock, makeUsb).Run();
 }
 
 }  // namespace Nuv::Printer

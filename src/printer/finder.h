@@ -24,9 +24,13 @@ struct Wishes {
 // What a host wishes. Throws Failure for what nobody can be asked for.
 Wishes WishesOf(const nuv_search_options* options);
 
-// Searches all networks and USB at once, and asks whom it finds, all of it within the limits, whose
-// end is success. The printers, in the order in which they were told. `clock` outlives it.
-std::vector<nuv_identity> Find(const Wishes& wishes, CallLimits& limits,
+// The time limit of a search for which the host has none.
+constexpr int kUsualSearchMs = 3000;
+
+// Searches all networks and USB at once, and asks whom it finds, until `end`, which is success, or
+// until the call is cancelled. The printers, in the order in which they were told. `clock` outlives
+// it.
+std::vector<nuv_identity> Find(const Wishes& wishes, CallLimits& limits, Platform::Deadline end,
                                Platform::Clock& clock = Platform::SystemClock(),
                                const UsbMaker& makeUsb = MakeUsbConnector);
 

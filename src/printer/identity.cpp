@@ -1,23 +1,13 @@
 #include "printer/identity.h"
 
-#include "command/command_runner.h"
 #include "command/commands.h"
 #include "connect/device_table.h"
-#include "printer/values.h"
+#include "printer/query.h"
 
 namespace Nuv::Printer {
 namespace {
 
-using Connect::Outcome;
 using Connect::Reason;
-
-// The fields that an answer has.
-void Take(const Outcome& outcome, std::initializer_list<std::pair<const char*, nuv_text*>> fields) {
-  for (const auto& [key, text] : fields) {
-    const auto found = outcome.fields.find(key);
-    if (found != outcome.fields.end()) *text = Text(found->second);
-  }
-}
 
 // Of a later command: only that nobody waits any more ends the asking.
 bool Answered(const Outcome& outcome) {
@@ -44,9 +34,7 @@ nuv_identity IdentityOf(const std::string& usbPath) {
   return printer;
 }
 
-void AskIdentity(Connect::NuvConnect& channel, CallLimits& limits, Platform::Clock& clock,
-                 nuv_identity& printer) {
-  const Connect::CommandRunner commands(channel, clock, {}, &limits);
+void AskIdentity(const Connect::CommandRunner& commands, nuv_identity& printer) {
   const Outcome identity = commands.Run(101);
   if (!Answered(identity)) {
     throw Failure{ResultOf(identity.reason),
@@ -61,7 +49,7 @@ void AskIdentity(Connect::NuvConnect& channel, CallLimits& limits, Platform::Clo
   if (Connect::HasOwnSerialQuery(identity.Text("M"))) {
     const Outcome dental = commands.Run<Command::F354Cmd>();
     if (Answered(dental)) Take(dental, {{"D", &printer.manufactured}});
-    const Outcome serial = commands.Run(140);
+    const Outcome serial = commands.Run<Command::F140Cmd>();
     if (Answered(serial) && !serial.values.empty()) printer.serial = Text(serial.values.front());
   }
   const Outcome nickname = commands.Run(197);

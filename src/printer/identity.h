@@ -1,12 +1,11 @@
 #ifndef NUV_PRINTER_IDENTITY_H_
 #define NUV_PRINTER_IDENTITY_H_
 
-#include <functional>
-#include <memory>
+#include <string>
 
-#include "connect/nuv_connect.h"
-#include "printer/call_limits.h"
+#include "command/command_runner.h"
 #include "printer/failure.h"
+#include "transport/discovery_reply.h"
 
 namespace Nuv::Printer {
 
@@ -18,8 +17,7 @@ nuv_identity IdentityOf(const std::string& usbPath);
 // Asks an open printer who it is and adds that to `printer`: command 101, of dental models also 354
 // and 140, and 197. Throws Failure when 101 is not answered, or the limits are over; what a later
 // command does not get stays unknown.
-void AskIdentity(Connect::NuvConnect& channel, CallLimits& limits, Platform::Clock& clock,
-                 nuv_identity& printer);
+void AskIdentity(const Connect::CommandRunner& commands, nuv_identity& printer);
 
 }  // namespace Nuv::Printer
 

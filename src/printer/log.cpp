@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "platform/diagnostics.h"
+#include "printer/host_call.h"
 
 namespace Nuv::Printer {
 namespace {
@@ -66,6 +67,7 @@ void Log(int level, const std::string& printer, const std::string& text) {
   line.level = level;
   line.printer = printer.c_str();
   line.text = text.c_str();
+  const HostCall call;
   if (log->function(&line, log->user) == 1) return;
   const std::lock_guard<std::mutex> lock(current.mutex);
   if (current.log != log) return;

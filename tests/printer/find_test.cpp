@@ -7,8 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "nuvprinter/nuvprinter.hpp"
-#include "nuvsim/simulator.h"
+#include "tests/printer/printer_lab.h"
 #include "tests/support/environment.h"
 
 extern "C" nuv_identity first_printer(const char* addresses);
@@ -28,33 +27,18 @@ using Texts = std::vector<std::string>;
 constexpr std::chrono::milliseconds kShort(400);  // a simulated printer answers within a few
 constexpr std::chrono::hours kForEver(1);
 
-class FindTest : public ::testing::Test {
+class FindTest : public PrinterLab {
  protected:
   void SetUp() override {
-    if (std::getenv("NUV_PRIVATE_NETWORK") == nullptr) {
-      GTEST_SKIP() << "searches printers: run it through in_private_network.sh";
-    }
+    PrinterLab::SetUp();
     options.addresses = "broadcast";
     call.timeLimit = kShort;
   }
   static NuvSim::PrinterConfig Printer(const std::string& serial,
                                        const std::string& address = "10.77.1.2",
                                        const std::string& model = "Zafel Superfine") {
-    NuvSim::PrinterConfig printer;
-    printer.serial = serial;
-    printer.model = model;
-    printer.name = "printer-" + serial;
-    printer.address = address;
-    return printer;
+    return Config(serial, address, model);
   }
-  void Start(std::vector<NuvSim::PrinterConfig> printers) {
-    NuvSim::SimulatorConfig config;
-    config.printers = std::move(printers);
-    config.discovery = true;
-    simulator = std::make_unique<NuvSim::Simulator>(std::move(config));
-    simulator->Start();
-  }
-  void Commits(const std::string& fault) { simulator->InjectFault(0, NuvSim::ParseFault(fault)); }
 
   // Each printer found: serial number (or address) and how asking it went.
   Texts Found() {
@@ -77,13 +61,12 @@ class FindTest : public ::testing::Test {
 
   nuv::SearchOptions options;
   nuv::Call call;
-  std::unique_ptr<NuvSim::Simulator> simulator;
 };
 
 TEST_F(FindTest, TellsWhoThePrintersOfAllNetworksAre) {
   auto named = Printer("A1");
   named.nickname = "by the window: left";
-  auto dental = Printer("D1", "10.77.2.2", "BEGO VARSEO XS");
+  auto dental = Printer("DENTAL01", "10.77.2.2", "BEGO VARSEO XS");
   Start({named, dental});
   std::vector<Identity> told;
   options.found = [&](const Identity& each) {
@@ -102,8 +85,17 @@ TEST_F(FindTest, TellsWhoThePrintersOfAllNetworksAre) {
   EXPECT_EQ(first.nickname, "by the window: left");
   EXPECT_TRUE(first.mac && first.firmware && first.controller);
   EXPECT_FALSE(first.manufactured || first.textsAltered);
-  EXPECT_EQ(second.serial, "D1");
+  EXPECT_EQ(second.serial, "DENTAL01") << "the whole one";
   EXPECT_TRUE(second.manufactured);
+
+  // One that this process has open is asked over that connection.
+  const nuv::Printer open = nuv::Printer::Open(first);
+  ASSERT_TRUE(simulator->WaitUntil([&] { return simulator->Status().connected; }, kForEver));
+  told.clear();
+  nuv::Find(options, call);
+  ASSERT_EQ(told.size(), 2U);
+  EXPECT_EQ(told[0].contact, Result::kOk);
+  EXPECT_EQ(told[1].contact, Result::kOk);
 
   options.found = nullptr;
   options.addressesOnly = true;

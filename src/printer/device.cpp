@@ -1,0 +1,184 @@
+#include "printer/device.h"
+
+#include <algorithm>
+
+#include "printer/host_call.h"
+#include "printer/timed_tasks.h"
+
+namespace Nuv::Printer {
+
+using Connect::Outcome;
+using Connect::Reason;
+using Lock = std::unique_lock<std::mutex>;
+
+namespace {
+
+constexpr std::chrono::seconds kIdle(5);
+
+// Why a call's limits are over.
+nuv_result Why(const CallLimits& limits) {
+  return limits.Cancelled() ? NUV_RESULT_CANCELLED : NUV_RESULT_TIME_LIMIT;
+}
+
+}  // namespace
+
+Device::Device(const nuv_identity& where, Platform::Clock& clock, const UsbMaker& makeUsb)
+    : where_(where),
+      place_(PlaceOf(where)),
+      clock_(clock),
+      channel_(Connect::NuvConnect::kReplyTimeoutMs, makeUsb(), clock) {
+  channel_.ReadWholeLines();
+}
+
+std::string Device::PlaceOf(const nuv_identity& where) {
+  const std::string address = where.address.text;
+  return where.link == NUV_LINK_USB ? address : address + ":" + std::to_string(where.tcp_port);
+}
+
+void Device::Cancel() {
+  const Lock lock(mutex_);
+  for (const Call& call : calls_) call.limits->Raise();
+  changed_.notify_all();
+}
+
+void Device::LetGo() {
+  const Lock lock(mutex_);
+  letGo_ = true;
+  if (!calls_.empty()) return;
+  channel_.CloseDevice();
+}
+
+void Device::End() {
+  Cancel();
+  Lock lock(mutex_);
+  ended_ = true;
+  if (!HostCall::UnderWay()) changed_.wait(lock, [this] { return calls_.empty(); });
+  if (calls_.empty()) channel_.CloseDevice();
+}
+
+void Device::Begin(CallLimits& limits) {
+  Lock lock(mutex_);
+  const auto self = std::this_thread::get_id();
+  if (ended_) throw Failure{NUV_RESULT_BAD_HANDLE, {}};
+  if (std::any_of(calls_.begin(), calls_.end(),
+                  [&](const Call& one) { return one.thread == self; })) {
+    throw Failure{NUV_RESULT_BUSY, place_ + ": a call on it is under way on this thread"};
+  }
+  calls_.push_back({&limits, self});
+  while (calls_.front().limits != &limits) {
+    lock.unlock();
+    const bool over = limits.Raised();
+    lock.lock();
+    if (over) {
+      calls_.erase(std::find_if(calls_.begin(), calls_.end(),
+                                [&](const Call& one) { return one.limits == &limits; }));
+      changed_.notify_all();
+      throw Failure{Why(limits), place_ + ": its turn did not come"};
+    }
+    if (calls_.front().limits != &limits) changed_.wait_for(lock, limits.Patience());
+  }
+}
+
+void Device::Finish(CallLimits& limits) {
+  const Lock lock(mutex_);
+  // Over the network an answer that nobody waits for any more goes with its connection.
+  if (letGo_ || ended_ || (owesAnswer_ && where_.link == NUV_LINK_NETWORK)) {
+    channel_.CloseDevice();
+    connected_ = owesAnswer_ = letGo_ = false;
+  }
+  lastUse_ = clock_.Now();
+  if (calls_.front().limits == &limits) calls_.pop_front();
+  changed_.notify_all();
+  if (connected_ && !idleIsWatched_) LetGoWhenIdle();
+}
+
+void Device::LetGoWhenIdle() {
+  idleIsWatched_ = true;
+  TimedTasks::Instance().Add(lastUse_ + kIdle, [weak = weak_from_this()] {
+    const std::shared_ptr<Device> device = weak.lock();
+    if (device == nullptr) return;
+    const Lock lock(device->mutex_);
+    device->idleIsWatched_ = false;
+    if (!device->calls_.empty()) return;  // which watches it again
+    if (device->clock_.Now() < device->lastUse_ + kIdle) return device->LetGoWhenIdle();
+    device->channel_.CloseDevice();
+  });
+}
+
+void Device::Connect(CallLimits& limits) {
+  // What was let go, or ended meanwhile, is made anew.
+  if (connected_ && channel_.Look().alive) {
+    if (owesAnswer_) channel_.ReadAgain(&limits);
+    owesAnswer_ = false;
+    return;
+  }
+  Transport::NetworkDevice device;
+  device.valid = true;
+  device.address = where_.address.text;
+  device.port = static_cast<uint16_t>(where_.tcp_port);
+  const Reason reason = where_.link == NUV_LINK_USB ? channel_.OpenUsb(where_.address.text, &limits)
+                                                    : channel_.Open(device, &limits);
+  connected_ = reason == Reason::kNone;
+  owesAnswer_ = false;
+  if (connected_) return;
+  if (reason == Reason::kGivenUp) throw Failure{Why(limits), place_ + ": not yet connected"};
+  throw Failure{ResultOf(reason), place_ + ": " + Connect::WordsFor(reason)};
+}
+
+Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits)
+    : device_(device), limits_(limits), commands_(device->channel_, device->clock_, {}, &limits) {
+  device_->Begin(limits_);
+  try {
+    device_->Connect(limits_);
+  } catch (...) {
+    device_->Finish(limits_);
+    throw;
+  }
+}
+
+Session::~Session() { device_->Finish(limits_); }
+
+Outcome Session::Run(int code, std::vector<std::string> parameters) {
+  return Checked(commands_.Run(code, std::move(parameters)));
+}
+
+std::optional<Outcome> Session::Try(int code, std::vector<std::string> parameters) {
+  return Accepted(commands_.Run(code, std::move(parameters)));
+}
+
+Outcome Session::Ask(int code) {
+  Outcome outcome = commands_.Run(code, {}, Connect::Refusal::kAnswers);
+  return outcome.reason == Reason::kRefused ? outcome : Checked(std::move(outcome));
+}
+
+Connect::Reply Session::Exchange(const std::string& line) {
+  Connect::Reply reply = line.empty() ? device_->channel_.ReadAgain(&limits_)
+                                      : device_->channel_.Transact({line, false, &limits_});
+  Look(reply.reason, 0);
+  return reply;
+}
+
+void Session::Look(Reason reason, int code) {
+  if (reason == Reason::kNone) return;
+  const std::string command = code == 0 ? "" : "command " + std::to_string(code) + ": ";
+  if (reason != Reason::kGivenUp) {
+    throw Failure{ResultOf(reason), device_->place_ + ": " + command + Connect::WordsFor(reason),
+                  code};
+  }
+  device_->owesAnswer_ = true;
+  throw Failure{Why(limits_), device_->place_ + ": " + command + nuv_result_text(Why(limits_)),
+                code};
+}
+
+Outcome Session::Checked(Outcome outcome) {
+  Look(outcome.reason, outcome.code);
+  return outcome;
+}
+
+std::optional<Outcome> Session::Accepted(Outcome outcome) {
+  if (outcome.reason == Reason::kGivenUp) Look(outcome.reason, outcome.code);
+  if (outcome.result != NUV_OK) return std::nullopt;
+  return outcome;
+}
+
+}  // namespace Nuv::Printer
