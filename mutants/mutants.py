@@ -41,7 +41,7 @@ REACH = {
     "job": "job_test api_test connect_test cut_test hostile_test",
     "connect": "api_test connect_test fuzz_corpus_test hostile_test cut_test",
     "api": "api_test nuvctl_test exports hostile_test",
-    "printer": "printer_test",
+    "printer": "printer_usb_test printer_test",
 }
 SYSTEM = "two_hosts watch_and_firmware all_models".split()
 PROGRAMS = ["nuvsim", "nuvctl", "nuvfile_tool", "NuvFile"]

@@ -20,6 +20,9 @@ std::wstring FileName(const std::wstring& path);
 // into), without a final separator; empty when the system does not tell. UTF-8.
 std::string ModuleFolder();
 
+// The file that this code was loaded from stays loaded until the program ends, whoever unloads it.
+void KeepModuleLoaded();
+
 // How much who reads a whole file reads at once.
 constexpr size_t kFileChunkBytes = size_t{64} * 1024;
 

@@ -57,6 +57,12 @@ std::string ModuleFolder() {
   return slash == std::string::npos ? std::string() : file.substr(0, slash);
 }
 
+void KeepModuleLoaded() {
+  Dl_info module{};
+  if (dladdr(reinterpret_cast<void*>(&ModuleFolder), &module) == 0) return;
+  dlopen(module.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 // Not blocking: opening a pipe would wait for its writer.
 RegularFile::RegularFile(const std::string& path)
     : handle_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {

@@ -56,6 +56,12 @@ std::string ModuleFolder() {
   return slash == std::wstring::npos ? std::string() : ToUtf8(file.substr(0, slash));
 }
 
+void KeepModuleLoaded() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                     reinterpret_cast<LPCWSTR>(&ModuleFolder), &module);
+}
+
 // A folder does not open without a flag of its own.
 RegularFile::RegularFile(const std::string& path)
     : handle_(reinterpret_cast<intptr_t>(CreateFileA(

@@ -53,9 +53,8 @@ class Search {
   bool GoesOn() const { return wanted_ && !limits_.Cancelled(); }
 
   void LookAtUsb() {
-    Connect::NuvConnect channel(0, makeUsb_(), clock_);
     std::vector<std::string> paths;
-    channel.EnumerateDevices(kUsbKind, paths);
+    Connect::NuvConnect(0, makeUsb_(), clock_).EnumerateDevices(kUsbKind, paths);
     for (const std::string& path : paths) Found(IdentityOf(path), std::nullopt);
   }
 

@@ -4,6 +4,8 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/files.h"
+
 namespace Nuv::Printer {
 namespace {
 
@@ -19,7 +21,10 @@ Steady::time_point PointOf(Platform::Deadline deadline) {
 }  // namespace
 
 TimedTasks& TimedTasks::Instance() {
-  static auto* const kTasks = new TimedTasks;
+  static TimedTasks* const kTasks = [] {
+    Platform::KeepModuleLoaded();  // its threads run code of it
+    return new TimedTasks;
+  }();
   return *kTasks;
 }
 

@@ -48,6 +48,7 @@ class ConnectorBase {
   // Replaces `paths` by the stored names of the list, each a path of the system and "\1".
   virtual std::vector<std::wstring>& GetDevicePaths(std::vector<std::wstring>& paths) = 0;
 
+  // Closes.
   virtual ~ConnectorBase() = default;
 
   // Opens the printer again that was opened last, unless it is open and usable: that on the same

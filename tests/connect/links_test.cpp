@@ -153,6 +153,7 @@ TEST_P(LinksTest, WriteEndsWithTheConnection) {
 TEST_P(LinksTest, EndsWaitsWhenInterruptedOrGivenUp) {
   EXPECT_EQ(link->Identity(0), "127.0.0.1:" + std::to_string(peer.Port()));
   EXPECT_EQ(link->Identity(2) + link->Identity(-1), "");
+  EXPECT_NE(link->Identity(1), "");
   Platform::Interrupt interrupt;
   interrupt.Raise();
   peer.Says("F102 OK\r\n");

@@ -46,6 +46,7 @@ struct Port {
 class ScriptedConnector final : public ConnectorBase {
  public:
   explicit ScriptedConnector(Port& port) : port_(port) {}
+  ~ScriptedConnector() override { port_.open = -1; }
   bool SearchDevices() override {
     count_ = port_.printers.size();
     return port_.walks;

@@ -127,10 +127,11 @@ TEST_F(UsbDevicesTest, ChoiceIsReopened) {
 
 TEST_F(UsbDevicesTest, AJobGoesOnOnItsOwnConnectionOnly) {
   UsbLink link(std::make_unique<ScriptedConnector>(port), Platform::SystemWaiter());
-  port.printers = {{"A"}};
+  port.printers = {{"A"}, {"B"}};
   for (int time = 0; time < 2; ++time) ASSERT_TRUE(link.EnumerateDevices(serials));
-  EXPECT_EQ(serials.size(), 1U);
+  EXPECT_EQ(serials.size(), 2U);
   EXPECT_EQ(link.Identity(0), "printer 0");
+  EXPECT_EQ(link.Identity(1), "printer 1");
   EXPECT_EQ(link.Identity(-1), "");
   ASSERT_EQ(link.Open(0), Reason::kNone);
   EXPECT_EQ(link.Write(nullptr, 0, true), Reason::kNone);

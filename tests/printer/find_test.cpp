@@ -129,6 +129,15 @@ TEST_F(FindTest, WhoStaysSilentOrRefusesIsAPrinterToo) {
                                             "A2: done"));
 }
 
+// What stands behind them is one printer, which has but a client at a time.
+TEST_F(FindTest, ManyAreAskedAFewAtOnce) {
+  Start({Printer("A1")});
+  Commits("burst,n=60");
+  const Texts found = Found();
+  EXPECT_EQ(found.size(), 61U);
+  EXPECT_THAT(found, ::testing::Contains("A1: done"));
+}
+
 TEST_F(FindTest, AddressesAreAskedOneByOne) {
   Start({Printer("A1"), Printer("A2", "10.77.2.2"), Printer("L1", "127.0.0.1")});
   call.timeLimit = kForEver;

@@ -51,12 +51,14 @@ class PrinterLab : public ::testing::Test {
       function();
     } catch (const nuv::Error& error) {
       text = error.what();
+      command = error.Command();
       return error.Reason();
     }
     return nuv::Result::kOk;
   }
 
   inline static std::string text;  // of the last failure
+  inline static int command = 0;
   std::unique_ptr<NuvSim::Simulator> simulator;
 };
 

@@ -153,7 +153,9 @@ TEST_F(QueryTest, AnswersThatCannotBeReadAreFailures) {
   };
   for (const auto& [fault, reason] : rows) {
     Commits(fault);
+    command = 0;
     EXPECT_EQ(Reason([&] { printer.GetState(); }), reason) << fault;
+    EXPECT_EQ(command, 102);
     simulator->ClearFaults(0);
     EXPECT_EQ(Reason([&] { printer.GetState(); }), Result::kOk) << "behind " << fault;
   }

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "nuvprinter/nuvprinter.hpp"
+#include "tests/support/environment.h"
 
 namespace {
 
@@ -102,6 +103,25 @@ TEST(RulesTest, LogIsToldAndReleased) {
   SearchNobody(nullptr);
   EXPECT_THAT(lines, ::testing::ElementsAre("no place for the list"));
   EXPECT_EQ(token.use_count(), 1);
+
+  // Of what only a person who looks for a cause wants to know.
+  for (const auto level : {nuv::LogLevel::kError, nuv::LogLevel::kWarning}) {
+    lines.clear();
+    nuv::SetLog(level, [&](nuv::LogLevel its, const std::string&, const std::string& text) {
+      EXPECT_EQ(its, nuv::LogLevel::kWarning);
+      lines.push_back(text);
+    });
+    nuv_list* list = nullptr;
+    SetEnvironment("NUVCONNECT_SEARCH", "127.0.0.1:9 nowhere");
+    nuv_search_options options = NUV_INIT(nuv_search_options);
+    options.links = NUV_LINK_NETWORK;
+    nuv_call call = NUV_INIT(nuv_call);
+    call.time_limit_ms = 1;
+    EXPECT_EQ(nuv_search_printers(&list, &options, &call, nullptr), NUV_RESULT_OK);
+    SetEnvironment("NUVCONNECT_SEARCH", "");
+    EXPECT_EQ(lines.size(), level == nuv::LogLevel::kWarning ? 1U : 0U);
+  }
+  nuv::SetLog(nuv::LogLevel::kError, nullptr);
 
   static int told, released;
   const auto release = [](void*) { ++released; };

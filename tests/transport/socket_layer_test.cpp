@@ -233,6 +233,7 @@ TEST_F(UdpSearchTest, FailuresAreTold) {
   EXPECT_THAT(ToldBy(sendElsewhere),
               ::testing::AllOf(::testing::StartsWith("[NKG]sendto error!, error code is "),
                                ::testing::EndsWith("\n"), ::testing::Not(HasSubstr("?"))));
+  EXPECT_TRUE(search.Open()) << "once more";
   search.Close();
   EXPECT_EQ(ToldBy(sendElsewhere), "") << "nothing is open";
   search.BroadcastAll(kMessage, kLength, kPort, kWaitMs);

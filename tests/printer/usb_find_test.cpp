@@ -1,0 +1,56 @@
+// The search's part on USB, over a connector that follows a script.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "printer/finder.h"
+#include "tests/connect/scripted_connector.h"
+
+namespace {
+
+using namespace Nuv::Printer;
+
+class UsbFindTest : public ::testing::Test {
+ protected:
+  std::vector<nuv_identity> FindOnUsb() {
+    Wishes wishes;
+    wishes.network = false;
+    CallLimits limits(nullptr, 10000, clock);
+    return Find(wishes, limits, limits.End(), clock,
+                [this] { return std::make_unique<Nuv::Connect::ScriptedConnector>(port); });
+  }
+
+  Nuv::Platform::Clock& clock = Nuv::Platform::SystemClock();
+  Nuv::Connect::Port port;
+};
+
+TEST_F(UsbFindTest, AsksWhoIsThere) {
+  port.printers = {{"U1"}};
+  port.onWrite = [this](const std::string& line) {
+    port.blocks = {line == "F101\r\n" ? "F101 OK V:1 N:Lab M:Fabrix150 xP S:U1 C:2\n"
+                                      : "F197 NG\n"};
+  };
+  const std::vector<nuv_identity> found = FindOnUsb();
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].link, NUV_LINK_USB);
+  EXPECT_STREQ(found[0].address.text, "/dev/usb/lp0\\1");
+  EXPECT_EQ(found[0].tcp_port, 0);
+  EXPECT_EQ(found[0].contact, NUV_RESULT_OK);
+  EXPECT_STREQ(found[0].serial.text, "U1");
+  EXPECT_STREQ(found[0].name.text, "Lab");
+  EXPECT_STREQ(found[0].firmware.text, "1");
+  EXPECT_STREQ(found[0].controller.text, "2");
+  EXPECT_EQ(found[0].nickname.flags, 0U) << "refused";
+  EXPECT_EQ(port.open, -1) << "it is let go";
+}
+
+TEST_F(UsbFindTest, WhoCannotBeOpenedIsAPrinterToo) {
+  port.printers = {{"U1", "", false}};
+  const std::vector<nuv_identity> found = FindOnUsb();
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].contact, NUV_RESULT_UNREACHABLE);
+  port.printers.clear();
+  EXPECT_TRUE(FindOnUsb().empty());
+}
+
+}  // namespace
