@@ -51,8 +51,7 @@ void Askers::Answer(Question& question) {
   const nuv_result result = Guarded(nullptr, [&] {
     // A printer serves one client, which may be this process.
     if (const auto device = OpenPrinters::Instance().At(printer)) {
-      const Session session(device, limits_);
-      return AskIdentity(session.Commands(), printer);
+      return Session(device, limits_).AskWho(printer);
     }
     Connect::NuvConnect channel(Connect::NuvConnect::kReplyTimeoutMs, makeUsb_(), clock_);
     const Connect::Reason opened = question.device

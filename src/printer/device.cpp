@@ -43,15 +43,20 @@ void Device::Cancel() {
 
 void Device::LetGo() {
   const Lock lock(mutex_);
-  letGo_ = true;
-  if (!calls_.empty()) return;
-  channel_.CloseDevice();
+  if (calls_.empty()) {
+    channel_.CloseDevice();
+  } else {
+    letGo_ = true;
+  }
 }
 
 void Device::End() {
+  {
+    const Lock lock(mutex_);
+    ended_ = true;
+  }
   Cancel();
   Lock lock(mutex_);
-  ended_ = true;
   if (!HostCall::UnderWay()) changed_.wait(lock, [this] { return calls_.empty(); });
   if (calls_.empty()) channel_.CloseDevice();
 }
@@ -149,6 +154,15 @@ std::optional<Outcome> Session::Try(int code, std::vector<std::string> parameter
 Outcome Session::Ask(int code) {
   Outcome outcome = commands_.Run(code, {}, Connect::Refusal::kAnswers);
   return outcome.reason == Reason::kRefused ? outcome : Checked(std::move(outcome));
+}
+
+void Session::AskWho(nuv_identity& printer) {
+  try {
+    AskIdentity(commands_, printer);
+  } catch (const Failure& failure) {
+    if (failure.result != NUV_RESULT_CANCELLED) throw;
+    Look(Reason::kGivenUp, failure.command);
+  }
 }
 
 Connect::Reply Session::Exchange(const std::string& line) {

@@ -99,10 +99,12 @@ class Session {
   // As Run; a refusal is an answer.
   Connect::Outcome Ask(int code);
 
+  // See AskIdentity.
+  void AskWho(nuv_identity& printer);
+
   // A request without recovery, or for an empty line one more reply.
   Connect::Reply Exchange(const std::string& line);
 
-  const Connect::CommandRunner& Commands() const { return commands_; }
   Device& GetDevice() const { return *device_; }
 
  private:

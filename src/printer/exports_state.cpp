@@ -59,7 +59,7 @@ nuv_result nuv_printer_get_identity(nuv_identity* out, nuv_printer* printer, con
                                     nuv_error* error) {
   return Answer(out, error, printer, call, [](Session& session, nuv_identity& identity) {
     identity = session.GetDevice().Where();
-    AskIdentity(session.Commands(), identity);
+    session.AskWho(identity);
   });
 }
 

@@ -15,8 +15,8 @@ nuv_identity IdentityOf(const Transport::NetworkDevice& device);
 nuv_identity IdentityOf(const std::string& usbPath);
 
 // Asks an open printer who it is and adds that to `printer`: command 101, of dental models also 354
-// and 140, and 197. Throws Failure when 101 is not answered, or the limits are over; what a later
-// command does not get stays unknown.
+// and 140, and 197. Throws Failure when 101 is not answered, and as cancelled when nobody waits any
+// more, whyever; what a later command does not get stays unknown.
 void AskIdentity(const Connect::CommandRunner& commands, nuv_identity& printer);
 
 }  // namespace Nuv::Printer

@@ -168,6 +168,8 @@ TEST_F(QueryTest, CallsEndWhenNobodyWaitsAnyMore) {
   call.timeLimit = std::chrono::milliseconds(50);
   EXPECT_EQ(Reason([&] { printer.GetState(call); }), Result::kTimeLimit);
   EXPECT_THAT(text, HasSubstr("command 102: "));
+  Commits("silent,code=197,count=-1");
+  EXPECT_EQ(Reason([&] { printer.GetIdentity(call); }), Result::kTimeLimit);
   call.timeLimit = {};
   int asked = 0;
   call.stillWanted = [&] { return ++asked < 3; };
@@ -240,6 +242,8 @@ TEST_F(QueryTest, AnIdleConnectionIsLetGoAndMadeAnew) {
   printer.LetGo();
   EXPECT_TRUE(Becomes(isFree));
   EXPECT_EQ(printer.GetState().state, nuv::PrinterState::kIdle);
+  printer.GetState();
+  EXPECT_FALSE(isFree()) << "once";
   simulator->Unplug(0);
   EXPECT_EQ(Reason([&] { printer.GetState(); }), Result::kUnreachable);
   simulator->Replug(0);
