@@ -52,6 +52,8 @@ bool TcpDeviceConnector::Connect(const std::string& host, uint16_t port) {
              socket_->state() == QAbstractSocket::ConnectingState
                  ? "no answer"
                  : qPrintable(socket_->errorString()));
+  // On Windows one whose connection was refused keeps its descriptor, which can be bound only once.
+  MakeSocket();
   return false;
 }
 
