@@ -152,8 +152,10 @@ TEST_F(FindTest, AddressesAreAskedOneByOne) {
   options.addresses = "127.0.0.1:6013";
   EXPECT_THAT(Found(), ElementsAre("L1: done"));
   options.udpPort = 0;
+#ifndef _WIN32  // where who listens for broadcasts takes what is sent to its own machine
   options.addresses = "broadcast 127.0.0.1";
   EXPECT_THAT(Found(), UnorderedElementsAre("A1: done", "A2: done", "L1: done"));
+#endif
   options.addresses.reset();
   SetEnvironment("NUVCONNECT_SEARCH", "127.0.0.1 nowhere");
   EXPECT_THAT(Found(), ElementsAre("L1: done"));
