@@ -29,13 +29,13 @@ nuv_result nuv_printer_get_job_record(nuv_job_record* out, nuv_printer* printer,
 }
 
 nuv_result nuv_printer_get_job_counts(nuv_job_counts* out, nuv_printer* printer,
-                                      int32_t since_power_on, const nuv_call* call,
+                                      int32_t sincePowerOn, const nuv_call* call,
                                       nuv_error* error) {
   return Answer(out, error, printer, call, [&](Session& session, nuv_job_counts& counts) {
-    Take(session.Run(169, {since_power_on != 0 ? "1" : "0"}), {{"S", &counts.started},
-                                                               {"F", &counts.finished},
-                                                               {"C", &counts.cancelled},
-                                                               {"E", &counts.failed}});
+    Take(session.Run(169, {sincePowerOn != 0 ? "1" : "0"}), {{"S", &counts.started},
+                                                             {"F", &counts.finished},
+                                                             {"C", &counts.cancelled},
+                                                             {"E", &counts.failed}});
   });
 }
 

@@ -17,7 +17,7 @@ void TakeProgress(const Outcome& outcome, nuv_state& state) {
   Take(outcome, {{"R", &state.job_name}});
   if (state.minutes_left.value == 0) state.minutes_left = {};  // it does not know
   if (state.minutes_left.known != 0) {
-    constexpr int kSecondsPerMinute = 60;
+    constexpr int64_t kSecondsPerMinute = 60;
     state.ends_at =
         static_cast<int64_t>(std::time(nullptr)) + state.minutes_left.value * kSecondsPerMinute;
   }

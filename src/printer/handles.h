@@ -26,6 +26,7 @@ class Handles {
     const std::lock_guard<std::mutex> lock(mutex_);
     const uintptr_t number = ++LastHandle();
     objects_.emplace(number, std::move(object));
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): nobody follows it
     return reinterpret_cast<Handle*>(number);
   }
   // Null when there is none, or no longer.

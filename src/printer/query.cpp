@@ -17,7 +17,7 @@ void Take(const Outcome& outcome, std::initializer_list<std::pair<const char*, n
 
 std::string Line(const char* text) {
   if (text == nullptr) throw Failure{NUV_RESULT_INVALID_ARGUMENT, "a text that is null"};
-  const std::string line = text;
+  std::string line = text;
   if (line.find_first_of("\r\n") == std::string::npos) return line;
   throw Failure{NUV_RESULT_INVALID_ARGUMENT, "a text with a line end"};
 }
