@@ -37,14 +37,27 @@ std::string Device::PlaceOf(const nuv_identity& where) {
 
 void Device::Cancel() {
   const Lock lock(mutex_);
-  for (const Call& call : calls_) call.limits->Raise();
+  for (const Call& call : calls_) {
+    if (call.limits != nullptr) call.limits->Raise();
+  }
+  changed_.notify_all();
+}
+
+// It has the turn meanwhile, and the lock is free, since the host may ask for it while the channel
+// is busy.
+void Device::Close(Lock& lock) {
+  calls_.push_back({nullptr, {}});
+  lock.unlock();
+  channel_.CloseDevice();
+  lock.lock();
+  calls_.pop_front();
   changed_.notify_all();
 }
 
 void Device::LetGo() {
-  const Lock lock(mutex_);
+  Lock lock(mutex_);
   if (calls_.empty()) {
-    channel_.CloseDevice();
+    Close(lock);
   } else {
     letGo_ = true;
   }
@@ -58,7 +71,7 @@ void Device::End() {
   Cancel();
   Lock lock(mutex_);
   if (!HostCall::UnderWay()) changed_.wait(lock, [this] { return calls_.empty(); });
-  if (calls_.empty()) channel_.CloseDevice();
+  if (calls_.empty()) Close(lock);
 }
 
 void Device::Begin(CallLimits& limits) {
@@ -84,15 +97,17 @@ void Device::Begin(CallLimits& limits) {
   }
 }
 
-void Device::Finish(CallLimits& limits) {
-  const Lock lock(mutex_);
+void Device::Finish() {
+  Lock lock(mutex_);
   // Over the network an answer that nobody waits for any more goes with its connection.
   if (letGo_ || ended_ || (owesAnswer_ && where_.link == NUV_LINK_NETWORK)) {
-    channel_.CloseDevice();
     connected_ = owesAnswer_ = letGo_ = false;
+    lock.unlock();
+    channel_.CloseDevice();
+    lock.lock();
   }
   lastUse_ = clock_.Now();
-  if (calls_.front().limits == &limits) calls_.pop_front();
+  calls_.pop_front();
   changed_.notify_all();
   if (connected_ && !idleIsWatched_) LetGoWhenIdle();
 }
@@ -102,11 +117,11 @@ void Device::LetGoWhenIdle() {
   TimedTasks::Instance().Add(lastUse_ + kIdle, [weak = weak_from_this()] {
     const std::shared_ptr<Device> device = weak.lock();
     if (device == nullptr) return;
-    const Lock lock(device->mutex_);
+    Lock lock(device->mutex_);
     device->idleIsWatched_ = false;
     if (!device->calls_.empty()) return;  // which watches it again
     if (device->clock_.Now() < device->lastUse_ + kIdle) return device->LetGoWhenIdle();
-    device->channel_.CloseDevice();
+    device->Close(lock);
   });
 }
 
@@ -136,12 +151,12 @@ Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits)
   try {
     device_->Connect(limits_);
   } catch (...) {
-    device_->Finish(limits_);
+    device_->Finish();
     throw;
   }
 }
 
-Session::~Session() { device_->Finish(limits_); }
+Session::~Session() { device_->Finish(); }
 
 Outcome Session::Run(int code, std::vector<std::string> parameters) {
   return Checked(commands_.Run(code, std::move(parameters)));

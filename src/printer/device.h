@@ -45,13 +45,14 @@ class Device : public std::enable_shared_from_this<Device> {
   friend class Session;
 
   struct Call {
-    CallLimits* limits;
+    CallLimits* limits;  // null while the connection is closed behind the last call
     std::thread::id thread;
   };
 
   void Begin(CallLimits& limits);
-  void Finish(CallLimits& limits);
+  void Finish();
   void Connect(CallLimits& limits);
+  void Close(std::unique_lock<std::mutex>& lock);
   void LetGoWhenIdle();
 
   const nuv_identity where_;
