@@ -35,6 +35,7 @@ class NetworkLink final : public Link {
 
   Reason Open(int index) override { return Opening(net_.ConnectByIndex(index)); }
   Reason OpenDevice(const Transport::NetworkDevice& device) {
+    rest_.clear();
     return Opening(net_.Connect(device));
   }
   Reason OpenAddress(const std::string& address) { return Opening(net_.ConnectByAddress(address)); }
@@ -45,6 +46,7 @@ class NetworkLink final : public Link {
   }
   LinkState Look() override { return net_.Connector().Look(); }
   bool Discard(int quietMs, int limitMs) override {
+    rest_.clear();
     return net_.Connector().Discard(quietMs, limitMs);
   }
   bool DiscardInput() override;

@@ -125,7 +125,8 @@ void Device::LetGoWhenIdle() {
   });
 }
 
-void Device::Connect(CallLimits& limits) {
+void Device::Connect(CallLimits& limits, bool reads) {
+  if (reads && connected_) return;
   // What was let go, or ended meanwhile, is made anew.
   if (connected_ && channel_.Look().alive) {
     if (owesAnswer_) channel_.ReadAgain(&limits);
@@ -145,11 +146,11 @@ void Device::Connect(CallLimits& limits) {
   throw Failure{ResultOf(reason), place_ + ": " + Connect::WordsFor(reason)};
 }
 
-Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits)
+Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads)
     : device_(device), limits_(limits), commands_(device->channel_, device->clock_, {}, &limits) {
   device_->Begin(limits_);
   try {
-    device_->Connect(limits_);
+    device_->Connect(limits_, reads);
   } catch (...) {
     device_->Finish();
     throw;
@@ -163,7 +164,10 @@ Outcome Session::Run(int code, std::vector<std::string> parameters) {
 }
 
 std::optional<Outcome> Session::Try(int code, std::vector<std::string> parameters) {
-  return Accepted(commands_.Run(code, std::move(parameters)));
+  Outcome outcome = commands_.Run(code, std::move(parameters));
+  if (outcome.reason == Reason::kGivenUp) Look(outcome.reason, outcome.code);
+  if (outcome.result != NUV_OK) return std::nullopt;
+  return outcome;
 }
 
 Outcome Session::Ask(int code) {
@@ -201,12 +205,6 @@ void Session::Look(Reason reason, int code) {
 
 Outcome Session::Checked(Outcome outcome) {
   Look(outcome.reason, outcome.code);
-  return outcome;
-}
-
-std::optional<Outcome> Session::Accepted(Outcome outcome) {
-  if (outcome.reason == Reason::kGivenUp) Look(outcome.reason, outcome.code);
-  if (outcome.result != NUV_OK) return std::nullopt;
   return outcome;
 }
 

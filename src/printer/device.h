@@ -51,7 +51,7 @@ class Device : public std::enable_shared_from_this<Device> {
 
   void Begin(CallLimits& limits);
   void Finish();
-  void Connect(CallLimits& limits);
+  void Connect(CallLimits& limits, bool reads);
   void Close(std::unique_lock<std::mutex>& lock);
   void LetGoWhenIdle();
 
@@ -77,7 +77,9 @@ class Session {
  public:
   // Throws Failure: the printer is gone, this thread is in a call on it already, its turn did not
   // come in time, or there is no connection.
-  Session(const std::shared_ptr<Device>& device, CallLimits& limits);
+  // `reads`: it begins with what the printer has sent already, which is thrown away otherwise; a
+  // connection that has ended is not made anew.
+  Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads = false);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -92,10 +94,6 @@ class Session {
   // As Run, for what a printer may not have: nothing when it did not accept. Throws Failure only
   // when nobody waits any more.
   std::optional<Connect::Outcome> Try(int code, std::vector<std::string> parameters = {});
-  template <class Class>
-  std::optional<Connect::Outcome> Try() {
-    return Accepted(commands_.Run<Class>());
-  }
 
   // As Run; a refusal is an answer.
   Connect::Outcome Ask(int code);
@@ -111,7 +109,6 @@ class Session {
  private:
   void Look(Connect::Reason reason, int code);
   Connect::Outcome Checked(Connect::Outcome outcome);
-  std::optional<Connect::Outcome> Accepted(Connect::Outcome outcome);
 
   const std::shared_ptr<Device> device_;
   CallLimits& limits_;

@@ -9,12 +9,16 @@ using namespace Nuv::Printer;
 nuv_result nuv_printer_raw(char* reply, size_t capacity, size_t* length, nuv_printer* printer,
                            const char* line, const nuv_call* call, nuv_error* error) {
   if (length != nullptr) *length = 0;
-  return OnPrinter(error, printer, call, [&](Session& session) {
+  return Guarded(error, [&] {
     if (reply == nullptr || length == nullptr || capacity == 0) {
       throw Failure{NUV_RESULT_INVALID_ARGUMENT, "no place for the reply"};
     }
     reply[0] = '\0';
-    std::string text = session.Exchange(line == nullptr ? "" : Line(line) + "\r\n").text;
+    const std::string request = line == nullptr ? "" : Line(line) + "\r\n";
+    std::string text;
+    WithSession(
+        printer, call, [&](Session& session) { text = session.Exchange(request).text; },
+        line == nullptr);
     if (!text.empty() && text.back() == '\r') text.pop_back();
     *length = text.size();
     const size_t copied = std::min(text.size(), capacity - 1);

@@ -20,16 +20,20 @@ void Take(const Outcome& outcome, std::initializer_list<std::pair<const char*, n
 // An argument that becomes part of a line. Throws Failure for what would break it.
 std::string Line(const char* text);
 
-// Runs `body` with a session on the printer.
+// Runs `body` with a session on the printer. `reads`: see Session. Throws what goes wrong.
+template <class Body>
+void WithSession(const nuv_printer* printer, const nuv_call* call, Body body, bool reads = false) {
+  const std::shared_ptr<Device> device = OpenPrinters::Instance().Get(printer);
+  CallLimits limits(call, 0, Platform::SystemClock());
+  Session session(device, limits, reads);
+  body(session);
+}
+
+// As WithSession, and a result of it.
 template <class Body>
 nuv_result OnPrinter(nuv_error* error, const nuv_printer* printer, const nuv_call* call,
                      Body body) {
-  return Guarded(error, [&] {
-    const std::shared_ptr<Device> device = OpenPrinters::Instance().Get(printer);
-    CallLimits limits(call, 0, Platform::SystemClock());
-    Session session(device, limits);
-    body(session);
-  });
+  return Guarded(error, [&] { WithSession(printer, call, body); });
 }
 
 // As OnPrinter: `fill` fills a structure, which is handed out if it succeeds.
@@ -38,12 +42,11 @@ nuv_result Answer(T* out, nuv_error* error, const nuv_printer* printer, const nu
                   Fill fill) {
   return Guarded(error, [&] {
     Prepare(out);
-    const std::shared_ptr<Device> device = OpenPrinters::Instance().Get(printer);
-    CallLimits limits(call, 0, Platform::SystemClock());
-    Session session(device, limits);
-    T value = NUV_INIT(T);
-    fill(session, value);
-    HandOut(value, out);
+    WithSession(printer, call, [&](Session& session) {
+      T value = NUV_INIT(T);
+      fill(session, value);
+      HandOut(value, out);
+    });
   });
 }
 

@@ -62,6 +62,16 @@ TEST_F(QueryTest, ReadsAndSetsWhatAResinPrinterHas) {
   EXPECT_EQ(printer.GetState().errorNumber, 17);
   simulator->ClearError(0);
   EXPECT_EQ(printer.GetJob().index, 0);
+  const auto now = std::chrono::system_clock::now();
+  Commits("answer,code=102,text=F102 OK S:1 L:151 T:23 C:50% R:Job1");
+  const nuv::State printing = printer.GetState();
+  EXPECT_EQ(printing.state, nuv::PrinterState::kPrinting);
+  EXPECT_EQ(printing.layer, 151);
+  EXPECT_EQ(printing.percent, 50);
+  EXPECT_EQ(printing.left, std::chrono::minutes(23));
+  EXPECT_EQ(printing.jobName, "Job1");
+  EXPECT_GE(*printing.endsAt, now + std::chrono::minutes(22));
+  EXPECT_LE(*printing.endsAt, now + std::chrono::minutes(30));
 
   const nuv::Resin resin = printer.GetResin();
   EXPECT_EQ(resin.state, nuv::ResinState::kReady);
@@ -140,6 +150,19 @@ TEST_F(QueryTest, ReadsWhatOtherModelsHave) {
   EXPECT_EQ(printer.GetLastReadJob(), 0);
   EXPECT_EQ(Reason([&] { printer.SetLastReadJob(9); }), Result::kRefused);
   EXPECT_EQ(Reason([&] { printer.GetJobRecord(1); }), Result::kRefused);
+  Commits("answer,code=174,text=F174 OK NJob1 C1001 T20261121T103000");
+  Commits("answer,code=175,text=F175 OK L300 T45 V12 R1");
+  Commits("answer,code=176,text=F176 OK T50 E1500 B9000 P80");
+  Commits("answer,code=177,text=F177 OK T- QL0001");
+  const nuv::JobRecord record = printer.GetJobRecord(1);
+  EXPECT_EQ(record.name.value() + record.resinCode.value() + record.started.value(),
+            "Job1100120261121T103000");
+  EXPECT_EQ(record.result, nuv::JobResult::kCancelled);
+  EXPECT_EQ(record.layers, 300);
+  EXPECT_EQ(record.exposureMs, 1500);
+  EXPECT_EQ(record.laserPowerPercent, 80);
+  EXPECT_EQ(record.resinLot, "L0001");
+  EXPECT_FALSE(record.ended) << "not yet";
 }
 
 TEST_F(QueryTest, AnswersThatCannotBeReadAreFailures) {
@@ -265,6 +288,8 @@ TEST_F(QueryTest, RawCopiesWhatFits) {
   Commits("twice,code=102");
   EXPECT_EQ(printer.Raw("F102"), "F102 OK S:0");
   EXPECT_EQ(printer.Raw(std::nullopt), "F102 OK S:0") << "one more";
+  EXPECT_EQ(printer.Raw("F160 S1 C2"), "F160 OK START");
+  EXPECT_EQ(printer.Raw(std::nullopt), "F160 OK FINISH");
 }
 
 }  // namespace

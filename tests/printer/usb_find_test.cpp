@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "printer/device.h"
 #include "printer/finder.h"
+#include "printer/values.h"
 #include "tests/connect/scripted_connector.h"
 
 namespace {
@@ -42,6 +44,26 @@ TEST_F(UsbFindTest, AsksWhoIsThere) {
   EXPECT_STREQ(found[0].controller.text, "2");
   EXPECT_EQ(found[0].nickname.flags, 0U) << "refused";
   EXPECT_EQ(port.open, -1) << "it is let go";
+}
+
+// Who gave up waiting leaves an answer on its way, which is not taken for the next one's.
+TEST_F(UsbFindTest, AnAnswerOwedIsWaitedForBeforeTheNextCall) {
+  port.printers = {{"U1"}};
+  nuv_identity where = NUV_INIT(nuv_identity);
+  where.link = NUV_LINK_USB;
+  where.address = Text("/dev/usb/lp0\\1");
+  const auto device = std::make_shared<Device>(
+      where, clock, [this] { return std::make_unique<Nuv::Connect::ScriptedConnector>(port); });
+  CallLimits cancelled(nullptr, 0, clock);
+  port.onRead = [&] { cancelled.Raise(); };
+  EXPECT_THROW(Session(device, cancelled).Run(102), Failure);
+  port.onRead = nullptr;
+  port.blocks = {"F102 OK S:1\n"};
+  port.onWrite = [this](const std::string&) { port.blocks.push_back("F102 OK S:0\n"); };
+  CallLimits next(nullptr, 0, clock);
+  EXPECT_EQ(Session(device, next).Run(102).Number("S"), 0);
+  device->End();
+  EXPECT_EQ(port.open, -1);
 }
 
 TEST_F(UsbFindTest, WhoCannotBeOpenedIsAPrinterToo) {
