@@ -13,6 +13,7 @@ void RunFirmware(const std::string& nuvsim, const std::string& folder);
 void RunHandlers(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
 void RunParser();
+void RunPrinter(const std::string& nuvsim);
 
 // All day's use for so long; not one of those that run by themselves.
 void RunSoak(const std::string& nuvsim, const std::string& folder, int seconds);

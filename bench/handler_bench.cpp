@@ -24,6 +24,7 @@
 #include "bench/process.h"
 #include "connect/connecting_framework.h"
 #include "nuvconnect/ResultCodes.h"
+#include "nuvprinter/nuvprinter.hpp"
 
 namespace Bench {
 namespace {
@@ -60,14 +61,17 @@ void Check(bool ok, const char* what) {
   std::exit(1);
 }
 
-std::string WriteConfiguration(const std::string& folder) {
+// `silent`: how many of the printers, from the first on, do not tell their state.
+std::string WriteConfiguration(const std::string& folder, int silent = 0) {
   const std::string path = folder + "/printers.json";
   std::ofstream file(path);
   file << R"({"jobDir": ")" << folder << R"(", "printers": [)";
   for (int i = 0; i < kPrinters; ++i) {
     file << (i == 0 ? "" : ",") << R"({"address": ")" << kPrinterHost << R"(", "port": )"
          << kFirstPort + i << R"(, "serial": "H)" << i << R"(", "name": "h)" << i
-         << R"(", "layerMs": 3600000})";
+         << R"(", "layerMs": 3600000)"
+         << (i < silent ? R"(, "faults": [{"kind": "silent", "code": 102, "count": -1}])" : "")
+         << '}';
   }
   file << "]}";
   return path;
@@ -170,6 +174,59 @@ Cost Measure(int count) {
   return {percent, mib};
 }
 
+// Looks at all printers, of which so many do not tell their state, through libnuvprinter.
+double MeasureWatches(int silent) {
+  struct Row {
+    nuv::Printer printer;
+    nuv::Watch watch;
+  };
+  struct Told {
+    SteadyClock::time_point last;
+    std::atomic<int64_t> longestGapUs{0};
+    std::atomic<int> looks{0};
+  };
+  std::vector<Told> told(kPrinters);
+  std::vector<Row> rows(kPrinters);
+  for (int i = 0; i < kPrinters; ++i) {
+    const auto at = static_cast<size_t>(i);
+    nuv::Identity where;
+    where.address = kPrinterHost;
+    where.tcpPort = kFirstPort + i;
+    rows[at].printer = nuv::Printer::Open(where);
+    rows[at].watch = rows[at].printer.Watch(
+        std::chrono::milliseconds(kIntervalMs), [&told, at](const nuv::Event&) {
+          Told& row = told[at];
+          const SteadyClock::time_point now = SteadyClock::now();
+          if (g_measuring && ++row.looks > 1) {
+            const auto gap =
+                std::chrono::duration_cast<std::chrono::microseconds>(now - row.last).count();
+            row.longestGapUs = std::max<int64_t>(row.longestGapUs, gap);
+          }
+          row.last = now;
+          return true;
+        });
+  }
+  std::this_thread::sleep_for(std::chrono::seconds(silent == 0 ? 2 : 10));
+  g_measuring = true;
+  const double percent = MeasuredPercent();
+  g_measuring = false;
+  const size_t threads = Threads() - 1;
+  int64_t longest = 0;
+  int leftOut = 0;
+  for (size_t i = static_cast<size_t>(silent); i < told.size(); ++i) {
+    longest = std::max<int64_t>(longest, told[i].longestGapUs);
+    leftOut += std::max(0, static_cast<int>(kMeasured.count()) - 1 - told[i].looks);
+  }
+  const std::string who =
+      silent == 0 ? "200 watches" : "200 watches, " + std::to_string(silent) + " of them silent";
+  Report(who + ": processor time of one core", percent, "%");
+  Report(who + ": threads", static_cast<double>(threads), "threads", silent == 0 ? 8 : 0);
+  Report(who + ": longest time between two looks at one that answers",
+         static_cast<double>(longest) / 1000, "ms", 2 * kIntervalMs);
+  Report(who + ": looks left out", leftOut, "looks", silent == 0 ? 0.5 : 0);
+  return percent;
+}
+
 }  // namespace
 
 void RunHandlers(const std::string& nuvsim, const std::string& folder) {
@@ -187,6 +244,13 @@ void RunHandlers(const std::string& nuvsim, const std::string& folder) {
       std::printf("  200 frameworks over one: left out, that of one is below the system's step\n");
     }
     Report("200 frameworks over one: memory", many.mib - one.mib, "MiB more");
+    Report("200 watches over 200 frameworks: processor time", MeasureWatches(0) / many.percent,
+           "times", 0.6);
+  }
+  {
+    constexpr int kSilent = 50;
+    const Child printers({nuvsim, "--config", WriteConfiguration(folder, kSilent)});
+    MeasureWatches(kSilent);
   }
   std::filesystem::remove_all(folder);
 }

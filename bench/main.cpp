@@ -12,8 +12,8 @@
 #include "bench/figures.h"
 #include "bench/servers.h"
 
-// With arguments only those are run: status, parser, job, firmware, handlers, discovery; soak
-// SECONDS.
+// With arguments only those are run: status, parser, job, firmware, handlers, discovery,
+// printer; soak SECONDS.
 int main(int argc, char** argv) {
   const std::vector<std::string> wanted(argv + 1, argv + argc);
   if (wanted.size() == 3 && wanted[0] == Bench::kServeOption) {
@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
   if (runs("firmware")) Bench::RunFirmware(NUVSIM_FILE, folder);
   if (runs("handlers")) Bench::RunHandlers(NUVSIM_FILE, folder);
   if (runs("discovery")) Bench::RunDiscovery();
+  if (runs("printer")) Bench::RunPrinter(NUVSIM_FILE);
   if (Bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
   return Bench::AnyOverLimit() ? 1 : 0;
 }

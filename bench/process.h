@@ -44,8 +44,9 @@ long ResidentKib();
 long PeakKib();
 void ResetPeak();
 
-// How many files and sockets this process has open.
+// How many files and sockets this process has open, and how many threads it has.
 size_t Handles();
+size_t Threads();
 
 }  // namespace Bench
 

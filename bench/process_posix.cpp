@@ -89,9 +89,16 @@ void ResetPeak() {
   close(file);
 }
 
-size_t Handles() {
-  const std::filesystem::directory_iterator open("/proc/self/fd");
-  return static_cast<size_t>(std::distance(begin(open), end(open)));
+namespace {
+
+size_t Entries(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<size_t>(std::distance(begin(entries), end(entries)));
 }
+
+}  // namespace
+
+size_t Handles() { return Entries("/proc/self/fd"); }
+size_t Threads() { return Entries("/proc/self/task"); }
 
 }  // namespace Bench

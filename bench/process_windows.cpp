@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <psapi.h>
+#include <tlhelp32.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -118,6 +119,18 @@ void ResetPeak() {}
 size_t Handles() {
   DWORD count = 0;
   GetProcessHandleCount(GetCurrentProcess(), &count);
+  return count;
+}
+
+size_t Threads() {
+  HANDLE all = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof entry;
+  size_t count = 0;
+  for (BOOL any = Thread32First(all, &entry); any; any = Thread32Next(all, &entry)) {
+    if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++count;
+  }
+  CloseHandle(all);
   return count;
 }
 

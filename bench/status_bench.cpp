@@ -22,6 +22,7 @@
 #include "bench/register_read.h"
 #include "bench/servers.h"
 #include "nuvconnect/NuvConnect5.h"
+#include "nuvprinter/nuvprinter.hpp"
 
 namespace Bench {
 namespace {
@@ -30,6 +31,7 @@ using asio::ip::tcp;
 
 constexpr uint16_t kPrinterPort = 19000;
 constexpr uint16_t kPingPongPort = 19001;
+constexpr uint16_t kAnotherPort = 19003;
 constexpr int kWarmUp = 2000;
 constexpr int kCalls = 20000;
 constexpr int kRounds = 5;
@@ -84,15 +86,19 @@ void PingPong(tcp::socket& connection) {
   if (size != std::string_view(kStateReply).size()) std::abort();
 }
 
-void MeasureInTurns(tcp::socket& connection) {
+void MeasureInTurns(tcp::socket& connection, const nuv::Printer& printer) {
   Figures floor([&] { PingPong(connection); });
   Figures library(QueryState);
+  Figures second([&] {
+    if (printer.GetState().state != nuv::PrinterState::kIdle) std::abort();
+  });
   const std::function<void()> registerRead = MakeRegisterRead();
   std::optional<Figures> registers;
   if (registerRead) registers.emplace(registerRead);
   for (int round = 0; round < kRounds; ++round) {
     floor.Round();
     library.Round();
+    second.Round();
     if (registers) registers->Round();
   }
   floor.Print("floor: bare ping-pong");
@@ -104,6 +110,9 @@ void MeasureInTurns(tcp::socket& connection) {
   library.Print("API_GetPrinterStatus");
   Report("median over floor", library.Median() / floor.Median(), "times", 1.5);
   Report("99th percentile over floor", library.P99() / floor.P99(), "times", 3);
+  second.Print("libnuvprinter, GetState");
+  Report("GetState over API_GetPrinterStatus, median", second.Median() / library.Median(), "times",
+         1.1);
 }
 
 }  // namespace
@@ -115,12 +124,18 @@ void RunStatus() {
   const Child printer = StartServer(kCommandsPart, kPrinterPort);
   const Child pingPong = StartServer(kCommandsPart, kPingPongPort);
   const Child search = StartServer(kSearchPart, kPrinterPort);
+  const Child another = StartServer(kCommandsPart, kAnotherPort);
   ConnectLibrary();
   asio::io_context io;
   tcp::socket connection(io);
   connection.connect(tcp::endpoint(asio::ip::make_address_v4(kServerHost), kPingPongPort));
   connection.set_option(tcp::no_delay(true));
-  MeasureInTurns(connection);
+  {
+    nuv::Identity where;
+    where.address = kServerHost;
+    where.tcpPort = kAnotherPort;
+    MeasureInTurns(connection, nuv::Printer::Open(where));
+  }
   API_Close();
   Unpin();
 }

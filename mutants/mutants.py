@@ -30,18 +30,19 @@ WORK = ROOT / "build/mutants"
 TREE = WORK / "tree"
 JOBS = os.environ.get("NUV_JOBS") or str(os.cpu_count())
 LEAST_SHARE = 0.95
-SHARDS = 4  # tests mostly wait
+SHARDS = 8  # tests mostly wait
+SHARDED = "connect_test transport_test hostile_test cut_test printer_test printer_send_test printer_watch_test".split()
 
 # What reaches a folder of src, the quickest first. What no test program sees the scripts with whole
 # programs may, and what those do not see, the sanitizers.
 REACH = {
-    "platform": "platform_test job_test transport_test usb_connector_test connect_test",
-    "command": "command_test job_test api_test connect_test fuzz_corpus_test hostile_test",
-    "transport": "usb_connector_test transport_test connect_test hostile_test",
-    "job": "job_test api_test connect_test cut_test hostile_test",
-    "connect": "api_test connect_test fuzz_corpus_test hostile_test cut_test",
+    "platform": "platform_test job_test transport_test usb_connector_test connect_test printer_test",
+    "command": "command_test job_test api_test connect_test fuzz_corpus_test hostile_test printer_test printer_send_test",
+    "transport": "usb_connector_test transport_test connect_test hostile_test printer_test printer_send_test",
+    "job": "job_test api_test connect_test cut_test hostile_test printer_test printer_send_test",
+    "connect": "api_test connect_test fuzz_corpus_test hostile_test cut_test printer_test printer_watch_test",
     "api": "api_test nuvctl_test exports hostile_test",
-    "printer": "printer_usb_test printer_test",
+    "printer": "printer_usb_test printer_test printer_send_test printer_watch_test printer_hostile_test",
 }
 SYSTEM = "two_hosts watch_and_firmware all_models".split()
 PROGRAMS = ["nuvsim", "nuvctl", "nuvfile_tool", "NuvFile"]
@@ -94,7 +95,7 @@ class Build:
         test = self.tests[name]
         properties = {p["name"]: p["value"] for p in test["properties"]}
         variables = dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", []))
-        shards = SHARDS if name in ("connect_test", "transport_test", "hostile_test", "cut_test") else 1
+        shards = SHARDS if name in SHARDED else 1
         running = []
         for shard in range(shards):
             variables.update(GTEST_FAIL_FAST="1", GTEST_TOTAL_SHARDS=str(shards), GTEST_SHARD_INDEX=str(shard))

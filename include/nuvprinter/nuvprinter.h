@@ -2,8 +2,7 @@
 //
 // Reading order: the rules, what every call shares, finding, opening; then by topic, the topics of
 // docs/protocol.md. C++ programs include nuvprinter.hpp instead. docs/protocol.md has the wire;
-// "command 102" below names the line that a function sends. So far the library finds printers, asks
-// them and sets them; docs/architecture.md says what comes next.
+// "command 102" below names the line that a function sends.
 //
 // ---- The rules, the same everywhere -------------------------------------------------------------
 //
@@ -25,9 +24,9 @@
 //
 // Texts are UTF-8, NUL-terminated, file names too, on every system. A text handed in is copied.
 //
-// Handles (nuv_printer, nuv_list) are numbers in the dress of pointers: never followed, never used
-// again. One that was freed, or is of another kind, gives NUV_RESULT_BAD_HANDLE. Each is freed by
-// its _free function, which accepts null and handles that are gone.
+// Handles (nuv_printer, nuv_list, nuv_watch) are numbers in the dress of pointers: never followed,
+// never used again. One that was freed, or is of another kind, gives NUV_RESULT_BAD_HANDLE. Each is
+// freed by its _free function, which accepts null and handles that are gone.
 //
 // Threads. Any function from any thread. Calls on one printer take turns in the order in which they
 // came; `call.time_limit_ms` counts from the call, not from the turn. Freeing a handle while other
@@ -36,11 +35,11 @@
 // Callbacks return 1 to go on and 0 to end; whatever is not 1 ends, so that what a language makes
 // of a failed callback never goes on. They run without a lock held. Those that belong to one call
 // run on that call's thread and are not used after it; on the printer of that call they may only
-// call _cancel and _free, all else is NUV_RESULT_BUSY. The one that outlives its call, of
-// nuv_log_to, has `release(user)`: called once, after the last callback, also when the call fails;
-// only there may what `user` points to be destroyed. _free inside any callback does not wait. In a
-// structure that a callback is handed `size` is the library's: read no field beyond it. A callback
-// must neither throw nor longjmp.
+// call _cancel and _free, all else is NUV_RESULT_BUSY. Those that outlive their
+// call, of nuv_printer_watch and nuv_log_to, have `release(user)`: called once, after the last
+// callback, also when the call fails; only there may what `user` points to be destroyed. _free
+// inside any callback does not wait. In a structure that a callback is handed `size` is the
+// library's: read no field beyond it. A callback must neither throw nor longjmp.
 //
 // Not supported: calls after fork in the child; unloading the library (it stays loaded).
 #ifndef NUVPRINTER_NUVPRINTER_H_
@@ -77,6 +76,7 @@ extern "C" {
 
 typedef struct nuv_printer nuv_printer;  // a printer that was opened
 typedef struct nuv_list nuv_list;        // what a search or a query found
+typedef struct nuv_watch nuv_watch;      // a printer that is looked at regularly
 
 // ---- What every call shares ---------------------------------------------------------------------
 
@@ -127,7 +127,7 @@ typedef struct nuv_error {
   uint32_t size;
   nuv_result result;     // as returned
   int32_t command;       // number of the command that failed, such as 102; 0 for none
-  int32_t system_error;  // errno, on Windows GetLastError or WSAGetLastError; 0 for none
+  int32_t system_error;  // of the system, for later versions: 0, none is told yet
   nuv_text message;      // for a person: printer, what was wanted, what happened
 } nuv_error;
 
@@ -142,6 +142,9 @@ typedef struct nuv_call {
   nuv_still_wanted still_wanted;  // may be null
   void* user;
 } nuv_call;
+
+// Called once, after the last callback with `user`. May be null where it is asked for.
+typedef void (*nuv_release)(void* user);
 
 // ---- Lists --------------------------------------------------------------------------------------
 
@@ -231,15 +234,15 @@ NUV_PRINTER_API nuv_result nuv_printer_open_serial(nuv_printer** out, const char
                                                    const nuv_call* call, nuv_error* error);
 
 // Ends the calls under way on this printer, those waiting for their turn included, within 0.6 s,
-// with NUV_RESULT_CANCELLED; none that begins later. Does not wait. On the network the next call
-// connects anew, over USB it first waits for the answer owed, at most 3 s. For a cancel that must
-// not come too early, still_wanted is the means.
+// with NUV_RESULT_CANCELLED; none that begins later. Its watches go on. Does not wait. On the
+// network the next call connects anew, over USB it first waits for the answer owed, at most 3 s.
+// For a cancel that must not come too early, still_wanted is the means.
 NUV_PRINTER_API nuv_result nuv_printer_cancel(nuv_printer* printer);
 
 // Closes the connection until the next call, so that other programs reach the printer.
 NUV_PRINTER_API nuv_result nuv_printer_let_go(nuv_printer* printer);
 
-// Closes the connection, cancels calls under way and waits for them.
+// Closes the connection, cancels calls under way and waits for them; ends the printer's watches.
 NUV_PRINTER_API void nuv_printer_free(nuv_printer* printer);
 
 // ---- Identity and state -------------------------------------------------------------------------
@@ -533,7 +536,119 @@ NUV_PRINTER_API nuv_result nuv_printer_get_scan_unit(nuv_scan_unit* out, nuv_pri
 NUV_PRINTER_API nuv_result nuv_printer_get_led_hours(int32_t* out, nuv_printer* printer,
                                                      const nuv_call* call, nuv_error* error);
 
-// ---- Jobs --------------------------------------------------------------------------------------
+// ---- Jobs and firmware --------------------------------------------------------------------------
+
+enum {                                // reasons against sending a file, added up in `findings`
+  NUV_FINDING_FILE_DAMAGED = 1,       // or no print file; can never be accepted
+  NUV_FINDING_OTHER_MODEL = 2,        // its machine ID is of another family than the model
+  NUV_FINDING_RESIN_FORBIDS = 4,      // nuv_resin.state is none to print with
+  NUV_FINDING_RESIN_TOO_LITTLE = 8,   // less left than the file's argument resin_ml
+  NUV_FINDING_PRINTER_NOT_IDLE = 16,  // printing, receiving or in error; can never be accepted
+  NUV_FINDING_NO_IMAGE = 32,          // firmware: plainly something else, such as a picture
+  NUV_FINDING_IMAGE_WRONG_SIZE = 64   // of an LCM panel; can never be accepted
+};
+
+typedef struct nuv_check {
+  uint32_t size;
+  int32_t findings;         // NUV_FINDING_..., 0: fit to be sent
+  nuv_text message;         // for a person: every finding, with file and printer
+  nuv_text machine_id;      // of the file
+  nuv_text machine_family;  // of that ID, for a person
+  nuv_text printer_model;
+  nuv_int resin_needed_ml;
+  nuv_int resin_left_ml;
+  nuv_int layers;   // of the file
+  nuv_int minutes;  // of the file
+  int64_t bytes;    // model data that will be sent
+} nuv_check;
+
+// Looks whether print file `path` can be sent to `printer`, or, for null, only at the file. What
+// cannot be known is no finding. Commands 102, 101, and 105, 120 or 356. A file that cannot be
+// opened, or is sliced for a machine that no printer of this family of libraries is, is
+// NUV_RESULT_BAD_FILE, a damaged one a finding; SYSTEM when the print-file library is missing.
+// Reads the whole file, about a second per GiB; BUSY while this process sends a job.
+NUV_PRINTER_API nuv_result nuv_printer_check(nuv_check* out, nuv_printer* printer, const char* path,
+                                             const nuv_call* call, nuv_error* error);
+
+enum {
+  NUV_STAGE_CHECKING = 1,  // reading the file, asking the printer
+  NUV_STAGE_OPENING = 2,
+  NUV_STAGE_SENDING = 3,
+  NUV_STAGE_WAITING = 4,  // for free memory in the printer
+  NUV_STAGE_CONFIRMING = 5
+};
+
+typedef struct nuv_progress {
+  uint32_t size;
+  int32_t stage;        // NUV_STAGE_...
+  int64_t bytes_sent;   // model data or image, without line ends and headers
+  int64_t bytes_total;  // 0 while checking, and of a text before its first line
+} nuv_progress;
+
+// Told each new stage, each line or block, and every second while waiting. 0 cancels the transfer
+// at the end of the line or block.
+typedef int32_t (*nuv_progress_function)(const nuv_progress* progress, void* user);
+
+typedef struct nuv_send_options {
+  uint32_t size;
+  int32_t accept;                  // findings that a person has accepted
+  int32_t android_kind;            // Android-board image: number of its kind; 0: 1
+  int32_t reserved;                // 0
+  nuv_progress_function progress;  // may be null
+  void* user;
+} nuv_send_options;
+
+enum {
+  NUV_OUTCOME_NONE = 0,         // nothing was sent, or no job opened; the result says why
+  NUV_OUTCOME_ACCEPTED = 1,     // OK: the printer says that it has all of it
+  NUV_OUTCOME_SENT = 2,         // OK: all was sent; the printer cannot say more
+  NUV_OUTCOME_CANCELLED = 3,    // CANCELLED or TIME_LIMIT; BAD_FILE: it could not be read on
+  NUV_OUTCOME_REFUSED = 4,      // REFUSED: the printer did not take it
+  NUV_OUTCOME_UNCONFIRMED = 5,  // UNCONFIRMED; LOST, NO_ANSWER or UNREADABLE where the printer
+                                // cannot have all
+  NUV_OUTCOME_NOT_FIT = 6       // NOT_FIT: findings that nobody has accepted; nothing was sent
+};
+
+typedef struct nuv_outcome {
+  uint32_t size;
+  int32_t outcome;       // NUV_OUTCOME_...
+  int32_t findings;      // NUV_FINDING_..., also those accepted
+  int32_t may_hold_job;  // 1: the printer may wait for the rest; nuv_printer_abandon_job frees it
+  int64_t bytes_sent;
+  nuv_int job_index;  // of the job that was accepted; models that keep no count tell none
+  nuv_text message;   // for a person, also the printer's answer to a panel update
+} nuv_outcome;
+
+// Sends print file `path`: the check, the opening, the data, about ten lines a second, and the
+// question (command 157) whether a new job with all bytes is there, also after the connection was
+// lost. Result and `out` go together as NUV_OUTCOME_... says: OK means accepted or sent, and `out`
+// is filled whatever the result. Findings that are not in options.accept end it with NOT_FIT: a
+// host shows out.message, asks, and sends again with options.accept = out.findings. A cancel takes
+// effect at the end of a line: the job is abandoned (command 104) and the answer awaited for 0.4 s;
+// out.may_hold_job is 1 when none came. In the middle of a line that the printer does not take the
+// connection is dropped. Without call.time_limit_ms there is no limit for the whole. One print
+// job per process, through any library of this family: a second one is BUSY at once. `options` may
+// be null.
+NUV_PRINTER_API nuv_result nuv_printer_send(nuv_outcome* out, nuv_printer* printer,
+                                            const char* path, const nuv_send_options* options,
+                                            const nuv_call* call, nuv_error* error);
+
+// Sends a text file of printer commands, line by line, as it stands. Printers confirm no such file:
+// SENT at best. The printer must be idle: else NOT_FIT.
+NUV_PRINTER_API nuv_result nuv_printer_send_text(nuv_outcome* out, nuv_printer* printer,
+                                                 const char* path, const nuv_send_options* options,
+                                                 const nuv_call* call, nuv_error* error);
+
+enum { NUV_PART_ENGINE = 1, NUV_PART_ANDROID_BOARD = 2, NUV_PART_LCM_PANEL = 3 };
+
+// Replaces the firmware of a part (NUV_PART_...) by the image in file `path`: commands 141, 506 and
+// 507, or 188 and 189. The printer must be idle. Ends at the first block on a lost connection.
+// Engine: SENT at best. Of an image only what is plainly something else is a finding: print file,
+// picture, PDF, empty, for the engine also an archive; a text that is neither Intel HEX nor
+// S-records. A panel image has exactly 21504 bytes.
+NUV_PRINTER_API nuv_result nuv_printer_update(nuv_outcome* out, nuv_printer* printer, int32_t part,
+                                              const char* path, const nuv_send_options* options,
+                                              const nuv_call* call, nuv_error* error);
 
 // Abandons the job that is received or printed: command 104 with 2.
 NUV_PRINTER_API nuv_result nuv_printer_abandon_job(nuv_printer* printer, const nuv_call* call,
@@ -552,6 +667,49 @@ NUV_PRINTER_API nuv_result nuv_printer_raw(char* reply, size_t capacity, size_t*
                                            nuv_printer* printer, const char* line,
                                            const nuv_call* call, nuv_error* error);
 
+// ---- Watching -----------------------------------------------------------------------------------
+
+enum {
+  NUV_EVENT_STATE = 1,       // the printer answered
+  NUV_EVENT_SILENT = 2,      // it can be reached but does not answer
+  NUV_EVENT_GONE = 3,        // it cannot be reached
+  NUV_EVENT_PRINT_ENDED = 4  // the print that the last event showed is over; `state` is what is now
+};
+
+typedef struct nuv_event {
+  uint32_t size;
+  int32_t event;           // NUV_EVENT_...
+  const nuv_state* state;  // the last one that is known; null before the first answer
+  const nuv_job* job;      // of the running or ended print, when the printer tells; else null
+  int64_t last_answer;     // seconds since 1970 UTC; 0 before the first
+  nuv_int job_result;      // at the end: NUV_JOB_..., of models with a history
+  int32_t changed;         // 1 when this event tells something else than the one before
+  nuv_result reason;       // silent, gone: why
+} nuv_event;
+
+// Told of each look, on a thread of the library, one at a time per watch; the event and all it
+// points to end with the call. 0 ends the watch.
+typedef int32_t (*nuv_watch_function)(const nuv_event* event, void* user);
+
+// Looks at a printer every `interval_ms` (at least 1000): command 102, once per print 107 and 157,
+// at its end 175. Shares the printer's connection and takes turns with other calls; lets go of it
+// for a moment at least every 10 s. A printer that is back is found within two intervals; one
+// switched off is told within two, never below 2 s (over TCP, by the system's means). One that is
+// reached and says nothing for an interval, at least 2 s, is silent. Nothing is sent, and nothing
+// told, while a job or an image is. A silent printer delays no other watch. The first look is at
+// once. `release` is called also when this fails.
+NUV_PRINTER_API nuv_result nuv_printer_watch(nuv_watch** out, nuv_printer* printer,
+                                             int32_t interval_ms, nuv_watch_function function,
+                                             void* user, nuv_release release);
+
+// Waits until the watch has ended: by its function, or with its printer. OK; TIME_LIMIT (default
+// none) and CANCELLED leave it running. BUSY inside its own function.
+NUV_PRINTER_API nuv_result nuv_watch_wait(nuv_watch* watch, const nuv_call* call);
+
+// Ends the watch, within 0.6 s, and waits for a callback under way; `release` has been called when
+// it returns. Inside a callback it does not wait: `release` comes later.
+NUV_PRINTER_API void nuv_watch_free(nuv_watch* watch);
+
 // ---- Library ------------------------------------------------------------------------------------
 
 // Version of the library that is loaded, in the form of NUV_PRINTER_VERSION.
@@ -568,9 +726,6 @@ typedef struct nuv_log_line {
   const char* printer;  // address or path; empty when it concerns none
   const char* text;     // one line; keys of wireless networks never appear
 } nuv_log_line;
-
-// Called once, after the last callback with `user`. May be null where it is asked for.
-typedef void (*nuv_release)(void* user);
 
 // Called on any thread, several at the same time. May call nothing here. 0 ends the log.
 typedef int32_t (*nuv_log_function)(const nuv_log_line* line, void* user);

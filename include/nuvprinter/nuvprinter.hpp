@@ -15,8 +15,10 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -123,6 +125,11 @@ bool Altered(const Texts&... texts) {
   return ((texts.flags | ...) & (NUV_TEXT_REPAIRED | NUV_TEXT_CUT)) != 0;
 }
 
+inline std::string Utf8(const std::filesystem::path& path) {
+  const auto text = path.u8string();  // char8_t from C++20 on
+  return std::string(text.begin(), text.end());
+}
+
 // A structure that a callback was handed, as this header knows it: the library's may be shorter.
 template <typename Native>
 Native Received(const Native* from) {
@@ -187,6 +194,7 @@ inline void Finish(nuv_result result) {
 struct Free {
   void operator()(nuv_list* list) const { nuv_list_free(list); }
   void operator()(nuv_printer* printer) const { nuv_printer_free(printer); }
+  void operator()(nuv_watch* watch) const { nuv_watch_free(watch); }
 };
 template <typename Handle>
 using Owner = std::unique_ptr<Handle, Free>;
@@ -427,6 +435,135 @@ struct ScanUnit {
   std::optional<int> polygonSpeed, start, lineWidth, yOffset;
 };
 
+// ---- Jobs and firmware --------------------------------------------------------------------------
+
+enum class Finding : int32_t {
+  kFileDamaged = NUV_FINDING_FILE_DAMAGED,
+  kOtherModel = NUV_FINDING_OTHER_MODEL,
+  kResinForbids = NUV_FINDING_RESIN_FORBIDS,
+  kResinTooLittle = NUV_FINDING_RESIN_TOO_LITTLE,
+  kPrinterNotIdle = NUV_FINDING_PRINTER_NOT_IDLE,
+  kNoImage = NUV_FINDING_NO_IMAGE,
+  kImageWrongSize = NUV_FINDING_IMAGE_WRONG_SIZE,
+};
+
+// Reasons against a print file: what a check found, or what a person has accepted.
+struct Findings {
+  Findings() = default;
+  explicit Findings(int32_t findings) : bits(findings) {}
+  bool Has(Finding finding) const { return (bits & static_cast<int32_t>(finding)) != 0; }
+  explicit operator bool() const { return bits != 0; }
+  int32_t bits = 0;
+};
+
+struct CheckReport {
+  explicit CheckReport(const nuv_check& from)
+      : findings(from.findings),
+        message(from.message.text),
+        machineId(detail::Value(from.machine_id)),
+        machineFamily(detail::Value(from.machine_family)),
+        printerModel(detail::Value(from.printer_model)),
+        resinNeededMl(detail::Value(from.resin_needed_ml)),
+        resinLeftMl(detail::Value(from.resin_left_ml)),
+        layers(detail::Value(from.layers)),
+        minutes(detail::Value(from.minutes)),
+        bytes(from.bytes) {}
+
+  Findings findings;
+  std::string message;
+  std::optional<std::string> machineId, machineFamily, printerModel;
+  std::optional<int> resinNeededMl, resinLeftMl, layers, minutes;
+  int64_t bytes;
+};
+
+enum class Stage : int32_t {
+  kChecking = NUV_STAGE_CHECKING,
+  kOpening = NUV_STAGE_OPENING,
+  kSending = NUV_STAGE_SENDING,
+  kWaiting = NUV_STAGE_WAITING,
+  kConfirming = NUV_STAGE_CONFIRMING,
+};
+
+struct Progress {
+  explicit Progress(const nuv_progress& from)
+      : stage(static_cast<Stage>(from.stage)), sent(from.bytes_sent), total(from.bytes_total) {}
+  int Percent() const { return total > 0 ? static_cast<int>(sent * 100 / total) : 0; }
+
+  Stage stage;
+  int64_t sent, total;  // bytes
+};
+
+struct SendOptions {
+  Findings accept;
+  int androidKind = 0;                            // Update of the Android board only; 0: 1
+  std::function<bool(const Progress&)> progress;  // on the calling thread; false cancels
+};
+
+enum class OutcomeKind : int32_t {
+  kAccepted = NUV_OUTCOME_ACCEPTED,
+  kSent = NUV_OUTCOME_SENT,
+  kCancelled = NUV_OUTCOME_CANCELLED,
+  kRefused = NUV_OUTCOME_REFUSED,
+  kUnconfirmed = NUV_OUTCOME_UNCONFIRMED,
+  kNotFit = NUV_OUTCOME_NOT_FIT,
+};
+
+struct Outcome {
+  Outcome(const nuv_outcome& from, nuv_result result)
+      : kind(static_cast<OutcomeKind>(from.outcome)),
+        reason(static_cast<Result>(result)),
+        findings(from.findings),
+        mayHoldJob(from.may_hold_job != 0),
+        bytesSent(from.bytes_sent),
+        jobIndex(detail::Value(from.job_index)),
+        message(from.message.text) {}
+  // All was sent, and the printer has not said that it lacks something.
+  explicit operator bool() const {
+    return kind == OutcomeKind::kAccepted || kind == OutcomeKind::kSent;
+  }
+
+  OutcomeKind kind;
+  Result reason;
+  Findings findings;
+  bool mayHoldJob;
+  int64_t bytesSent;
+  std::optional<int> jobIndex;
+  std::string message;
+};
+
+enum class Part : int32_t {
+  kEngine = NUV_PART_ENGINE,
+  kAndroidBoard = NUV_PART_ANDROID_BOARD,
+  kLcmPanel = NUV_PART_LCM_PANEL,
+};
+
+enum class EventKind : int32_t {
+  kState = NUV_EVENT_STATE,
+  kSilent = NUV_EVENT_SILENT,
+  kGone = NUV_EVENT_GONE,
+  kPrintEnded = NUV_EVENT_PRINT_ENDED,
+};
+
+struct Event {
+  explicit Event(const nuv_event& from)
+      : kind(static_cast<EventKind>(from.event)),
+        lastAnswer(detail::Instant(from.last_answer)),
+        jobResult(detail::As<JobResult>(from.job_result)),
+        changed(from.changed != 0),
+        reason(static_cast<Result>(from.reason)) {
+    if (from.state) state.emplace(detail::Received(from.state));
+    if (from.job) job.emplace(detail::Received(from.job));
+  }
+
+  EventKind kind;
+  std::optional<State> state;
+  std::optional<Job> job;
+  std::optional<std::chrono::system_clock::time_point> lastAnswer;
+  std::optional<JobResult> jobResult;
+  bool changed;
+  Result reason;
+};
+
 // ---- Finding ------------------------------------------------------------------------------------
 
 struct SearchOptions {
@@ -483,6 +620,57 @@ inline std::vector<Identity> Find(const SearchOptions& options = {}, const Call&
   }
   return printers;
 }
+
+// ---- Watching -----------------------------------------------------------------------------------
+
+// Ends the watch when it is destroyed, also inside its own closure.
+class Watch {
+ public:
+  Watch() = default;
+
+  // Waits until the watch has ended: its closure returned false or threw, which is thrown here, or
+  // the printer was destroyed. False: the time limit came first.
+  bool Wait(const Call& call = {}) {
+    detail::Frame frame(call);
+    const nuv_result result = nuv_watch_wait(handle_.get(), frame.call());
+    frame.RethrowClosure();
+    if (result == NUV_RESULT_TIME_LIMIT) return false;
+    detail::Finish(result);
+    const std::lock_guard<std::mutex> lock(shared_->mutex);
+    if (shared_->thrown) std::rethrow_exception(std::exchange(shared_->thrown, nullptr));
+    return true;
+  }
+
+ private:
+  friend class Printer;
+
+  // Owned by the watch and, until `release`, by the library.
+  struct Shared {
+    std::function<bool(const Event&)> function;
+    std::mutex mutex;
+    std::exception_ptr thrown;
+  };
+
+  static int32_t Look(const nuv_event* event, void* user) noexcept {
+    Shared& shared = **static_cast<std::shared_ptr<Shared>*>(user);
+    try {
+      return shared.function(Event(detail::Received(event))) ? 1 : 0;
+    } catch (...) {
+      const std::lock_guard<std::mutex> lock(shared.mutex);
+      shared.thrown = std::current_exception();
+      return 0;
+    }
+  }
+
+  static void Release(void* user) {
+    const std::unique_ptr<std::shared_ptr<Shared>> held(
+        static_cast<std::shared_ptr<Shared>*>(user));
+    (*held)->function = nullptr;  // what it captured ends here, not with the Watch
+  }
+
+  std::shared_ptr<Shared> shared_;
+  detail::Owner<nuv_watch> handle_;
+};
 
 // ---- A printer ----------------------------------------------------------------------------------
 
@@ -621,6 +809,38 @@ class Printer {
     Tell(call, nuv_printer_set_last_read_job, index);
   }
 
+  CheckReport Check(const std::filesystem::path& file, const Call& call = {}) const {
+    nuv_check report = NUV_INIT(nuv_check);
+    detail::Frame frame(call);
+    frame.Finish(nuv_printer_check(&report, handle_.get(), detail::Utf8(file).c_str(), frame.call(),
+                                   frame.error()));
+    return CheckReport(report);
+  }
+  Outcome Send(const std::filesystem::path& file, const SendOptions& options = {},
+               const Call& call = {}) {
+    return Transfer(options, call,
+                    [&](nuv_outcome* out, const nuv_send_options* native, detail::Frame& frame) {
+                      return nuv_printer_send(out, handle_.get(), detail::Utf8(file).c_str(),
+                                              native, frame.call(), frame.error());
+                    });
+  }
+  Outcome SendText(const std::filesystem::path& file, const SendOptions& options = {},
+                   const Call& call = {}) {
+    return Transfer(options, call,
+                    [&](nuv_outcome* out, const nuv_send_options* native, detail::Frame& frame) {
+                      return nuv_printer_send_text(out, handle_.get(), detail::Utf8(file).c_str(),
+                                                   native, frame.call(), frame.error());
+                    });
+  }
+  Outcome Update(Part part, const std::filesystem::path& image, const SendOptions& options = {},
+                 const Call& call = {}) {
+    return Transfer(options, call,
+                    [&](nuv_outcome* out, const nuv_send_options* native, detail::Frame& frame) {
+                      return nuv_printer_update(out, handle_.get(), static_cast<int32_t>(part),
+                                                detail::Utf8(image).c_str(), native, frame.call(),
+                                                frame.error());
+                    });
+  }
   void AbandonJob(const Call& call = {}) { Tell(call, nuv_printer_abandon_job); }
 
   // One command line and its reply, bytes as they came; without a line one more reply.
@@ -632,6 +852,20 @@ class Printer {
                                  line ? line->c_str() : nullptr, frame.call(), frame.error()));
     reply.resize(length);
     return reply;
+  }
+
+  // `function` runs on a thread of the library; true to go on.
+  nuv::Watch Watch(std::chrono::milliseconds interval,
+                   std::function<bool(const Event&)> function) const {
+    nuv::Watch watch;
+    watch.shared_ = std::make_shared<nuv::Watch::Shared>();
+    watch.shared_->function = std::move(function);
+    auto* user = new std::shared_ptr<nuv::Watch::Shared>(watch.shared_);
+    nuv_watch* handle = nullptr;
+    detail::Finish(nuv_printer_watch(&handle, handle_.get(), static_cast<int32_t>(interval.count()),
+                                     &nuv::Watch::Look, user, &nuv::Watch::Release));
+    watch.handle_.reset(handle);
+    return watch;
   }
 
  private:
@@ -668,8 +902,37 @@ class Printer {
     frame.Finish(setter(handle_.get(), inputs..., frame.call(), frame.error()));
   }
 
+  template <typename Sender>
+  static Outcome Transfer(const SendOptions& options, const Call& call, Sender sender) {
+    detail::Frame frame(call);
+    struct User {
+      const SendOptions& options;
+      detail::Frame& frame;
+    } user{options, frame};
+    nuv_send_options native = NUV_INIT(nuv_send_options);
+    native.accept = options.accept.bits;
+    native.android_kind = options.androidKind;
+    native.user = &user;
+    if (options.progress) {
+      native.progress = [](const nuv_progress* progress, void* closure) -> int32_t {
+        auto* held = static_cast<User*>(closure);
+        return held->frame.Guard(held->options.progress, Progress(detail::Received(progress)));
+      };
+    }
+    nuv_outcome out = NUV_INIT(nuv_outcome);
+    const nuv_result result = sender(&out, &native, frame);
+    frame.RethrowClosure();
+    if (out.outcome == NUV_OUTCOME_NONE) frame.Finish(result);
+    return Outcome(out, result);
+  }
+
   detail::Owner<nuv_printer> handle_;
 };
+
+// What is wrong with a print file in itself, without a printer.
+inline CheckReport CheckFile(const std::filesystem::path& file, const Call& call = {}) {
+  return Printer().Check(file, call);
+}
 
 // ---- Library ------------------------------------------------------------------------------------
 

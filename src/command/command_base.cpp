@@ -48,17 +48,18 @@ void CommandBase::Recover(TransactionStatus& status, const std::string& request)
   if (status == kReplied) return;
   int rereads = 0;
   do {
-    if (reason_ == Reason::kGivenUp || !Pause()) return;
+    // Over a link that has ended no answer comes. Whoever can end this call makes it anew.
+    const bool ended = reason_ == Reason::kEnded || reason_ == Reason::kNotOpen;
+    if (reason_ == Reason::kGivenUp || (ended && interrupt_ != nullptr) || !Pause()) return;
     if (status == kNoReply) {
       const Reason before = reason_;
       status = ParseReply(Ask(request, true));
       // Nothing is open any more, for the reason that the request had before.
       if (reason_ == Reason::kNotOpen) reason_ = before;
       ++resends_;
-    } else if (status == kOtherReply) {
-      Connect::Reply reply = channel_->ReadAgain(interrupt_);
-      reason_ = reply.reason;
-      status = ParseReply(reply.text);
+    } else {
+      // It is of no use: the head of the first reply decides.
+      reason_ = channel_->ReadAgain(interrupt_).reason;
       ++rereads;
     }
   } while (status != kReplied && resends_ < kMaxResends && rereads < kMaxRereads);

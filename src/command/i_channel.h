@@ -61,8 +61,9 @@ class IChannel : public IConnect {
   virtual LinkLook Look() = 0;
 
   // From BeginJob to EndJob a USB printer that was unplugged is not opened again: what is plugged
-  // in has not the beginning of the stream.
-  virtual void BeginJob(JobKind kind) = 0;
+  // in has not the beginning of the stream. `interrupt`, raised, ends Reopen and Send meanwhile;
+  // may be null.
+  virtual void BeginJob(JobKind kind, Platform::Interrupt* interrupt) = 0;
   // `complete`: all was sent, so that what the link has still queued is waited for.
   virtual void EndJob(bool complete) = 0;
 

@@ -19,7 +19,7 @@ IConnect* ConnectingFramework::GetConnect() { return &connect_; }
 
 void ConnectingFramework::Close() { jobs_.closing.Raise(); }
 
-int ConnectingFramework::Fail(int result, int code) const {
+int ConnectingFramework::Fail(int result, int code) {
   callbacks_.ReportError(result, code);
   return result;
 }

@@ -123,7 +123,7 @@ class ConnectingFramework final : public IConnectingFramework {
   }
 
   // Tells the host of `result`, that of an operation whose command is `code`, and returns it.
-  int Fail(int result, int code) const;
+  int Fail(int result, int code);
 
   // A resin query: a refusal that names the resin's state returns that (10 to 14, 1).
   int ReadResin(int code, Outputs outputs);

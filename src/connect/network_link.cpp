@@ -60,15 +60,10 @@ bool NetworkLink::Receive(std::string& text, int timeoutMs) {
   return net_.Connector().Receive("", text, timeoutMs) == TcpResult::kOk;
 }
 
-Reply NetworkLink::NoReply() {
-  rest_.clear();
-  return {{}, Failure(Reason::kSilence)};
-}
-
-bool NetworkLink::DiscardInput() {
+bool NetworkLink::Discard(int quietMs, int limitMs) {
   const bool any = !rest_.empty();
   rest_.clear();
-  return net_.Connector().Discard() || any;
+  return net_.Connector().Discard(quietMs, limitMs) || any;
 }
 
 }  // namespace Nuv::Connect

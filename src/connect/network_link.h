@@ -40,18 +40,16 @@ class NetworkLink final : public Link {
   }
   Reason OpenAddress(const std::string& address) { return Opening(net_.ConnectByAddress(address)); }
   Reason Reopen(bool /*job*/) override { return Opening(net_.Reconnect()); }
-  void Close() override {
-    net_.Connector().Disconnect();
-    rest_.clear();
-  }
+  void Close() override { net_.Connector().Disconnect(); }
   LinkState Look() override { return net_.Connector().Look(); }
-  bool Discard(int quietMs, int limitMs) override {
-    rest_.clear();
-    return net_.Connector().Discard(quietMs, limitMs);
-  }
-  bool DiscardInput() override;
+  bool Discard(int quietMs, int limitMs) override;
+  bool DiscardInput() override { return Discard(0, 0); }
   Reason Write(const uint8_t* data, size_t length, bool patient) override;
   Reply ReadReply() override;
+
+  // How long the printer's system may leave what was sent unacknowledged until the connection
+  // counts as ended, in this connection; 0: as long as this one's likes.
+  void LimitSilence(std::chrono::milliseconds limit) { net_.Connector().LimitSilence(limit); }
 
   // From now on a reply is read to its line feed, however the network cut it; else it is what the
   // first segment brought.
@@ -59,7 +57,7 @@ class NetworkLink final : public Link {
 
  private:
   bool Receive(std::string& text, int timeoutMs);
-  Reply NoReply();
+  Reply NoReply() { return {{}, Failure(Reason::kSilence)}; }
 
   QNetworkLib net_;
   const int replyTimeoutMs_;

@@ -101,7 +101,8 @@ Reason NuvConnect::Reopen() {
   // gone is left to the reopening, which in a job must see that.
   if (ledger_.Owes() && link.KeepsOpen()) link.Close();
   const bool kept = link.KeepsOpen();
-  const Reason reason = waiter_.GivenUp() ? Reason::kGivenUp : link.Reopen(job_ != JobKind::kNone);
+  const Platform::Waiter::Call call(waiter_, jobInterrupt_);
+  const Reason reason = waiter_.Over() ? Reason::kGivenUp : link.Reopen(job_ != JobKind::kNone);
   if (reason == Reason::kNone && !kept) ledger_.Reset();
   return reason;
 }
@@ -143,6 +144,7 @@ void NuvConnect::DiscardStaleInput() {
 Reason NuvConnect::Send(const std::vector<uint8_t>& bytes) {
   if (bytes.empty()) return Reason::kNone;
   const Lock lock(mutex_);
+  const Platform::Waiter::Call call(waiter_, jobInterrupt_);
   ledger_.Wrote(bytes.size());
   return Write(bytes.data(), bytes.size());
 }
@@ -152,11 +154,23 @@ LinkLook NuvConnect::Look() {
   return {Current().Look() == LinkState::kAlive, ledger_.Unconfirmed()};
 }
 
+void NuvConnect::BeginJob(JobKind kind, Platform::Interrupt* interrupt) {
+  job_ = kind;
+  jobInterrupt_ = interrupt;
+}
+
 void NuvConnect::EndJob(bool complete) {
+  Platform::Interrupt* const interrupt = jobInterrupt_.exchange(nullptr);
   // The last block of an image may still be queued for a printer that took nothing for a while.
   if (job_.exchange(JobKind::kNone) != JobKind::kImage || !complete) return;
   const Lock lock(mutex_);
+  const Platform::Waiter::Call call(waiter_, interrupt);
   Current().Write(nullptr, 0, true);
+}
+
+void NuvConnect::LimitSilence(std::chrono::milliseconds limit) {
+  const Lock lock(mutex_);
+  network_.LimitSilence(limit);
 }
 
 void NuvConnect::SetLocalOption(int option) {

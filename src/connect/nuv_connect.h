@@ -43,7 +43,7 @@ class NuvConnect final : public IChannel {
   Reply Transact(const Request& request) override;
   Reply ReadAgain(Platform::Interrupt* interrupt) override;
   LinkLook Look() override;
-  void BeginJob(JobKind kind) override { job_ = kind; }
+  void BeginJob(JobKind kind, Platform::Interrupt* interrupt) override;
   void EndJob(bool complete) override;
 
   // From now on opening, writing and reading fail at once, and what is under way within 600 ms.
@@ -72,6 +72,7 @@ class NuvConnect final : public IChannel {
 
   // See NetworkLink.
   void ReadWholeLines() { network_.ReadWholeLines(); }
+  void LimitSilence(std::chrono::milliseconds limit);
 
   // One network search with the stored settings: the distinct reply texts. Changes neither the list
   // of the last enumeration nor the connection.
@@ -98,6 +99,7 @@ class NuvConnect final : public IChannel {
   ReplyLedger ledger_;      // of the current connection
   bool leftLocal_ = false;  // the local link was open when the network was chosen
   std::atomic<JobKind> job_{JobKind::kNone};
+  std::atomic<Platform::Interrupt*> jobInterrupt_{nullptr};
 };
 
 }  // namespace Nuv::Connect

@@ -49,22 +49,27 @@ int AnnounceImage(const JobContext& context, const std::function<int()>& announc
   return result;
 }
 
-int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header) {
+int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header,
+                 LostLink lost) {
   const JobClaim claim(context.state.jobRunning);
   if (!claim.Held()) return NUV_FAILED;
   LinkClaim link(context, JobKind::kImage);
-  context.callbacks.ReportStart();
+  context.host.ReportStart();
   bool written = true;
   for (BlockStream blocks(image, header); !blocks.AtEnd();) {
-    context.clock.SleepFor(kBlockPause);
-    if (context.callbacks.IsCancelled()) return NUV_CANCELLED;
+    context.Pause(kBlockPause);
+    if (context.host.IsCancelled()) return NUV_CANCELLED;
     const Reason reason = context.channel.Send(blocks.Next());
     if (written && reason != Reason::kNone) {
       Platform::Diagnostic("firmware: the block that ends at byte %zu of %zu is not written: %s",
                            blocks.Sent(), image.size(), WordsFor(reason));
       written = false;
     }
-    context.callbacks.ReportSent(static_cast<int>(image.size()), static_cast<int>(blocks.Sent()));
+    if (reason != Reason::kNone && lost == LostLink::kEndsTransfer &&
+        !context.channel.Look().alive) {
+      return context.Interrupted() ? NUV_CANCELLED : NUV_WRITE_FAILED;
+    }
+    context.host.ReportSent(static_cast<int>(image.size()), static_cast<int>(blocks.Sent()));
   }
   link.Complete();
   return NUV_OK;

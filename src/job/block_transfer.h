@@ -44,13 +44,18 @@ class BlockStream {
 // 1 when a job or another transfer is running; nothing is announced then.
 int AnnounceImage(const JobContext& context, const std::function<int()>& announce);
 
+// What a block does that cannot be written because the link has ended.
+enum class LostLink { kGoesOn, kEndsTransfer };
+
 // Streams a firmware image to the printer, one block every 15 ms, on the caller's thread. Tells the
 // host of the start and of each block, and asks it before each block whether to go on. The printer
-// acknowledges nothing, and a block that is not written does not stop the transfer: what the
-// printer answers to the next command is the only report.
+// acknowledges nothing, and a block that is not written does not stop the transfer, unless the link
+// has ended and `lost` says so: what the printer answers to the next command is the only report.
 //
-// 0 every block was handed to the channel, 1 another transfer is running, 2 cancelled.
-int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header);
+// 0 every block was handed to the channel, 1 another transfer is running, 2 cancelled, 20 the link
+// has ended.
+int SendFirmware(const JobContext& context, const std::vector<uint8_t>& image, BlockHeader header,
+                 LostLink lost = LostLink::kGoesOn);
 
 }  // namespace Nuv::Connect
 

@@ -73,7 +73,7 @@ int SendGCodeFile(const JobContext& context, const std::wstring& path,
   transfer.Start();
   for (std::vector<uint8_t> line = text.NextLine(); !line.empty(); line = text.NextLine()) {
     for (bool sent = false; !sent;) {
-      if (context.callbacks.IsCancelled()) return NUV_OK;
+      if (context.host.IsCancelled()) return NUV_OK;
       const int result = transfer.Pass(line, line.size() - kLineEndBytes, sent);
       if (result != NUV_OK) return result;
     }

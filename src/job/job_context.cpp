@@ -2,19 +2,19 @@
 
 namespace Nuv::Connect {
 
-void HostCallbacks::ReportError(int result, int code) const {
+void HostCallbacks::ReportError(int result, int code) {
   if (const NuvErrorCodeCallback callback = errorCode) CallHost(callback, result, code);
 }
 
-void HostCallbacks::ReportStart() const {
+void HostCallbacks::ReportStart() {
   if (const NuvSendDataStartCallback callback = sendStart) CallHost(callback);
 }
 
-void HostCallbacks::ReportSent(int total, int sent) const {
+void HostCallbacks::ReportSent(int total, int sent) {
   if (const NuvSendDataUpdateCallback callback = sendUpdate) CallHost(callback, total, sent);
 }
 
-bool HostCallbacks::IsCancelled() const {
+bool HostCallbacks::IsCancelled() {
   const NuvSendDataCancelCallback callback = sendCancel;
   return callback != nullptr && CallHost(callback);
 }

@@ -37,17 +37,35 @@ auto CallHost(Callback callback, Arguments... arguments) {
   return callback(arguments...);
 }
 
+// Whoever has a job sent: is told how it goes, and asked whether to go on, on the job's thread.
+class IJobHost {
+ public:
+  virtual ~IJobHost() = default;
+  virtual void ReportError(int result, int code) = 0;
+  virtual void ReportStart() = 0;
+  virtual void ReportSent(int total, int sent) = 0;
+  virtual bool IsCancelled() = 0;
+
+  // The command that opens the job is sent next: from now on the printer may have it open.
+  virtual void ReportOpening() {}
+  // One more pass of waiting for room in the printer.
+  virtual void ReportWaiting() {}
+  // The printer was ordered to abandon a job that can be interrupted.
+  virtual void ReportAbandoned(bool /*accepted*/) {}
+};
+
 // The host's callbacks; null until registered. Each may be replaced while another thread calls it.
-struct HostCallbacks {
+class HostCallbacks final : public IJobHost {
+ public:
   std::atomic<NuvErrorCodeCallback> errorCode{nullptr};
   std::atomic<NuvSendDataStartCallback> sendStart{nullptr};
   std::atomic<NuvSendDataUpdateCallback> sendUpdate{nullptr};
   std::atomic<NuvSendDataCancelCallback> sendCancel{nullptr};
 
-  void ReportError(int result, int code) const;
-  void ReportStart() const;
-  void ReportSent(int total, int sent) const;
-  bool IsCancelled() const;
+  void ReportError(int result, int code) override;
+  void ReportStart() override;
+  void ReportSent(int total, int sent) override;
+  bool IsCancelled() override;
 };
 
 // What the framework keeps of jobs, and shares with its status thread.
@@ -67,15 +85,23 @@ struct JobContext {
   IChannel& channel;
   Platform::Clock& clock;
   IPrintFileLibrary& printFiles;
-  const HostCallbacks& callbacks;
+  IJobHost& host;
   JobState& state;
+  // Raised: the waits for the printer end, and the job at the end of a line; may be null.
+  Platform::Interrupt* interrupt = nullptr;
 
-  // Runs a job's commands. What became of a failed one is told to the error-code callback that is
-  // registered at that time.
+  bool Interrupted() const { return interrupt != nullptr && interrupt->Raised(); }
+
+  void Pause(std::chrono::milliseconds duration) const {
+    if (interrupt == nullptr) return clock.SleepFor(duration);
+    clock.WaitFor(duration, *interrupt);
+  }
+
+  // Runs a job's commands; the host is told what became of a failed one.
   CommandRunner Commands() const {
-    return {channel, clock, [&callbacks = callbacks](ConnectError error, int code) {
-              callbacks.ReportError(error, code);
-            }};
+    return {channel, clock,
+            [&host = host](ConnectError error, int code) { host.ReportError(error, code); },
+            interrupt};
   }
 };
 
@@ -109,7 +135,7 @@ class LinkClaim {
       : state_(context.state), channel_(context.channel) {
     state_.linkFree = false;
     const std::lock_guard<std::mutex> queriesDone(state_.link);
-    channel_.BeginJob(kind);
+    channel_.BeginJob(kind, context.interrupt);
   }
   ~LinkClaim() {
     channel_.EndJob(complete_);

@@ -20,19 +20,22 @@ LineTransfer::LineTransfer(const JobContext& context, int total, NuvJobProgressC
     : context_(context), progress_(progress), total_(total) {}
 
 void LineTransfer::Start() {
-  context_.callbacks.ReportStart();
+  context_.host.ReportStart();
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
 }
 
 int LineTransfer::Pass(const std::vector<uint8_t>& line, uint64_t cost, bool& sent) {
   sent = context_.state.freeBuffer >= line.size();
   const int result = sent ? Write(line, cost) : WaitForSpace();
-  if (result == NUV_OK) context_.clock.SleepFor(kPassPause);
+  if (result == NUV_OK) context_.Pause(kPassPause);
   return result;
 }
 
 int LineTransfer::WaitForSpace() {
   context_.state.freeBuffer = QueryFreeBufferSize(context_, context_.state.machineId);
+  context_.host.ReportWaiting();
+  // The answer may still be on its way: what is left to be said goes out behind it.
+  if (context_.Interrupted()) return NUV_OK;
   // A new connection would carry on behind lines that the printer may never have taken.
   if (IsLost()) return NUV_WRITE_FAILED;
   const Reason reason = context_.channel.Reopen();
@@ -61,7 +64,7 @@ int LineTransfer::Write(const std::vector<uint8_t>& line, uint64_t cost) {
   sent_ += textBytes;
   const float percent = static_cast<float>(sent_) / static_cast<float>(total_) * kPercent;
   if (progress_ != nullptr) CallHost(progress_, percent);
-  context_.callbacks.ReportSent(total_, sent_);
+  context_.host.ReportSent(total_, sent_);
   // All that was charged so far is taken off each time: the estimate shrinks faster than the buffer
   // fills, so the printer is asked again before it can overflow.
   charged_ += cost;

@@ -15,6 +15,7 @@ class NuvFileLibrary final : public IPrintFileLibrary {
   bool LoadLibrary() override;
   bool Load(const std::string& path) override;
   void Close() override;
+  std::string LastError() const override;
   std::string GetMachineID() override;
   std::string GetProjectID() override;
   std::string GetMaterialID() override;
@@ -54,7 +55,6 @@ class NuvFileLibrary final : public IPrintFileLibrary {
   bool Resolve(const char* name, Function& function);
   static std::string Text(TextFunction function);
   bool Bytes(BytesFunction function, const char* part, std::vector<uint8_t>& bytes) const;
-  std::string LastError() const;
 
   QLibrary library_;
   Functions functions_;

@@ -25,6 +25,9 @@ class IPrintFileLibrary {
   virtual bool Load(const std::string& path) = 0;
   virtual void Close() = 0;
 
+  // What was wrong in the last call that failed, for a person.
+  virtual std::string LastError() const = 0;
+
   // Of the open file. Empty or 0 when there is none.
   virtual std::string GetMachineID() = 0;
   virtual std::string GetProjectID() = 0;

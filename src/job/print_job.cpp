@@ -1,7 +1,5 @@
 #include "job/print_job.h"
 
-#include <atomic>
-#include <optional>
 #include <vector>
 
 #include "job/line_transfer.h"
@@ -15,9 +13,6 @@ using Nuv::Platform::Diagnostic;
 
 namespace Nuv::Connect {
 namespace {
-
-// Of all frameworks of the process: the print-file library holds one open file.
-std::atomic<bool> g_printJobRunning{false};
 
 // The file at `path`, when it can be opened for reading.
 std::optional<JobFile> ReadableFile(const std::wstring& path) {
@@ -38,7 +33,7 @@ std::optional<JobFile> ReadableFile(const std::wstring& path) {
 int SendDataLines(const JobContext& context, int total, LineTransfer& transfer) {
   if (total < 1) return NUV_OK;
   int index = 0;
-  while (!context.callbacks.IsCancelled()) {
+  while (!context.host.IsCancelled()) {
     std::vector<uint8_t> line;
     if (!context.printFiles.ReadLayer(index, line)) return NUV_FILE_NOT_READABLE;
     line.insert(line.end(), kLineEnd, kLineEnd + kLineEndBytes);
@@ -59,46 +54,48 @@ int TransferModelData(const JobContext& context, int total, NuvJobProgressCallba
   if (result == NUV_FILE_NOT_READABLE) AbandonJob(context);
   if (result != NUV_OK) return result;
   // Asked once more: a cancel that comes with the last line still stops the print.
-  if (!context.callbacks.IsCancelled()) return transfer.Finish();
+  if (!context.host.IsCancelled()) return transfer.Finish();
   AbandonJob(context);
   return NUV_OK;
 }
 
-// Closes the print file when the job ends, unless it is left open.
-class OpenFile {
- public:
-  explicit OpenFile(IPrintFileLibrary& library) : library_(library) {}
-  ~OpenFile() {
-    if (!leftOpen_) library_.Close();
-  }
-  void LeaveOpen() { leftOpen_ = true; }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-
- private:
-  IPrintFileLibrary& library_;
-  bool leftOpen_ = false;
-};
-
 }  // namespace
+
+int OpenPrintFile::Open(const std::wstring& path) {
+  claim_.emplace("print-file");
+  if (!claim_->Held()) {
+    Diagnostic("job refused: another one is running");
+    return NUV_FAILED;
+  }
+  const std::optional<JobFile> file = ReadableFile(path);
+  if (!file) return NUV_FILE_NOT_READABLE;
+  file_ = *file;
+  if (!library_.LoadLibrary()) return NUV_NUVFILE_MISSING;
+  open_ = library_.Load(file_.path);
+  if (open_) return NUV_OK;
+  damage_ = library_.LastError();
+  return NUV_FILE_NOT_READABLE;
+}
+
+OpenPrintFile::~OpenPrintFile() {
+  if (open_) library_.Close();
+}
 
 int SendPrintFile(const JobContext& context, const std::wstring& path,
                   NuvJobProgressCallback progress) {
   const JobClaim claim(context.state.jobRunning);
   if (!claim.Held()) return NUV_FAILED;
-  const JobClaim printFile(g_printJobRunning);
-  if (!printFile.Held()) return NUV_FAILED;
-  const std::optional<JobFile> file = ReadableFile(path);
-  if (!file) return NUV_FILE_NOT_READABLE;
-  if (!context.printFiles.LoadLibrary()) return NUV_NUVFILE_MISSING;
-  if (!context.printFiles.Load(file->path)) return NUV_FILE_NOT_READABLE;
-  OpenFile openFile(context.printFiles);
-  context.state.machineId = context.printFiles.GetMachineID();
+  OpenPrintFile file(context.printFiles);
+  const int opened = file.Open(path);
+  return opened == NUV_OK ? SendPrintFile(context, file, progress) : opened;
+}
 
+int SendPrintFile(const JobContext& context, OpenPrintFile& file, NuvJobProgressCallback progress) {
+  context.state.machineId = context.printFiles.GetMachineID();
   const std::unique_ptr<ISendJobProc> sender =
-      CreateSendJobProc(context.state.machineId, *file, context);
+      CreateSendJobProc(context.state.machineId, file.File(), context);
   if (sender == nullptr) {
-    Diagnostic("print file %s: no sender for machine ID \"%s\"", file->path.c_str(),
+    Diagnostic("print file %s: no sender for machine ID \"%s\"", file.File().path.c_str(),
                context.state.machineId.c_str());
     return NUV_NO_JOB_SENDER;
   }
@@ -109,10 +106,10 @@ int SendPrintFile(const JobContext& context, const std::wstring& path,
   // since the jobs of Android printers and command text come to it without one.
   const int prepared = sender->PrepareJob(context.state.freeBuffer);
   if (prepared != NUV_OK) {
-    Diagnostic("print file %s: the printer did not open the job (%d)", file->path.c_str(),
+    Diagnostic("print file %s: the printer did not open the job (%d)", file.File().path.c_str(),
                prepared);
     // The host may try again; the next load closes the file.
-    openFile.LeaveOpen();
+    file.LeaveOpen();
     return prepared;
   }
   return TransferModelData(context, context.printFiles.GetModelDataSize(), progress);

@@ -1,5 +1,6 @@
 #include "job/printer_exchange.h"
 
+#include <chrono>
 #include <vector>
 
 #include "command/processors.h"
@@ -7,6 +8,7 @@
 #include "job/machine_ids.h"
 #include "nuvconnect/ResultCodes.h"
 #include "platform/diagnostics.h"
+#include "platform/waiter.h"
 
 namespace Nuv::Connect {
 namespace {
@@ -52,6 +54,7 @@ bool IsReceiving(const JobContext& context) {
 
 int OpenJob(const JobContext& context, CodeProc& opening, const std::string& before) {
   std::vector<std::string> values;
+  context.host.ReportOpening();
   const int result = opening.ProcessAccepted(values);
   // Only then is it certain that the job on the printer is ours and not somebody's print.
   if (result == NUV_PRINTER_REFUSED && opening.SentAgain() && before == kIdle &&
@@ -61,7 +64,26 @@ int OpenJob(const JobContext& context, CodeProc& opening, const std::string& bef
   return result;
 }
 
+namespace {
+
+// Sends the order at once, also behind a question whose answer is still on its way, and waits for
+// the answer as long as somebody who has given up does. True when the printer accepted it.
+bool AbandonAtOnce(const JobContext& context) {
+  constexpr std::chrono::milliseconds kPatience(400);
+  const std::string order = "F" + std::to_string(kJobControl);
+  Platform::TimeLimit limit(context.clock, kPatience);
+  Reply reply = context.channel.Transact({order + " S" + kAbandonJob + "\r\n", true, &limit});
+  const std::string accepted = order + " OK";
+  while (reply.reason == Reason::kNone && reply.text.compare(0, accepted.size(), accepted) != 0) {
+    reply = context.channel.ReadAgain(&limit);
+  }
+  return reply.reason == Reason::kNone;
+}
+
+}  // namespace
+
 void AbandonJob(const JobContext& context) {
+  if (context.interrupt != nullptr) return context.host.ReportAbandoned(AbandonAtOnce(context));
   try {
     context.Commands().Run(kJobControl, {kAbandonJob});
   } catch (const Command::ReplyError&) {

@@ -26,7 +26,8 @@ std::optional<std::string> QueryState(const JobContext& context);
 // now, it is ordered to abandon that job.
 int OpenJob(const JobContext& context, CodeProc& opening, const std::string& before);
 
-// Orders the printer to abandon the job. Its answer changes nothing, whatever it is.
+// Orders the printer to abandon the job. Its answer changes nothing. A job that can be interrupted
+// waits 0.4 s for it and tells the host whether the printer accepted.
 void AbandonJob(const JobContext& context);
 
 }  // namespace Nuv::Connect

@@ -1,9 +1,28 @@
 #ifndef NUV_PLATFORM_WAITER_H_
 #define NUV_PLATFORM_WAITER_H_
 
+#include <algorithm>
+
 #include "platform/clock.h"
 
 namespace Nuv::Platform {
+
+// Raised by itself when the time is over.
+class TimeLimit final : public Interrupt {
+ public:
+  TimeLimit(const Clock& clock, std::chrono::milliseconds limit)
+      : clock_(clock), end_(clock.Now() + limit) {}
+
+  bool Raised() const override { return clock_.Now() >= end_; }
+  std::chrono::milliseconds Patience() const override {
+    return std::max(std::chrono::milliseconds(1),
+                    std::chrono::ceil<std::chrono::milliseconds>(end_ - clock_.Now()));
+  }
+
+ private:
+  const Clock& clock_;
+  const Deadline end_;
+};
 
 // How the links of one channel wait for a printer: on the channel's clock, and no longer than the
 // channel itself and the call under way want.

@@ -18,6 +18,7 @@ void Askers::Ask(const nuv_identity& printer,
                  const std::optional<Transport::NetworkDevice>& device) {
   const Lock lock(mutex_);
   waiting_.push_back({printer, device});
+  waiting_.back().printer.contact = NUV_RESULT_NO_ANSWER;  // until it has answered
   if (working_ == kMost) return;
   try {
     threads_.emplace_back([this] { Work(); });
@@ -81,10 +82,7 @@ bool Askers::Busy() const {
 void Askers::GiveUp() {
   limits_.Raise();
   const Lock lock(mutex_);
-  for (Question& question : waiting_) {
-    question.printer.contact = NUV_RESULT_NO_ANSWER;
-    asked_.push_back(question.printer);
-  }
+  for (const Question& question : waiting_) asked_.push_back(question.printer);
   waiting_.clear();
 }
 

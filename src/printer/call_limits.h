@@ -16,6 +16,9 @@ class CallLimits final : public Platform::Interrupt {
   // outlives it. Throws Failure for what no call can be.
   CallLimits(const nuv_call* call, int usualMs, const Platform::Clock& clock);
 
+  // From now on it may last that long.
+  void Restart(std::chrono::milliseconds limit) { end_ = clock_.Now() + limit; }
+
   // Until `end`, for whoever works for the call on another thread.
   CallLimits(Platform::Deadline end, const Platform::Clock& clock) : clock_(clock), end_(end) {}
 
@@ -24,6 +27,9 @@ class CallLimits final : public Platform::Interrupt {
 
   // Whether it is over before its time. Asks the host, but not more often than every 100 ms.
   bool Cancelled() const;
+
+  // What a call is whose limits are over.
+  nuv_result Why() const { return Cancelled() ? NUV_RESULT_CANCELLED : NUV_RESULT_TIME_LIMIT; }
 
   Platform::Deadline End() const { return end_; }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "command/reply_views.h"
 #include "printer/host_call.h"
 #include "printer/timed_tasks.h"
 
@@ -14,11 +15,6 @@ using Lock = std::unique_lock<std::mutex>;
 namespace {
 
 constexpr std::chrono::seconds kIdle(5);
-
-// Why a call's limits are over.
-nuv_result Why(const CallLimits& limits) {
-  return limits.Cancelled() ? NUV_RESULT_CANCELLED : NUV_RESULT_TIME_LIMIT;
-}
 
 }  // namespace
 
@@ -91,7 +87,7 @@ void Device::Begin(CallLimits& limits) {
       calls_.erase(std::find_if(calls_.begin(), calls_.end(),
                                 [&](const Call& one) { return one.limits == &limits; }));
       changed_.notify_all();
-      throw Failure{Why(limits), place_ + ": its turn did not come"};
+      throw NoTurn{{limits.Why(), place_ + ": its turn did not come"}};
     }
     if (calls_.front().limits != &limits) changed_.wait_for(lock, limits.Patience());
   }
@@ -142,13 +138,15 @@ void Device::Connect(CallLimits& limits, bool reads) {
   connected_ = reason == Reason::kNone;
   owesAnswer_ = false;
   if (connected_) return;
-  if (reason == Reason::kGivenUp) throw Failure{Why(limits), place_ + ": not yet connected"};
+  if (reason == Reason::kGivenUp) throw Failure{limits.Why(), place_ + ": not yet connected"};
   throw Failure{ResultOf(reason), place_ + ": " + Connect::WordsFor(reason)};
 }
 
-Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads)
+Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads,
+                 std::chrono::milliseconds look)
     : device_(device), limits_(limits), commands_(device->channel_, device->clock_, {}, &limits) {
   device_->Begin(limits_);
+  if (look.count() > 0) limits_.Restart(look);
   try {
     device_->Connect(limits_, reads);
   } catch (...) {
@@ -160,18 +158,18 @@ Session::Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool
 Session::~Session() { device_->Finish(); }
 
 Outcome Session::Run(int code, std::vector<std::string> parameters) {
-  return Checked(commands_.Run(code, std::move(parameters)));
+  return Checked(Asked([&] { return commands_.Run(code, std::move(parameters)); }));
 }
 
 std::optional<Outcome> Session::Try(int code, std::vector<std::string> parameters) {
-  Outcome outcome = commands_.Run(code, std::move(parameters));
+  Outcome outcome = Asked([&] { return commands_.Run(code, std::move(parameters)); });
   if (outcome.reason == Reason::kGivenUp) Look(outcome.reason, outcome.code);
   if (outcome.result != NUV_OK) return std::nullopt;
   return outcome;
 }
 
 Outcome Session::Ask(int code) {
-  Outcome outcome = commands_.Run(code, {}, Connect::Refusal::kAnswers);
+  Outcome outcome = Asked([&] { return commands_.Run(code, {}, Connect::Refusal::kAnswers); });
   return outcome.reason == Reason::kRefused ? outcome : Checked(std::move(outcome));
 }
 
@@ -191,6 +189,25 @@ Connect::Reply Session::Exchange(const std::string& line) {
   return reply;
 }
 
+Connect::JobContext Session::Job(Connect::IPrintFileLibrary& printFiles, Connect::IJobHost& host,
+                                 Connect::JobState& state) {
+  return {device_->channel_, device_->clock_, printFiles, host, state, &limits_};
+}
+
+void Session::Pause(std::chrono::milliseconds duration) {
+  if (device_->clock_.WaitFor(duration, limits_)) throw Failure{limits_.Why(), device_->place_};
+}
+
+void Session::LimitSilence(std::chrono::milliseconds limit) {
+  device_->channel_.LimitSilence(limit);
+}
+
+bool Session::IsAlive() { return device_->channel_.Look().alive; }
+
+void Session::Reconnect() { device_->Connect(limits_, false); }
+
+void Session::LeaveUnanswered() { device_->owesAnswer_ = true; }
+
 void Session::Look(Reason reason, int code) {
   if (reason == Reason::kNone) return;
   const std::string command = code == 0 ? "" : "command " + std::to_string(code) + ": ";
@@ -199,8 +216,19 @@ void Session::Look(Reason reason, int code) {
                   code};
   }
   device_->owesAnswer_ = true;
-  throw Failure{Why(limits_), device_->place_ + ": " + command + nuv_result_text(Why(limits_)),
+  throw Failure{limits_.Why(), device_->place_ + ": " + command + nuv_result_text(limits_.Why()),
                 code};
+}
+
+Outcome Session::Asked(const std::function<Outcome()>& ask) {
+  try {
+    return ask();
+  } catch (const Command::ReplyError& error) {
+    throw Failure{NUV_RESULT_UNREADABLE,
+                  device_->place_ + ": command " + std::to_string(error.Code()) +
+                      ": the answer cannot be read",
+                  error.Code()};
+  }
 }
 
 Outcome Session::Checked(Outcome outcome) {

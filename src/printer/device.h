@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,6 +14,7 @@
 
 #include "command/command_runner.h"
 #include "connect/nuv_connect.h"
+#include "job/job_context.h"
 #include "printer/askers.h"
 
 namespace Nuv::Printer {
@@ -72,14 +74,20 @@ class Device : public std::enable_shared_from_this<Device> {
   Platform::Deadline lastUse_{0};
 };
 
+// Why a call did not even begin.
+struct NoTurn : Failure {};
+
 // One call on a printer: waits for its turn, connects if need be, and asks.
 class Session {
  public:
   // Throws Failure: the printer is gone, this thread is in a call on it already, its turn did not
-  // come in time, or there is no connection.
+  // come in time (NoTurn), or there is no connection.
   // `reads`: it begins with what the printer has sent already, which is thrown away otherwise; a
   // connection that has ended is not made anew.
-  Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads = false);
+  // `look`: of a watch, which waits for its turn as long as `limits` say, and may then last that
+  // long; 0: no such look.
+  Session(const std::shared_ptr<Device>& device, CallLimits& limits, bool reads = false,
+          std::chrono::milliseconds look = {});
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -88,7 +96,7 @@ class Session {
   Connect::Outcome Run(int code, std::vector<std::string> parameters = {});
   template <class Class>
   Connect::Outcome Run(std::vector<std::string> parameters = {}) {
-    return Checked(commands_.Run<Class>(std::move(parameters)));
+    return Checked(Asked([&] { return commands_.Run<Class>(std::move(parameters)); }));
   }
 
   // As Run, for what a printer may not have: nothing when it did not accept. Throws Failure only
@@ -104,9 +112,32 @@ class Session {
   // A request without recovery, or for an empty line one more reply.
   Connect::Reply Exchange(const std::string& line);
 
+  // For a job on this printer, which the call's limits end; the arguments outlive it.
+  Connect::JobContext Job(Connect::IPrintFileLibrary& printFiles, Connect::IJobHost& host,
+                          Connect::JobState& state);
+
+  // Throws Failure when nobody waits any more.
+  void Pause(std::chrono::milliseconds duration);
+
+  // How long what was sent may stay unacknowledged until the connection counts as lost; 0: as long
+  // as the system likes. Nothing over USB.
+  void LimitSilence(std::chrono::milliseconds limit);
+
+  // Whether the connection stands; what has come is thrown away.
+  bool IsAlive();
+
+  // Makes the connection anew if it was lost. Throws Failure.
+  void Reconnect();
+
+  // The printer may still send, or wait for, something that belongs to this call.
+  void LeaveUnanswered();
+
+  const CallLimits& Limits() const { return limits_; }
   Device& GetDevice() const { return *device_; }
 
  private:
+  // Runs `ask`; an answer without the number of a command is a Failure as well.
+  Connect::Outcome Asked(const std::function<Connect::Outcome()>& ask);
   void Look(Connect::Reason reason, int code);
   Connect::Outcome Checked(Connect::Outcome outcome);
 

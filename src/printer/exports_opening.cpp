@@ -5,6 +5,7 @@
 
 #include "printer/finder.h"
 #include "printer/query.h"
+#include "printer/watch.h"
 
 using namespace Nuv::Printer;
 
@@ -22,7 +23,7 @@ Nuv::Platform::Deadline SearchEnd(const CallLimits& limits) {
 nuv_identity Locate(const char* address, CallLimits& limits) {
   const Wishes wishes = [&] {
     nuv_search_options options = NUV_INIT(nuv_search_options);
-    options.links = NUV_LINK_NETWORK;
+    options.links = NUV_LINK_NETWORK;  // another one is not even listed
     options.addresses = address;
     options.addresses_only = 1;
     return WishesOf(&options);
@@ -92,5 +93,10 @@ nuv_result nuv_printer_let_go(nuv_printer* printer) {
 }
 
 void nuv_printer_free(nuv_printer* printer) {
-  if (const std::shared_ptr<Device> device = Printers().Remove(printer)) device->End();
+  const std::shared_ptr<Device> device = Printers().Remove(printer);
+  if (device == nullptr) return;
+  device->End();
+  for (const std::shared_ptr<Watch>& watch : Watches().All()) {
+    if (watch->IsOn(*device)) watch->End();
+  }
 }

@@ -58,7 +58,6 @@ nuv_result Guarded(nuv_error* error, const std::function<void()>& body) {
     nuv_error told = NUV_INIT(nuv_error);
     told.result = failure.result;
     told.command = failure.command;
-    told.system_error = failure.systemError;
     if (failure.result != NUV_RESULT_OK) told.message = Text(failure.message);
     HandOut(told, error);
   }

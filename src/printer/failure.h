@@ -14,7 +14,6 @@ struct Failure {
   nuv_result result;
   std::string message;  // for a person; empty: that of the result
   int command = 0;      // the printer's command that failed
-  int systemError = 0;
 };
 
 // `reason` is no kNone and no kGivenUp: why a wait was given up, the call's limits know.

@@ -17,7 +17,7 @@ constexpr int kUsbKind = 0;  // of devices, to the channel
 Failure Invalid(const std::string& what) { return {NUV_RESULT_INVALID_ARGUMENT, what}; }
 
 Transport::SearchAddresses AddressesOf(const char* text, uint16_t port) {
-  const std::vector<std::string> broadcasts = NetworkDeviceSearcher::Broadcasts();
+  const auto broadcasts = &NetworkDeviceSearcher::Broadcasts;
   if (text == nullptr) return NetworkDeviceSearcher::AddressesOfEnvironment(port, broadcasts);
   Transport::SearchAddresses whom = Transport::ParseSearchAddresses(text, port, broadcasts);
   if (!whom.notUnderstood.empty()) {

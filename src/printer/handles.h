@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace Nuv::Printer {
 
@@ -34,6 +35,12 @@ class Handles {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto found = objects_.find(reinterpret_cast<uintptr_t>(handle));
     return found == objects_.end() ? nullptr : found->second;
+  }
+  std::vector<std::shared_ptr<Object>> All() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::vector<std::shared_ptr<Object>> all;
+    for (const auto& [number, object] : objects_) all.push_back(object);
+    return all;
   }
   // The object lives on as long as somebody uses it.
   std::shared_ptr<Object> Remove(const Handle* handle) {

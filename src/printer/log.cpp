@@ -47,10 +47,9 @@ struct Current {
 void LogDiagnostic(const std::string& text) { Log(NUV_LOG_WARNING, {}, text); }
 
 // From the moment that the library is loaded nothing goes to the system's own log.
-[[maybe_unused]] const bool kDiagnosticsAreTaken = [] {
-  Platform::SendDiagnosticsTo(&LogDiagnostic);
-  return true;
-}();
+[[maybe_unused]] const struct TakesDiagnostics {
+  TakesDiagnostics() { Platform::SendDiagnosticsTo(&LogDiagnostic); }
+} kTakesDiagnostics;
 
 }  // namespace
 

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include "platform/files.h"
+
 namespace Nuv::Printer {
 namespace {
 
@@ -28,6 +30,15 @@ nuv_text Text(const std::string& bytes) {
   if (text != bytes) out.flags |= NUV_TEXT_REPAIRED;
   if (length != text.size()) out.flags |= NUV_TEXT_CUT;
   return out;
+}
+
+HostFile FileOf(const char* path) {
+  const QString text = QString::fromUtf8(path);
+  if (text.isEmpty() || text.toStdString() != path) {
+    throw Failure{NUV_RESULT_INVALID_ARGUMENT, "a path that is null, empty or no UTF-8"};
+  }
+  const std::wstring wide = text.toStdWString();
+  return {wide, QString::fromStdWString(Platform::FileName(wide)).toStdString()};
 }
 
 }  // namespace Nuv::Printer

@@ -14,6 +14,15 @@ namespace Nuv::Printer {
 // between characters, and both are told.
 nuv_text Text(const std::string& bytes);
 
+// A file as the host names it.
+struct HostFile {
+  std::wstring path;
+  std::string name;  // without folders, for a person
+};
+
+// Throws Failure for a path that is null, empty or no UTF-8.
+HostFile FileOf(const char* path);
+
 inline nuv_int Known(int number) { return {1, number}; }
 
 // That the caller's structure can be filled, which it is with zeros; its size stays. Outputs are

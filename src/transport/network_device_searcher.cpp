@@ -59,20 +59,20 @@ bool Bind(QUdpSocket& socket, const std::string& what, uint16_t port) {
   return true;
 }
 
+constexpr size_t kLongestDatagram = 65536;
+
 struct Datagram {
   std::string text;
   SearchAddress from;
 };
 
 std::optional<Datagram> Receive(QUdpSocket& socket) {
+  char text[kLongestDatagram];
   Datagram datagram;
-  datagram.text.resize(static_cast<size_t>(std::max<qint64>(socket.pendingDatagramSize(), 0)));
   QHostAddress sender;
-  const qint64 size =
-      socket.readDatagram(datagram.text.data(), static_cast<qint64>(datagram.text.size()), &sender,
-                          &datagram.from.second);
+  const qint64 size = socket.readDatagram(text, sizeof text, &sender, &datagram.from.second);
   if (size < 0) return std::nullopt;
-  datagram.text.resize(static_cast<size_t>(size));
+  datagram.text.assign(text, static_cast<size_t>(size));
   datagram.from.first = sender.toIPv4Address();
   return datagram;
 }
@@ -201,8 +201,8 @@ std::vector<std::string> NetworkDeviceSearcher::Broadcasts() {
   return broadcasts;
 }
 
-SearchAddresses NetworkDeviceSearcher::AddressesOfEnvironment(
-    uint16_t port, const std::vector<std::string>& broadcasts) {
+SearchAddresses NetworkDeviceSearcher::AddressesOfEnvironment(uint16_t port,
+                                                              const ListBroadcasts& broadcasts) {
   const std::string text = Nuv::Platform::Environment(kVariable).value_or("");
   if (text.find_first_not_of(" \t\r\n\v\f") == std::string::npos) return {true, {}, {}};
   SearchAddresses addresses = ParseSearchAddresses(text, port, broadcasts);
@@ -219,7 +219,8 @@ std::chrono::milliseconds NetworkDeviceSearcher::Longest(int timeoutMs) {
 
 std::vector<std::string> NetworkDeviceSearcher::Search(uint16_t port, int timeoutMs) {
   const std::vector<std::string> broadcasts = Broadcasts();
-  const SearchAddresses addresses = AddressesOfEnvironment(port, broadcasts);
+  const SearchAddresses addresses = AddressesOfEnvironment(
+      port, [&]() -> const auto& { return broadcasts; });
   Replies replies;
   AskAddresses(addresses.asked, timeoutMs, replies);
   if (!addresses.broadcast) return replies.Take();
@@ -266,7 +267,8 @@ void NetworkDeviceSearcher::SearchAtOnce(const SearchAddresses& whom, uint16_t p
                                          const std::function<void(const std::string&)>& found) {
   const Nuv::Platform::Deadline end = waiter_.In(timeoutMs);
   const QByteArray echo = message_.toUpper();
-  SearchTurn turn(port);
+  std::optional<SearchTurn> turn;
+  if (whom.broadcast) turn.emplace(port);
   QUdpSocket everybody;
   SearchBounds bounds("all networks", timeoutMs, waiter_.GetClock());
   bool listens = false;
@@ -274,7 +276,7 @@ void NetworkDeviceSearcher::SearchAtOnce(const SearchAddresses& whom, uint16_t p
   Replies replies;
   AddressAsker asker(whom.asked, message_, timeoutMs, waiter_);
   while ((broadcast || !asker.Done()) && waiter_.GetClock().Now() < end && goOn()) {
-    if (broadcast && !listens && turn.Try()) {
+    if (broadcast && !listens && turn->Try()) {
       listens = Bind(everybody, "all networks", port);
       broadcast = listens;
       for (const std::string& network : listens ? Broadcasts() : std::vector<std::string>()) {

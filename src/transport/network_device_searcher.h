@@ -47,7 +47,7 @@ class NetworkDeviceSearcher : public QObject {
   // What NUVCONNECT_SEARCH says now; what cannot be asked is told in one diagnostic. `port`: of
   // addresses without an own one.
   static Nuv::Transport::SearchAddresses AddressesOfEnvironment(
-      uint16_t port, const std::vector<std::string>& broadcasts);
+      uint16_t port, const Nuv::Transport::ListBroadcasts& broadcasts);
 
  private:
   class Replies;

@@ -32,11 +32,15 @@ std::optional<SearchAddress> ParseAddress(const std::string& item, uint16_t port
 }  // namespace
 
 SearchAddresses ParseSearchAddresses(const std::string& text, uint16_t port,
-                                     const std::vector<std::string>& broadcasts) {
+                                     const ListBroadcasts& broadcasts) {
   SearchAddresses addresses;
+  std::optional<std::vector<std::string>> listed;
   const auto isBroadcast = [&](const SearchAddress& each) {
-    return std::find(broadcasts.begin(), broadcasts.end(), NumberToDotted(each.first)) !=
-           broadcasts.end();
+    // Of no network that has broadcasts: the last bits of those are set.
+    constexpr uint32_t kLastBits = 3;
+    if ((each.first & kLastBits) != kLastBits) return false;
+    if (!listed) listed = broadcasts();
+    return std::find(listed->begin(), listed->end(), NumberToDotted(each.first)) != listed->end();
   };
   std::istringstream items(text);
   for (std::string item; items >> item;) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,11 +22,14 @@ struct SearchAddresses {
   std::vector<std::string> notUnderstood;  // and what was one too many
 };
 
+// The broadcast addresses of the host's networks, which it takes a moment to list.
+using ListBroadcasts = std::function<std::vector<std::string>()>;
+
 // Reads "broadcast 10.0.5.7 10.0.6.2:6014", in any order, separated by blanks. `port`: of addresses
 // without an own one. Addresses of many devices (multicast, and those of `broadcasts`) are not
 // understood: who asks them would not know who is to answer.
 SearchAddresses ParseSearchAddresses(const std::string& text, uint16_t port,
-                                     const std::vector<std::string>& broadcasts);
+                                     const ListBroadcasts& broadcasts);
 
 }  // namespace Nuv::Transport
 

@@ -30,6 +30,10 @@ ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::stri
                  uint16_t port);
 ptrdiff_t Receive(Handle socket, char* buffer, size_t length);
 
+// How long the other side may leave what was sent unacknowledged until the system ends the
+// connection; 0: as long as it likes. Where the system lacks it, nothing changes.
+void LimitSilence(Handle socket, std::chrono::milliseconds limit);
+
 void ShutDownSending(Handle socket);
 void ShutDown(Handle socket);
 void Close(Handle socket);

@@ -38,10 +38,9 @@ std::string Text(const sockaddr* address) {
 Handle Create(Kind kind) {
   const int type = kind == Kind::kTcp ? SOCK_STREAM | SOCK_NONBLOCK : SOCK_DGRAM;
   const int handle = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
-  if (handle >= 0 && kind == Kind::kTcp) {
-    const int on = 1;
-    setsockopt(handle, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  }
+  // Of others it fails, which does no harm.
+  const int on = 1;
+  setsockopt(handle, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   return handle;
 }
 
@@ -84,6 +83,11 @@ ptrdiff_t SendTo(Handle socket, const char* data, size_t length, const std::stri
 
 ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   return ::recv(Descriptor(socket), buffer, length, 0);
+}
+
+void LimitSilence(Handle socket, std::chrono::milliseconds limit) {
+  const auto ms = static_cast<unsigned>(limit.count());
+  ::setsockopt(Descriptor(socket), IPPROTO_TCP, TCP_USER_TIMEOUT, &ms, sizeof ms);
 }
 
 void ShutDownSending(Handle socket) { ::shutdown(Descriptor(socket), SHUT_WR); }

@@ -93,6 +93,13 @@ ptrdiff_t Receive(Handle socket, char* buffer, size_t length) {
   return received;
 }
 
+void LimitSilence(Handle socket, std::chrono::milliseconds limit) {
+  constexpr int kMaximumRetransmissionMs = 14;  // TCP_MAXRTMS, which older headers lack
+  const auto ms = static_cast<DWORD>(limit.count());
+  ::setsockopt(Socket(socket), IPPROTO_TCP, kMaximumRetransmissionMs,
+               reinterpret_cast<const char*>(&ms), sizeof ms);
+}
+
 void ShutDownSending(Handle socket) { ::shutdown(Socket(socket), SD_SEND); }
 void ShutDown(Handle socket) { ::shutdown(Socket(socket), SD_BOTH); }
 void Close(Handle socket) { ::closesocket(Socket(socket)); }

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "platform/diagnostics.h"
+#include "transport/socket_system.h"
 #include "transport/socket_thread.h"
 
 using namespace Nuv::Transport;
@@ -169,6 +170,10 @@ bool TcpDeviceConnector::HasInput(Nuv::Platform::Deadline deadline) const {
 
 bool TcpDeviceConnector::IsConnected() const {
   return socket_->state() == QAbstractSocket::ConnectedState;
+}
+
+void TcpDeviceConnector::LimitSilence(std::chrono::milliseconds limit) {
+  if (IsConnected()) SocketSystem::LimitSilence(socket_->socketDescriptor(), limit);
 }
 
 LinkState TcpDeviceConnector::Look() {

@@ -2,6 +2,7 @@
 #define NUV_TRANSPORT_TCP_DEVICE_CONNECTOR_H_
 
 #include <QObject>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -51,6 +52,9 @@ class TcpDeviceConnector : public QObject {
   // that has arrived, but keeps 64 KiB at most: a reply still on its way is cut there. `reply`
   // is set only on kOk, which needs `expected` (may be empty) to occur in the text.
   TcpResult Receive(const std::string& expected, std::string& reply, int timeoutMs);
+
+  // See SocketSystem::LimitSilence; nothing without a connection.
+  void LimitSilence(std::chrono::milliseconds limit);
 
   // How the connection stands, without waiting. Throws away what has come, so that an end behind it
   // shows. An end is told until the next Connect or Disconnect.

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The binary interface of both libraries is the one that is stored: the exports, all types that they
+# The binary interface of each library is the one that is stored: the exports, all types that they
 # reach, the virtual tables of the interfaces. Each Debian has a description of its own, since it holds
 # what that system's C++ library makes of strings and lists.
 # Usage: check_abi.sh BUILD_FOLDER [--update]    --update: stores what there is
@@ -23,9 +23,10 @@ describe() {
 }
 describe libNuvConnect5.so "$sources/include"
 describe libNuvFile.so "$sources/nuvfile/include"
+describe libnuvprinter.so "$sources/include"
 
 failed=0
-for library in libNuvConnect5.so libNuvFile.so; do
+for library in libNuvConnect5.so libNuvFile.so libnuvprinter.so; do
   if [ -f "$stored/$library.abi.xz" ]; then
     xz -dc "$stored/$library.abi.xz" > "$work/stored.abi"
     same=1

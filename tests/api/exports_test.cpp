@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <vector>
 
 #include "api/marshalling.h"
 #include "command/reply_views.h"
@@ -65,6 +66,14 @@ TEST_F(ExportsTest, WithoutInstanceEveryExportSaysSoAndTouchesNothing) {
     EXPECT_EQ(outcome.result, row.Returns(NUV_NO_INSTANCE));
     EXPECT_EQ(outcome.outputs, row.untouched);
   }
+}
+
+TEST_F(ExportsTest, AnImageOfThePanelIsReadNoFurther) {
+  Start(false);
+  const std::vector<unsigned char> image(NUV_PANEL_IMAGE_BYTES + 1, 'x');
+  EXPECT_EQ(API_SendFWPanelData(image.data(), NUV_PANEL_IMAGE_BYTES + 1), NUV_OK);
+  EXPECT_THAT(record.calls,
+              ElementsAre("SendFWPanelData " + std::string(NUV_PANEL_IMAGE_BYTES, 'x')));
 }
 
 TEST_F(ExportsTest, EachCallsItsOperationInputsAndOutputsInOrder) {

@@ -150,7 +150,7 @@ TEST_F(ChannelTest, WhatIsQueuedOfAnImageGoesOutWithItsEnd) {
   ASSERT_TRUE(raw.ChooseDevice(NUV_KIND_NETWORK, 0));
   peer.Accept();
   const std::vector<uint8_t> image(size_t{32} << 20, 'x');
-  raw.BeginJob(JobKind::kImage);
+  raw.BeginJob(JobKind::kImage, nullptr);
   EXPECT_EQ(raw.Send({}), Reason::kNone);
   inNoTime.SetPeer(&nobody);
   EXPECT_EQ(raw.Send(image), Reason::kNotTaken);
@@ -280,7 +280,7 @@ TEST_F(LeftLinkTest, EveryOperationWaitsForTheExchangeUnderWay) {
     std::atomic<bool> done{false};
     port.onRead = [&] {
       if (begun.exchange(true)) return;
-      raw.BeginJob(JobKind::kImage);
+      raw.BeginJob(JobKind::kImage, nullptr);
       meanwhile = std::thread([&] {
         operations[i]();
         done = true;

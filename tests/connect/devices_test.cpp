@@ -252,6 +252,16 @@ TEST_F(DevicesTest, SearchesTakeTurnsAndHoldUpNoQuery) {
   EXPECT_EQ(replies.size(), 1U);
 }
 
+TEST_F(DevicesTest, APortThatAnotherProgramHasIsTold) {
+  QUdpSocket other;
+  ASSERT_TRUE(other.bind(QHostAddress(QHostAddress::AnyIPv4), 6999, QUdpSocket::DontShareAddress));
+  Start({Printer("A1")});
+  framework.SetUpdPort(6999);
+  EXPECT_THAT(ToldBy([&] { EXPECT_EQ(List(), NUV_NOT_FOUND); }),
+              HasSubstr("port 6999 cannot be bound"));
+  framework.SetUpdPort(kDefaultSearchPort);
+}
+
 TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {
   Start({Printer("A1")});
   SearchSettings::Instance().SetTimeoutMs(1);

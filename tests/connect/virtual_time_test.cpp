@@ -83,6 +83,8 @@ TEST_F(VirtualTimeTest, SecondAnswerIsNotTakenForTheNextQuestion) {
   EXPECT_EQ(power, 80);
   EXPECT_EQ(micrometres, 5);
   EXPECT_EQ(time.NowMs(), 37150 + 250) << "until nothing more came";
+  EXPECT_EQ(host.GetParameter(PrinterParameter::kZCompensation, &micrometres), NUV_OK);
+  EXPECT_EQ(time.NowMs(), 37150 + 250) << "and nothing is owed any more";
 }
 
 TEST_F(VirtualTimeTest, WhatIsNotTakenIsToldSo) {

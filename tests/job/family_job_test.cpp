@@ -110,6 +110,15 @@ TEST_F(FamilyJobTest, FailuresEndTheJobBeforeItsData) {
   }
 }
 
+TEST_F(FamilyJobTest, AnArgumentThatIsNoWholeNumberIsNamed) {
+  files.arguments = "layers=1x\n";
+  EXPECT_THAT(ToldBy([&] { EXPECT_FALSE(OpeningOf(files)); }),
+              ::testing::HasSubstr("argument layers is \"1x\", not a whole number"));
+  files.arguments = "resin_ml=many\nexposure_s=1.5\n";
+  EXPECT_EQ(OpeningOf(files)->resinMl, 0);
+  EXPECT_EQ(OpeningOf(files)->exposureS, 1.5);
+}
+
 TEST_F(FamilyJobTest, OtherRefusalsCostOnlyTheBytesTheyAreAbout) {
   files.machineId = kBego;
   Refused("F353")(*this);

@@ -77,6 +77,26 @@ TEST_F(FirmwareTest, CancelStopsTheTransferAndALostConnectionDoesNot) {
   }
 }
 
+// Of libnuvprinter: what is not taken goes on, what is lost ends it.
+TEST_F(FirmwareTest, ALostConnectionEndsATransferThatWantsIt) {
+  const std::string image = Image(30000);
+  const auto send = [&] {
+    return SendFirmware(Context(), {image.begin(), image.end()}, BlockHeader::kNone,
+                        LostLink::kEndsTransfer);
+  };
+  WritesFailAfter(1)(*this);
+  EXPECT_EQ(send(), NUV_OK) << "the link stands";
+  EXPECT_EQ(g_host.updates.size(), 3U);
+  StartAnew();
+  printer.writesUntilFailure = 1;
+  printer.endsAfterBlocks = 1;
+  EXPECT_EQ(send(), NUV_WRITE_FAILED);
+  EXPECT_EQ(g_host.updates.size(), 1U);
+  StartAnew();
+  printer.endsAfterBlocks = 1;
+  EXPECT_EQ(send(), NUV_OK) << "all was taken";
+}
+
 std::function<void()> g_meanwhile;
 
 TEST_F(FirmwareTest, LinkIsClaimedMeanwhileAndOneTransferRunsAtATime) {

@@ -39,6 +39,7 @@ class FakePrintFiles final : public IPrintFileLibrary {
   bool LoadLibrary() override { return Told(available); }
   bool Load(const std::string&) override { return Told(accepts); }
   void Close() override { ++closes; }
+  std::string LastError() const override { return "no"; }
   std::string GetMachineID() override { return machineId; }
   std::string GetProjectID() override { return "P7"; }
   std::string GetMaterialID() override { return "Resin A"; }

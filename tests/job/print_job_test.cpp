@@ -300,6 +300,50 @@ TEST_F(JobTest, SecondJobMeanwhileIsRefused) {
   EXPECT_FALSE(other.jobRunning);
 }
 
+// Whoever can interrupt a job, and does it when the printer is asked for space once more.
+class Interrupting final : public IJobHost {
+ public:
+  explicit Interrupting(Platform::Interrupt& interrupt) : interrupt_(interrupt) {}
+  void ReportError(int, int) override {}
+  void ReportStart() override {}
+  void ReportSent(int, int) override { FAIL() << "there is no room"; }
+  bool IsCancelled() override { return interrupt_.Raised(); }
+  void ReportOpening() override { story += "opening "; }
+  void ReportWaiting() override {
+    story += "waiting ";
+    interrupt_.Raise();
+  }
+  void ReportAbandoned(bool accepted) override { story += accepted ? "dropped" : "kept"; }
+
+  std::string story;
+
+ private:
+  Platform::Interrupt& interrupt_;
+};
+
+TEST_F(JobTest, AnInterruptedJobIsAbandonedBehindTheQuestionUnderWay) {
+  for (const bool answers : {true, false}) {
+    StartAnew();
+    files.lines = {std::string(200, 'x')};
+    HasFreeBuffer(100);
+    Platform::Interrupt interrupt;
+    Interrupting host(interrupt);
+    printer.onExecute = [&] {
+      if (printer.Wire().back() != "F104 S2\r\n") return;
+      EXPECT_TRUE(printer.lastIsAgain) << "it does not wait for what is owed";
+      printer.Replies({"F117 OK S:9"});
+      if (answers) printer.Replies({"F104 OK"});
+    };
+    const JobContext context{printer, clock, files, host, state, &interrupt};
+    EXPECT_EQ(SendPrintFile(context, path.wstring(), nullptr), NUV_OK);
+    EXPECT_EQ(host.story, std::string("opening waiting ") + (answers ? "dropped" : "kept"));
+    const Strings& wire = printer.Wire();
+    EXPECT_THAT(wire, ::testing::Not(::testing::Contains("<open>")));
+    EXPECT_THAT(Strings(wire.end() - 3, wire.end()),
+                ::testing::ElementsAre("F117\r\n", "F104 S2\r\n", "<read>"));
+  }
+}
+
 // What the file becomes while it is sent changes nothing.
 TEST_F(JobTest, CommandTextIsReadOnceBeforeItsFirstLine) {
   WriteFile("G28\nG29 X1\n");

@@ -146,6 +146,17 @@ TEST_F(FindTest, ManyAreAskedAFewAtOnce) {
   EXPECT_THAT(found, ::testing::Contains("A1: done"));
 }
 
+// More than are asked at once, none of which says who it is.
+TEST_F(FindTest, WhoIsNotAskedInTimeIsAPrinterToo) {
+  Start({Printer("A1")});
+  Commits("burst,n=40");
+  Commits("silent,code=101,count=-1");
+  call.timeLimit = std::chrono::seconds(1);
+  const auto found = nuv::Find(options, call);
+  EXPECT_EQ(found.size(), 41U);
+  for (const Identity& each : found) EXPECT_EQ(each.contact, Result::kNoAnswer);
+}
+
 TEST_F(FindTest, AddressesAreAskedOneByOne) {
   Start({Printer("A1"), Printer("A2", "10.77.2.2"), Printer("L1", "127.0.0.1")});
   call.timeLimit = kForEver;

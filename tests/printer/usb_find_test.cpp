@@ -66,6 +66,18 @@ TEST_F(UsbFindTest, AnAnswerOwedIsWaitedForBeforeTheNextCall) {
   EXPECT_EQ(port.open, -1);
 }
 
+TEST_F(UsbFindTest, LinksAreSearchedAsTheHostSays) {
+  for (const int links :
+       {0, 0 + NUV_LINK_NETWORK, 0 + NUV_LINK_USB, NUV_LINK_NETWORK + NUV_LINK_USB}) {
+    nuv_search_options options = NUV_INIT(nuv_search_options);
+    options.links = links;
+    const Wishes wishes = WishesOf(&options);
+    EXPECT_EQ(wishes.usb, links != NUV_LINK_NETWORK);
+    EXPECT_EQ(wishes.network, links != NUV_LINK_USB);
+  }
+  EXPECT_TRUE(WishesOf(nullptr).usb && WishesOf(nullptr).network);
+}
+
 TEST_F(UsbFindTest, WhoCannotBeOpenedIsAPrinterToo) {
   port.printers = {{"U1", "", false}};
   const std::vector<nuv_identity> found = FindOnUsb();

@@ -23,7 +23,7 @@ class ChannelStub : public Nuv::Connect::IChannel {
   void SetSearchPort(int) override {}
   void SetSearchMessage(std::string) override {}
   Nuv::Connect::LinkLook Look() override { return {true, false}; }
-  void BeginJob(Nuv::Connect::JobKind) override {}
+  void BeginJob(Nuv::Connect::JobKind, Nuv::Platform::Interrupt*) override {}
   void EndJob(bool) override {}
 };
 

@@ -34,11 +34,13 @@ class ScriptedChannel final : public ChannelStub {
   int endsAfterBlocks = -1;  // the printer ends the link behind so many SendBytes; -1 never
   Nuv::Connect::JobKind job = Nuv::Connect::JobKind::kNone;
   bool endedComplete = false;
+  bool lastIsAgain = false;         // whether the last request throws nothing away
   int writesUntilFailure = -1;      // SendBytes fails after so many; -1 never
   std::function<void()> onExecute;  // called before each command is answered
 
   Nuv::Connect::Reply Transact(const Nuv::Connect::Request& request) override {
     wire_.push_back(request.line);
+    lastIsAgain = request.again;
     if (onExecute) onExecute();
     return Answer(request.line);
   }
@@ -50,7 +52,7 @@ class ScriptedChannel final : public ChannelStub {
     if (Ended()) wire_.emplace_back("<look>");
     return {!Ended(), unconfirmed_};
   }
-  void BeginJob(Nuv::Connect::JobKind kind) override { job = kind; }
+  void BeginJob(Nuv::Connect::JobKind kind, Nuv::Platform::Interrupt*) override { job = kind; }
   void EndJob(bool complete) override {
     job = Nuv::Connect::JobKind::kNone;
     endedComplete = complete;

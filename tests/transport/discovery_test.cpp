@@ -40,8 +40,14 @@ TEST(LiteralAddressTest, IsWhatNeedsNoLookUp) {
 }
 
 TEST(SearchAddressesTest, ItemsThatNobodyCanAskAreNotUnderstood) {
-  const auto read = [](const std::string& text) {
-    const SearchAddresses addresses = ParseSearchAddresses(text, 6013, {"10.0.5.255"});
+  int listings = 0;
+  const auto broadcasts = [&] {
+    ++listings;
+    return std::vector<std::string>{"10.0.5.255"};
+  };
+  const auto read = [&](const std::string& text) {
+    listings = 0;
+    const SearchAddresses addresses = ParseSearchAddresses(text, 6013, broadcasts);
     std::string items = addresses.broadcast ? "broadcast" : "";
     for (const auto& [address, port] : addresses.asked) {
       items += " " + NumberToDotted(address) + ":" + std::to_string(port);
@@ -61,11 +67,14 @@ TEST(SearchAddressesTest, ItemsThatNobodyCanAskAreNotUnderstood) {
          " !1.2.3.4: !1.2.3.4:0 !1.2.3.4:65536 !1.2.3.4:4294973309 !1.2.3.4:x !1.2.3.4:6.0 "
          "!1.2.3.4:1:2"}}) {
     EXPECT_EQ(read(text), items);
+    EXPECT_LE(listings, 1);
   }
+  read("10.0.5.1 10.0.5.2 10.0.5.4");
+  EXPECT_EQ(listings, 0) << "no network's broadcast address";
   std::string many;
   for (uint32_t i = 1; i <= SearchAddresses::kMost + 1; ++i)
     many += NumberToDotted(1 << 24 | i) + " ";
-  const SearchAddresses most = ParseSearchAddresses(many + many, 1, {});
+  const SearchAddresses most = ParseSearchAddresses(many + many, 1, broadcasts);
   EXPECT_EQ(most.asked.size(), SearchAddresses::kMost);
   EXPECT_EQ(most.notUnderstood.size(), 2U) << "the last one, each time";
 }

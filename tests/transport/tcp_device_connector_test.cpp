@@ -10,10 +10,12 @@
 #include <memory>
 #include <thread>
 
+#include "tests/support/manual_clock.h"
 #include "tests/support/peer.h"
 #include "tests/support/qt_warnings.h"
 #include "tests/support/told.h"
 #include "tests/support/virtual_clock.h"
+#include "transport/socket_system.h"
 
 using namespace Nuv::Transport;
 using ::testing::HasSubstr;
@@ -23,6 +25,37 @@ namespace {
 constexpr int kReplyTimeoutMs = 6000;
 constexpr int kLongMs = 60000;
 constexpr size_t kEndless = size_t{32} << 20;  // more than the buffers of two sockets take
+
+// Whoever takes a little now and then is waited for, but not for ever.
+TEST(FinishWriteTest, AWriteEndsWhenNothingIsTakenOrTooLittle) {
+  const auto socket = SocketSystem::Create(SocketSystem::Kind::kUdp);  // which takes always
+  const struct {
+    int64_t left;
+    int64_t takes;  // in 20 s, -1: the connection ends
+    WriteEnd end;
+    int64_t seconds;
+  } rows[] = {{6 << 16, 1 << 16, WriteEnd::kTaken, 120},
+              {60 << 16, 0, WriteEnd::kNotTaken, 40},
+              {6 << 16, 1 << 10, WriteEnd::kNotTaken, 160},
+              {6, -1, WriteEnd::kLost, 20}};
+  for (const auto& row : rows) {
+    ManualClock clock;
+    const Nuv::Platform::Waiter waiter(clock);
+    TcpLimits limits;
+    limits.stallMs = 30000;
+    limits.per64KiBMs = 20000;
+    int64_t left = row.left;
+    int64_t rest = left;
+    const auto take = [&] {
+      clock.SleepFor(std::chrono::seconds(20));
+      rest -= row.takes;
+      return row.takes < 0 ? -1 : rest;
+    };
+    EXPECT_EQ(FinishWrite(socket, left, limits, waiter, take), row.end);
+    EXPECT_EQ(clock.SleptMs(), row.seconds * 1000);
+  }
+  SocketSystem::Close(socket);
+}
 
 class TcpDeviceConnectorTest : public ::testing::Test {
  protected:

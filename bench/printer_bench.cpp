@@ -1,0 +1,74 @@
+// libnuvprinter: finding on two networks, and a printer opened by its address, asked once and left.
+
+#include <array>
+#include <asio/buffer.hpp>
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/ip/udp.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "bench/benchmarks.h"
+#include "bench/figures.h"
+#include "bench/process.h"
+#include "nuvprinter/nuvprinter.hpp"
+
+namespace Bench {
+namespace {
+
+using asio::ip::tcp;
+using asio::ip::udp;
+
+constexpr char kPrinterHost[] = "10.77.1.2";
+constexpr uint16_t kSearchPort = 6013;
+constexpr int kLimitMs = 1000;
+constexpr int kOpenings = 500;
+
+// What nobody can do without: where is it, a connection, a question, an answer.
+void AskBarely(asio::io_context& io) {
+  std::array<char, 512> reply;
+  udp::socket search(io, udp::v4());
+  search.send_to(asio::buffer(std::string_view("F195\r\n")),
+                 udp::endpoint(asio::ip::make_address_v4(kPrinterHost), kSearchPort));
+  udp::endpoint from;
+  const size_t size = search.receive_from(asio::buffer(reply), from);
+  const std::string answer(reply.data(), size);
+  const int port = std::atoi(answer.c_str() + answer.find("PORT=") + sizeof "PORT=" - 1);
+  tcp::socket printer(io);
+  printer.connect(
+      tcp::endpoint(asio::ip::make_address_v4(kPrinterHost), static_cast<uint16_t>(port)));
+  printer.set_option(tcp::no_delay(true));
+  printer.write_some(asio::buffer(std::string_view("F102\r\n")));
+  if (printer.read_some(asio::buffer(reply)) == 0) std::abort();
+}
+
+void Ask() {
+  if (nuv::Printer::OpenAddress(kPrinterHost).GetState().state != nuv::PrinterState::kIdle) {
+    std::abort();
+  }
+}
+
+}  // namespace
+
+void RunPrinter(const std::string& nuvsim) {
+  std::printf("libnuvprinter: finding, and opening by address\n");
+  nuv::SearchOptions options;
+  options.links = {nuv::Link::kNetwork};
+  nuv::Call call;
+  call.timeLimit = std::chrono::milliseconds(kLimitMs);
+  const std::vector<double> search = Sample(3, [&] { nuv::Find(options, call); });
+  Report("search of two networks over its time limit", Quantile(search, 0.5) / 1e6 / kLimitMs,
+         "times", 1.1);
+
+  const Child printer({nuvsim, "--address", kPrinterHost});
+  asio::io_context io;
+  const std::vector<double> bare = Sample(kOpenings, [&] { AskBarely(io); });
+  const std::vector<double> opened = Sample(kOpenings, Ask);
+  Report("floor: the same with bare sockets, median", Quantile(bare, 0.5) / 1000, "us");
+  Report("opening by address, a state, closing, median", Quantile(opened, 0.5) / 1000, "us");
+  Report("over the floor", Quantile(opened, 0.5) / Quantile(bare, 0.5), "times", 3);
+}
+
+}  // namespace Bench
