@@ -1,127 +1,94 @@
-#include <filesystem>
-#include <fstream>
-
 #include "command_fixture.h"
 
 namespace NuvCtl {
 namespace {
 
-constexpr int kPanelBytes = 21504;
+constexpr size_t kPanelBytes = 21504;
 
-struct FirmwareTest : CommandTest {
-  void TearDown() override { std::filesystem::remove(file); }
-  // As Ends, for scripts only.
-  void Update(const std::string& kind, int bytes, Words options, int exit,
-              const std::string& code = "") {
-    content.clear();
-    for (int i = 0; i < bytes; ++i) content += static_cast<char>(i * 31 >> 3);
-    std::ofstream(file, std::ios::binary) << content;
-    options.insert(options.begin(), {"firmware", kind, file});
-    EXPECT_EQ(Json(options).exit, exit) << kind;
-    EXPECT_EQ(ErrorCode(), code) << kind;
+class FirmwareTest : public CommandTest {
+ protected:
+  void SetUp() override {
+    CommandTest::SetUp();
+    One("Fabrix150 xP");
+    for (size_t i = 0; i < kPanelBytes; ++i) image += static_cast<char>(i * 31 >> 3);
   }
-
-  const std::string file = testing::TempDir() + "f w.bin";
-  std::string content;
+  void Update(const std::string& part, const std::string& bytes, const Words& options, int wanted,
+              const std::string& code = "") {
+    Words arguments = {"firmware", part, File(bytes, "f w.bin")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    Ends(arguments, wanted, code);
+  }
+  std::string image;
 };
 
-TEST_F(FirmwareTest, IsAnnouncedSentAndEndedInTheWayOfItsKind) {
+TEST_F(FirmwareTest, ArrivesAndSaysWhatThePrinterSaid) {
   const struct {
-    const char* kind;
-    int bytes;
-    Words calls;
-    const char *result, *key, *value;  // key and value: what else is told
-  } kRows[] = {
-      {"engine", 30000, {"engine 30000 f w.bin", "image"}, "sent", "firmware", "1.2"},
-      {"android", 1, {"android 1 1 f w.bin", "image", "start"}, "accepted", nullptr, nullptr},
-      {"panel", kPanelBytes, {"panel f w.bin", "image", "finish"}, "accepted", "answer", "Done"},
-  };
-  for (const auto& row : kRows) {
-    SetUp();
-    Update(row.kind, row.bytes, {"--yes"}, kDone);
-    g_fake.calls.erase(g_fake.calls.begin(), g_fake.calls.begin() + 2);  // list, open
-    EXPECT_EQ(g_fake.calls, row.calls);
-    EXPECT_EQ(g_fake.image, content);
-    nlohmann::json expected = {{"kind", row.kind},
-                               {"file", file},
-                               {"bytes", row.bytes},
-                               {"result", row.result},
-                               {"seconds", 0.0}};
-    if (row.key != nullptr) expected[row.key] = row.value;
-    EXPECT_EQ(document, expected);
+    const char *part, *result, *key;  // key: what else is told
+  } rows[] = {{"engine", "sent", "firmware"},
+              {"android", "accepted", "answer"},
+              {"panel", "accepted", "answer"}};
+  for (const auto& row : rows) {
+    Update(row.part, image, {"--yes"}, kDone);
+    EXPECT_EQ(simulator->ReceivedBytes(row.part), image);
+    EXPECT_EQ(document["result"], row.result);
+    EXPECT_EQ(document["bytes"], kPanelBytes);
+    EXPECT_TRUE(document.contains(row.key));
   }
 }
 
-TEST_F(FirmwareTest, IsRefusedBeforeAnySearch) {
-  Update("engine", 0, {"--yes"}, kFileProblem, "wrong_size");
-  Update("panel", kPanelBytes - 1, {"--yes"}, kFileProblem, "wrong_size");
-  Update("panel", kPanelBytes + 1, {"--yes"}, kFileProblem, "wrong_size");
-  Update("motor", 10, {"--yes"}, kUsage, "usage");
-  Update("engine", 10, {}, kUsage, "usage");  // nobody to ask
-  std::filesystem::resize_file(file, std::uintmax_t{1} << 31);
-  Ends({"firmware", "engine", file, "--yes"}, kFileProblem, "wrong_size");
-  Ends({"firmware", "engine", file + ".missing"}, kFileProblem, "file_not_readable");
-  EXPECT_TRUE(g_fake.calls.empty());
+TEST_F(FirmwareTest, ThatIsPlainlyNoneIsNotSentUnlessForced) {
+  Update("engine", "\x89PNG" + image, {"--yes"}, kNotFit, "not_fit");
+  Update("android", "", {"--yes"}, kNotFit, "not_fit");
+  Update("panel", image + "x", {"--yes", "--force"}, kNotFit, "not_fit");
+  Update("motor", image, {"--yes"}, kUsage, "usage");
+  Update("engine", image, {}, kUsage, "usage");  // nobody to ask
+  Ends({"firmware", "engine", "missing", "--yes"}, kFileProblem, "file_not_readable");
+  simulator->SetError(0, 3);
+  Update("engine", image, {"--yes"}, kPrinterFailed, "busy");
+  simulator->ClearError(0);
+  EXPECT_TRUE(simulator->Received().empty());
+  Update("engine", "\x89PNG" + image, {"--yes", "--force"}, kDone);
 }
 
-TEST_F(FirmwareTest, AsksAtATerminal) {
+TEST_F(FirmwareTest, IsAskedAboutWithTheVersionThatIsOnIt) {
   system.terminal = true;
-  for (const char* answer : {"y\n", "Y", "n\n", "\n", "", "later\n"}) {
-    SetUp();
+  for (const char* answer : {"n\n", "", "later\n"}) {
     system.answer = answer;
-    const bool yes = answer[0] == 'y' || answer[0] == 'Y';
-    Update("android", 2000, {}, yes ? kDone : kCancelled, yes ? "" : "cancelled");
-    EXPECT_EQ(Called("image"), yes);
-    EXPECT_NE(system.prompt.find("Android board of SN1 (Fabrix100 xP)"), std::string::npos);
+    Update("android", image, {}, kCancelled, "cancelled");
   }
-  system.answer.reset();
-  Update("android", 2000, {}, kCancelled, "cancelled");
+  EXPECT_TRUE(simulator->Received().empty());
+  EXPECT_THAT(system.prompt,
+              HasSubstr("Android board of the Fabrix150 xP \"Lab one\" at 127.0.0.1, version 2.1.0"));
+  system.answer = "Y";
+  Update("android", image, {}, kDone);
 }
 
 TEST_F(FirmwareTest, IsASuccessOnlyWhenThePrinterSaysSo) {
-  constexpr int kRefused = NUV_PRINTER_REFUSED;
   const struct {
-    const char* kind;
-    std::map<int, int> results;
-    ExitCode exit;
+    const char *part, *fault;
+    int exit;
     const char* code;
-    bool sends;
-    StateAnswer state = kIdle;
-  } kRows[] = {
-      {"engine", {{141, kRefused}}, kPrinterFailed, "refused", false},
-      {"android", {{506, kRefused}}, kPrinterFailed, "refused", false},
-      {"panel", {{188, NUV_FAILED}}, kConnectionProblem, "no_answer", false},
-      {"panel", {}, kPrinterFailed, "busy", false, kPrinting},
-      {"android", {{507, kRefused}}, kPrinterFailed, "update_failed", true},
-      {"panel", {{189, NUV_FAILED}}, kConnectionProblem, "update_unconfirmed", true},
-      {"engine", {{101, NUV_FAILED}}, kConnectionProblem, "update_unconfirmed", true},
+  } rows[] = {
+      {"engine", "refuse,code=141,count=-1", kPrinterFailed, "update_failed"},
+      {"android", "refuse,code=507,count=-1", kPrinterFailed, "update_failed"},
+      {"android", "drop-after,bytes=9000", kConnectionProblem, "update_unconfirmed"},
   };
-  for (const auto& row : kRows) {
-    SetUp();
-    g_fake.results = row.results;
-    g_fake.states.answers = {row.state};
-    Update(row.kind, kPanelBytes, {"--yes"}, row.exit, row.code);
-    EXPECT_EQ(Called("image"), row.sends);
-    EXPECT_EQ(document.value("result", ""), row.sends ? "not_confirmed" : "");
+  for (const auto& row : rows) {
+    Commits(row.fault);
+    Update(row.part, image, {"--yes"}, row.exit, row.code);
+    simulator->ClearFaults(0);
   }
-}
-
-TEST_F(FirmwareTest, EngineThatRestartsIsAskedOnANewConnection) {
-  g_fake.results = {{101, 1}};
-  g_fake.answersWhenReopened = 3;
-  Update("engine", kPanelBytes, {"--yes"}, kDone);
-  EXPECT_EQ(document["result"], "sent");
 }
 
 TEST_F(FirmwareTest, CtrlCCancelsAndStartsNothing) {
-  for (const char* kind : {"engine", "android", "panel"}) {
-    SetUp();
-    g_fake.beforeStep = [this](size_t step) { system.interrupted = step == 1; };
-    Update(kind, kPanelBytes, {"--yes"}, kCancelled, "cancelled");
-    EXPECT_EQ(document["bytes"], kPanelBytes / 2);
-    EXPECT_NE(document.dump().find("keeps its old firmware"), std::string::npos);
-    EXPECT_EQ(g_fake.calls.back(), "image");
-  }
+  const std::string large(2000000, 'x');
+  system.interrupts = [&] {
+    const auto received = simulator->Received();
+    return !received.empty() && received.back().receivedBytes > 100000;
+  };
+  Update("android", '\0' + large, {"--yes"}, kCancelled, "cancelled");
+  EXPECT_LT(document["bytes"], 2000000);
+  EXPECT_THAT(out, HasSubstr("keeps its old firmware"));
 }
 
 }  // namespace

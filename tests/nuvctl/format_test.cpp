@@ -21,9 +21,11 @@ TEST(PrintableTest, LeavesTextAndReplacesWhatSteersATerminal) {
   for (const auto& [text, expected] : kRows) EXPECT_EQ(Printable(text), expected);
 }
 
-TEST(WideFromUtf8Test, KeepsEveryCharacterAndRefusesWhatIsNotUtf8) {
-  EXPECT_EQ(WideFromUtf8("Zähne 牙 😀.nuv"), L"Zähne 牙 \U0001F600.nuv");
-  EXPECT_EQ(WideFromUtf8("Z\xE4hne"), std::nullopt);
+TEST(ColumnsTest, CountsAndCutsWholeCharacters) {
+  EXPECT_EQ(DisplayWidth("Z\u00E4\u7259"), 4U);
+  EXPECT_EQ(FirstColumns("Z\u00E4\u7259x", 3), "Z\u00E4");
+  EXPECT_TRUE(IsUtf8("Z\u00E4\u7259"));
+  EXPECT_FALSE(IsUtf8("Z\xE4hne"));
 }
 
 TEST(FormatTest, RoundsDownWithinTheUnit) {

@@ -1,181 +1,180 @@
-#include <filesystem>
-#include <fstream>
-
 #include "command_fixture.h"
 
 namespace NuvCtl {
 namespace {
 
-constexpr MarkAnswer kBefore = {0, 6, 10};
-constexpr MarkAnswer kTaken = {0, 7, 1000};
-constexpr MarkAnswer kSilent = {NUV_FAILED, 0, 0};
-constexpr MarkAnswer kNotCounted = {NUV_PRINTER_REFUSED, 0, 0};
-constexpr int kCut = NUV_WRITE_FAILED, kFull = NUV_NO_BUFFER_SPACE;
-
-struct JobsTest : CommandTest {
-  void SetUp() override {
-    CommandTest::SetUp();
-    g_fake.beforeStep = [this](size_t) { system.now += 1000; };
-    std::ofstream(std::filesystem::u8path(file)) << "data";
+class JobsTest : public CommandTest {
+ protected:
+  bool IsIdle() {
+    return Becomes([&] { return simulator->Status().state == NuvSim::State::kIdle; });
   }
-  void TearDown() override { std::filesystem::remove(std::filesystem::u8path(file)); }
-
-  const std::string file = testing::TempDir() + "nuvctl_Zähne_牙.nuv";
 };
 
-TEST_F(JobsTest, SaysAcceptedOnlyWhenThePrinterTookTheWholeJob) {
-  const std::vector<StateAnswer> kBegins = {kIdle, kReceiving, kPrinting};
-  const struct {
-    const char *name, *outcome;  // error code, or result
-    ExitCode exit;
-    std::vector<MarkAnswer> marks;  // the first before the job
-    std::vector<int> sent = {1000};
-    int sendResult = NUV_OK;
-    bool leaves = false;  // perhaps a job that is still open
-    std::vector<StateAnswer> states = {kIdle};
-  } kRows[] = {
-      {"taken", "accepted", kDone, {kBefore, kTaken}, {500, 1000}},
-      {"first job ever", "accepted", kDone, {{0, 0, 0}, {0, 1, 1000}}},
-      {"taken late", "accepted", kDone, {kBefore, kBefore, {0, 7, 900}, kTaken}},
-      {"old job of equal size", "job_not_taken", kPrinterFailed, {{0, 6, 1000}}},
-      {"bytes missing", "job_not_taken", kPrinterFailed, {kBefore, {0, 7, 9}}, {1000}, 0, true},
-      {"prints", "accepted", kDone, {kNotCounted}, {1000}, 0, false, kBegins},
-      {"no count, idle", "job_not_taken", kPrinterFailed, {kNotCounted}},
-      {"count refused afterwards", "job_not_taken", kPrinterFailed, {kBefore, kNotCounted}},
-      {"silent afterwards", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}},
-      {"closed behind it", "accepted", kDone, {kBefore, kSilent, kTaken}},
-      {"more than announced", "size_mismatch", kFileProblem, {kBefore, kTaken}, {1001}},
-      {"nothing to send", "file_empty", kFileProblem, {kBefore, {0, 7, 0}}, {}},
-      {"not opened", "no_answer", kConnectionProblem, {kBefore}, {}, NUV_FAILED},
-      {"refused", "job_refused", kPrinterFailed, {kBefore}, {}, NUV_PRINTER_REFUSED, true},
-      {"cut at the end", "accepted", kDone, {kBefore, kTaken}, {1000}, kCut},
-      {"cut, then late", "accepted", kDone, {kBefore, {0, 7, 900}, kTaken}, {900}, kFull},
-      {"cut within", "write_failed", kConnectionProblem, {kBefore, {0, 7, 9}}, {10}, kCut, true},
-      {"no space", "no_buffer_space", kPrinterFailed, {kBefore, {0, 7, 0}}, {}, kFull, true},
-      {"nothing there", "write_failed", kConnectionProblem, {kBefore}, {1000}, kCut},
-      {"cut, silent", "write_failed", kConnectionProblem, {kBefore, kSilent}, {10}, kCut, true},
-      {"silent", "job_unconfirmed", kConnectionProblem, {kBefore, kSilent}, {1000}, kCut, true},
-      {"cut, no count", "job_unconfirmed", kConnectionProblem, {kNotCounted}, {1000}, kCut, true},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    SetUp();
-    g_fake.marks.answers = row.marks;
-    g_fake.states.answers = row.states;
-    g_fake.sent = row.sent;
-    g_fake.sendResult = row.sendResult;
-    EXPECT_EQ(Json({"send", file}).exit, row.exit);
-    EXPECT_EQ(row.exit == kDone ? document["result"] : document["error"]["code"], row.outcome);
-    // The job's number is there when it is known.
-    EXPECT_EQ(document.value("job_index", 0), row.exit == kDone ? row.marks.back().index : 0);
-    EXPECT_TRUE(row.exit != kDone || document["bytes"] == 1000);
-    EXPECT_EQ(document.dump().find("F104 S2") != std::string::npos, row.leaves);
-    EXPECT_TRUE(Called("send"));
-    EXPECT_EQ(g_fake.record.onCancel, nullptr);
-    EXPECT_FALSE(system.watched);
-  }
-}
-
-TEST_F(JobsTest, AsksTheSamePrinterOnlyWhatItHasAfterACut) {
-  using Devices = std::vector<std::array<std::string, 4>>;
-  const Devices kOne = {{"10.0.0.9", "SN1", "M", ""}};
-  const Devices kOther = {{"10.0.0.9", "SN2", "M", ""}};
-  const Devices kTwo = {{"10.0.0.1", "SN2", "M", ""}, kOne[0]};
-  const Devices kNameless = {{"10.0.0.8", "", "M", ""}};
-  const Devices kNode = {{"/dev/usb/lp0\\1", "", "M", ""}};
-  const Devices kOtherNode = {{"/dev/usb/lp1\\1", "", "M", ""}};
-  const struct {
-    const char* options;
-    Devices before, after;
-    std::string reopened;  // empty: it is not asked
-    int missed = 0;        // searches without an answer
-  } kRows[] = {
-      {"", kOne, kTwo, "open 1"},
-      {"", kOne, kOther, ""},
-      {"", kOne, kOne, "open 0", 2},
-      {"", kOne, kOne, "", 3},
-      {" --serial SN1", kTwo, kOne, "open 0"},
-      {" --index 1", kTwo, kOne, "open 0"},
-      {" --address 10.0.0.9", kOne, kTwo, "open 10.0.0.9"},
-      {" --address 10.0.0.9", kOne, kOther, ""},
-      {"", kNameless, {kTwo[0], kNameless[0]}, "open 10.0.0.8"},
-      {" --usb", kNode, kNode, "open usb 0"},
-      {" --usb", kNode, kOtherNode, ""},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.options + std::string(": ") + row.reopened);
-    SetUp();
-    g_fake.devices = row.before;
-    g_fake.kind = row.options == std::string(" --usb") ? NUV_KIND_USB : NUV_KIND_NETWORK;
-    g_fake.atEnd = [&row] {
-      g_fake.devices = row.after;
-      g_fake.missedSearches = row.missed;
-    };
-    g_fake.sendResult = kCut;
-    g_fake.marks.answers = {kBefore, kTaken, kTaken};
-    Words arguments = Split("send" + std::string(row.options));
-    arguments.push_back(file);
-    EXPECT_EQ(Json(arguments).exit, row.reopened.empty() ? kConnectionProblem : kDone);
-    EXPECT_EQ(g_fake.marks.next > 1, !row.reopened.empty());
-    EXPECT_TRUE(row.reopened.empty() || g_fake.calls.back() == row.reopened);
-  }
-}
-
-TEST_F(JobsTest, TellsWhatACutLeaves) {
-  g_fake.sendResult = kCut;
-  g_fake.marks.answers = {kBefore, {0, 7, 9}};
-  const CommandRun part({"send", file}, system);
-  EXPECT_NE(part.err.find("has 9 of 1000 bytes of it, as job 7"), std::string::npos) << part.err;
-}
-
-TEST_F(JobsTest, SendsNothingToAPrinterThatIsNotReady) {
-  for (const StateAnswer& state : {kPrinting, kReceiving, kInError}) {
-    g_fake.states.answers = {state};
-    Ends({"send", file}, kPrinterFailed, state.errorNumber != 0 ? "printer_error" : "busy");
-    EXPECT_FALSE(Called("send"));
-  }
-  g_fake.states.answers = {kIdle};
-  g_fake.marks.answers = {kSilent};
-  Ends({"send", file}, kConnectionProblem, "no_answer");
-  EXPECT_FALSE(Called("send"));
-}
-
-TEST_F(JobsTest, ShowsProgressAndHandsOverTheNameUnchanged) {
-  const CommandRun run({"send", file}, system);
-  EXPECT_EQ(run.out, "Sent " + file + ": 1.0 kB in 0:02. The printer took it as job 7.\n");
-  EXPECT_EQ(run.err, "Sending " + file +
-                         " to SN1\n"
-                         " 50%  500 B of 1.0 kB  500 B/s  0:01 left\n"
-                         "100%  1.0 kB of 1.0 kB  500 B/s\n");
-  EXPECT_EQ(g_fake.record.path.substr(g_fake.record.path.rfind(L'_') - 5), L"Zähne_牙.nuv");
+TEST_F(JobsTest, SendsAndSaysWhatThePrinterTook) {
+  One();
+  const std::string file = PrintFile();
+  EXPECT_EQ(Run(Words{"send", file}), kDone) << err;
+  EXPECT_THAT(out, HasSubstr("15 B in 0:00. The printer took it as job 1.\n"));
+  EXPECT_THAT(err, HasSubstr("Using the Zafel Superfine \"Lab one\" at 127.0.0.1\nSending " + file));
+  EXPECT_THAT(err, HasSubstr("100%  15 B of 15 B\n"));
+  EXPECT_TRUE(IsIdle());
+  EXPECT_EQ(simulator->JobBytes(), "G1 X1\r\nG1 X1\r\nG1 X1\r\n");
+  Ends({"send", file}, kDone);
+  EXPECT_EQ(document["job_index"], 2);
+  EXPECT_EQ(document["bytes"], 15);
+  EXPECT_TRUE(IsIdle());
   system.terminal = true;
-  const CommandRun bar({"gcode", file}, system);
-  EXPECT_NE(bar.err.find("\r[####################"), std::string::npos) << bar.err;
-  EXPECT_EQ(bar.out,
-            "Sent " + file + ": 1.0 kB in 0:02. The printer does not confirm command files.\n");
+  EXPECT_EQ(Run(Words{"gcode", File("G28\nG1 X1\n")}), kDone) << err;
+  EXPECT_THAT(err, HasSubstr("[####"));
+  EXPECT_THAT(out, HasSubstr("The printer does not confirm command files.\n"));
 }
 
-TEST_F(JobsTest, CtrlCCancelsAndIsNeverASuccess) {
-  g_fake.beforeStep = [this](size_t step) { system.interrupted = step == 1; };
-  for (const char* command : {"send", "gcode"}) {
-    Ends({command, file}, kCancelled, "cancelled");
-    EXPECT_EQ(document["bytes"], 500);
-  }
-}
-
-TEST_F(JobsTest, CtrlCAfterTheLastLineDoesNotHideWhatWasSent) {
-  g_fake.atEnd = [this] { system.interrupted = true; };
-  const CommandRun run({"gcode", file}, system);
-  EXPECT_EQ(run.exit, kDone);
-  EXPECT_NE(run.err.find("too late to cancel"), std::string::npos);
+TEST_F(JobsTest, SendsNothingThatIsNotFitUnlessForced) {
+  One("Fabrix150 xP");
+  const std::string file = PrintFile();
+  Run(Words{"send", file});
+  EXPECT_THAT(err, HasSubstr("the file is for Zafel Superfine printers, this one is a Fabrix150 xP"));
+  Ends({"send", file}, kNotFit, "not_fit");
+  Ends({"send", "--dry-run", file}, kNotFit, "not_fit");
+  EXPECT_EQ(simulator->Totals().jobsAccepted, 0U);
+  One();
+  Ends({"send", "--dry-run", file}, kDone);
+  EXPECT_EQ(document["resin_left_ml"], 350);
+  Ends({"send", PrintFile("3DPSNKG53WTW00001", 3, "351")}, kNotFit, "not_fit");
+  Ends({"send", "--force", file}, kDone);
+  EXPECT_TRUE(IsIdle());
+  simulator->SetError(0, 17);
+  Ends({"send", "--force", file}, kPrinterFailed, "busy");
+  EXPECT_EQ(simulator->Totals().jobsAccepted, 1U);
 }
 
 TEST_F(JobsTest, RefusesABadFileBeforeAnySearch) {
-  for (const std::string& name :
-       {file + ".missing", testing::TempDir(), std::string("Z\xE4hne.nuv")}) {
+  const std::string file = PrintFile();
+  std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+  Ends({"send", file}, kFileProblem, "file_damaged");
+  for (const std::string& name : {file + ".missing", folder.u8string(), std::string("Z\xE4hne")}) {
     Ends({"send", name}, kFileProblem, "file_not_readable");
-    EXPECT_TRUE(g_fake.calls.empty());
   }
+  Ends({"send", PrintFile("3DPSNKGZ3WTW00001")}, kFileProblem, "file_not_readable");
+}
+
+TEST_F(JobsTest, CtrlCCancelsAndIsNeverASuccess) {
+  One();
+  const std::string file = PrintFile("3DPSNKG53WTW00001", 30);
+  system.interrupts = [&] { return !simulator->Jobs().empty() && simulator->Jobs()[0].lines > 1; };
+  Ends({"send", file}, kCancelled, "cancelled");
+  EXPECT_EQ(document["result"], "cancelled");
+  EXPECT_LT(document["bytes"], 150);
+  EXPECT_TRUE(IsIdle());
+  EXPECT_EQ(simulator->Totals().jobsAbandoned, 1U);
+}
+
+TEST_F(JobsTest, TellsWhatALostConnectionLeavesAndTriesAgain) {
+  One("Fabrix120 xP");
+  const std::string file = PrintFile("3DPSNKG43WTW00001");
+  const std::string cut = "drop-after,code=503,bytes=10";
+  Commits(cut);
+  Ends({"send", file}, kConnectionProblem, "connection_lost");
+  EXPECT_THAT(out, HasSubstr("has 8 of 15 bytes"));
+  EXPECT_THAT(out, HasSubstr("nuvctl cancel"));
+  Ends({"send", file}, kPrinterFailed, "busy");
+  Ends("cancel --yes", kDone);
+  EXPECT_EQ(document["cancelled"], true);
+  Ends("cancel --yes", kDone);
+  EXPECT_EQ(document["cancelled"], false);
+  Commits(cut);
+  Ends({"send", "--retry", "1", file}, kDone);
+  EXPECT_EQ(simulator->JobBytes(), "G1 X1\r\nG1 X1\r\nG1 X1\r\n");
+  EXPECT_TRUE(IsIdle());
+  // All came before the connection was lost.
+  Commits("drop-after,code=503,bytes=21");
+  const uint64_t before = simulator->Totals().jobsAccepted;
+  Ends({"send", "--retry", "3", file}, kDone);
+  EXPECT_EQ(simulator->Totals().jobsAccepted, before + 1);
+  EXPECT_TRUE(IsIdle());
+  Commits("refuse,code=500");
+  Ends({"send", file}, kPrinterFailed, "job_refused");
+}
+
+TEST_F(JobsTest, AsksBeforeAJobIsCancelled) {
+  auto config = Config("SN1", "127.0.0.1");
+  config.layerTime = std::chrono::minutes(1);
+  Start({config});
+  EXPECT_EQ(Run(Words{"send", PrintFile()}), kDone);
+  EXPECT_TRUE(Becomes([&] { return simulator->Status().state == NuvSim::State::kPrinting; }));
+  system.terminal = true;
+  system.answer = "n";
+  Ends("cancel", kCancelled, "cancelled");
+  EXPECT_THAT(system.prompt, HasSubstr("printing"));
+  system.answer = "y";
+  EXPECT_EQ(Run("cancel"), kDone);
+  EXPECT_EQ(simulator->Totals().jobsAbandoned, 1U);
+}
+
+class WatchTest : public JobsTest {
+ protected:
+  // A printer that prints three layers, as slowly as that.
+  void Prints(std::chrono::milliseconds layer) {
+    auto config = Config("SN1", "127.0.0.1");
+    config.nickname = "Lab; one";
+    config.layerTime = layer;
+    Start({config});
+    EXPECT_EQ(Run(Words{"send", PrintFile()}), kDone) << err;
+    EXPECT_TRUE(Becomes([&] { return simulator->Status().state == NuvSim::State::kPrinting; }));
+  }
+};
+
+TEST_F(WatchTest, FollowsAPrintAndTellsHowItEnded) {
+  Prints(std::chrono::milliseconds(500));
+  EXPECT_EQ(Run(Words{"watch", "--json", "--then", "true"}), kDone) << err;
+  EXPECT_THAT(system.environment, HasSubstr("NUVCTL_OUTCOME=finished NUVCTL_PRINTER="));
+  const Words lines = Split(out, '\n');
+  EXPECT_EQ(nlohmann::json::parse(lines.front())["layers"], 3);
+  EXPECT_EQ(nlohmann::json::parse(lines.back())["ended"], "finished");
+  EXPECT_EQ(Run("watch"), kDone);
+  EXPECT_EQ(out, "idle\n");
+}
+
+TEST_F(WatchTest, IsNoSuccessWhenThePrintWasCancelledOrThePrinterIsInError) {
+  Prints(std::chrono::minutes(1));
+  std::thread person([&] {
+    Becomes([&] { return WasAsked("F107"); });
+    simulator->SetIdle(0);
+  });
+  EXPECT_EQ(Run("watch --printer SN1"), kPrinterFailed);
+  person.join();
+  EXPECT_THAT(out, HasSubstr("\ncancelled at 0 %\n"));
+  simulator->SetError(0, 17);
+  Run("watch");
+  EXPECT_EQ(out, "error 17\n");
+  EXPECT_EQ(exit, kPrinterFailed);
+}
+
+TEST_F(WatchTest, GoesOnWithoutAnAnswerUntilItGivesUp) {
+  Prints(std::chrono::milliseconds(1500));
+  Commits("silent,code=102,skip=1,count=1");
+  EXPECT_EQ(Run("watch"), kDone) << err;
+  EXPECT_THAT(out, HasSubstr("\nno answer since "));
+  EXPECT_THAT(out, HasSubstr("\nfinished\n"));
+  simulator->Unplug(0);
+  EXPECT_EQ(Run("watch --give-up 0 --address 127.0.0.1 --timeout 300"), kNoPrinter);
+  simulator->Replug(0);
+  Commits("silent,code=102,count=-1");
+  EXPECT_EQ(Run("watch --give-up 0"), kConnectionProblem) << out;
+  EXPECT_THAT(out, HasSubstr("no answer\n"));
+}
+
+TEST_F(WatchTest, OfAllHasARowEach) {
+  Search("127.0.0.1 127.0.0.2");
+  auto slow = Config("SLOW", "127.0.0.2");
+  slow.layerTime = std::chrono::milliseconds(700);
+  Start({Config("IDLE", "127.0.0.1"), slow});
+  EXPECT_EQ(Run(Words{"send", "--serial", "SLOW", PrintFile()}), kDone);
+  system.terminal = true;
+  EXPECT_EQ(Run("watch --all"), kDone) << err;
+  EXPECT_THAT(out, HasSubstr("Simulated printer  idle"));
+  EXPECT_THAT(out, HasSubstr("finished"));
+  EXPECT_THAT(out, HasSubstr("\x1b[1A")) << "rows are written over";
 }
 
 }  // namespace

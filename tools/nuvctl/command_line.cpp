@@ -2,51 +2,62 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
-#include <stdexcept>
+#include <mutex>
 #include <string_view>
 
 #include "commands/commands.h"
 #include "error.h"
-#include "library.h"
 #include "output.h"
+#include "usage.h"
+#include "utf8.h"
 
 namespace NuvCtl {
 namespace {
 
-// The help names what is needed most first; what is not named here follows.
-constexpr const char* kOrder[] = {
-    "list",     "info",        "status",         "send",    "watch",       "firmware", "gcode",
-    "raw",      "resin",       "sensors",        "jobs",    "versions",    "tank",     "leds",
-    "nickname", "laser-power", "z-compensation", "scaling", "skip-warmup", "wifi"};
+// The help, by topic; what is not named here follows.
+struct Topic {
+  const char* name;
+  std::vector<std::string_view> commands;
+};
+
+const std::vector<Topic>& Topics() {
+  static const std::vector<Topic> kTopics = {
+      {"Finding printers", {"list", "printers"}},
+      {"What a printer is and does",
+       {"info", "status", "watch", "resin", "sensors", "jobs", "versions", "tank", "leds"}},
+      {"Jobs and firmware", {"send", "cancel", "gcode", "firmware"}},
+      {"Settings",
+       {"nickname", "laser-power", "z-compensation", "scaling", "skip-warmup", "wifi"}},
+      {"Anything else", {"raw"}}};
+  return kTopics;
+}
 
 Subcommands AllSubcommands() {
-  constexpr Subcommands (*kTopics[])() = {
+  constexpr Subcommands (*kSources[])() = {
       DeviceCommands,  IdentityCommands,    ResinCommands, SettingsCommands, NetworkCommands,
       HistoryCommands, LightEngineCommands, JobCommands,   FirmwareCommands, RawCommands};
   Subcommands all;
-  for (const auto topic : kTopics) {
-    for (const Subcommand& row : topic()) all.push_back(row);
+  for (const auto source : kSources) {
+    for (const Subcommand& row : source()) all.push_back(row);
   }
-  const auto place = [](const Subcommand& row) {
-    return std::find(std::begin(kOrder), std::end(kOrder), std::string_view(row.name));
-  };
-  std::stable_sort(all.begin(), all.end(),
-                   [&](const Subcommand& a, const Subcommand& b) { return place(a) < place(b); });
   return all;
 }
 
 constexpr char kFooter[] =
-    "Without --serial, --address or --index the only printer found is used.\n"
+    "Without --printer, --serial, --address or --index the only printer found is used.\n"
     "\n"
     "Exit codes:\n"
     "  0    done\n"
     "  1    the printer refused, failed, lacks what was asked for or did not take the job\n"
     "  2    wrong usage\n"
     "  3    no printer found, or several and none chosen\n"
-    "  4    the file cannot be read or is not fit for the printer\n"
+    "  4    the file cannot be read or is damaged\n"
     "  5    the printer did not answer or could not be opened\n"
     "  6    a problem of this computer: a library is missing, output cannot be written\n"
+    "  7    of several printers some failed\n"
+    "  8    the file is not fit for the printer\n"
     "  130  cancelled with Ctrl-C\n"
     "\n"
     "Environment: NUVCONNECT_DEBUG, when set, does what --debug does.";
@@ -68,74 +79,115 @@ void DeclareOptions(CLI::App& app, Options& options) {
   Choice& choice = options.choice;
   app.add_flag("--json", options.json, "Write one JSON document to the standard output");
   app.add_flag("--debug", options.debug, "Write diagnostics of the connection to standard error");
-  CLI::Option* const usb =
-      app.add_flag("--usb", choice.usb, "Use the printers on USB instead of those on the network");
-  app.add_option("--timeout", choice.timeoutMs, "Milliseconds that the search for printers waits")
+  app.add_flag("--yes", choice.yes, "Do what would be asked about");
+  CLI::Option* const usb = app.add_flag("--usb", choice.usb, "Look for printers on USB only");
+  app.add_option("--timeout", choice.timeoutMs,
+                 "Milliseconds to wait for a printer's answer; a search takes 3000 of them at most")
       ->type_name("MS")
       ->check(Between(1, kMaxTimeoutMs))
       ->capture_default_str();
   app.add_option("--port", choice.port, "UDP port of the search")
       ->type_name("N")
       ->check(Between(1, kMaxPort));
-  CLI::Option* const serial =
-      app.add_option("--serial", choice.serial, "Use the printer with this serial number")
-          ->type_name("S");
-  CLI::Option* const address =
-      app.add_option("--address", choice.address, "Use the printer at this IPv4 address")
-          ->type_name("A")
-          ->check(CLI::ValidIPV4);
-  CLI::Option* const index =
+  std::vector<CLI::Option*> choices = {
+      app.add_option("--printer", choice.printers,
+                     "Use the printer of this name or nickname, or whose serial number ends so")
+          ->type_name("NAME")
+          ->allow_extra_args(false),
+      app.add_option("--serial", choice.serial, "Use the printer whose serial number is, or ends, so")
+          ->type_name("S"),
+      app.add_option("--address", choice.address,
+                     "Use the printer at this IPv4 address or host name; :N behind it is the port "
+                     "of the search")
+          ->type_name("A"),
       app.add_option("--index", choice.index, "Use the printer at this place of the list, from 0")
           ->type_name("N")
-          ->check(Between(0, std::numeric_limits<int>::max()));
-  serial->excludes(address)->excludes(index);
-  address->excludes(index)->excludes(usb);
+          ->check(Between(0, std::numeric_limits<int>::max()))};
+  for (size_t i = 0; i < choices.size(); ++i) {
+    for (size_t j = i + 1; j < choices.size(); ++j) choices[i]->excludes(choices[j]);
+  }
+  choices[2]->excludes(usb);
+}
+
+// `nuvctl printers add` takes both.
+void RequireAddress(const Choice& choice) {
+  if (!choice.address) return;
+  const std::string& text = *choice.address;
+  const bool plain = std::all_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' ||
+           c == '-' || c == '_' || c == ':';
+  });
+  const size_t colon = text.find(':');
+  const std::string port = colon == std::string::npos ? "1" : text.substr(colon + 1);
+  const bool number = !port.empty() && port.find_first_not_of("0123456789") == std::string::npos;
+  if (plain && number && colon != 0 && !text.empty()) return;
+  throw UsageError("\"" + text + "\" is no address of a printer",
+                   "Give an IPv4 address or a host name, such as 10.0.5.7 or lab-one.local.");
 }
 
 // Declares all subcommands; the one that is parsed stores its action in `chosen`.
 void DeclareSubcommands(CLI::App& app, Action& chosen) {
   std::string examples = "Examples:\n";
-  for (const Subcommand& row : AllSubcommands()) {
-    CLI::App* const sub = app.add_subcommand(row.name, row.summary);
-    sub->footer(std::string("Example:\n  ") + row.example +
-                "\n\nThe options of 'nuvctl --help' may stand here too.");
-    const Action action = row.declare(*sub);
-    sub->callback([&chosen, action] { chosen = action; });
-    examples += std::string("  ") + row.example + '\n';
+  const Subcommands all = AllSubcommands();
+  for (const Topic& topic : Topics()) {
+    for (const std::string_view name : topic.commands) {
+      const auto row = std::find_if(all.begin(), all.end(),
+                                    [&](const Subcommand& one) { return name == one.name; });
+      CLI::App* const sub = app.add_subcommand(row->name, row->summary);
+      sub->group(topic.name);
+      sub->footer(std::string("Example:\n  ") + row->example +
+                  "\n\nThe options of 'nuvctl --help' may stand here too.");
+      const Action action = row->declare(*sub);
+      sub->callback([&chosen, action] { chosen = action; });
+      examples += std::string("  ") + row->example + '\n';
+    }
   }
   app.require_subcommand(1);
   app.footer(examples + '\n' + kFooter);
 }
 
-// What is told of wrong arguments. A key may be among those of wifi, given there by mistake, so
-// they are not repeated; what is missing can be told.
-CommandError UsageError(const CLI::ParseError& error, const std::vector<std::string>& arguments) {
-  const bool wifi = std::find(arguments.begin(), arguments.end(), "wifi") != arguments.end();
-  if (!wifi || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-    return CommandError("usage", kUsage, error.what(), "Run 'nuvctl --help' for the usage.");
-  }
-  return CommandError("usage", kUsage, "The arguments of 'nuvctl wifi' are wrong",
-                      "Run 'nuvctl wifi --help' for the usage. A key is asked for or read from the "
-                      "standard input, never given as an argument; the shell remembers those.");
+// "help send" is "send --help".
+std::vector<std::string> WithHelp(std::vector<std::string> arguments) {
+  if (arguments.empty() || arguments.front() != "help") return arguments;
+  arguments.erase(arguments.begin());
+  arguments.emplace_back("--help");
+  return arguments;
 }
 
-Report RunAction(const Action& action, Context& context) {
-  try {
-    const Library library;
-    return action(context);
-  } catch (const std::logic_error& error) {
-    // std::invalid_argument and std::out_of_range: how the library reports a malformed number.
-    throw CommandError(
-        "bad_reply", kPrinterFailed,
-        std::string("The printer's reply cannot be understood (") + error.what() + ")",
-        "'nuvctl raw' shows a reply as the printer sends it.");
+// While it lives, what the library has to say goes to standard error.
+class DebugLog {
+ public:
+  DebugLog(bool wanted, std::ostream& err) {
+    if (!wanted && std::getenv("NUVCONNECT_DEBUG") == nullptr) return;
+    const auto mutex = std::make_shared<std::mutex>();
+    nuv::SetLog(nuv::LogLevel::kWarning, [&err, mutex](nuv::LogLevel, const std::string& printer,
+                                                       const std::string& text) {
+      const std::lock_guard<std::mutex> lock(*mutex);
+      err << "nuvctl: " << (printer.empty() ? "" : printer + ": ") << Printable(text) << std::endl;
+    });
   }
-}
+  ~DebugLog() { nuv::SetLog(nuv::LogLevel::kWarning, nullptr); }
+  DebugLog(const DebugLog&) = delete;
+  DebugLog& operator=(const DebugLog&) = delete;
+};
+
+// While it lives, Ctrl-C ends what is under way instead of the process.
+class Interruptible {
+ public:
+  explicit Interruptible(System& system) : system_(system) { system_.WatchInterrupts(true); }
+  ~Interruptible() { system_.WatchInterrupts(false); }
+  Interruptible(const Interruptible&) = delete;
+  Interruptible& operator=(const Interruptible&) = delete;
+
+ private:
+  System& system_;
+};
 
 }  // namespace
 
-int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
+int RunCommandLine(const std::vector<std::string>& given, std::ostream& out, std::ostream& err,
                    System& system) {
+  const std::vector<std::string> arguments = WithHelp(given);
   // Guessed before parsing, because errors of parsing are told in the same form.
   Output output(out, err,
                 std::find(arguments.begin(), arguments.end(), "--json") != arguments.end());
@@ -153,12 +205,13 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
       app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() == 0) return app.exit(error, out, err);  // --help, --version
-      throw UsageError(error, arguments);
+      throw UsageFailure(app, error, arguments);
     }
     output.SetJson(options.json);
-    if (options.debug) system.SetEnvironment("NUVCONNECT_DEBUG", "1");
-    Context context{options.choice, output, system};
-    return output.Finish(RunAction(action, context), kDone);
+    RequireAddress(options.choice);
+    const DebugLog log(options.debug, err);
+    const Interruptible interruptible(system);
+    return output.Finish(action(Context{options.choice, output, system}), kDone);
   } catch (const CommandError& error) {
     return output.Fail(error);
   } catch (const std::exception& error) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "nuvprinter/nuvprinter.hpp"
 #include "output.h"
 
 namespace NuvCtl {
@@ -17,9 +18,11 @@ enum ExitCode : int {
   kPrinterFailed = 1,      // the printer refused, failed or did not take the job
   kUsage = 2,              // the command line is wrong
   kNoPrinter = 3,          // no printer found, or it is not clear which one
-  kFileProblem = 4,        // the file cannot be read or is not fit for the printer
+  kFileProblem = 4,        // the file cannot be read or is damaged
   kConnectionProblem = 5,  // the printer did not answer or could not be opened
   kLocalProblem = 6,       // this computer's side: a library is missing, output not written
+  kSomeFailed = 7,         // of several printers
+  kNotFit = 8,             // the file is not for this printer, or not now
   kCancelled = 130         // Ctrl-C
 };
 
@@ -41,19 +44,24 @@ struct CommandError : std::exception {
   std::string message;
   std::string hint;
   Report shown;
-  bool shownIsResult = false;  // `shown` is what was asked for, so it belongs on standard output
-  std::optional<int> result;   // of the library call that failed, if one did
+  bool shownIsResult = false;         // `shown` is what was asked for, so it is no error's
+  std::optional<nuv::Result> result;  // of the library call that failed, if one did
 };
 
-// The failure of a library call that returned `result` (not 0) while doing `action`, such as
-// "Reading the state". `command`: number of the printer command that failed, 0 when not known.
-CommandError ResultError(int result, const std::string& action, int command = 0);
+CommandError UsageError(const std::string& message, const std::string& hint);
 
-// "`action` failed: `reason` (printer command 102)"; without a command number when that is 0.
-std::string FailureMessage(const std::string& action, const std::string& reason, int command);
+// The failure of a library call while doing `action`, such as "Reading the state".
+CommandError FailureOf(const nuv::Error& error, const std::string& action);
 
-// Why a library call that returned `result` failed, such as "the printer refused".
-std::string ReasonOf(int result);
+// Runs `ask`, calls of the library while doing `action`; throws CommandError when one fails.
+template <class Ask>
+auto Asked(const std::string& action, Ask ask) {
+  try {
+    return ask();
+  } catch (const nuv::Error& error) {
+    throw FailureOf(error, action);
+  }
+}
 
 // Throws a usage error unless `text` can be a part of one printer command: not empty, no line end
 // inside. `what`: "The nickname"; `text` itself is not told, because it may be a secret.

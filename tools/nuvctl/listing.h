@@ -1,58 +1,50 @@
-// Finding the printers.
+// Finding the printers, and asking each who it is.
 #ifndef NUVCTL_LISTING_H_
 #define NUVCTL_LISTING_H_
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "context.h"
 #include "error.h"
-#include "output.h"
 
 namespace NuvCtl {
 
-// Where printers are looked for, and which of them is meant.
-struct Choice {
-  bool usb = false;         // those on USB instead of those on the network
-  int timeoutMs = 3000;     // wait of the network search
-  std::optional<int> port;  // UDP port of the search; the library's own when not given
-  // At most one of these.
-  std::optional<std::string> serial;
-  std::optional<std::string> address;
-  std::optional<int> index;
+// What one of several printers had to say: a row of a table and a document, or why not.
+struct Answer {
+  TableRow cells;
+  nlohmann::ordered_json json;
+  std::optional<CommandError> failure;
 };
 
-struct Printer {
-  int index = 0;        // place in the listing, as API_ChooseDevice counts
-  std::string address;  // IPv4 address, or device node of a printer on USB
-  std::string serial;
-  std::string model;
-  std::string nickname;
+struct Listed {
+  nuv::Identity who;  // of one that is known and was not found, what is known
+  std::string known;  // the name that the user has given it
+  Answer answer;
 
   // What a person knows it by.
-  const std::string& Name() const { return serial.empty() ? address : serial; }
+  std::string Name() const;
+  bool Found() const { return who.contact != nuv::Result::kNotFound; }
 };
+using Listing = std::vector<Listed>;
 
-// `result`: the listing's code. Unless it is 0, `printers` are only those reached before the
-// failure, with nothing but index and serial number.
-struct Listing {
-  int result = 0;
-  std::vector<Printer> printers;
-};
+// Asks more of a printer that is open; on one of several threads. Throws nuv::Error.
+using Errand = std::function<Answer(nuv::Printer& printer, const nuv::Call& call)>;
 
-constexpr char kUsbOpenHint[] =
-    "Another program may have it open. On Linux its users need the right to use it, which the udev "
-    "rule of NuvConnect5 gives (see the README); 'nuvctl --debug' shows the reason.";
+// The printers that are known and those that a search finds, in the order of the user's names and
+// then of the addresses. All are asked at once who they are, and then `errand`, within the choice's
+// time limit. One that does not tell says why in `who.contact`. Throws CommandError when there is
+// none.
+Listing ListPrinters(const Context& context, const Errand& errand = nullptr);
 
-// Searches the network, or USB, and asks every printer found what it is. Throws CommandError when
-// nothing was found.
-Listing ListPrinters(const Choice& choice);
+// "ok", "busy", "does not answer" ...
+std::string ContactText(nuv::Result contact);
 
-// The table of what was listed. For an incomplete listing only what is known of the reached.
+// Who a printer is, for scripts, and a row of the list.
+nlohmann::ordered_json ListedJson(const Listed& printer, size_t index);
 Report ListingReport(const Listing& listing);
-
-// The failure of a listing that ended before it was complete; shows what was reached.
-CommandError Incomplete(const Listing& listing, const Choice& choice);
 
 }  // namespace NuvCtl
 

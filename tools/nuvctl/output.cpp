@@ -1,7 +1,5 @@
 #include "output.h"
 
-#include <charconv>
-
 #include "error.h"
 #include "utf8.h"
 
@@ -15,6 +13,13 @@ void WriteDocument(const nlohmann::ordered_json& document, int indent, std::ostr
 
 }  // namespace
 
+nlohmann::ordered_json ErrorJson(const CommandError& error) {
+  nlohmann::ordered_json told = {
+      {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
+  if (error.result) told["result"] = static_cast<int>(*error.result);
+  return told;
+}
+
 void FieldReport::Add(const std::string& label, const std::string& text, const std::string& key,
                       nlohmann::ordered_json value) {
   fields_.emplace_back(label, text);
@@ -22,27 +27,18 @@ void FieldReport::Add(const std::string& label, const std::string& text, const s
 }
 
 void FieldReport::AddText(const std::string& label, const std::string& key,
-                          const std::string& text) {
-  Add(label, text, key, text);
+                          const std::optional<std::string>& text) {
+  if (text) Add(label, *text, key, *text);
 }
 
-void FieldReport::AddNumber(const std::string& label, const std::string& key, int number,
-                            const std::string& unit) {
-  Add(label, std::to_string(number) + unit, key, number);
+void FieldReport::AddNumber(const std::string& label, const std::string& key,
+                            std::optional<int> number, const std::string& unit) {
+  if (number) Add(label, std::to_string(*number) + unit, key, *number);
 }
 
-void FieldReport::AddMeasure(const std::string& label, const std::string& key,
-                             const std::string& text, const std::string& unit) {
-  int number = 0;
-  const char* const end = text.data() + text.size();
-  const std::from_chars_result read = std::from_chars(text.data(), end, number);
-  const bool whole = read.ec == std::errc() && read.ptr == end;
-  Add(label, text.empty() ? text : text + unit, key,
-      whole ? nlohmann::ordered_json(number) : nlohmann::ordered_json(text));
-}
-
-void FieldReport::AddFlag(const std::string& label, const std::string& key, bool flag) {
-  Add(label, flag ? "yes" : "no", key, flag);
+void FieldReport::AddFlag(const std::string& label, const std::string& key,
+                          std::optional<bool> flag) {
+  if (flag) Add(label, *flag ? "yes" : "no", key, *flag);
 }
 
 Report FieldReport::Finish() const { return {FormatFields(fields_), json_}; }
@@ -75,13 +71,10 @@ int Output::Finish(const Report& report, int exit) {
 int Output::Fail(const CommandError& error) {
   Report report = error.shown;
   if (!json_ && !error.shownIsResult) report.text.clear();
-  nlohmann::ordered_json told = {
-      {"code", error.code}, {"message", error.message}, {"hint", error.hint}};
-  if (error.result) told["result"] = *error.result;
-  report.json["error"] = told;
+  if (!report.json.is_array()) report.json["error"] = ErrorJson(error);  // of several each row has its own
   const int exit = Finish(report, error.exit);
   if (json_) return exit;
-  err_ << "nuvctl: " << Printable(error.message) << ".\n";
+  err_ << "nuvctl: " << Printable(error.message) << (error.message.back() == '?' ? "\n" : ".\n");
   if (!error.shownIsResult) err_ << error.shown.text;
   if (!error.hint.empty()) err_ << Printable(error.hint) << '\n';
   err_.flush();

@@ -3,6 +3,7 @@
 #define NUVCTL_OUTPUT_H_
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -16,7 +17,7 @@ struct CommandError;
 // promise exactly one document there; those that go on and on stream it piece by piece.
 struct Report {
   std::string text;             // whole lines, safe for a terminal
-  nlohmann::ordered_json json;  // an object, or null when there is nothing to say
+  nlohmann::ordered_json json;  // an object, of several printers an array, or null: nothing to say
 };
 
 // Units that are not ASCII, in UTF-8, each after the blank that parts it from its number.
@@ -31,14 +32,13 @@ class FieldReport {
  public:
   void Add(const std::string& label, const std::string& text, const std::string& key,
            nlohmann::ordered_json value);
-  void AddText(const std::string& label, const std::string& key, const std::string& text);
+  // What the printer has not told is left out.
+  void AddText(const std::string& label, const std::string& key,
+               const std::optional<std::string>& text);
   // `unit`: for people only, with a blank before it.
-  void AddNumber(const std::string& label, const std::string& key, int number,
+  void AddNumber(const std::string& label, const std::string& key, std::optional<int> number,
                  const std::string& unit = std::string());
-  // A number that the library hands out as text: for scripts a number if it is a whole one.
-  void AddMeasure(const std::string& label, const std::string& key, const std::string& text,
-                  const std::string& unit);
-  void AddFlag(const std::string& label, const std::string& key, bool flag);
+  void AddFlag(const std::string& label, const std::string& key, std::optional<bool> flag);
 
   Report Finish() const;
 
@@ -46,6 +46,9 @@ class FieldReport {
   Fields fields_;
   nlohmann::ordered_json json_ = nlohmann::ordered_json::object();
 };
+
+// What scripts are told of a failure.
+nlohmann::ordered_json ErrorJson(const CommandError& error);
 
 // The two streams of one run. Results go to the standard output, messages for people and progress
 // to standard error.

@@ -1,15 +1,13 @@
-// How far a transfer or a print is, shown while it runs.
+// How far a transfer is, shown while it runs.
 #ifndef NUVCTL_PROGRESS_H_
 #define NUVCTL_PROGRESS_H_
 
 #include <cstdint>
-#include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
-#include "output.h"
-#include "printer.h"
-#include "system.h"
+#include "context.h"
 
 namespace NuvCtl {
 
@@ -25,25 +23,28 @@ std::string ProgressText(const ProgressFigures& figures);
 // The same behind a bar, in at most `width` columns: the bar gives way first, then the text's end.
 std::string ProgressBar(const ProgressFigures& figures, int width);
 
-// "printing, layer 12 of 340, 34 %, 56 min left"; other states with nothing but what they tell.
-std::string WatchText(const PrinterState& state, const std::optional<PrintProgress>& progress);
+// A bar and `text`, `gap` apart; room is kept for a text of `usualText` columns, so that the bar's
+// length does not follow the text's.
+std::string Bar(int percent, const std::string& gap, const std::string& text, size_t usualText,
+                int width);
 
-// The same, behind a bar while printing.
-std::string WatchBar(const PrinterState& state, const std::optional<PrintProgress>& progress,
-                     int width);
-
-// One row of a terminal that is written over.
-class LiveRow {
+// Rows of a terminal that are written over.
+class LiveRows {
  public:
-  explicit LiveRow(std::ostream& stream) : stream_(stream) {}
+  explicit LiveRows(std::ostream& stream) : stream_(stream) {}
 
-  void Draw(const std::string& row);
-  // Leaves the cursor at the start of a line.
+  // `width`: columns of the terminal, which may have changed since.
+  void Draw(const std::vector<std::string>& rows, int width);
+  // Takes them away.
+  void Clear(int width);
+  // Leaves them, and the cursor at the start of a line.
   void Finish();
 
  private:
+  void GoBack(int width);
+
   std::ostream& stream_;
-  std::optional<size_t> columns_;  // of what is drawn
+  std::vector<size_t> drawn_;  // columns of each row
 };
 
 enum class ProgressStyle {
@@ -52,18 +53,16 @@ enum class ProgressStyle {
   kBar     // one line that is written over: for terminals
 };
 
-// Shows the progress of one transfer on `err`. Not thread-safe.
+// Shows the progress of one transfer on standard error. Not thread-safe.
 class ProgressView {
  public:
   ProgressView(ProgressStyle style, std::ostream& err, System& system);
 
-  // The transfer starts; the rate counts from here.
-  void Start();
   void Update(int64_t total, int64_t sent);
   // The transfer ended, wherever it is; leaves the cursor at the start of a line.
   void Finish();
 
-  // Milliseconds since Start, or since construction before it.
+  // Milliseconds since the first byte.
   int64_t ElapsedMs() const;
 
  private:
@@ -72,22 +71,13 @@ class ProgressView {
   const ProgressStyle style_;
   std::ostream& err_;
   System& system_;
-  LiveRow row_;
+  LiveRows row_;
   int64_t startMs_;
   ProgressFigures figures_;
   bool updated_ = false;
   int lastTenth_ = -1;  // tens of percent of the last line
   int64_t lastLineSent_ = -1;
 };
-
-constexpr int kShortestIntervalMs = 1000;
-
-// Asks the current printer every `interval_ms` and shows what has changed, until it neither prints
-// nor receives: one row written over on a terminal, else a line or document per change. Throws
-// CommandError when the printer reports an error or is lost.
-// It asks instead of using the library's status thread, which tells neither errors nor the end, and
-// writes a line of its own to the standard output.
-void WatchPrint(Output& output, System& system, int intervalMs);
 
 }  // namespace NuvCtl
 

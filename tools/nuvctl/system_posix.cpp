@@ -1,4 +1,5 @@
 #include <errno.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
@@ -130,6 +131,11 @@ class PosixSystem final : public System {
 
   std::optional<std::string> Ask(const std::string& question) override {
     Say(question);
+    // A read that has begun would go on behind a Ctrl-C.
+    constexpr int kMomentMs = 200;
+    struct pollfd input = {STDIN_FILENO, POLLIN, 0};
+    while (g_interrupted == 0 && poll(&input, 1, kMomentMs) <= 0) continue;
+    if (g_interrupted != 0) return std::nullopt;
     return ReadLine();
   }
 

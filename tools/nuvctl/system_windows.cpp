@@ -119,7 +119,15 @@ bool IsConsole(DWORD which) {
 
 class WindowsSystem final : public System {
  public:
-  WindowsSystem() : earlier_code_page_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
+  WindowsSystem() : earlier_code_page_(GetConsoleOutputCP()) {
+    SetConsoleOutputCP(CP_UTF8);
+    for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+      DWORD mode = 0;
+      const HANDLE console = GetStdHandle(stream);
+      if (!GetConsoleMode(console, &mode)) continue;
+      SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    }
+  }
   ~WindowsSystem() override {
     WatchInterrupts(false);
     SetConsoleOutputCP(earlier_code_page_);

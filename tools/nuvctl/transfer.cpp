@@ -4,81 +4,74 @@
 #include <fstream>
 
 #include "format.h"
-#include "library.h"
 #include "progress.h"
 #include "utf8.h"
 
 namespace NuvCtl {
 namespace {
 
+using nuv::Finding;
+using nuv::OutcomeKind;
+using nuv::Result;
+
+// What cannot be accepted.
+constexpr auto kNotNow = static_cast<int32_t>(Finding::kPrinterNotIdle);
+constexpr int32_t kNever = static_cast<int32_t>(Finding::kFileDamaged) |
+                           static_cast<int32_t>(Finding::kImageWrongSize) | kNotNow;
+
 CommandError FileError(const std::string& message, const std::string& hint) {
   return CommandError("file_not_readable", kFileProblem, message, hint);
 }
 
-ProgressStyle StyleFor(Output& output, System& system) {
-  if (output.Json()) return ProgressStyle::kSilent;
-  return system.ErrorIsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
+ProgressStyle StyleFor(const Context& context) {
+  if (context.output.Json()) return ProgressStyle::kSilent;
+  return context.system.ErrorIsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
 }
 
-// While it lives, the library's send callbacks lead here and Ctrl-C cancels instead of killing.
-// The callbacks carry no argument of the host's, hence the one active session.
-class Session {
- public:
-  Session(Output& output, System& system)
-      : system_(system), view_(StyleFor(output, system), output.Err(), system) {
-    active_ = this;
-    API_RegisterSendDataStartCallback([] { active_->view_.Start(); });
-    API_RegisterSendDataUpdateCallback([](int total, int sent) { active_->Update(total, sent); });
-    API_RegisterSendDataCancelCallback([] { return active_->Cancel(); });
-    system_.WatchInterrupts(true);
+CommandError Unconfirmed(const nuv::Outcome& outcome) {
+  const bool mayHaveAll = outcome.reason == Result::kUnconfirmed;
+  return CommandError(mayHaveAll ? "job_unconfirmed" : "connection_lost", kConnectionProblem,
+                      outcome.message,
+                      "Look at the printer's panel, or run 'nuvctl status', before sending again.");
+}
+
+CommandError FailureOf(const nuv::Outcome& outcome) {
+  switch (outcome.kind) {
+    case OutcomeKind::kNotFit:
+      return NotFit(outcome.message, outcome.findings);
+    case OutcomeKind::kRefused:
+      return CommandError("job_refused", kPrinterFailed, outcome.message,
+                          "Run 'nuvctl status', and look at the printer's panel.");
+    case OutcomeKind::kUnconfirmed:
+      return Unconfirmed(outcome);
+    default:
+      break;
   }
-
-  ~Session() {
-    API_RegisterSendDataStartCallback(nullptr);
-    API_RegisterSendDataUpdateCallback(nullptr);
-    API_RegisterSendDataCancelCallback(nullptr);
-    system_.WatchInterrupts(false);
-    view_.Finish();
-    active_ = nullptr;
+  if (outcome.reason == Result::kBadFile) {
+    return FileError(outcome.message, "Check the file, or export it again.");
   }
+  return CommandError("cancelled", kCancelled, outcome.message, "");
+}
 
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
-
-  Transfer Run(const std::function<int()>& send) {
-    transfer_.result = send();
-    transfer_.elapsedMs = view_.ElapsedMs();
-    transfer_.tooLate = system_.Interrupted() && !transfer_.cancelled;
-    return transfer_;
+std::string ResultWord(OutcomeKind kind) {
+  switch (kind) {
+    case OutcomeKind::kNotFit:
+      return "not_fit";
+    case OutcomeKind::kRefused:
+      return "refused";
+    case OutcomeKind::kUnconfirmed:
+      return "not_confirmed";
+    default:
+      return "cancelled";
   }
-
- private:
-  void Update(int total, int sent) {
-    transfer_.reported = true;
-    transfer_.total = total;
-    transfer_.sent = sent;
-    view_.Update(total, sent);
-  }
-
-  bool Cancel() {
-    if (system_.Interrupted()) transfer_.cancelled = true;
-    return transfer_.cancelled;
-  }
-
-  static Session* active_;
-
-  System& system_;
-  ProgressView view_;
-  Transfer transfer_;
-};
-
-Session* Session::active_ = nullptr;
+}
 
 }  // namespace
 
-std::wstring RequireFile(const std::string& file) {
-  const std::optional<std::wstring> path = WideFromUtf8(file);
-  if (!path) throw FileError("The file name is not UTF-8", "Rename the file, then try again.");
+void RequireFile(const std::string& file) {
+  if (!IsUtf8(file)) {
+    throw FileError("The file name is not UTF-8", "Rename the file, then try again.");
+  }
   const std::filesystem::path native = std::filesystem::u8path(file);
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(native, error);
@@ -92,59 +85,69 @@ std::wstring RequireFile(const std::string& file) {
     throw FileError("The file " + file + " cannot be opened",
                     "Check that you may read it and that no other program holds it.");
   }
-  return *path;
 }
 
-Printer OpenReadyPrinter(const Choice& choice, Output& output, const std::string& file) {
-  Printer printer = OpenPrinter(choice);
-  RequireReady();
-  output.Remark("Sending " + Printable(file) + " to " + Printable(printer.Name()));
-  return printer;
-}
-
-Transfer RunTransfer(Output& output, System& system, const std::function<int()>& send) {
-  Session session(output, system);
-  return session.Run(send);
-}
-
-CommandError TransferFailure(const std::string& file, const Transfer& transfer) {
-  CommandError error = FailureOf(transfer.result, "Sending " + file);
-  error.shown.json = TransferJson(file, transfer, "failed");
-  return error;
-}
-
-void RequireSent(Output& output, const std::string& file, const Transfer& transfer,
-                 std::string (*cancelHint)()) {
-  if (transfer.result != NUV_OK) throw TransferFailure(file, transfer);
-  if (transfer.cancelled) {
-    Report shown;
-    shown.json = TransferJson(file, transfer, "cancelled");
-    throw CommandError("cancelled", kCancelled, "Cancelled after " + TransferText(transfer),
-                       cancelHint(), shown);
+Transfer RunTransfer(const Context& context, const std::string& file, bool force, const Send& send,
+                     const std::function<bool()>& begins) {
+  ProgressView view(StyleFor(context), context.output.Err(), context.system);
+  int64_t total = 0;
+  bool hasBegun = false;
+  nuv::SendOptions options;
+  if (force) options.accept = nuv::Findings(-1);
+  options.progress = [&](const nuv::Progress& progress) {
+    if (progress.stage == nuv::Stage::kChecking) return true;
+    if (!std::exchange(hasBegun, true) && begins && !begins()) return false;
+    total = progress.total;
+    if (progress.stage >= nuv::Stage::kSending) view.Update(progress.total, progress.sent);
+    return true;
+  };
+  try {
+    nuv::Outcome outcome =
+        Asked("Sending " + file, [&] { return send(options, context.Endless()); });
+    view.Finish();
+    if (force) outcome.findings.bits &= kNever;
+    return {std::move(outcome), total, view.ElapsedMs()};
+  } catch (...) {
+    view.Finish();
+    throw;
   }
-  if (!transfer.reported) {
-    throw CommandError("file_empty", kFileProblem, "The file " + file + " holds nothing to send",
-                       "Check the file, or export it again.");
+}
+
+CommandError NotFit(const std::string& message, nuv::Findings findings) {
+  if (findings.Has(Finding::kFileDamaged)) {
+    return CommandError("file_damaged", kFileProblem, message, "Export the file again.");
   }
-  if (transfer.sent != transfer.total) {
-    throw CommandError("size_mismatch", kFileProblem,
-                       "The file " + file + " announces " + std::to_string(transfer.total) +
-                           " bytes, but " + std::to_string(transfer.sent) + " were sent",
-                       "The file is damaged: cancel the job at the printer and export it again.");
+  if (findings.bits == kNotNow) {
+    return CommandError("busy", kPrinterFailed, message + ", so nothing was sent",
+                        "'nuvctl status' shows what it does. One that receives although nobody "
+                        "sends is freed by 'nuvctl cancel'.");
   }
-  if (transfer.tooLate) output.Remark("nuvctl: too late to cancel, everything had been sent");
+  return CommandError("not_fit", kNotFit, message + ", so nothing was sent",
+                      (findings.bits & kNever) != 0
+                          ? ""
+                          : "When you know better, --force sends it all the same.");
+}
+
+void RequireSent(const std::string& file, const Transfer& transfer, const std::string& held) {
+  if (transfer.outcome) return;
+  CommandError error = FailureOf(transfer.outcome);
+  if (transfer.outcome.mayHoldJob) error.hint = held;
+  error.shown.json = TransferJson(file, transfer, ResultWord(transfer.outcome.kind));
+  error.result = transfer.outcome.reason;
+  throw error;
 }
 
 nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& transfer,
                                     const std::string& result) {
   return {{"file", file},
           {"result", result},
-          {"bytes", transfer.sent},
+          {"bytes", transfer.outcome.bytesSent},
           {"seconds", static_cast<double>(transfer.elapsedMs) / 1000.0}};
 }
 
 std::string TransferText(const Transfer& transfer) {
-  return FormatBytes(transfer.sent) + " in " + FormatDuration(transfer.elapsedMs / 1000);
+  return FormatBytes(transfer.outcome.bytesSent) + " in " +
+         FormatDuration(transfer.elapsedMs / 1000);
 }
 
 }  // namespace NuvCtl

@@ -1,4 +1,4 @@
-// Sending a file through the library: checked before, shown and cancelled on the way, judged after.
+// Sending a file through the library: shown and cancelled on the way, judged after.
 #ifndef NUVCTL_TRANSFER_H_
 #define NUVCTL_TRANSFER_H_
 
@@ -7,41 +7,35 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "context.h"
 #include "error.h"
-#include "output.h"
-#include "printer.h"
-#include "system.h"
 
 namespace NuvCtl {
 
-// Checks that `file` (UTF-8, as the user gave it) can be read, before any printer is bothered, and
-// returns its path.
-std::wstring RequireFile(const std::string& file);
-
-// Opens the printer that was chosen, checks that it is ready and says what will be sent.
-Printer OpenReadyPrinter(const Choice& choice, Output& output, const std::string& file);
+// Throws CommandError unless `file` (UTF-8, as the user gave it) can be opened, before any printer
+// is bothered.
+void RequireFile(const std::string& file);
 
 struct Transfer {
-  int result = 0;          // what the library returned
-  bool cancelled = false;  // the library was told to cancel; its result is then 0 all the same
-  bool tooLate = false;    // Ctrl-C came when there was nothing left to cancel
-  bool reported = false;   // the library reported progress at least once
-  int total = 0;           // bytes, as last reported
-  int sent = 0;
+  nuv::Outcome outcome;
+  int64_t total = 0;  // bytes
   int64_t elapsedMs = 0;
 };
 
-// Runs `send`, which sends through the library and returns its result, to its end: progress shown,
-// Ctrl-C obeyed. One at a time.
-Transfer RunTransfer(Output& output, System& system, const std::function<int()>& send);
+using Send = std::function<nuv::Outcome(const nuv::SendOptions& options, const nuv::Call& call)>;
 
-// The failure of a transfer that the library ended with a result other than 0.
-CommandError TransferFailure(const std::string& file, const Transfer& transfer);
+// Runs `send` to its end, progress shown, Ctrl-C obeyed. `force`: what speaks against the file has
+// been accepted. `begins`: asked before anything is sent; false cancels. Throws CommandError when
+// nothing was sent for a reason that is no outcome.
+Transfer RunTransfer(const Context& context, const std::string& file, bool force, const Send& send,
+                     const std::function<bool()>& begins = nullptr);
 
-// Throws unless the whole file went out. `cancel_hint`: what a cancel means for the printer, asked
-// only when the transfer was cancelled.
-void RequireSent(Output& output, const std::string& file, const Transfer& transfer,
-                 std::string (*cancelHint)());
+// Throws unless all went out and the printer has not said that it lacks something. `held`: what is
+// told where the printer may wait for the rest.
+void RequireSent(const std::string& file, const Transfer& transfer, const std::string& held);
+
+// The failure of a file that is not fit: damaged, for another printer, or not now.
+CommandError NotFit(const std::string& message, nuv::Findings findings);
 
 // File, bytes, seconds and `result` for scripts.
 nlohmann::ordered_json TransferJson(const std::string& file, const Transfer& transfer,

@@ -1,6 +1,7 @@
 #include "utf8.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace NuvCtl {
 namespace {
@@ -53,27 +54,13 @@ std::optional<char32_t> TakeCodePoint(std::string_view& text) {
   return valid ? std::optional<char32_t>(code) : std::nullopt;
 }
 
-void AppendWide(std::wstring& out, char32_t code) {
-  constexpr char32_t kFirstBeyondUtf16 = 0x10000;
-  if (sizeof(wchar_t) == 2 && code >= kFirstBeyondUtf16) {
-    code -= kFirstBeyondUtf16;
-    out += static_cast<wchar_t>(0xD800 + (code >> 10U));
-    out += static_cast<wchar_t>(0xDC00 + (code & 0x3FFU));
-  } else {
-    out += static_cast<wchar_t>(code);
-  }
-}
-
 }  // namespace
 
-std::optional<std::wstring> WideFromUtf8(std::string_view utf8) {
-  std::wstring wide;
-  while (!utf8.empty()) {
-    const std::optional<char32_t> code = TakeCodePoint(utf8);
-    if (!code) return std::nullopt;
-    AppendWide(wide, *code);
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    if (!TakeCodePoint(text)) return false;
   }
-  return wide;
+  return true;
 }
 
 std::string Printable(std::string_view text) {
@@ -97,6 +84,19 @@ size_t DisplayWidth(std::string_view text) {
     if (!Contains(kCombining, code)) columns += Contains(kWide, code) ? 2 : 1;
   }
   return columns;
+}
+
+std::string FirstColumns(std::string_view text, size_t columns) {
+  std::string_view rest = text;
+  std::string first;
+  while (!rest.empty()) {
+    const std::string_view before = rest;
+    TakeCodePoint(rest);
+    const std::string_view one = before.substr(0, before.size() - rest.size());
+    if (DisplayWidth(first) + DisplayWidth(one) > columns) break;
+    first += one;
+  }
+  return first;
 }
 
 }  // namespace NuvCtl

@@ -6,9 +6,8 @@
 #include <functional>
 #include <vector>
 
-#include "listing.h"
+#include "context.h"
 #include "output.h"
-#include "system.h"
 
 namespace CLI {
 class App;
@@ -16,15 +15,8 @@ class App;
 
 namespace NuvCtl {
 
-// What every subcommand gets to work with.
-struct Context {
-  const Choice& choice;
-  Output& output;
-  System& system;
-};
-
-// Does the work, with the library started. Throws CommandError.
-using Action = std::function<Report(Context&)>;
+// Does the work. Throws CommandError.
+using Action = std::function<Report(const Context&)>;
 
 struct Subcommand {
   const char* name;
@@ -35,7 +27,7 @@ struct Subcommand {
 };
 
 // For `declare` of a subcommand that has no arguments of its own.
-template <Report (*Run)(Context&)>
+template <Report (*Run)(const Context&)>
 Action Plain(CLI::App&) {
   return Run;
 }

@@ -1,223 +1,137 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
 #include <memory>
-#include <stdexcept>
 
 #include "commands/commands.h"
-#include "error.h"
 #include "format.h"
-#include "library.h"
-#include "printer.h"
+#include "target.h"
 #include "transfer.h"
 #include "utf8.h"
 
 namespace NuvCtl {
 namespace {
 
-constexpr unsigned kBoardImage = 1;  // the kind of image that the Android board is told
+using nuv::OutcomeKind;
 
-int AnnounceEngine(unsigned bytes, const char* name) {
-  return API_SetFWUpdateFileInfo_Engine(bytes, name);
-}
-int AnnounceAndroid(unsigned bytes, const char* name) {
-  return API_SetFWUpdateFileInfo_Android(kBoardImage, bytes, name);
-}
-int AnnouncePanel(unsigned, const char* name) { return API_StartFWUpdateFileInfo_LCM(name); }
+struct PartRow {
+  const char* name;
+  const char* words;
+  nuv::Part part;
+  std::optional<std::string> (*version)(Target& target);  // that is on it
+};
 
-// An engine confirms an update in no way. Whether it still answers can be seen at least.
-void FinishEngine(Context& context, Report& report) {
-  constexpr int kAttempts = 20;
-  constexpr int64_t kPatienceMs = 30000;
-  const int64_t until = context.system.NowMs() + kPatienceMs;
-  std::optional<Identity> identity;
-  // One question to a printer that stays silent can take longer than all the attempts together.
-  const auto answersOrTimeIsUp = [&] {
+std::optional<nuv::Versions> VersionsOf(Target& target) {
+  return target.Try("Reading the versions", &nuv::Printer::GetVersions);
+}
+
+constexpr PartRow kParts[] = {
+    {"engine", "engine", nuv::Part::kEngine,
+     [](Target& target) { return target.Who().firmware; }},
+    {"android", "Android board", nuv::Part::kAndroidBoard,
+     [](Target& target) {
+       const auto versions = VersionsOf(target);
+       return versions ? versions->androidBoard : std::nullopt;
+     }},
+    {"panel", "LCM panel", nuv::Part::kLcmPanel,
+     [](Target& target) {
+       const auto versions = VersionsOf(target);
+       return versions ? versions->lcmPanel : std::nullopt;
+     }},
+};
+
+struct FirmwareOptions {
+  std::string part;
+  std::string file;
+  bool force = false;
+};
+
+// An engine confirms an update in no way. Whether it still answers can be seen at least; one that
+// restarts has closed the connection.
+std::string AnswersAgain(const Context& context, Target& target) {
+  constexpr int kAttempts = 60;
+  std::optional<std::string> version;
+  const auto answers = [&] {
     try {
-      identity = ReadIdentity();
-    } catch (const CommandError&) {
-      // A printer that restarts has closed the connection.
-      API_NUVCONNECT_OpenDevice();
+      version =
+          target.Ask("Reading the identity", &nuv::Printer::GetIdentity).firmware.value_or("");
+    } catch (const CommandError& error) {
+      if (error.exit == kCancelled) throw;
     }
-    return identity.has_value() || context.system.NowMs() >= until;
+    return version.has_value();
   };
-  WaitFor(context.system, kAttempts, answersOrTimeIsUp);
-  if (!identity) {
-    throw CommandError("update_unconfirmed", kConnectionProblem,
-                       "Everything was sent, but the printer does not answer since",
-                       "It may be restarting: run 'nuvctl info' in a minute, and look at its "
-                       "panel before switching it off.");
-  }
-  report.json["firmware"] = identity->firmware;
-  report.text +=
-      "The printer confirms engine images in no way. It answers, with firmware version " +
-      Printable(identity->firmware) + ".\n";
+  if (WaitFor(context.system, kAttempts, answers)) return *version;
+  throw CommandError("update_unconfirmed", kConnectionProblem,
+                     "Everything was sent, but the printer does not answer since",
+                     "It may be restarting: run 'nuvctl info' in a minute, and look at its panel "
+                     "before switching it off.");
 }
 
-// An order that the printer did not answer may have been carried out all the same.
-CommandError NotEnded(const CommandError& cause) {
-  const bool refused = cause.result == NUV_PRINTER_REFUSED;
-  CommandError error(refused ? "update_failed" : "update_unconfirmed", cause.exit,
-                     (refused ? "The printer did not take the update: "
-                              : "Whether the printer took the update is not known: ") +
-                         cause.message,
-                     refused ? "It keeps its old firmware; try again."
-                             : "Look at its panel before switching it off, then try again.");
-  error.result = cause.result;
+// The failure of an image that went out in part or in full.
+CommandError UpdateFailure(const Transfer& transfer, CommandError error) {
+  const nuv::Outcome& outcome = transfer.outcome;
+  if (outcome.kind == OutcomeKind::kRefused) error.code = "update_failed";
+  if (outcome.kind == OutcomeKind::kUnconfirmed) error.code = "update_unconfirmed";
+  if (outcome.kind == OutcomeKind::kUnconfirmed && outcome.bytesSent == transfer.total) {
+    error.hint = "Look at its panel before switching it off, then try again.";
+  } else if (outcome.kind != OutcomeKind::kNotFit) {
+    error.hint = "The printer keeps its old firmware; run the command again for a new try.";
+  }
   return error;
 }
 
-void FinishAndroid(Context&, Report& report) {
-  Check(API_StartFWUpgradeProcess(), "Starting the upgrade");
-  report.text += "The printer has it whole and upgrades; leave it on until it is done.\n";
-}
-
-void FinishPanel(Context&, Report& report) {
-  TextBuffer answer;
-  Check(API_FinishFWUpdateFileInfo_LCM(answer.Data()), "Ending the update");
-  report.json["answer"] = answer.Text();
-  report.text += "The printer answers: " + Printable(answer.Text()) + ".\n";
-}
-
-struct KindRow {
-  const char* name;
-  const char* part;
-  uint64_t bytes;  // of every image; 0: they differ
-  int (*announce)(unsigned bytes, const char* name);
-  int (*send)(const unsigned char* data, int length);
-  void (*finish)(Context& context, Report& report);
-  const char* result;  // when all went well
-};
-
-constexpr KindRow kKinds[] = {
-    {"engine", "engine", 0, AnnounceEngine, API_SendFWData, FinishEngine, "sent"},
-    {"android", "Android board", 0, AnnounceAndroid, API_SendFWDataAndroid, FinishAndroid,
-     "accepted"},
-    {"panel", "LCM panel", NUV_PANEL_IMAGE_BYTES, AnnouncePanel, API_SendFWPanelData, FinishPanel,
-     "accepted"},
-};
-
-struct FirmwareImage {
-  std::string file;  // as the user gave it
-  std::string name;  // without folders, for the printer
-  std::vector<unsigned char> bytes;
-};
-
-// The library counts bytes in an int.
-constexpr uint64_t kLargestBytes = std::numeric_limits<int>::max();
-
-CommandError Unfit(const std::string& message) {
-  return CommandError("wrong_size", kFileProblem, message + ", so nothing was sent",
-                      "Check that it is the image that the maker gave for this part.");
-}
-
-void RequireSize(const KindRow& row, const std::string& file, uint64_t bytes) {
-  if (bytes == 0) throw Unfit("The file " + file + " is empty");
-  if (row.bytes != 0 && bytes != row.bytes) {
-    throw Unfit("An image of the " + std::string(row.part) + " has exactly " +
-                std::to_string(row.bytes) + " bytes, but " + file + " has " +
-                std::to_string(bytes));
-  }
-  if (bytes > kLargestBytes) {
-    throw Unfit("The file " + file + " has " + FormatBytes(static_cast<int64_t>(bytes)) +
-                ", more than any image");
-  }
-}
-
-// Throws CommandError when the file cannot be read or its size is not that of such an image.
-FirmwareImage ReadFirmwareImage(const KindRow& row, const std::string& file) {
-  RequireFile(file);
-  const std::filesystem::path path = std::filesystem::u8path(file);
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  std::ifstream stream(path, std::ios::binary);
-  FirmwareImage image;
-  image.file = file;
-  image.name = path.filename().u8string();
-  if (!error) {
-    RequireSize(row, file, size);
-    image.bytes.resize(static_cast<size_t>(size));
-    stream.read(reinterpret_cast<char*>(image.bytes.data()),
-                static_cast<std::streamsize>(image.bytes.size()));
-  }
-  if (error || !stream) {
-    throw CommandError("file_not_readable", kFileProblem, "The file " + file + " cannot be read",
-                       "Check that it is a file and that no other program writes to it.");
-  }
-  return image;
-}
-
-struct FirmwareOptions {
-  std::string kind;
-  std::string file;
-  bool yes = false;
-};
-
-void RequireSomebodyToAsk(const Context& context, bool yes) {
-  if (yes || context.system.InputIsTerminal()) return;
-  throw CommandError("usage", kUsage, "A firmware update is confirmed at a terminal",
-                     "Give --yes to update without being asked.");
-}
-
-void AskForConsent(const Context& context, const KindRow& row, const FirmwareImage& image,
-                   const Printer& printer) {
-  const std::optional<std::string> answer = context.system.Ask(
-      "Update the " + std::string(row.part) + " of " + Printable(printer.Name()) + " (" +
-      Printable(printer.model) + ") with " + Printable(image.file) + ", " +
-      FormatBytes(static_cast<int64_t>(image.bytes.size())) +
-      "?\nThe printer must stay on until it is done. [y/N] ");
-  if (answer && !answer->empty() && (answer->front() == 'y' || answer->front() == 'Y')) return;
-  throw CommandError("cancelled", kCancelled, "Not updated", "Answer y to update.");
-}
-
-Transfer SendImage(const Context& context, const KindRow& row, const FirmwareImage& image) {
-  const int length = static_cast<int>(image.bytes.size());
-  CheckOrder(row.announce(static_cast<unsigned>(length), image.name.c_str()),
-             "Announcing the image",
-             "Not every model has this part, and none takes an image while it works; 'nuvctl info' "
-             "and 'nuvctl status' show which one this is and what it does.");
-  Transfer transfer = RunTransfer(context.output, context.system,
-                                  [&] { return row.send(image.bytes.data(), length); });
-  if (transfer.result == NUV_CANCELLED) {
-    transfer.cancelled = true;
-    transfer.result = NUV_OK;
-  }
-  RequireSent(context.output, image.file, transfer, [] {
-    return std::string("The printer keeps its old firmware; run the command again for a new try.");
-  });
-  return transfer;
-}
-
-Report RunFirmware(Context& context, const FirmwareOptions& options) {
-  const KindRow& row =
-      *std::find_if(std::begin(kKinds), std::end(kKinds),
-                    [&](const KindRow& each) { return options.kind == each.name; });
-  const FirmwareImage image = ReadFirmwareImage(row, options.file);
-  RequireSomebodyToAsk(context, options.yes);
-  const Printer printer = OpenPrinter(context.choice);
-  RequireReady();
-  if (!options.yes) AskForConsent(context, row, image, printer);
-  const Transfer transfer = SendImage(context, row, image);
-  Report report;
-  report.json = TransferJson(image.file, transfer, row.result);
-  report.json["kind"] = row.name;
-  report.text = "Sent " + Printable(image.file) + ": " + TransferText(transfer) + ".\n";
-  const auto unconfirmed = [&](CommandError error) {
-    error.shown.json = TransferJson(image.file, transfer, "not_confirmed");
-    return error;
+Report RunFirmware(const Context& context, const FirmwareOptions& options) {
+  const PartRow& row =
+      *std::find_if(std::begin(kParts), std::end(kParts),
+                    [&](const PartRow& each) { return options.part == each.name; });
+  RequireFile(options.file);
+  RequireSomebodyToAsk(context, "A firmware update");
+  Target target = OpenTarget(context);
+  target.Who();
+  context.output.Remark("Using the " + target.Description());
+  const std::optional<std::string> version = row.version(target);
+  // Asked only about an image against which nothing speaks, or that is forced.
+  bool consents = true;
+  const auto begins = [&] {
+    const std::string question =
+        std::string("Update the ") + row.words + " of the " + target.Description() +
+        (version ? ", version " + Printable(*version) + "," : "") + " with " +
+        Printable(options.file) +
+        "?\nThe printer must stay on until it is done. [y/N] ";
+    try {
+      RequireConsent(context, question, "Not updated");
+    } catch (const CommandError&) {
+      consents = false;
+    }
+    return consents;
   };
+  const Transfer transfer = RunTransfer(
+      context, options.file, options.force,
+      [&](const nuv::SendOptions& how, const nuv::Call& call) {
+        return target.Printer().Update(row.part, std::filesystem::u8path(options.file), how, call);
+      },
+      begins);
+  if (!consents) throw CommandError("cancelled", kCancelled, "Not updated", "Answer y to update.");
   try {
-    row.finish(context, report);
+    RequireSent(options.file, transfer, "");
   } catch (const CommandError& error) {
-    throw unconfirmed(error.code == "update_unconfirmed" ? error : NotEnded(error));
-  } catch (const std::logic_error& error) {
-    throw unconfirmed(NotEnded(
-        CommandError("bad_reply", kPrinterFailed,
-                     std::string("its reply cannot be understood (") + error.what() + ")", "")));
+    throw UpdateFailure(transfer, error);
+  }
+  Report report;
+  const bool accepted = transfer.outcome.kind == OutcomeKind::kAccepted;
+  report.json = TransferJson(options.file, transfer, accepted ? "accepted" : "sent");
+  report.json["kind"] = row.name;
+  report.text = "Sent " + Printable(options.file) + ": " + TransferText(transfer) + ".\n";
+  if (accepted) {
+    report.json["answer"] = transfer.outcome.message;
+    report.text += "The printer answers: " + Printable(transfer.outcome.message) +
+                   ". Leave it on until it is done.\n";
+  } else {
+    const std::string now = AnswersAgain(context, target);
+    report.json["firmware"] = now;
+    report.text +=
+        "The printer confirms engine images in no way. It answers, with firmware version " +
+        Printable(now) + ".\n";
   }
   return report;
 }
@@ -225,14 +139,14 @@ Report RunFirmware(Context& context, const FirmwareOptions& options) {
 Action DeclareFirmware(CLI::App& app) {
   const auto options = std::make_shared<FirmwareOptions>();
   std::vector<std::string> names;
-  for (const KindRow& row : kKinds) names.emplace_back(row.name);
-  app.add_option("KIND", options->kind, "engine, android or panel")
+  for (const PartRow& row : kParts) names.emplace_back(row.name);
+  app.add_option("KIND", options->part, "engine, android or panel")
       ->required()
       ->type_name("")
       ->check(CLI::IsMember(names).description(""));
   app.add_option("FILE", options->file, "The image")->required()->type_name("");
-  app.add_flag("--yes", options->yes, "Do not ask before starting");
-  return [options](Context& context) { return RunFirmware(context, *options); };
+  app.add_flag("--force", options->force, "Send also what does not seem to be such an image");
+  return [options](const Context& context) { return RunFirmware(context, *options); };
 }
 
 }  // namespace

@@ -6,112 +6,90 @@
 #include "commands/commands.h"
 #include "commands/settings.h"
 #include "format.h"
-#include "printer.h"
+#include "state.h"
 
 namespace NuvCtl {
 namespace {
 
-struct Job {
-  int index = 0;
-  std::string name, resinCode, lot;
-  std::string started, ended;  // as the printer writes them; `ended` is "-" until the job has
-  int result = 0;              // 0 finished, 1 cancelled, 2 failed, 3 not ended
-  int layers = 0;
-  int minutes = 0;
-  int resinMl = 0;
-  int layerUm = 0;
-  int exposureMs = 0;
-  int bottomExposureMs = 0;
-  int laserPowerPercent = 0;
-};
-
-std::string ResultName(int result) {
-  constexpr const char* kNames[] = {"finished", "cancelled", "failed", "not ended"};
-  return FormatName(kNames, result);
-}
-
-// Nothing when the printer does not know the job.
-std::optional<Job> ReadJob(int index) {
-  Job job;
-  job.index = index;
-  TextBuffer name, resinCode, started, ended, lot;
-  const std::string action = "Reading job " + std::to_string(index);
-  const bool known =
-      Answered(API_GetJobInfo1(index, name.Data(), resinCode.Data(), started.Data()), action) &&
-      Answered(API_GetJobInfo2(index, &job.layers, &job.minutes, &job.resinMl, &job.result),
-               action) &&
-      Answered(API_GetJobInfo3(index, &job.layerUm, &job.exposureMs, &job.bottomExposureMs,
-                               &job.laserPowerPercent),
-               action) &&
-      Answered(API_GetJobInfo4(index, ended.Data(), lot.Data()), action);
-  if (!known) return std::nullopt;
-  job.name = name.Text();
-  job.resinCode = resinCode.Text();
-  job.started = started.Text();
-  job.ended = ended.Text();
-  job.lot = lot.Text();
-  return job;
-}
-
-nlohmann::ordered_json JobJson(const Job& job) {
-  nlohmann::ordered_json json = {{"index", job.index},
-                                 {"name", job.name},
-                                 {"result", ResultName(job.result)},
-                                 {"result_number", job.result},
-                                 {"started", job.started},
-                                 {"layers", job.layers},
-                                 {"minutes", job.minutes},
-                                 {"resin_code", job.resinCode},
-                                 {"lot", job.lot},
-                                 {"resin_ml", job.resinMl},
-                                 {"layer_um", job.layerUm},
-                                 {"exposure_ms", job.exposureMs},
-                                 {"bottom_exposure_ms", job.bottomExposureMs},
-                                 {"laser_power_percent", job.laserPowerPercent}};
-  if (job.ended != "-") json["ended"] = job.ended;
-  return json;
-}
-
-// At most `count` jobs from index `newest` downwards; fewer when the printer does not know one,
-// because it then knows none before it either.
-std::vector<Job> ReadNewestJobs(int newest, int count) {
-  std::vector<Job> jobs;
-  for (int index = newest; index > 0 && newest - index < count; --index) {
-    const std::optional<Job> job = ReadJob(index);
-    if (!job) break;
-    jobs.push_back(*job);
-  }
-  return jobs;
-}
-
-nlohmann::ordered_json JobsJson(const std::vector<Job>& jobs) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const Job& job : jobs) list.push_back(JobJson(job));
-  return list;
-}
-
-std::string JobsTable(const std::vector<Job>& jobs) {
-  std::vector<TableRow> rows;
-  rows.reserve(jobs.size());
-  for (const Job& job : jobs) {
-    rows.push_back({std::to_string(job.index), job.name, ResultName(job.result),
-                    FormatStamp(job.started), FormatStamp(job.ended), std::to_string(job.minutes),
-                    std::to_string(job.layers), std::to_string(job.layerUm),
-                    std::to_string(job.exposureMs), std::to_string(job.bottomExposureMs),
-                    std::to_string(job.laserPowerPercent), job.resinCode, job.lot,
-                    std::to_string(job.resinMl)});
-  }
-  return FormatTable({"INDEX", "NAME", "RESULT", "STARTED", "ENDED", "MIN", "LAYERS", "LAYER-UM",
-                      "EXPOSE-MS", "BOTTOM-MS", "POWER-%", "RESIN", "LOT", "ML"},
-                     rows);
-}
+using nuv::JobRecord;
 
 constexpr int kUsualJobs = 10;
 
 struct Wanted {
   int last = kUsualJobs;
   std::optional<int> mark;
+  bool whole = false;
 };
+
+// One column of the table, and a key for scripts.
+struct Column {
+  const char* head;
+  const char* key;
+  std::optional<int> JobRecord::*number;
+};
+
+constexpr Column kColumns[] = {
+    {"MIN", "minutes", &JobRecord::minutes},
+    {"LAYERS", "layers", &JobRecord::layers},
+    {"LAYER-UM", "layer_um", &JobRecord::layerThicknessUm},
+    {"EXPOSE-MS", "exposure_ms", &JobRecord::exposureMs},
+    {"BOTTOM-MS", "bottom_exposure_ms", &JobRecord::bottomExposureMs},
+    {"POWER-%", "laser_power_percent", &JobRecord::laserPowerPercent},
+    {"ML", "resin_ml", &JobRecord::resinMl},
+};
+
+nlohmann::ordered_json JobJson(const JobRecord& job) {
+  nlohmann::ordered_json json = {{"index", job.index}};
+  const auto add = [&json](const char* key, const std::optional<std::string>& text) {
+    if (text) json[key] = *text;
+  };
+  add("name", job.name);
+  if (job.result) {
+    json["result"] = JobResultName(*job.result);
+    json["result_number"] = static_cast<int>(*job.result);
+  }
+  add("started", job.started);
+  add("ended", job.ended);
+  add("resin_code", job.resinCode);
+  add("lot", job.resinLot);
+  for (const Column& column : kColumns) {
+    if (job.*column.number) json[column.key] = *(job.*column.number);
+  }
+  return json;
+}
+
+// At most `count` jobs from index `newest` downwards; fewer when the printer does not know one,
+// because it then knows none before it either.
+std::vector<JobRecord> ReadNewestJobs(Target& target, int newest, int count) {
+  std::vector<JobRecord> jobs;
+  for (int index = newest; index > 0 && newest - index < count; --index) {
+    const auto job = target.Try("Reading job " + std::to_string(index),
+                                &nuv::Printer::GetJobRecord, index);
+    if (!job) break;
+    jobs.push_back(*job);
+  }
+  return jobs;
+}
+
+std::string JobsTable(const std::vector<JobRecord>& jobs, bool whole) {
+  TableRow head = {"INDEX", "NAME", "RESULT", "STARTED", "ENDED"};
+  const size_t numbers = whole ? std::size(kColumns) : 1;
+  for (size_t i = 0; i < numbers; ++i) head.emplace_back(kColumns[i].head);
+  if (whole) head.insert(head.end(), {"RESIN", "LOT"});
+  std::vector<TableRow> rows;
+  for (const JobRecord& job : jobs) {
+    TableRow row = {std::to_string(job.index), job.name.value_or(""),
+                    job.result ? JobResultName(*job.result) : "",
+                    FormatStamp(job.started.value_or("")), FormatStamp(job.ended.value_or(""))};
+    for (size_t i = 0; i < numbers; ++i) {
+      const std::optional<int>& number = job.*kColumns[i].number;
+      row.push_back(number ? std::to_string(*number) : "");
+    }
+    if (whole) row.insert(row.end(), {job.resinCode.value_or(""), job.resinLot.value_or("")});
+    rows.push_back(row);
+  }
+  return FormatTable(head, rows);
+}
 
 Report ShowMark(const int& index) {
   FieldReport report;
@@ -119,57 +97,55 @@ Report ShowMark(const int& index) {
   return report.Finish();
 }
 
-constexpr Setting<int> kMark = {
+const Setting<int> kMark = {
     "the index of the last job read",
     "It cannot be beyond the last job ('nuvctl jobs'), and not every model keeps a history.",
-    [](const int& index) { return API_SetLastUpdatedIndex(index); },
-    [](int& index) { return API_GetLastUpdatedIndex(&index); },
+    &nuv::Printer::SetLastReadJob,
+    &nuv::Printer::GetLastReadJob,
     Equal<int>,
     ShowMark};
 
-// Adds the current or last job, which is told by models without a history too.
-int AddCurrent(FieldReport& report) {
-  const JobMark current = ReadJobMark();
-  if (!current.known) return 0;
-  report.AddNumber("Current or last job", "current/index", current.index);
-  report.AddNumber("Received for it", "current/bytes", current.bytes, " bytes");
-  return current.index;
+// Adds the current or last job, which is told by models without a history too. Its index.
+int AddCurrent(Target& target, FieldReport& report) {
+  const auto current = target.Try("Reading the last job", &nuv::Printer::GetJob);
+  if (!current || !current->index) return 0;
+  report.AddNumber("Current or last job", "current/index", current->index);
+  report.AddNumber("Received for it", "current/bytes", current->bytes, " bytes");
+  return *current->index;
 }
 
-void AddCounters(FieldReport& report) {
-  constexpr int kAllJobs = 0;
-  int started = 0;
-  int finished = 0;
-  int cancelled = 0;
-  int failed = 0;
-  CheckQuery(API_GetJobCounter(kAllJobs, &started, &finished, &cancelled, &failed),
-             "Reading the job history");
-  report.AddNumber("Jobs started", "counters/started", started);
-  report.AddNumber("Jobs finished", "counters/finished", finished);
-  report.AddNumber("Jobs cancelled", "counters/cancelled", cancelled);
-  report.AddNumber("Jobs failed", "counters/failed", failed);
-  int index = 0;
-  if (Answered(API_GetLastUpdatedIndex(&index), "Reading the index of the last job read")) {
-    report.AddNumber("Last job read by a host", "last_updated", index);
+void AddCounts(Target& target, FieldReport& report) {
+  const nuv::JobCounts counts =
+      target.Ask("Reading the job history", &nuv::Printer::GetJobCounts, false);
+  report.AddNumber("Jobs started", "counters/started", counts.started);
+  report.AddNumber("Jobs finished", "counters/finished", counts.finished);
+  report.AddNumber("Jobs cancelled", "counters/cancelled", counts.cancelled);
+  report.AddNumber("Jobs failed", "counters/failed", counts.failed);
+  report.AddNumber(
+      "Last job read by a host", "last_updated",
+      target.Try("Reading the index of the last job read", &nuv::Printer::GetLastReadJob));
+}
+
+Report RunJobs(const Context& context, const Wanted& wanted) {
+  if (wanted.mark) {
+    Target target = OpenToChange(context);
+    return ShowOrSet(kMark, target, wanted.mark);
   }
-}
-
-Report RunJobs(Context& context, const Wanted& wanted) {
-  OpenPrinter(context.choice);
-  if (wanted.mark) return ShowOrSet(kMark, wanted.mark);
+  Target target = OpenTarget(context);
   FieldReport fields;
-  const int newest = AddCurrent(fields);
+  const int newest = AddCurrent(target, fields);
   try {
-    AddCounters(fields);
+    AddCounts(target, fields);
   } catch (CommandError& error) {
     error.shown = fields.Finish();
     error.shownIsResult = true;
     throw;
   }
   Report report = fields.Finish();
-  const std::vector<Job> jobs = ReadNewestJobs(newest, wanted.last);
-  report.json["jobs"] = JobsJson(jobs);
-  if (!jobs.empty()) report.text += '\n' + JobsTable(jobs);
+  const std::vector<JobRecord> jobs = ReadNewestJobs(target, newest, wanted.last);
+  report.json["jobs"] = nlohmann::ordered_json::array();
+  for (const JobRecord& job : jobs) report.json["jobs"].push_back(JobJson(job));
+  if (!jobs.empty()) report.text += '\n' + JobsTable(jobs, wanted.whole);
   return report;
 }
 
@@ -181,11 +157,12 @@ Action DeclareJobs(CLI::App& app) {
           ->type_name("N")
           ->check(CLI::Range(0, kMost).description(""))
           ->capture_default_str();
+  app.add_flag("--long", wanted->whole, "All that the printer tells of each");
   app.add_option("--mark", wanted->mark, "Note this job as the last one that a host has read")
       ->type_name("INDEX")
       ->check(CLI::Range(0, kMost).description(""))
       ->excludes(last);
-  return [wanted](Context& context) { return RunJobs(context, *wanted); };
+  return [wanted](const Context& context) { return RunJobs(context, *wanted); };
 }
 
 }  // namespace

@@ -1,82 +1,133 @@
 #include "commands/commands.h"
-#include "format.h"
-#include "library.h"
-#include "printer.h"
+#include "commands/several.h"
+#include "state.h"
+#include "target.h"
 
 namespace NuvCtl {
 namespace {
 
-Report RunInfo(Context& context) {
-  const Printer printer = OpenPrinter(context.choice);
-  const Identity identity = ReadIdentity();
+// ---- What it is
+
+FieldReport IdentityReport(const nuv::Identity& who) {
   FieldReport report;
-  report.AddText("Address", "address", printer.address);
-  report.AddText("Name", "name", identity.name);
-  report.AddText("Model", "model", identity.model);
-  report.AddText("Serial number", "serial", identity.serial);
-  report.AddText("Firmware", "firmware", identity.firmware);
-  report.AddText("Controller", "controller", identity.controller);
-  report.AddText("Nickname", "nickname", printer.nickname);
-  if (!identity.manufactured.empty()) {
-    report.AddText("Manufactured", "manufactured", identity.manufactured);
-  }
-  return report.Finish();
+  report.AddText("Address", "address", who.address);
+  report.AddText("Name", "name", who.name);
+  report.AddText("Model", "model", who.model);
+  report.AddText("Serial number", "serial", who.serial);
+  report.AddText("Firmware", "firmware", who.firmware);
+  report.AddText("Controller", "controller", who.controller);
+  const auto nickname = who.nickname ? nlohmann::ordered_json(*who.nickname) : nullptr;
+  report.Add("Nickname", who.nickname.value_or("?"), "nickname", nickname);
+  report.AddText("Manufactured", "manufactured", who.manufactured);
+  return report;
 }
 
-Fields FieldsOf(const PrinterState& state, const std::optional<PrintProgress>& progress) {
-  Fields fields = {{"State", StateName(state.number)}};
-  if (state.number == NUV_PRINTER_ERROR) {
-    fields.emplace_back("Error number", std::to_string(state.errorNumber));
-  }
-  if (!progress) return fields;
-  fields.emplace_back("Layer", LayerText(*progress));
-  fields.emplace_back("Progress", std::to_string(progress->percent) + " %");
-  fields.emplace_back("Time left", std::to_string(progress->minutesLeft) + " min");
-  return fields;
+Report RunInfo(const Context& context) {
+  Target target = OpenTarget(context);
+  return IdentityReport(target.Who()).Finish();
 }
 
-Report RunStatus(Context& context) {
-  OpenPrinter(context.choice);
-  PrinterState state = ReadState();
-  std::optional<PrintProgress> progress;
-  if (state.number == NUV_PRINTER_PRINTING) {
-    progress = ReadProgress();
-    if (!progress) state = ReadState();  // the print has ended since
-  }
-  return {FormatFields(FieldsOf(state, progress)), StateJson(state, progress)};
+Answer InfoRow(nuv::Printer& printer, const nuv::Call& call) {
+  const nuv::Identity who = printer.GetIdentity(call);
+  return {{who.model.value_or(""), who.serial.value_or(""), who.firmware.value_or(""),
+           who.nickname.value_or("?")},
+          IdentityReport(who).Finish().json,
+          {}};
 }
 
-Report RunVersions(Context& context) {
-  OpenPrinter(context.choice);
-  const Identity identity = ReadIdentity();
+Action DeclareInfo(CLI::App& app) {
+  return DeclareAll(app, RunInfo, {"MODEL", "SERIAL", "FIRMWARE", "NICKNAME"}, InfoRow);
+}
+
+// ---- What it does
+
+Report RunStatus(const Context& context) {
+  Target target = OpenTarget(context);
+  const nuv::State state = target.Ask("Reading the state", &nuv::Printer::GetState);
+  std::optional<int> layers;
+  if (IsPrinting(state)) {
+    const auto job = target.Try("Reading the job", &nuv::Printer::GetJob);
+    if (job) layers = job->layers;
+  }
+  return {FormatFields(StateFields(state, layers)), StateJson(state, layers)};
+}
+
+Answer StatusRow(nuv::Printer& printer, const nuv::Call& call) {
+  const nuv::State state = printer.GetState(call);
+  const std::string name =
+      StateName(state.state) +
+      (state.errorNumber ? " " + std::to_string(*state.errorNumber) : std::string());
+  Answer answer{{name}, StateJson(state, std::nullopt), {}};
+  if (IsPrinting(state)) {
+    answer.cells.push_back(state.jobName.value_or(""));
+    answer.cells.push_back(state.percent ? std::to_string(*state.percent) + " %" : "");
+    answer.cells.push_back(state.endsAt ? TimeText(*state.endsAt) : "not known");
+  }
+  return answer;
+}
+
+Action DeclareStatus(CLI::App& app) {
+  return DeclareAll(app, RunStatus, {"STATE", "JOB", "PROGRESS", "ENDS"}, StatusRow);
+}
+
+// ---- Versions
+
+FieldReport VersionsReport(const nuv::Identity& who,
+                           const std::optional<nuv::Versions>& versions) {
   FieldReport report;
-  report.AddText("Firmware", "firmware", identity.firmware);
-  report.AddText("Controller", "controller", identity.controller);
-  TextBuffer android;
-  if (Answered(API_GetAndroidVersion(android.Data()), "Reading the version of the Android board")) {
-    report.AddText("Android board", "android", android.Text());
+  report.AddText("Firmware", "firmware", who.firmware);
+  report.AddText("Controller", "controller", who.controller);
+  if (versions) {
+    report.AddText("Android board", "android", versions->androidBoard);
+    report.AddText("Android loader", "android_loader", versions->androidLoader);
+    report.AddText("LCM panel", "lcm_panel", versions->lcmPanel);
   }
-  TextBuffer panel;
-  if (Answered(API_GetLCMPanelVersion(panel.Data()), "Reading the version of the LCM panel")) {
-    report.AddText("LCM panel", "lcm_panel", panel.Text());
-  }
-  return report.Finish();
+  return report;
 }
 
-Report RunSkipWarmup(Context& context) {
-  OpenPrinter(context.choice);
-  CheckOrder(API_SkipSLAWarmup(), "Skipping the warm-up",
-             "Only a printer that is warming up can skip it, and not every model warms up.");
+Report RunVersions(const Context& context) {
+  Target target = OpenTarget(context);
+  const nuv::Identity who = target.Who();
+  return VersionsReport(who, target.Try("Reading the versions", &nuv::Printer::GetVersions))
+      .Finish();
+}
+
+Answer VersionsRow(nuv::Printer& printer, const nuv::Call& call) {
+  const nuv::Identity who = printer.GetIdentity(call);
+  std::optional<nuv::Versions> versions;
+  try {
+    versions = printer.GetVersions(call);
+  } catch (const nuv::Error& error) {
+    if (error.Reason() != nuv::Result::kRefused) throw;
+  }
+  TableRow cells = {who.firmware.value_or(""), who.controller.value_or("")};
+  if (versions) {
+    cells.push_back(versions->androidBoard.value_or(""));
+    cells.push_back(versions->lcmPanel.value_or(""));
+  }
+  return {cells, VersionsReport(who, versions).Finish().json, {}};
+}
+
+Action DeclareVersions(CLI::App& app) {
+  return DeclareAll(app, RunVersions, {"FIRMWARE", "CONTROLLER", "ANDROID", "LCM-PANEL"},
+                    VersionsRow);
+}
+
+Report RunSkipWarmup(const Context& context) {
+  Target target = OpenToChange(context);
+  target.Tell("Skipping the warm-up",
+              "Only a printer that is warming up can skip it, and not every model warms up.",
+              &nuv::Printer::SkipWarmup);
   return {"The printer skips its warm-up.\n", {{"warmup", "skipped"}}};
 }
 
 }  // namespace
 
 Subcommands IdentityCommands() {
-  return {{"info", "Show what a printer is", "nuvctl info --serial SN0042", Plain<RunInfo>},
-          {"status", "Show what a printer does", "nuvctl status --json", Plain<RunStatus>},
+  return {{"info", "Show what a printer is", "nuvctl info --serial SN0042", DeclareInfo},
+          {"status", "Show what a printer does", "nuvctl status --all", DeclareStatus},
           {"versions", "Show the versions of firmware and boards", "nuvctl versions",
-           Plain<RunVersions>},
+           DeclareVersions},
           {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
            Plain<RunSkipWarmup>}};
 }

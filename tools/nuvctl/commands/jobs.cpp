@@ -1,233 +1,235 @@
 #include <CLI/CLI.hpp>
-#include <exception>
 #include <memory>
-#include <stdexcept>
 
 #include "commands/commands.h"
-#include "error.h"
-#include "library.h"
-#include "printer.h"
-#include "progress.h"
+#include "state.h"
+#include "target.h"
 #include "transfer.h"
 #include "utf8.h"
+#include "watching.h"
 
 namespace NuvCtl {
 namespace {
 
-// The last lines may still be in the printer's receive buffer when the transfer ends.
-constexpr int kConfirmAttempts = 10;
+using nuv::PrinterState;
 
-constexpr char kUnfinishedHint[] =
-    "A printer keeps an unfinished job open (receiving) and takes no other: 'nuvctl raw "
-    "\"F104 S2\"' abandons it.";
+constexpr char kHeldHint[] =
+    "The printer may still wait for the rest and takes no other job: 'nuvctl cancel' frees it.";
 
-CommandError NotTaken(
-    const std::string& reason,
-    const std::string& hint = "Look at the printer's panel, then send the file again.") {
-  return CommandError("job_not_taken", kPrinterFailed,
-                      "The printer did not take the job: " + reason, hint);
+struct SendOptions {
+  std::string file;
+  bool force = false;
+  bool dryRun = false;
+  bool watch = false;
+  int retries = 0;
+  WatchOptions watching;
+};
+
+// ---- Before
+
+// What is wrong with the file itself, before a printer is searched for.
+void RequireSound(const std::string& file) {
+  RequireFile(file);
+  const nuv::CheckReport check = Asked("Checking " + file, [&] {
+    return nuv::CheckFile(std::filesystem::u8path(file));
+  });
+  if (check.findings) throw NotFit(check.message, check.findings);
 }
 
-CommandError Unconfirmed(const CommandError& cause) {
-  CommandError error(
-      "job_unconfirmed", cause.exit,
-      "Everything was sent, but whether the printer took the job is not known: " + cause.message,
-      "Look at the printer's panel, or run 'nuvctl status', before sending again.");
-  error.result = cause.result;
-  return error;
-}
-
-bool HasAll(const JobMark& before, const JobMark& after, int total) {
-  return after.known && after.index != before.index && after.bytes == total;
-}
-
-std::optional<int> ConfirmByMark(System& system, const JobMark& before, JobMark after, int total) {
-  const auto taken = [&] {
-    after = ReadJobMark();
-    return HasAll(before, after, total);
-  };
-  if (WaitFor(system, kConfirmAttempts, taken)) return after.index;
-  if (after.index == before.index) {
-    throw NotTaken("its last job is still number " + std::to_string(before.index));
+Report DryRun(const Context& context, Target& target, const std::string& file) {
+  const nuv::CheckReport check = Asked("Checking " + file, [&] {
+    return target.Printer().Check(std::filesystem::u8path(file), context.Endless());
+  });
+  nlohmann::ordered_json json = {{"file", file}, {"result", "fit"}, {"bytes", check.bytes}};
+  if (check.resinNeededMl) json["resin_needed_ml"] = *check.resinNeededMl;
+  if (check.resinLeftMl) json["resin_left_ml"] = *check.resinLeftMl;
+  if (check.findings) {
+    CommandError error = NotFit(check.message, check.findings);
+    json["result"] = "not_fit";
+    error.shown.json = json;
+    throw error;
   }
-  throw NotTaken("its job " + std::to_string(after.index) + " holds " +
-                     std::to_string(after.bytes) + " of " + std::to_string(total) + " bytes",
-                 kUnfinishedHint);
+  return {Printable(file) + " can be sent to the " + target.Description() + ".\n", json};
 }
 
-void ConfirmByState(System& system) {
-  int state = 0;
-  const auto printing = [&] {
-    state = ReadState().number;
-    return state == NUV_PRINTER_PRINTING;
-  };
-  if (!WaitFor(system, kConfirmAttempts, printing)) {
-    throw NotTaken("it keeps no count of jobs, and its state is " + StateName(state));
-  }
+// ---- After a lost connection
+
+// Number and bytes of the printer's last job, nothing when it does not tell.
+std::optional<nuv::Job> LastJob(Target& target) {
+  const auto job = target.Try("Reading the last job", &nuv::Printer::GetJob);
+  return job && job->index ? job : std::nullopt;
 }
 
-// Waits a few seconds until the printer shows a job other than `before` with exactly `total` bytes,
-// and returns its index; for models that refuse the query until it prints, and returns nothing. A
-// printer that does not answer is opened anew once. Throws CommandError saying that the printer did
-// not take the job, or that this is not known.
-std::optional<int> ConfirmJob(const Context& context, const Printer& printer, const JobMark& before,
-                              int total) {
-  std::optional<CommandError> unanswered;
-  while (true) {
+// The same printer, once it answers again; over USB it may have come back at another port. Throws
+// CommandError when it does not, or another one is in its place.
+Target Again(const Context& context, Target target) {
+  constexpr int kAttempts = 40;
+  const nuv::Identity before = target.Where();
+  const auto answers = [&] {
     try {
-      if (unanswered) ReopenPrinter(context.choice, context.system, printer);
-      const JobMark after = before.known ? ReadJobMark() : JobMark();
-      if (after.known) return ConfirmByMark(context.system, before, after, total);
-      ConfirmByState(context.system);
-      return std::nullopt;
+      if (before.link == nuv::Link::kUsb) {
+        target.Printer() = nuv::Printer();  // which must not be open twice
+        target = OpenAgain(context, before);
+      }
+      return target.Ask("Reading the identity", &nuv::Printer::GetIdentity).serial == before.serial;
     } catch (const CommandError& error) {
-      if (error.code == "job_not_taken") throw;
-      // A printer may close the connection behind the last byte.
-      if (unanswered) throw Unconfirmed(*unanswered);
-      if (error.exit != kConnectionProblem) throw Unconfirmed(error);
-      unanswered = error;
-    } catch (const std::logic_error& error) {
-      throw Unconfirmed(
-          CommandError("bad_reply", kPrinterFailed,
-                       std::string("its reply cannot be understood (") + error.what() + ")", ""));
+      if (error.exit == kCancelled) throw;
+      return false;
     }
-  }
-}
-
-// Whether the connection was lost within the job, so that the printer may have all of it or a part.
-bool IsCut(const Transfer& transfer) {
-  return !transfer.cancelled &&
-         (transfer.result == NUV_NO_BUFFER_SPACE || transfer.result == NUV_WRITE_FAILED);
-}
-
-// Connects to the printer again after a cut, and waits a few seconds until it shows a job other
-// than `before` with all bytes; returns its index. Throws `failure`, with what the printer has and
-// what is left to do, when it does not.
-int ConfirmCutJob(const Context& context, const Printer& printer, const JobMark& before,
-                  const Transfer& transfer, CommandError failure) {
-  JobMark after;
-  const auto taken = [&] {
-    after = ReadJobMark();
-    return transfer.reported && HasAll(before, after, transfer.total);
   };
-  try {
-    // Without the count from before, a job of equal size would be taken for this one.
-    if (before.known) {
-      ReopenPrinter(context.choice, context.system, printer);
-      if (WaitFor(context.system, kConfirmAttempts, taken)) return after.index;
-    }
-  } catch (const std::exception&) {
-    after = JobMark();  // what the printer has cannot be found out
-  }
-  if (after.known && after.index == before.index) {
-    failure.message += "; the printer has nothing of the job";
-    throw failure;
-  }
-  if (after.known) {
-    failure.message += "; the printer has " + std::to_string(after.bytes) +
-                       (transfer.reported ? " of " + std::to_string(transfer.total) : "") +
-                       " bytes of it, as job " + std::to_string(after.index);
-  } else if (transfer.reported && transfer.sent == transfer.total) {
-    CommandError unconfirmed = Unconfirmed(failure);
-    unconfirmed.shown = failure.shown;
-    unconfirmed.shown.json["result"] = "not_confirmed";
-    failure = unconfirmed;
-  }
-  failure.hint += std::string(" ") + kUnfinishedHint;
-  throw failure;
+  if (WaitFor(context.system, kAttempts, answers)) return target;
+  throw CommandError("connection_lost", kConnectionProblem,
+                     target.Name() + " did not come back, or is another printer now", kHeldHint);
 }
 
-// The failure of a job that the printer refused to open.
-CommandError JobRefused(CommandError failure) {
-  failure.code = "job_refused";
-  failure.message = "The printer refused to open the job";
-  failure.hint =
-      "It prints, or an unfinished job is still open on it. When 'nuvctl status' says receiving "
-      "although nobody sends, 'nuvctl raw \"F104 S2\"' abandons it.";
-  return failure;
+// Whether the job can be sent again from its first line: the printer has none of it any more.
+// Fills in the outcome when it has all.
+bool CanRetry(const Context& context, Target& target, const std::optional<nuv::Job>& before,
+              Transfer& transfer) {
+  constexpr int kAttempts = 20;
+  const bool lost = transfer.outcome.kind == nuv::OutcomeKind::kUnconfirmed &&
+                    transfer.outcome.reason != nuv::Result::kUnconfirmed;
+  if (!lost || !before) return false;
+  target = Again(context, std::move(target));
+  const std::optional<nuv::Job> now = LastJob(target);
+  if (!now) return false;
+  if (now->index != before->index && now->bytes == transfer.total) {
+    transfer.outcome.kind = nuv::OutcomeKind::kAccepted;
+    transfer.outcome.jobIndex = now->index;
+    transfer.outcome.bytesSent = transfer.total;
+    return false;
+  }
+  const auto state = [&] { return target.Ask("Reading the state", &nuv::Printer::GetState).state; };
+  if (state() == PrinterState::kPrinting) return false;
+  target.Tell("Abandoning the broken job", kHeldHint, &nuv::Printer::AbandonJob);
+  return WaitFor(context.system, kAttempts, [&] { return state() == PrinterState::kIdle; });
 }
 
-// The library orders the printer to drop a cancelled job; whether it did is asked here.
-std::string HintAfterCancelledJob() {
-  try {
-    const int state = ReadState().number;
-    if (state == NUV_PRINTER_IDLE) return "The printer dropped the job and is idle.";
-    return "The printer's state is now: " + StateName(state) +
-           ". Cancel the job at its panel if it does not become idle.";
-  } catch (const std::exception&) {
-    return "The printer does not tell its state; check at its panel that the job is gone.";
-  }
-}
+// ---- Sending
 
-Report RunSend(Context& context, const std::string& file) {
-  const std::wstring path = RequireFile(file);
-  const Printer printer = OpenReadyPrinter(context.choice, context.output, file);
-  const JobMark before = ReadJobMark();
-  Transfer transfer = RunTransfer(context.output, context.system,
-                                  [&path] { return API_SendPrintFile(path.c_str(), nullptr); });
-  if (transfer.result == NUV_PRINTER_REFUSED) throw JobRefused(TransferFailure(file, transfer));
-  std::optional<int> job;
-  if (IsCut(transfer)) {
-    job = ConfirmCutJob(context, printer, before, transfer, TransferFailure(file, transfer));
-    transfer.result = NUV_OK;
-    transfer.sent = transfer.total;
-    context.output.Remark("nuvctl: the connection was lost, but the printer has everything");
-  }
-  RequireSent(context.output, file, transfer, HintAfterCancelledJob);
-  try {
-    if (!job) job = ConfirmJob(context, printer, before, transfer.total);
-  } catch (CommandError& error) {
-    error.shown.json = TransferJson(file, transfer, "not_confirmed");
-    throw;
-  }
+Report SentReport(const std::string& file, const Transfer& transfer) {
   Report report;
   report.json = TransferJson(file, transfer, "accepted");
-  if (job) report.json["job_index"] = *job;
+  if (transfer.outcome.jobIndex) report.json["job_index"] = *transfer.outcome.jobIndex;
   report.text = "Sent " + Printable(file) + ": " + TransferText(transfer) + ". The printer " +
-                (job ? "took it as job " + std::to_string(*job) : "is printing it") + ".\n";
+                (transfer.outcome.jobIndex
+                     ? "took it as job " + std::to_string(*transfer.outcome.jobIndex)
+                     : "is printing it") +
+                ".\n";
   return report;
 }
 
-Report RunGcode(Context& context, const std::string& file) {
-  const std::wstring path = RequireFile(file);
-  OpenReadyPrinter(context.choice, context.output, file);
-  const Transfer transfer = RunTransfer(
-      context.output, context.system, [&path] { return API_SendGCodeFile(path.c_str(), nullptr); });
-  RequireSent(context.output, file, transfer, [] {
-    return std::string("The commands sent until then stay in effect; check the printer.");
-  });
-  Report report;
+Report SendTo(const Context& context, Target& target, const SendOptions& options) {
+  context.output.Remark("Sending " + Printable(options.file));
+  for (int retry = 0;; ++retry) {
+    const std::optional<nuv::Job> before =
+        options.retries > 0 ? LastJob(target) : std::optional<nuv::Job>();
+    Transfer transfer = RunTransfer(
+        context, options.file, options.force,
+        [&](const nuv::SendOptions& how, const nuv::Call& call) {
+          return target.Printer().Send(std::filesystem::u8path(options.file), how, call);
+        });
+    if (retry < options.retries && CanRetry(context, target, before, transfer)) {
+      context.output.Remark("nuvctl: the connection was lost; once more, from the first line");
+      continue;
+    }
+    RequireSent(options.file, transfer, kHeldHint);
+    return SentReport(options.file, transfer);
+  }
+}
+
+Report RunSend(const Context& context, const SendOptions& options) {
+  RequireSound(options.file);
+  if (options.dryRun) {
+    Target target = OpenTarget(context);
+    target.Who();
+    return DryRun(context, target, options.file);
+  }
+  Target target = OpenToChange(context);
+  Report sent = SendTo(context, target, options);
+  if (!options.watch) return sent;
+  context.output.Stream(sent);
+  WatchPrint(context, target, options.watching);
+  return Report();
+}
+
+Report RunGcode(const Context& context, const std::string& file) {
+  RequireFile(file);
+  Target target = OpenToChange(context);
+  context.output.Remark("Sending " + Printable(file));
+  const Transfer transfer =
+      RunTransfer(context, file, false, [&](const nuv::SendOptions& how, const nuv::Call& call) {
+        return target.Printer().SendText(std::filesystem::u8path(file), how, call);
+      });
+  RequireSent(file, transfer, "The commands sent until then stay in effect; check the printer.");
   // Printers confirm command text in no way, so there is nothing to check and nothing to promise.
-  report.json = TransferJson(file, transfer, "sent");
-  report.text = "Sent " + Printable(file) + ": " + TransferText(transfer) +
-                ". The printer does not confirm command files.\n";
-  return report;
+  return {"Sent " + Printable(file) + ": " + TransferText(transfer) +
+              ". The printer does not confirm command files.\n",
+          TransferJson(file, transfer, "sent")};
 }
 
-// Adds --interval to `app`; the value is there after parsing.
-std::shared_ptr<int> DeclareInterval(CLI::App& app) {
+Report RunCancel(const Context& context) {
+  constexpr int kAttempts = 10;
+  constexpr int kPatienceMs = 5000;
+  RequireSomebodyToAsk(context, "Cancelling a job");
+  Choice choice = context.choice;
+  choice.timeoutMs = std::min(choice.timeoutMs, kPatienceMs);
+  const Context hurried{choice, context.output, context.system};
+  Target target = OpenTarget(hurried);
+  target.Who();
+  const auto state = [&] { return target.Ask("Reading the state", &nuv::Printer::GetState); };
+  const nuv::State before = state();
+  if (before.state == PrinterState::kIdle) {
+    return {"The printer is idle; there is no job to cancel.\n", {{"cancelled", false}}};
+  }
+  RequireConsent(context,
+                 "Cancel what the " + target.Description() + " is doing (" +
+                     Printable(StateText(before, std::nullopt)) + ")? [y/N] ",
+                 "Not cancelled");
+  target.Tell("Cancelling the job", "Cancel it at the printer's panel.", &nuv::Printer::AbandonJob);
+  nuv::State after;
+  const auto isFree = [&] {
+    after = state();
+    return after.state == PrinterState::kIdle;
+  };
+  if (WaitFor(context.system, kAttempts, isFree)) {
+    return {"The printer abandoned its job and is idle.\n", {{"cancelled", true}}};
+  }
+  throw CommandError("not_confirmed", kPrinterFailed,
+                     "The printer accepted the order, but is " + StateName(after.state),
+                     "Look at its panel.");
+}
+
+// ---- The command line
+
+// Adds what says how a print is followed.
+void DeclareWatching(CLI::App& app, WatchOptions& options) {
   constexpr int kLongestMs = 3600000;
-  auto intervalMs = std::make_shared<int>(kShortestIntervalMs);
-  app.add_option("--interval", *intervalMs, "Milliseconds from look to look")
+  app.add_option("--interval", options.intervalMs, "Milliseconds from look to look")
       ->type_name("MS")
       ->check(CLI::Range(kShortestIntervalMs, kLongestMs).description(""))
       ->capture_default_str();
-  return intervalMs;
+  app.add_option("--give-up", options.giveUpMinutes, "Minutes without an answer until it gives up")
+      ->type_name("MINUTES")
+      ->check(CLI::Range(0, kLongestMs).description(""))
+      ->capture_default_str();
+  app.add_option("--then", options.then,
+                 "Run this command at the end; NUVCTL_OUTCOME and NUVCTL_PRINTER say what it was")
+      ->type_name("COMMAND");
 }
 
 Action DeclareSend(CLI::App& app) {
-  const auto file = std::make_shared<std::string>();
-  const auto watch = std::make_shared<bool>(false);
-  app.add_flag("--watch", *watch, "Then follow the print until it ends");
-  const auto intervalMs = DeclareInterval(app);
-  app.add_option("FILE", *file, "The print file")->required()->type_name("");
-  return [=](Context& context) {
-    Report sent = RunSend(context, *file);
-    if (!*watch) return sent;
-    context.output.Stream(sent);
-    WatchPrint(context.output, context.system, *intervalMs);
-    return Report();
-  };
+  constexpr int kMostRetries = 100;
+  const auto options = std::make_shared<SendOptions>();
+  app.add_flag("--watch", options->watch, "Then follow the print until it ends");
+  DeclareWatching(app, options->watching);
+  app.add_flag("--force", options->force, "Send also what does not seem fit for the printer");
+  app.add_flag("--dry-run", options->dryRun, "Only look whether it could be sent");
+  app.add_option("--retry", options->retries, "So often once more when the connection is lost")
+      ->type_name("N")
+      ->check(CLI::Range(0, kMostRetries).description(""));
+  app.add_option("FILE", options->file, "The print file")->required()->type_name("");
+  return [options](const Context& context) { return RunSend(context, *options); };
 }
 
 Action DeclareGcode(CLI::App& app) {
@@ -235,14 +237,21 @@ Action DeclareGcode(CLI::App& app) {
   app.add_option("FILE", *file, "A text file, one printer command a line")
       ->required()
       ->type_name("");
-  return [file](Context& context) { return RunGcode(context, *file); };
+  return [file](const Context& context) { return RunGcode(context, *file); };
 }
 
 Action DeclareWatch(CLI::App& app) {
-  const auto intervalMs = DeclareInterval(app);
-  return [intervalMs](Context& context) {
-    OpenPrinter(context.choice);
-    WatchPrint(context.output, context.system, *intervalMs);
+  const auto options = std::make_shared<WatchOptions>();
+  const auto all = std::make_shared<bool>(false);
+  DeclareWatching(app, *options);
+  app.add_flag("--all", *all, "All printers, known and found");
+  return [=](const Context& context) {
+    if (*all) {
+      WatchAll(context, *options);
+    } else {
+      Target target = OpenTarget(context);
+      WatchPrint(context, target, *options);
+    }
     return Report();
   };
 }
@@ -254,6 +263,8 @@ Subcommands JobCommands() {
       {"send", "Send a print file and make sure that the printer took it",
        "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
       {"watch", "Follow a print until it ends", "nuvctl watch --interval 5000", DeclareWatch},
+      {"cancel", "Abandon the job that is sent or printed", "nuvctl cancel --serial SN0042",
+       Plain<RunCancel>},
       {"gcode", "Send a text file of printer commands", "nuvctl gcode warmup.gcode", DeclareGcode}};
 }
 
