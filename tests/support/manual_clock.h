@@ -22,6 +22,10 @@ class ManualClock final : public Nuv::Platform::Clock {
   int64_t SleptMs() const { return slept_; }
 
   bool WaitFor(std::chrono::milliseconds duration, Nuv::Platform::Interrupt& interrupt) override {
+    if (waitsPass) {
+      SleepFor(duration);
+      return interrupt.Raised();
+    }
     const std::chrono::nanoseconds end = Now() + duration;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
@@ -36,6 +40,8 @@ class ManualClock final : public Nuv::Platform::Clock {
   }
 
   std::function<void()> meanwhile;  // in every sleep, on the thread that sleeps
+
+  bool waitsPass = false;  // as a sleep does
 
   // Blocks until the wait of this number, counted from 1, has begun. Its milliseconds.
   int64_t AwaitWait(size_t number) {

@@ -8,10 +8,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "api/marshalling.h"
+#include "job/nuv_file_library.h"
+#include "printer/fitness.h"
+#include "printer/sending.h"
 #include "tests/connect/job_lab.h"
 #include "tests/connect/scripted_connector.h"
-#include "tests/nuvctl/fake_library.h"
 #include "tests/nuvsim/usbip_client.h"
 
 namespace Nuv::Connect {
@@ -35,12 +36,12 @@ const Family kCommands = {"Commands", "Zafel Superfine", "", {}};
 
 // How often the connection is cut; ForEver: and none is accepted any more.
 enum class Cuts { kOnce, kForEver, kEachTime };
-enum class Host { kOverTcp, kOverUsb, kNuvctlOverUsb };
+enum class Host { kOverTcp, kOverUsb, kPrinterOverUsb };
 using Case = std::tuple<const Family*, int, Cuts, Host>;  // the number: bytes of buffer
 
 std::string NameOf(const ::testing::TestParamInfo<Case>& info) {
   constexpr const char* kCuts[] = {"Once", "ForEver", "EachTime"};
-  constexpr const char* kHosts[] = {"Tcp", "Usb", "Nuvctl"};
+  constexpr const char* kHosts[] = {"Tcp", "Usb", "Printer"};
   const auto& [family, buffer, cuts, host] = info.param;
   return std::string(family->name) + std::to_string(buffer) + kCuts[static_cast<int>(cuts)] +
          kHosts[static_cast<int>(host)];
@@ -100,6 +101,9 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     AttachUsb();
     RegisterCallbacks();
     clock.meanwhile = [this] { Settle(); };
+    clock.waitsPass = true;
+    // Its idle connections are let go by the system's clock, which must not get there.
+    clock.Advance(std::chrono::hours(1000000));
     ListAll(host);
     EXPECT_EQ(host.GetDeviceList(NUV_KIND_USB, serials, 0), NUV_OK);
   }
@@ -203,9 +207,10 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     }
     return parts == family.header && Counted(DataOnPrinter()) == Counted(current->data);
   }
-  // nuvctl goes by the printer's count, which leaves line ends out: that of the last line may lack.
+  // The second library goes by the printer's count, which leaves line ends out: that of the last line
+  // may lack.
   std::string Counted(std::string data) const {
-    if (way == Host::kNuvctlOverUsb) data.erase(data.find_last_not_of("\r\n") + 1);
+    if (way == Host::kPrinterOverUsb) data.erase(data.find_last_not_of("\r\n") + 1);
     return data;
   }
 
@@ -218,7 +223,7 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     g_transfer.lines = 0;
     g_transfer.asked = 0;
     const int result =
-        way == Host::kNuvctlOverUsb ? Nuvctl("send", each.path.string()) : SendByLibrary();
+        way == Host::kPrinterOverUsb ? SendByPrinter() : SendByLibrary();
     Settle();
     return result;
   }
@@ -228,15 +233,35 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     const std::wstring file = current->path.wstring();
     return IsCommands() ? host.SendGCodeFile(file, nullptr) : host.SendPrintFile(file, nullptr);
   }
-  int Nuvctl(const std::string& command, const std::string& argument) {
-    g_framework =
-        new ConnectingFramework(clock, kReplyTimeoutMs, std::make_unique<ScriptedConnector>(port));
-    FakeSystem system;
-    std::ostringstream out, err;
-    const int exit =
-        NuvCtl::RunCommandLine({command, argument, "--usb", "--json"}, out, err, system);
-    document = nlohmann::json::parse(out.str());
-    return exit;
+  // As the second library does it, which tells afterwards what the printer has. 0: accepted.
+  int SendByPrinter() {
+    outcome = NUV_INIT(nuv_outcome);
+    OnPrinter([&](Nuv::Printer::Session& session, Nuv::Printer::CallLimits& limits) {
+      NuvFileLibrary library;
+      OpenPrintFile open(library);
+      nuv_check check = NUV_INIT(nuv_check);
+      Nuv::Printer::Findings findings;
+      Nuv::Printer::LookAtFile({current->path.wstring(), "job"}, open, library, check, findings);
+      Nuv::Printer::Transfer transfer(nullptr, limits, clock);
+      Nuv::Printer::SendPrintFile(session, open, library, transfer, outcome);
+    });
+    return outcome.outcome == NUV_OUTCOME_ACCEPTED ? NUV_OK : NUV_FAILED;
+  }
+  template <class Call>
+  void OnPrinter(Call call) {
+    nuv_identity where = NUV_INIT(nuv_identity);
+    where.link = NUV_LINK_USB;
+    where.address = Nuv::Printer::Text("/dev/usb/lp0\\1");
+    const auto device = std::make_shared<Nuv::Printer::Device>(
+        where, clock, [this] { return std::make_unique<ScriptedConnector>(port); });
+    Nuv::Printer::CallLimits limits(nullptr, 0, clock);
+    try {
+      Nuv::Printer::Session session(device, limits);
+      call(session, limits);
+    } catch (const Nuv::Printer::Failure& failure) {
+      why = failure.message;
+    }
+    device->End();
   }
 
   void Arm(size_t bytes) {
@@ -258,19 +283,19 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
   void JudgeCut(int result) {
     EXPECT_THAT(current->data, StartsWith(DataOnPrinter()));
     if (result == NUV_OK) {
-      // nuvctl may have asked, and been answered, before the cut.
-      EXPECT_TRUE(cuts != Cuts::kForEver || way == Host::kNuvctlOverUsb);
+      // The second library may have asked, and been answered, before the cut.
+      EXPECT_TRUE(cuts != Cuts::kForEver || way == Host::kPrinterOverUsb);
       const bool cancelled = g_transfer.asked > kMostPasses;
       cancels += cancelled ? 1 : 0;
-      // Its answer comes behind all that was sent; nuvctl has asked by itself.
+      // Its answer comes behind all that was sent; the second library has asked by itself.
       int status = 0;
-      if (way != Host::kNuvctlOverUsb) host.GetPrinterStatus(&status);
+      if (way != Host::kPrinterOverUsb) host.GetPrinterStatus(&status);
       EXPECT_TRUE(cancelled || HasAll());
-      if (way == Host::kNuvctlOverUsb) {
+      if (way == Host::kPrinterOverUsb) {
         EXPECT_TRUE(WasAccepted());
-        EXPECT_EQ(document["job_index"], simulator->Jobs().back().index);
+        EXPECT_EQ(outcome.job_index.value, simulator->Jobs().back().index);
       }
-    } else if (way != Host::kNuvctlOverUsb && (WasAccepted() || result != NUV_FAILED)) {
+    } else if (way != Host::kPrinterOverUsb && (WasAccepted() || result != NUV_FAILED)) {
       EXPECT_THAT(result, AnyOf(NUV_NO_BUFFER_SPACE, NUV_WRITE_FAILED));
     }
   }
@@ -280,10 +305,15 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     if (simulator->Status().state == NuvSim::State::kReceiving) {
       const std::string left = simulator->JobBytes();
       const int result = Send(next);
-      EXPECT_TRUE(way == Host::kNuvctlOverUsb ? result != 0 : result == NUV_PRINTER_REFUSED);
+      EXPECT_TRUE(way == Host::kPrinterOverUsb ? result != 0 : result == NUV_PRINTER_REFUSED);
       EXPECT_EQ(simulator->JobBytes(), left);
-      if (way == Host::kNuvctlOverUsb) {
-        EXPECT_EQ(Nuvctl("raw", "F104 S2"), 0);
+      if (way == Host::kPrinterOverUsb) {
+        bool abandoned = false;
+        OnPrinter([&](Nuv::Printer::Session& session, Nuv::Printer::CallLimits&) {
+          session.Run(104, {"2"});
+          abandoned = true;
+        });
+        EXPECT_TRUE(abandoned);
       } else {
         EXPECT_EQ(host.GetConnect()->ExecuteCommand("F104 S2\r\n"), "F104 OK\r");
       }
@@ -300,7 +330,8 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
   Port port;
   ConnectingFramework host{clock, kReplyTimeoutMs, std::make_unique<ScriptedConnector>(port)};
   std::unique_ptr<NuvSim::UsbipClient> usb;
-  nlohmann::json document;  // of nuvctl
+  nuv_outcome outcome = NUV_INIT(nuv_outcome);  // of the second library
+  std::string why;                              // that failed last
   int cancels = 0;
   // Of the job under way: what was on the printer before.
   const Job* current = &job;
@@ -320,7 +351,7 @@ TEST_P(CutTest, NobodySaysSentUnlessThePrinterHasAll) {
     if (wasCut) {
       JudgeCut(result);
     } else {
-      EXPECT_EQ(result, NUV_OK);
+      EXPECT_EQ(result, NUV_OK) << why;
       EXPECT_TRUE(HasAll());
     }
     Disarm();
@@ -350,11 +381,11 @@ INSTANTIATE_TEST_SUITE_P(
                        ::testing::Values(kAmple, kSmall), ::testing::Values(Cuts::kEachTime),
                        ::testing::Values(Host::kOverTcp)),
     NameOf);
-INSTANTIATE_TEST_SUITE_P(Nuvctl, CutTest,
+INSTANTIATE_TEST_SUITE_P(Printer, CutTest,
                          ::testing::Combine(::testing::Values(&kZafel, &kBego, &kAndroid),
                                             ::testing::Values(kAmple),
                                             ::testing::Values(Cuts::kOnce, Cuts::kForEver),
-                                            ::testing::Values(Host::kNuvctlOverUsb)),
+                                            ::testing::Values(Host::kPrinterOverUsb)),
                          NameOf);
 
 }  // namespace
