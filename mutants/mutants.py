@@ -41,13 +41,13 @@ REACH = {
     "transport": "usb_connector_test transport_test connect_test hostile_test printer_test printer_send_test",
     "job": "job_test api_test connect_test cut_test hostile_test printer_test printer_send_test",
     "connect": "api_test connect_test fuzz_corpus_test hostile_test cut_test printer_test printer_watch_test",
-    "api": "api_test nuvctl_test exports hostile_test",
+    "api": "api_test exports hostile_test",
     "printer": "printer_usb_test printer_test printer_send_test printer_watch_test printer_hostile_test",
 }
 SYSTEM = "two_hosts watch_and_firmware all_models".split()
 PROGRAMS = ["nuvsim", "nuvctl", "nuvfile_tool", "NuvFile"]
 # The checks of threads are not built for programs that have one thread only.
-NOT_IN_TSAN = {"platform_test", "command_test", "nuvctl_test", "fuzz_corpus_test", "hostile_test", "exports"}
+NOT_IN_TSAN = {"platform_test", "command_test", "fuzz_corpus_test", "hostile_test", "exports"}
 
 
 class NotCompiled(Exception):

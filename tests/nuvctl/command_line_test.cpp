@@ -39,8 +39,9 @@ TEST_F(CommandLineTest, SaysWhatWasMeant) {
   } rows[] = {{"statsu", "did you mean status?\n"},
               {"printers lst", "did you mean list?\n"},
               {"nonsense", "\"nonsense\" is no command of nuvctl.\n"},
-              {"nickname Lab one", "Not expected: one.\nNames with blanks need quotes. Run 'nuvctl "
-                                   "nickname --help'"},
+              {"nickname Lab one",
+               "Not expected: one.\nNames with blanks need quotes. Run 'nuvctl "
+               "nickname --help'"},
               {"laser-power 500", "Write a whole number, percent, 0 to 100."},
               {"scaling 1 1 1 1,002 1 1", "\"1,002\" is no factor for Y2"},
               {"sensors --laser 9", "lasers 1 to 4"}};
@@ -91,14 +92,20 @@ TEST_F(CommandLineTest, ReportsOutputThatCannotBeWritten) {
 }
 
 TEST(FailureTest, EveryResultHasItsExitCodeAndWords) {
-  const std::vector<std::pair<nuv::Result, int>> rows = {
-      {nuv::Result::kInvalidArgument, 2}, {nuv::Result::kBadHandle, 6},
-      {nuv::Result::kNotFound, 3},        {nuv::Result::kUnreachable, 5},
-      {nuv::Result::kNoAnswer, 5},        {nuv::Result::kTimeLimit, 5},
-      {nuv::Result::kLost, 5},            {nuv::Result::kUnreadable, 1},
-      {nuv::Result::kRefused, 1},         {nuv::Result::kCancelled, 130},
-      {nuv::Result::kBadFile, 4},         {nuv::Result::kNotFit, 8},
-      {nuv::Result::kUnconfirmed, 5},     {nuv::Result::kSystem, 6}};
+  const std::vector<std::pair<nuv::Result, int>> rows = {{nuv::Result::kInvalidArgument, 2},
+                                                         {nuv::Result::kBadHandle, 6},
+                                                         {nuv::Result::kNotFound, 3},
+                                                         {nuv::Result::kUnreachable, 5},
+                                                         {nuv::Result::kNoAnswer, 5},
+                                                         {nuv::Result::kTimeLimit, 5},
+                                                         {nuv::Result::kLost, 5},
+                                                         {nuv::Result::kUnreadable, 1},
+                                                         {nuv::Result::kRefused, 1},
+                                                         {nuv::Result::kCancelled, 130},
+                                                         {nuv::Result::kBadFile, 4},
+                                                         {nuv::Result::kNotFit, 8},
+                                                         {nuv::Result::kUnconfirmed, 5},
+                                                         {nuv::Result::kSystem, 6}};
   std::set<std::string> messages;
   for (const auto& [result, exit] : rows) {
     const CommandError error = FailureOf(nuv::Error(result, ""), "Sending");

@@ -57,8 +57,9 @@ TEST_F(FirmwareTest, IsAskedAboutWithTheVersionThatIsOnIt) {
     Update("android", image, {}, kCancelled, "cancelled");
   }
   EXPECT_TRUE(simulator->Received().empty());
-  EXPECT_THAT(system.prompt,
-              HasSubstr("Android board of the Fabrix150 xP \"Lab one\" at 127.0.0.1, version 2.1.0"));
+  EXPECT_THAT(
+      system.prompt,
+      HasSubstr("Android board of the Fabrix150 xP \"Lab one\" at 127.0.0.1, version 2.1.0"));
   system.answer = "Y";
   Update("android", image, {}, kDone);
 }

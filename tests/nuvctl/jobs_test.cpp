@@ -15,7 +15,8 @@ TEST_F(JobsTest, SendsAndSaysWhatThePrinterTook) {
   const std::string file = PrintFile();
   EXPECT_EQ(Run(Words{"send", file}), kDone) << err;
   EXPECT_THAT(out, HasSubstr("15 B in 0:00. The printer took it as job 1.\n"));
-  EXPECT_THAT(err, HasSubstr("Using the Zafel Superfine \"Lab one\" at 127.0.0.1\nSending " + file));
+  EXPECT_THAT(err,
+              HasSubstr("Using the Zafel Superfine \"Lab one\" at 127.0.0.1\nSending " + file));
   EXPECT_THAT(err, HasSubstr("100%  15 B of 15 B\n"));
   EXPECT_TRUE(IsIdle());
   EXPECT_EQ(simulator->JobBytes(), "G1 X1\r\nG1 X1\r\nG1 X1\r\n");
@@ -33,7 +34,8 @@ TEST_F(JobsTest, SendsNothingThatIsNotFitUnlessForced) {
   One("Fabrix150 xP");
   const std::string file = PrintFile();
   Run(Words{"send", file});
-  EXPECT_THAT(err, HasSubstr("the file is for Zafel Superfine printers, this one is a Fabrix150 xP"));
+  EXPECT_THAT(err,
+              HasSubstr("the file is for Zafel Superfine printers, this one is a Fabrix150 xP"));
   Ends({"send", file}, kNotFit, "not_fit");
   Ends({"send", "--dry-run", file}, kNotFit, "not_fit");
   EXPECT_EQ(simulator->Totals().jobsAccepted, 0U);

@@ -56,9 +56,9 @@ TEST_F(NetworkTest, TellsAWrongKeyFromANetworkOutOfReach) {
 
 TEST_F(NetworkTest, NeverRepeatsAKey) {
   system.secret = "correct horse";
-  for (const char* line : {"wifi connect Lab horse", "wifi connect Lab --key horse",
-                           "wifi connect Lab --open=horse", "wifi connect Lab -- horse",
-                           "wifi connect --index horse"}) {
+  for (const char* line :
+       {"wifi connect Lab horse", "wifi connect Lab --key horse", "wifi connect Lab --open=horse",
+        "wifi connect Lab -- horse", "wifi connect --index horse"}) {
     Discreetly(Split(line), kUsage, "usage");
   }
   const std::optional<std::string> kSecrets[] = {std::nullopt, "\r\n", "horse\rF101",

@@ -10,7 +10,8 @@ TEST_F(QueryTest, EachShowsWhatThePrinterTells) {
     const char *arguments, *model, *lines, *json;  // some lines of the text, the whole document
   } rows[] = {
       {"status", "Zafel Superfine", "State:  idle\n", R"({"state": "idle", "state_number": 0})"},
-      {"resin", "Moldrix100 xP", "State:                      ready\nLeft:                       350 ml\n",
+      {"resin", "Moldrix100 xP",
+       "State:                      ready\nLeft:                       350 ml\n",
        R"({"state": "ready", "remaining_ml": 350, "resin": "1001", "code": "1001", "lot": "L0001",
            "tank_volume_ml": 500, "open_mode": true, "tag_registered": true})"},
       {"resin", "Zafel 1.0", "Use by:          2027-01-31\nTag registered:  not known\n",
@@ -125,8 +126,7 @@ TEST_F(QueryTest, WhatThePrinterLacksIsSaidSoOrLeftOut) {
 
 TEST_F(QueryTest, AResinThatCannotBeUsedIsAnAnswer) {
   One("Moldrix100 xP");
-  const char* const kWords[] = {"absent", "tag unreadable", "expired", "wrong resin",
-                                "too little"};
+  const char* const kWords[] = {"absent", "tag unreadable", "expired", "wrong resin", "too little"};
   for (int state = 0; state < 5; ++state) {
     simulator->SetResinRefusal(0, state);
     EXPECT_EQ(Run("resin"), kPrinterFailed);

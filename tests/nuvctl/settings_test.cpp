@@ -25,7 +25,7 @@ TEST_F(SettingsTest, ShowsAndSetsAndBelievesOnlyWhatIsReadBack) {
                                "z2": 1.0}}})",
        "370", "F369"},
   };
-  for (const auto& row : rows) {
+  for (const auto &row : rows) {
     SCOPED_TRACE(row.set);
     Ends(row.show, kDone);
     const nlohmann::json before = document;

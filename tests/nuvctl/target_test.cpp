@@ -95,21 +95,38 @@ TEST_F(TargetTest, OfAKnownNameKeepsItsSerialNumber) {
   Ends("info --printer lab", kDone);
   Ends("printers list", kDone);
   EXPECT_EQ(document["printers"][0]["serial"], "AA111") << "learnt at the first contact";
-  Ends("printers rename lab L\xC3\xA4" "b", kDone);
+  Ends(
+      "printers rename lab L\xC3\xA4"
+      "b",
+      kDone);
   Ends("printers remove lab", kNoPrinter, "no_printer");
   Ends("list", kDone);
-  EXPECT_EQ(document["printers"][0]["known"], "L\xC3\xA4" "b");
+  EXPECT_EQ(document["printers"][0]["known"],
+            "L\xC3\xA4"
+            "b");
   // Another one is there.
   simulator.reset();
   Start({Config("DD444", "127.0.0.1")});
   Search("127.0.0.1");
-  Ends("info --printer L\xC3\xA4" "b", kNoPrinter, "another_printer");
+  Ends(
+      "info --printer L\xC3\xA4"
+      "b",
+      kNoPrinter, "another_printer");
   Ends("list", kDone);
   EXPECT_EQ(document["printers"][0]["contact"], "not found");
   EXPECT_EQ(document["printers"][1]["serial"], "DD444");
-  Ends("printers add --replace L\xC3\xA4" "b --address 127.0.0.1", kDone);
-  Ends("info --printer L\xC3\xA4" "b", kDone);
-  Ends("printers remove L\xC3\xA4" "b", kDone);
+  Ends(
+      "printers add --replace L\xC3\xA4"
+      "b --address 127.0.0.1",
+      kDone);
+  Ends(
+      "info --printer L\xC3\xA4"
+      "b",
+      kDone);
+  Ends(
+      "printers remove L\xC3\xA4"
+      "b",
+      kDone);
   EXPECT_EQ(document["printers"].size(), 0U);
 }
 
@@ -117,9 +134,7 @@ TEST_F(TargetTest, FollowsAKnownPrinterToItsNewAddress) {
   Start({Config("AA111", "127.0.0.2")});
   File("", "unused");
   Search("127.0.0.2");
-  ChangeKnown([](KnownPrinters& printers) {
-    printers.push_back({"lab", "127.0.0.1", "AA111"});
-  });
+  ChangeKnown([](KnownPrinters& printers) { printers.push_back({"lab", "127.0.0.1", "AA111"}); });
   Run("info --printer lab --timeout 1000");
   EXPECT_THAT(err, HasSubstr("lab is at 127.0.0.2 now"));
   EXPECT_EQ(LoadKnown().at(0).address, "127.0.0.2");

@@ -207,8 +207,8 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     }
     return parts == family.header && Counted(DataOnPrinter()) == Counted(current->data);
   }
-  // The second library goes by the printer's count, which leaves line ends out: that of the last line
-  // may lack.
+  // The second library goes by the printer's count, which leaves line ends out: that of the last
+  // line may lack.
   std::string Counted(std::string data) const {
     if (way == Host::kPrinterOverUsb) data.erase(data.find_last_not_of("\r\n") + 1);
     return data;
@@ -222,8 +222,7 @@ class CutTest : public JobLab, public ::testing::WithParamInterface<Case> {
     textBefore = simulator->CommandText().size();
     g_transfer.lines = 0;
     g_transfer.asked = 0;
-    const int result =
-        way == Host::kPrinterOverUsb ? SendByPrinter() : SendByLibrary();
+    const int result = way == Host::kPrinterOverUsb ? SendByPrinter() : SendByLibrary();
     Settle();
     return result;
   }

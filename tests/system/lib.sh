@@ -7,6 +7,8 @@ processes=()
 trap 'kill "${processes[@]}" 2> /dev/null || true; rm -rf "$work"' EXIT
 cd "$work"
 touch out err
+# What nuvctl remembers of printers.
+export XDG_CONFIG_HOME=$work XDG_CACHE_HOME=$work APPDATA=$work LOCALAPPDATA=$work
 
 # start_nuvsim LOG OPTIONS...: and waits until it serves.
 start_nuvsim() {

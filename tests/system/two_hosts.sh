@@ -27,12 +27,12 @@ for net in 1 2; do
   "$support/wait_for_line.sh" '^ready' "log$net"
 done
 
-expect 0 "$bin/nuvctl" --timeout 400 --json list
+expect 0 "$bin/nuvctl" --timeout 2000 --json list
 holds '.[0].printers | map(.serial) | sort == ["PRINTER1", "PRINTER2"]'
 for net in 1 2; do
   seq -f "line %g of network $net" 1 8 > lines
   expect 0 "$bin/nuvfile" create --machine-id 3DPSNKG13WTW00001 lines job.nuv
-  expect 0 "$bin/nuvctl" --timeout 400 --serial "PRINTER$net" send job.nuv
+  expect 0 "$bin/nuvctl" --serial "PRINTER$net" send job.nuv
   same lines "jobs$net"
 done
 finish "both jobs arrived byte for byte"

@@ -25,7 +25,7 @@ await() {
 # start NUVCTL_ARGUMENTS...: in the background, where Ctrl-C would otherwise be ignored.
 start() {
   : > out
-  env --default-signal=INT "$bin/nuvctl" --timeout 200 "$@" > out 2> err &
+  env --default-signal=INT "$bin/nuvctl" --address 10.77.1.2 "$@" > out 2> err &
   host=$!
 }
 # ends EXIT WHAT
@@ -34,7 +34,7 @@ ends() {
   wait "$host" || exit=$?
   [ "$exit" = "$1" ] || wrong "exit $exit in place of $1: $2"
 }
-nuvctl() { expect "$1" "$bin/nuvctl" --timeout 200 --json "${@:2}"; }
+nuvctl() { expect "$1" "$bin/nuvctl" --address 10.77.1.2 --json "${@:2}"; }
 
 printf 'G1 X1\nG1 X2\nG1 X3\n' > lines.txt
 expect 0 "$bin/nuvfile" create --machine-id 3DPSNKG43WTW00001 lines.txt job.nuv
@@ -48,11 +48,11 @@ holds 'length == 4 and .[0].result == "accepted" and .[0].job_index == 1 and .[1
 state '"no-error"'
 if [ -z "${NUV_NO_CTRL_C:-}" ]; then
   start watch
-  await out '^printing, layer 1 of 3'
+  await out '^printing job.nuv, layer 1 of 3'
   kill -INT "$host"
   ends 130 "Ctrl-C in a watch"
 fi
-start --json watch
+start --json watch --give-up 0
 await out '"layer":1,'
 control '{"do": "unplug"}'
 ends 5 "a printer that goes away"
@@ -69,9 +69,9 @@ state '"idle"'
 for kind in drop-after reset-after; do
   cut_after $kind 10
   nuvctl 5 send job.nuv
-  holds '.[0].error | .code == "write_failed" and (.message | contains("has 8 of 15 bytes"))'
+  holds '.[0].error | .code == "connection_lost" and (.message | contains("has 8 of 15 bytes"))'
   nuvctl 1 send job.nuv  # while the broken one is open
-  nuvctl 0 raw "F104 S2"
+  nuvctl 0 cancel --yes
 done
 fault '"kind": "refuse", "code": 500'
 nuvctl 1 send job.nuv

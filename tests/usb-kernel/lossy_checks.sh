@@ -33,7 +33,7 @@ asks() {
   local status out=/tmp/out$BASHPID
   for _ in 1 2 3 4 5; do
     status=0
-    timeout 100 nuvctl --timeout 500 "$@" < /dev/null > "$out" 2>&1 || status=$?
+    timeout 100 nuvctl "$@" < /dev/null > "$out" 2>&1 || status=$?
     [ "$status" = 3 ] || break
   done
   cat "$out"
@@ -45,7 +45,7 @@ lists_what_is_there() {
   : > /tmp/listed
   for _ in 1 2 3 4 5; do
     status=0
-    timeout 100 nuvctl --timeout 500 list < /dev/null > /tmp/out || status=$?
+    timeout 100 nuvctl list < /dev/null > /tmp/out || status=$?
     cat /tmp/out
     [ "$status" = 3 ] && continue
     [ "$status" = 0 ] || return 1
@@ -88,8 +88,8 @@ cat > /tmp/printers.json <<'JSON'
 JSON
 cat > /tmp/there <<'TEXT'
 10.77.1.2 POOR0 Zafel Superfine Lab one
-10.77.1.3 POOR1 BEGO VARSEO XS -
-10.77.1.4 POOR2 Fabrix120 xP -
+10.77.1.3 POOR1 BEGO VARSEO XS Simulated printer
+10.77.1.4 POOR2 Fabrix120 xP Simulated printer
 TEXT
 # Lines of up to three segments.
 awk 'BEGIN {for (n = 1; n <= 25; ++n) {line = "G1 X" n; while (length(line) < 997 * n % 4000) line = line " Y0.125"; print line}}' \

@@ -7,6 +7,7 @@ set -euo pipefail
 [ "${NUV_PRIVATE_NETWORK:-}" = 1 ] || { echo "Run this through ./dev demo --all." >&2; exit 2; }
 bin=$(cd "$1/bin" && pwd)
 work=$(mktemp -d)
+export XDG_CONFIG_HOME=$work XDG_CACHE_HOME=$work  # what nuvctl remembers
 simulator=
 trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
 cd "$work"
@@ -45,7 +46,7 @@ for _ in $(seq 100); do
 done
 cat nuvsim.log
 control_port=$(sed -n 's/^control: 127.0.0.1://p' nuvsim.log)
-run nuvctl --timeout 500 list
+run nuvctl list
 
 say "What goes into the print files"
 for ((i = 0; i < 40; ++i)); do
@@ -72,7 +73,7 @@ for i in 0 1 2; do
   [ "$i" != 2 ] || extra=("${board[@]}")
   say "${printers[$i]}: sent, and followed until it is printed"
   run nuvfile create --machine-id "${ids[$i]}" "${arguments[@]}" "${extra[@]}" lines.txt "${names[$i]}"
-  run nuvctl --timeout 500 --serial "DEMO$i" send --watch "${names[$i]}"
+  run nuvctl --serial "DEMO$i" send --watch "${names[$i]}"
   same expected.data "jobs/printer$i-job1.data" "the data lines"
 done
 
@@ -98,13 +99,13 @@ bytes 30001 6 > engine.bin
 bytes 102330 7 > android.bin
 bytes 21504 8 > panel.bin
 for kind in engine android panel; do
-  run nuvctl --timeout 500 --serial DEMO2 firmware --yes "$kind" "$kind.bin"
+  run nuvctl --serial DEMO2 firmware --yes "$kind" "$kind.bin"
   same "$kind.bin" "jobs/printer2-$kind.bin" "the image of the $kind"
   received 2 | tail -n 1 | grep -q 'true true$'
 done
 control '{"do": "received", "printer": 2}' | jq -c '.received[] | select(.kind == "android") | .blocks'
 
 say "An image of the wrong size is refused before anything is sent"
-if run nuvctl --timeout 500 --serial DEMO2 firmware --yes panel engine.bin; then exit 1; fi
+if run nuvctl --serial DEMO2 firmware --yes panel engine.bin; then exit 1; fi
 echo
 echo "All that was sent arrived byte for byte."

@@ -8,6 +8,7 @@ set -euo pipefail
 [ "${NUV_PRIVATE_NETWORK:-}" = 1 ] || { echo "Run this through ./dev demo." >&2; exit 2; }
 bin=$(cd "$1/bin" && pwd)
 work=$(mktemp -d)
+export XDG_CONFIG_HOME=$work XDG_CACHE_HOME=$work  # what nuvctl remembers
 simulator=
 trap '[ -z "$simulator" ] || kill "$simulator" 2>/dev/null || true; rm -rf "$work"' EXIT
 
@@ -27,10 +28,10 @@ done
 cat "$work/nuvsim.log"
 
 say "Found by broadcast"
-run nuvctl --timeout 500 list
+run nuvctl list
 say "Who it is, and how it is"
-run nuvctl --timeout 500 info
-run nuvctl --timeout 500 status
+run nuvctl --serial ZSF0001 info
+run nuvctl --serial ZSF0001 status
 
 say "A print file of 300 lines"
 for ((i = 0; i < 300; ++i)); do
@@ -41,8 +42,8 @@ run nuvfile create --machine-id 3DPSNKG53WTW00001 --argument layers=300 \
 run nuvfile info "$work/job.nuv"
 
 say "Sent, 100 ms a line"
-run nuvctl --timeout 500 send "$work/job.nuv"
-run nuvctl --timeout 500 status
+run nuvctl --serial ZSF0001 send "$work/job.nuv"
+run nuvctl --serial ZSF0001 status
 
 say "Received, byte for byte?"
 received=$(find "$work/jobs" -type f -size +0 | head -n 1)

@@ -28,8 +28,7 @@ const std::vector<Topic>& Topics() {
       {"What a printer is and does",
        {"info", "status", "watch", "resin", "sensors", "jobs", "versions", "tank", "leds"}},
       {"Jobs and firmware", {"send", "cancel", "gcode", "firmware"}},
-      {"Settings",
-       {"nickname", "laser-power", "z-compensation", "scaling", "skip-warmup", "wifi"}},
+      {"Settings", {"nickname", "laser-power", "z-compensation", "scaling", "skip-warmup", "wifi"}},
       {"Anything else", {"raw"}}};
   return kTopics;
 }
@@ -94,7 +93,8 @@ void DeclareOptions(CLI::App& app, Options& options) {
                      "Use the printer of this name or nickname, or whose serial number ends so")
           ->type_name("NAME")
           ->allow_extra_args(false),
-      app.add_option("--serial", choice.serial, "Use the printer whose serial number is, or ends, so")
+      app.add_option("--serial", choice.serial,
+                     "Use the printer whose serial number is, or ends, so")
           ->type_name("S"),
       app.add_option("--address", choice.address,
                      "Use the printer at this IPv4 address or host name; :N behind it is the port "

@@ -28,7 +28,8 @@ constexpr ResultRow kRows[] = {
     {Result::kNoAnswer, "no_answer", kConnectionProblem, kSilentHint},
     {Result::kTimeLimit, "no_answer", kConnectionProblem, kSilentHint},
     {Result::kLost, "connection_lost", kConnectionProblem,
-     "Check the cable or network; a printer ends a connection also when another program opens one."},
+     "Check the cable or network; a printer ends a connection also when another program opens "
+     "one."},
     {Result::kUnreadable, "bad_reply", kPrinterFailed,
      "'nuvctl raw' shows a reply as the printer sends it."},
     {Result::kRefused, "refused", kPrinterFailed,

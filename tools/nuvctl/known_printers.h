@@ -1,4 +1,5 @@
-// Printers that this user has given names, and those that searches have found: two files of one form,
+// Printers that this user has given names, and those that searches have found: two files of one
+// form,
 // {"printers": [{"name", "address", "serial"}]}.
 #ifndef NUVCTL_KNOWN_PRINTERS_H_
 #define NUVCTL_KNOWN_PRINTERS_H_
@@ -17,8 +18,8 @@ struct KnownPrinter {
 };
 using KnownPrinters = std::vector<KnownPrinter>;
 
-// printers.json in $XDG_CONFIG_HOME/nuvctl, on Windows %APPDATA%\nuvctl. Both throw CommandError for
-// a file that is damaged, which stays as it is, and for one that cannot be read or written.
+// printers.json in $XDG_CONFIG_HOME/nuvctl, on Windows %APPDATA%\nuvctl. Both throw CommandError
+// for a file that is damaged, which stays as it is, and for one that cannot be read or written.
 KnownPrinters LoadKnown();
 // Of several programs that change it at once none loses what another one wrote.
 void ChangeKnown(const std::function<void(KnownPrinters&)>& change);

@@ -172,8 +172,7 @@ class Search {
     bool answered = false;
     try {
       nuv::Call call = context_.Endless();
-      const int64_t left =
-          begin_ + context_.choice.timeoutMs - context_.system.NowMs();
+      const int64_t left = begin_ + context_.choice.timeoutMs - context_.system.NowMs();
       call.timeLimit = std::chrono::milliseconds(std::max<int64_t>(left, 1));
       nuv::Printer printer = nuv::Printer::Open(row.who, call);
       Identity who = printer.GetIdentity(call);
@@ -248,7 +247,7 @@ class Search {
   LiveRows row_;
   const bool live_;
   KnownPrinters known_;
-  std::mutex mutex_;          // guards what follows
+  std::mutex mutex_;         // guards what follows
   std::list<Listed> found_;  // whose places in memory stay
   Pool pool_;
 };
@@ -258,11 +257,19 @@ class Search {
 std::string Listed::Name() const {
   if (!known.empty()) return known;
   if (who.nickname && !who.nickname->empty()) return *who.nickname;
-  return who.serial && !who.serial->empty() ? *who.serial : who.address;
+  return who.serial && !who.serial->empty() ? *who.serial : AddressText(who);
 }
 
 Listing ListPrinters(const Context& context, const Errand& errand) {
   return Search(context, errand).Run();
+}
+
+std::string AddressText(const Identity& who) {
+  // A path without the mark that the library puts behind it.
+  constexpr char kMark[] = "\\1";
+  const size_t mark = who.address.rfind(kMark);
+  const bool marked = mark != std::string::npos && mark + 2 == who.address.size();
+  return who.address.substr(0, marked ? mark : std::string::npos);
 }
 
 std::string ContactText(Result contact) {
@@ -285,7 +292,7 @@ std::string ContactText(Result contact) {
 nlohmann::ordered_json ListedJson(const Listed& printer, size_t index) {
   nlohmann::ordered_json entry = {{"index", index}};
   if (!printer.known.empty()) entry["known"] = printer.known;
-  entry["address"] = printer.who.address;
+  entry["address"] = AddressText(printer.who);
   const auto add = [&entry](const char* key, const std::optional<std::string>& text) {
     entry[key] = text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json();
   };
@@ -307,7 +314,7 @@ Report ListingReport(const Listing& listing) {
     report.json["printers"].push_back(ListedJson(printer, i));
     const Identity& who = printer.who;
     const bool ok = who.contact == Result::kOk;
-    TableRow row = {std::to_string(i), who.address, who.serial.value_or(""),
+    TableRow row = {std::to_string(i), AddressText(who), who.serial.value_or(""),
                     ok ? who.model.value_or("") : ContactText(who.contact),
                     ok ? who.nickname.value_or("?") : ""};
     if (anyKnown) row.insert(row.begin() + 1, printer.known);

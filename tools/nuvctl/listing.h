@@ -39,6 +39,9 @@ using Errand = std::function<Answer(nuv::Printer& printer, const nuv::Call& call
 // none.
 Listing ListPrinters(const Context& context, const Errand& errand = nullptr);
 
+// Its IPv4 address, or the device node of one on USB.
+std::string AddressText(const nuv::Identity& who);
+
 // "ok", "busy", "does not answer" ...
 std::string ContactText(nuv::Result contact);
 

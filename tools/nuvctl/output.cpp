@@ -71,7 +71,8 @@ int Output::Finish(const Report& report, int exit) {
 int Output::Fail(const CommandError& error) {
   Report report = error.shown;
   if (!json_ && !error.shownIsResult) report.text.clear();
-  if (!report.json.is_array()) report.json["error"] = ErrorJson(error);  // of several each row has its own
+  if (!report.json.is_array())
+    report.json["error"] = ErrorJson(error);  // of several each row has its own
   const int exit = Finish(report, error.exit);
   if (json_) return exit;
   err_ << "nuvctl: " << Printable(error.message) << (error.message.back() == '?' ? "\n" : ".\n");

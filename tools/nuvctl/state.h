@@ -31,7 +31,8 @@ std::string TimeText(std::chrono::system_clock::time_point time);
 Fields StateFields(const nuv::State& state, std::optional<int> layers);
 nlohmann::ordered_json StateJson(const nuv::State& state, std::optional<int> layers);
 
-// "printing crown, layer 12 of 340, 34 %, ends 14:05"; other states with nothing but what they tell.
+// "printing crown, layer 12 of 340, 34 %, ends 14:05"; other states with nothing but what they
+// tell.
 std::string StateText(const nuv::State& state, std::optional<int> layers);
 
 }  // namespace NuvCtl

@@ -70,8 +70,8 @@ bool HasNickname(const Listed& printer, const std::string& wanted) {
 }
 
 // The only one that matches, by the first of the ways in which any does.
-Listed TheOne(const Listing& listing, const std::string& wanted,
-                     const std::vector<Matches>& ways, const std::string& what) {
+Listed TheOne(const Listing& listing, const std::string& wanted, const std::vector<Matches>& ways,
+              const std::string& what) {
   for (const Matches matches : ways) {
     const auto is = [&](const Listed& one) { return matches(one, wanted); };
     const auto found = std::find_if(listing.begin(), listing.end(), is);
@@ -149,7 +149,7 @@ std::string Target::Description() const {
   if (where_.who.nickname && !where_.who.nickname->empty()) {
     text += " \"" + *where_.who.nickname + '"';
   }
-  return Printable(text + " at " + where_.who.address);
+  return Printable(text + " at " + AddressText(where_.who));
 }
 
 const nuv::Identity& Target::Who() {
@@ -214,7 +214,8 @@ Target OpenAgain(const Context& context, const nuv::Identity& before) {
 
 void RequireSomebodyToAsk(const Context& context, const std::string& what) {
   if (context.choice.yes || context.system.InputIsTerminal()) return;
-  throw UsageError(what + " is confirmed at a terminal", "Give --yes to go on without being asked.");
+  throw UsageError(what + " is confirmed at a terminal",
+                   "Give --yes to go on without being asked.");
 }
 
 void RequireConsent(const Context& context, const std::string& question, const std::string& no) {

@@ -74,8 +74,8 @@ class Target {
 // choice, another one than was known, or not to be opened.
 Target OpenTarget(const Context& context);
 
-// The same before something is changed or sent: says on standard error which one it is, and asks when
-// it was chosen by its place in the list, which shifts.
+// The same before something is changed or sent: says on standard error which one it is, and asks
+// when it was chosen by its place in the list, which shifts.
 Target OpenToChange(const Context& context);
 
 // Opens the printer that was open as `before` and is perhaps at another place now, by its serial

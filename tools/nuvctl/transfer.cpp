@@ -122,10 +122,9 @@ CommandError NotFit(const std::string& message, nuv::Findings findings) {
                         "'nuvctl status' shows what it does. One that receives although nobody "
                         "sends is freed by 'nuvctl cancel'.");
   }
-  return CommandError("not_fit", kNotFit, message + ", so nothing was sent",
-                      (findings.bits & kNever) != 0
-                          ? ""
-                          : "When you know better, --force sends it all the same.");
+  return CommandError(
+      "not_fit", kNotFit, message + ", so nothing was sent",
+      (findings.bits & kNever) != 0 ? "" : "When you know better, --force sends it all the same.");
 }
 
 void RequireSent(const std::string& file, const Transfer& transfer, const std::string& held) {

@@ -61,8 +61,8 @@ CommandError UsageFailure(const CLI::App& app, const CLI::ParseError& error,
                           Nearest(inner, unexpected.front()),
                       help);
   }
-  // A key may be among the arguments of wifi, given there by mistake, so they are not repeated; what
-  // is missing can be told.
+  // A key may be among the arguments of wifi, given there by mistake, so they are not repeated;
+  // what is missing can be told.
   const bool wifi = std::find(arguments.begin(), arguments.end(), "wifi") != arguments.end();
   if (wifi && !missing) {
     return UsageError("The arguments of 'nuvctl wifi' are wrong",

@@ -73,8 +73,7 @@ class Followed {
         return;
       case PrinterState::kError:
         return Fail("printer_error", kPrinterFailed,
-                    "The printer reports error " +
-                        std::to_string(state_->errorNumber.value_or(0)),
+                    "The printer reports error " + std::to_string(state_->errorNumber.value_or(0)),
                     "Look at the printer's panel.");
       default:
         return End("idle");
@@ -249,8 +248,7 @@ void WatchPrint(const Context& context, Target& target, const WatchOptions& opti
   {
     Show show(context, one);
     const nuv::Watch watch = Asked("Watching", [&] {
-      return target.Printer().Watch(std::chrono::milliseconds(options.intervalMs),
-                                    Into(events, 0));
+      return target.Printer().Watch(std::chrono::milliseconds(options.intervalMs), Into(events, 0));
     });
     show.Run(*events);
   }
@@ -276,8 +274,8 @@ void WatchAll(const Context& context, const WatchOptions& options) {
   {
     Show show(context, all);
     for (size_t i = 0; i < printers.size(); ++i) {
-      watches.push_back(printers[i].Watch(std::chrono::milliseconds(options.intervalMs),
-                                          Into(events, i)));
+      watches.push_back(
+          printers[i].Watch(std::chrono::milliseconds(options.intervalMs), Into(events, i)));
     }
     show.Run(*events);
   }

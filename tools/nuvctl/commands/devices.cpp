@@ -107,15 +107,13 @@ Action DeclarePrinters(CLI::App& app) {
   const auto declare = [&](const char* name, const char* summary,
                            Report (*run)(const Context&, const NamedOptions&)) {
     CLI::App* const sub = app.add_subcommand(name, summary);
-    sub->callback([=] {
-      *chosen = [=](const Context& context) { return run(context, *options); };
-    });
+    sub->callback(
+        [=] { *chosen = [=](const Context& context) { return run(context, *options); }; });
     sub->add_option("NAME", options->name)->required()->type_name("");
     return sub;
   };
   CLI::App* const list = app.add_subcommand("list", "List the printers that have a name");
-  list->callback(
-      [=] { *chosen = [](const Context&) { return KnownReport(LoadKnown()); }; });
+  list->callback([=] { *chosen = [](const Context&) { return KnownReport(LoadKnown()); }; });
   declare("add", "Give the printer at --address, or of --serial, a name", RunAdd)
       ->add_flag("--replace", options->replace, "Also when the name is taken");
   declare("remove", "Forget a name", RunRemove);

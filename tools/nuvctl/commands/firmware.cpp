@@ -26,8 +26,7 @@ std::optional<nuv::Versions> VersionsOf(Target& target) {
 }
 
 constexpr PartRow kParts[] = {
-    {"engine", "engine", nuv::Part::kEngine,
-     [](Target& target) { return target.Who().firmware; }},
+    {"engine", "engine", nuv::Part::kEngine, [](Target& target) { return target.Who().firmware; }},
     {"android", "Android board", nuv::Part::kAndroidBoard,
      [](Target& target) {
        const auto versions = VersionsOf(target);
@@ -96,8 +95,7 @@ Report RunFirmware(const Context& context, const FirmwareOptions& options) {
     const std::string question =
         std::string("Update the ") + row.words + " of the " + target.Description() +
         (version ? ", version " + Printable(*version) + "," : "") + " with " +
-        Printable(options.file) +
-        "?\nThe printer must stay on until it is done. [y/N] ";
+        Printable(options.file) + "?\nThe printer must stay on until it is done. [y/N] ";
     try {
       RequireConsent(context, question, "Not updated");
     } catch (const CommandError&) {

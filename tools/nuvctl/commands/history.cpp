@@ -63,8 +63,8 @@ nlohmann::ordered_json JobJson(const JobRecord& job) {
 std::vector<JobRecord> ReadNewestJobs(Target& target, int newest, int count) {
   std::vector<JobRecord> jobs;
   for (int index = newest; index > 0 && newest - index < count; --index) {
-    const auto job = target.Try("Reading job " + std::to_string(index),
-                                &nuv::Printer::GetJobRecord, index);
+    const auto job =
+        target.Try("Reading job " + std::to_string(index), &nuv::Printer::GetJobRecord, index);
     if (!job) break;
     jobs.push_back(*job);
   }

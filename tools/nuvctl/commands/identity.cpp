@@ -10,7 +10,7 @@ namespace {
 
 FieldReport IdentityReport(const nuv::Identity& who) {
   FieldReport report;
-  report.AddText("Address", "address", who.address);
+  report.AddText("Address", "address", AddressText(who));
   report.AddText("Name", "name", who.name);
   report.AddText("Model", "model", who.model);
   report.AddText("Serial number", "serial", who.serial);
@@ -72,8 +72,7 @@ Action DeclareStatus(CLI::App& app) {
 
 // ---- Versions
 
-FieldReport VersionsReport(const nuv::Identity& who,
-                           const std::optional<nuv::Versions>& versions) {
+FieldReport VersionsReport(const nuv::Identity& who, const std::optional<nuv::Versions>& versions) {
   FieldReport report;
   report.AddText("Firmware", "firmware", who.firmware);
   report.AddText("Controller", "controller", who.controller);
@@ -124,12 +123,12 @@ Report RunSkipWarmup(const Context& context) {
 }  // namespace
 
 Subcommands IdentityCommands() {
-  return {{"info", "Show what a printer is", "nuvctl info --serial SN0042", DeclareInfo},
-          {"status", "Show what a printer does", "nuvctl status --all", DeclareStatus},
-          {"versions", "Show the versions of firmware and boards", "nuvctl versions",
-           DeclareVersions},
-          {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
-           Plain<RunSkipWarmup>}};
+  return {
+      {"info", "Show what a printer is", "nuvctl info --serial SN0042", DeclareInfo},
+      {"status", "Show what a printer does", "nuvctl status --all", DeclareStatus},
+      {"versions", "Show the versions of firmware and boards", "nuvctl versions", DeclareVersions},
+      {"skip-warmup", "Skip the warm-up that the printer is in", "nuvctl skip-warmup",
+       Plain<RunSkipWarmup>}};
 }
 
 }  // namespace NuvCtl

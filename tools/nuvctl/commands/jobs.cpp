@@ -30,9 +30,8 @@ struct SendOptions {
 // What is wrong with the file itself, before a printer is searched for.
 void RequireSound(const std::string& file) {
   RequireFile(file);
-  const nuv::CheckReport check = Asked("Checking " + file, [&] {
-    return nuv::CheckFile(std::filesystem::u8path(file));
-  });
+  const nuv::CheckReport check =
+      Asked("Checking " + file, [&] { return nuv::CheckFile(std::filesystem::u8path(file)); });
   if (check.findings) throw NotFit(check.message, check.findings);
 }
 
@@ -111,11 +110,11 @@ Report SentReport(const std::string& file, const Transfer& transfer) {
   Report report;
   report.json = TransferJson(file, transfer, "accepted");
   if (transfer.outcome.jobIndex) report.json["job_index"] = *transfer.outcome.jobIndex;
-  report.text = "Sent " + Printable(file) + ": " + TransferText(transfer) + ". The printer " +
-                (transfer.outcome.jobIndex
-                     ? "took it as job " + std::to_string(*transfer.outcome.jobIndex)
-                     : "is printing it") +
-                ".\n";
+  report.text =
+      "Sent " + Printable(file) + ": " + TransferText(transfer) + ". The printer " +
+      (transfer.outcome.jobIndex ? "took it as job " + std::to_string(*transfer.outcome.jobIndex)
+                                 : "is printing it") +
+      ".\n";
   return report;
 }
 
@@ -124,11 +123,11 @@ Report SendTo(const Context& context, Target& target, const SendOptions& options
   for (int retry = 0;; ++retry) {
     const std::optional<nuv::Job> before =
         options.retries > 0 ? LastJob(target) : std::optional<nuv::Job>();
-    Transfer transfer = RunTransfer(
-        context, options.file, options.force,
-        [&](const nuv::SendOptions& how, const nuv::Call& call) {
-          return target.Printer().Send(std::filesystem::u8path(options.file), how, call);
-        });
+    Transfer transfer = RunTransfer(context, options.file, options.force,
+                                    [&](const nuv::SendOptions& how, const nuv::Call& call) {
+                                      return target.Printer().Send(
+                                          std::filesystem::u8path(options.file), how, call);
+                                    });
     if (retry < options.retries && CanRetry(context, target, before, transfer)) {
       context.output.Remark("nuvctl: the connection was lost; once more, from the first line");
       continue;

@@ -65,8 +65,8 @@ void AddSensors(Target& target, const WantedSensors& wanted, FieldReport& report
 }
 
 void AddLaser(Target& target, int number, FieldReport& report) {
-  const nuv::Laser laser = target.Ask("Reading laser " + std::to_string(number),
-                                      &nuv::Printer::GetLaser, number);
+  const nuv::Laser laser =
+      target.Ask("Reading laser " + std::to_string(number), &nuv::Printer::GetLaser, number);
   report.AddNumber("Laser", "laser/number", number);
   report.AddNumber("Photodiode, lowest", "laser/photodiode/minimum", laser.photodiodeMinimum);
   report.AddNumber("Photodiode, highest", "laser/photodiode/maximum", laser.photodiodeMaximum);
@@ -90,10 +90,10 @@ void AddFlash(Target& target, FieldReport& report) {
                           int count) {
     for (int i = 0; i < count; ++i) {
       const bool counted = several || count == 2;
-      report.AddNumber(label + (counted ? " " + std::to_string(i + 1) : std::string()),
-                       std::string("flash/") + key +
-                           (counted ? "_" + std::to_string(i + 1) : std::string()),
-                       values[i]);
+      report.AddNumber(
+          label + (counted ? " " + std::to_string(i + 1) : std::string()),
+          std::string("flash/") + key + (counted ? "_" + std::to_string(i + 1) : std::string()),
+          values[i]);
     }
   };
   addAll("Scan centre", "scan_centre", flash.scanCentre, 3);

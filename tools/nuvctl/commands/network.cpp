@@ -33,13 +33,12 @@ Report RunWifiList(const Context& context) {
     nlohmann::ordered_json entry = {{"name", name}};
     TableRow row = {name};
     // One that went out of reach meanwhile is refused.
-    const auto point = target.Try("Reading the access point " + name,
-                                  &nuv::Printer::GetAccessPoint, std::optional<std::string>(name));
+    const auto point = target.Try("Reading the access point " + name, &nuv::Printer::GetAccessPoint,
+                                  std::optional<std::string>(name));
     if (point) {
       if (point->signalPercent) entry["signal_percent"] = *point->signalPercent;
       if (point->security) entry["security"] = SecurityName(*point->security);
-      row = {name,
-             point->signalPercent ? std::to_string(*point->signalPercent) + " %" : "",
+      row = {name, point->signalPercent ? std::to_string(*point->signalPercent) + " %" : "",
              point->security ? SecurityName(*point->security) : ""};
     }
     report.json["access_points"].push_back(entry);
@@ -123,8 +122,8 @@ CommandError JoinRefused(Target& target, const std::string& name, CommandError r
   const bool seen = std::any_of(points->begin(), points->end(),
                                 [&](const nuv::AccessPoint& one) { return one.name == name; });
   refusal.code = seen ? "wrong_key" : "out_of_reach";
-  refusal.message = seen ? "The key of " + name + " is wrong"
-                         : "The printer sees no access point " + name;
+  refusal.message =
+      seen ? "The key of " + name + " is wrong" : "The printer sees no access point " + name;
   refusal.hint = seen ? "Upper and lower case count. An earlier connection stays as it was."
                       : "'nuvctl wifi list' shows those that it sees.";
   return refusal;
@@ -147,10 +146,11 @@ Report RunConnect(const Context& context, const WantedPoint& point) {
 
 Report RunDisconnect(const Context& context) {
   Target target = OpenToChange(context);
-  target.Tell("Leaving the access point",
-              "'nuvctl wifi status' shows whether the printer is joined to one; not every model has "
-              "a wireless network.",
-              &nuv::Printer::LeaveAccessPoint);
+  target.Tell(
+      "Leaving the access point",
+      "'nuvctl wifi status' shows whether the printer is joined to one; not every model has "
+      "a wireless network.",
+      &nuv::Printer::LeaveAccessPoint);
   Confirm(context, target, false);
   return {"The printer left its access point.\n", {{"connected", false}}};
 }

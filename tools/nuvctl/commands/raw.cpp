@@ -22,8 +22,8 @@ std::string RequestLine(std::string text) {
 Report RunRaw(const Context& context, const std::string& text) {
   const std::string request = RequestLine(text);
   Target target = OpenTarget(context);
-  std::string reply = target.Ask("Sending the command", &nuv::Printer::Raw,
-                                 std::optional<std::string>(request));
+  std::string reply =
+      target.Ask("Sending the command", &nuv::Printer::Raw, std::optional<std::string>(request));
   if (!reply.empty() && reply.back() == '\r') reply.pop_back();
   return {Printable(reply) + '\n', {{"command", request}, {"reply", reply}}};
 }

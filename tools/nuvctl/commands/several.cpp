@@ -14,7 +14,7 @@ Report AskAll(const Context& context, const TableRow& head, const Errand& errand
     const Listed& printer = listing[i];
     const Answer& answer = printer.answer;
     nlohmann::ordered_json json = ListedJson(printer, i);
-    TableRow row = {printer.Name(), printer.who.address};
+    TableRow row = {printer.Name(), AddressText(printer.who)};
     if (answer.failure) {
       ++failed;
       json["error"] = ErrorJson(*answer.failure);
@@ -31,10 +31,10 @@ Report AskAll(const Context& context, const TableRow& head, const Errand& errand
   whole.insert(whole.end(), head.begin(), head.end());
   report.text = FormatTable(whole, rows);
   if (failed == 0) return report;
-  CommandError error("some_failed", kSomeFailed,
-                     std::to_string(failed) + " of " + std::to_string(listing.size()) +
-                         " printers did not tell",
-                     "", report);
+  CommandError error(
+      "some_failed", kSomeFailed,
+      std::to_string(failed) + " of " + std::to_string(listing.size()) + " printers did not tell",
+      "", report);
   error.shownIsResult = true;
   throw error;
 }
@@ -43,9 +43,8 @@ Action DeclareAll(CLI::App& app, Report (*one)(const Context&), const TableRow& 
                   const Errand& errand) {
   const auto all = std::make_shared<bool>(false);
   app.add_flag("--all", *all, "All printers, known and found, a row each");
-  return [=](const Context& context) {
-    return *all ? AskAll(context, head, errand) : one(context);
-  };
+  return
+      [=](const Context& context) { return *all ? AskAll(context, head, errand) : one(context); };
 }
 
 }  // namespace NuvCtl
