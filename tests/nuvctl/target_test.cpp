@@ -205,6 +205,18 @@ TEST_F(TargetTest, IsSaidToBeWaitedFor) {
   EXPECT_EQ(Run("status --address 127.0.0.1"), kCancelled);
 }
 
+TEST_F(TargetTest, ThatIsNotFoundIsLookedFor) {
+  Three();
+  Ends("doctor", kDone);
+  EXPECT_EQ(Run("doctor"), kDone);
+  EXPECT_THAT(out, HasSubstr("3 printers found\n"));
+  EXPECT_THAT(out, HasSubstr("broadcast 10.77."));
+  simulator.reset();
+  EXPECT_EQ(Run("doctor --timeout 300"), kLocalProblem);
+  EXPECT_THAT(out, HasSubstr("problem  printers: 0 printers found\n         Check that one is on"));
+  EXPECT_THAT(err, HasSubstr("1 problem was found."));
+}
+
 TEST_F(TargetTest, WithoutAnyPrinterNothingIsFound) {
   Search("127.0.0.1");
   for (const char* line : {"list", "status", "status --all", "watch --all"}) {

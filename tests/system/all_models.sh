@@ -34,7 +34,7 @@ start_nuvsim log --config printers.json
 ask() { "$bin/nuvctl" --json --address "10.77.1.$((number + 10))" "$@"; }
 
 for command in $("$bin/nuvctl" --help | tr -d '\r' | sed -n '/^Finding/,/^Examples/s/^  \([a-z][a-z-]*\) .*/\1/p'); do
-  case $command in list | printers | cancel | nuvctl | send | watch | firmware | gcode | raw) continue ;; esac
+  case $command in list | printers | doctor | cancel | nuvctl | send | watch | firmware | gcode | raw) continue ;; esac
   grep -qE "(^|,)$command[ ,|]" commands || wrong "$0 has no row of $command"
 done
 

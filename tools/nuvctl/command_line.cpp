@@ -24,7 +24,7 @@ struct Topic {
 
 const std::vector<Topic>& Topics() {
   static const std::vector<Topic> kTopics = {
-      {"Finding printers", {"list", "printers"}},
+      {"Finding printers", {"list", "printers", "doctor"}},
       {"What a printer is and does",
        {"info", "status", "watch", "resin", "sensors", "jobs", "versions", "tank", "leds"}},
       {"Jobs and firmware", {"send", "cancel", "gcode", "firmware"}},
@@ -34,9 +34,10 @@ const std::vector<Topic>& Topics() {
 }
 
 Subcommands AllSubcommands() {
-  constexpr Subcommands (*kSources[])() = {
-      DeviceCommands,  IdentityCommands,    ResinCommands, SettingsCommands, NetworkCommands,
-      HistoryCommands, LightEngineCommands, JobCommands,   FirmwareCommands, RawCommands};
+  constexpr Subcommands (*kSources[])() = {DeviceCommands,   DoctorCommands,      IdentityCommands,
+                                           ResinCommands,    SettingsCommands,    NetworkCommands,
+                                           HistoryCommands,  LightEngineCommands, JobCommands,
+                                           FirmwareCommands, RawCommands};
   Subcommands all;
   for (const auto source : kSources) {
     for (const Subcommand& row : source()) all.push_back(row);

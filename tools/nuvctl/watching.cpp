@@ -82,7 +82,7 @@ class Followed {
 
   // `width`: of a terminal; 0: without a bar.
   std::string Row(int width) const {
-    const std::string text = Printable(text_);
+    std::string text = Printable(text_);
     if (width <= 0) return text;
     const bool prints = state_ && state_->state == PrinterState::kPrinting && !missing_;
     if (!prints) return FirstColumns(text, static_cast<size_t>(width));

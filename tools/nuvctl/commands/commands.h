@@ -34,6 +34,7 @@ Action Plain(CLI::App&) {
 
 using Subcommands = std::vector<Subcommand>;
 Subcommands DeviceCommands();
+Subcommands DoctorCommands();
 Subcommands IdentityCommands();
 Subcommands ResinCommands();
 Subcommands SettingsCommands();

@@ -45,7 +45,7 @@ FieldReport ResinReport(const nuv::Resin& resin) {
 Report RunResin(const Context& context) {
   Target target = OpenTarget(context);
   const nuv::Resin resin = target.Ask("Reading the resin", &nuv::Printer::GetResin);
-  const Report report = ResinReport(resin).Finish();
+  Report report = ResinReport(resin).Finish();
   if (!resin.state || resin.state == nuv::ResinState::kReady) return report;
   CommandError error("resin_refused", kPrinterFailed,
                      "The printer cannot print with this resin: " + StateText(*resin.state),

@@ -40,16 +40,16 @@ int NumberOf(const std::string& text, const Range& range) {
                    "Write a whole number, " + range.Words() + ".");
 }
 
-template <const Setting<int>& kSetting, const Range& kRange>
+template <const Setting<int>& TheSetting, const Range& TheRange>
 Action DeclareNumber(CLI::App& app) {
   const auto text = std::make_shared<std::optional<std::string>>();
-  app.add_option("NEW", *text, "The new value, " + kRange.Words() + "; without it, it is shown")
+  app.add_option("NEW", *text, "The new value, " + TheRange.Words() + "; without it, it is shown")
       ->type_name("");
   return [text](const Context& context) {
     std::optional<int> wanted;
-    if (*text) wanted = NumberOf(**text, kRange);
+    if (*text) wanted = NumberOf(**text, TheRange);
     Target target = wanted ? OpenToChange(context) : OpenTarget(context);
-    return ShowOrSet(kSetting, target, wanted);
+    return ShowOrSet(TheSetting, target, wanted);
   };
 }
 
