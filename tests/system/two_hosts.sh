@@ -35,4 +35,7 @@ for net in 1 2; do
   expect 0 "$bin/nuvctl" --serial "PRINTER$net" send job.nuv
   same lines "jobs$net"
 done
+expect 0 "$bin/nuvctl" --timeout 1000 doctor
+NUVFILE_LIBRARY=$work/none expect 6 "$bin/nuvctl" --timeout 1000 doctor
+grep -q 'problem  NuvFile' out || wrong "a library that is missing"
 finish "both jobs arrived byte for byte"

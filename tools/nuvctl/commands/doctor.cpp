@@ -2,6 +2,7 @@
 #include <QFileInfo>
 #include <QHostInfo>
 #include <QNetworkInterface>
+#include <QTemporaryFile>
 #include <QUdpSocket>
 #include <algorithm>
 
@@ -140,7 +141,9 @@ void LookAtLibraries(Findings& findings) {
                    std::to_string(version % 100));
   bool there = true;
   try {
-    nuv::CheckFile("no such file");  // which only a library that is there can say
+    QTemporaryFile file;  // no print file, which only the library can say
+    file.open();
+    nuv::CheckFile(std::filesystem::u8path(file.fileName().toStdString()));
   } catch (const nuv::Error& error) {
     there = error.Reason() != nuv::Result::kSystem;
   }
