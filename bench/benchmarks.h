@@ -13,7 +13,10 @@ void RunFirmware(const std::string& nuvsim, const std::string& folder);
 void RunHandlers(const std::string& nuvsim, const std::string& folder);
 void RunDiscovery();
 void RunParser();
-void RunPrinter(const std::string& nuvsim);
+// `nuvctl`, `self`: programs that are run whole; the second with kBareOption, which is RunBarely.
+void RunPrinter(const std::string& nuvsim, const std::string& nuvctl, const std::string& self);
+void RunBarely();
+constexpr char kBareOption[] = "bare";
 
 // All day's use for so long; not one of those that run by themselves.
 void RunSoak(const std::string& nuvsim, const std::string& folder, int seconds);

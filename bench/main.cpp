@@ -23,6 +23,10 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "not in the private network (run through ./dev bench)\n");
     return 2;
   }
+  if (wanted.size() == 1 && wanted[0] == Bench::kBareOption) {
+    Bench::RunBarely();
+    return 0;
+  }
   const auto runs = [&](const char* name) {
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), name) != wanted.end();
   };
@@ -37,7 +41,7 @@ int main(int argc, char** argv) {
   if (runs("firmware")) Bench::RunFirmware(NUVSIM_FILE, folder);
   if (runs("handlers")) Bench::RunHandlers(NUVSIM_FILE, folder);
   if (runs("discovery")) Bench::RunDiscovery();
-  if (runs("printer")) Bench::RunPrinter(NUVSIM_FILE);
+  if (runs("printer")) Bench::RunPrinter(NUVSIM_FILE, NUVCTL_FILE, argv[0]);
   if (Bench::AnyOverLimit()) std::printf("at least one figure is over its limit\n");
   return Bench::AnyOverLimit() ? 1 : 0;
 }

@@ -25,6 +25,11 @@ constexpr char kPrinterHost[] = "10.77.1.2";
 constexpr uint16_t kSearchPort = 6013;
 constexpr int kLimitMs = 1000;
 constexpr int kOpenings = 500;
+#ifdef _WIN32
+constexpr char kNowhere[] = "NUL";
+#else
+constexpr char kNowhere[] = "/dev/null";
+#endif
 
 // What nobody can do without: where is it, a connection, a question, an answer.
 void AskBarely(asio::io_context& io) {
@@ -44,6 +49,15 @@ void AskBarely(asio::io_context& io) {
   if (printer.read_some(asio::buffer(reply)) == 0) std::abort();
 }
 
+// Processes from their start to their end, in milliseconds.
+double ProcessMs(const std::string& command) {
+  constexpr int kRuns = 21;
+  const auto run = [&] {
+    if (std::system(command.c_str()) != 0) std::abort();
+  };
+  return Quantile(Sample(kRuns, run), 0.5) / 1e6;
+}
+
 void Ask() {
   if (nuv::Printer::OpenAddress(kPrinterHost).GetState().state != nuv::PrinterState::kIdle) {
     std::abort();
@@ -52,7 +66,12 @@ void Ask() {
 
 }  // namespace
 
-void RunPrinter(const std::string& nuvsim) {
+void RunBarely() {
+  asio::io_context io;
+  AskBarely(io);
+}
+
+void RunPrinter(const std::string& nuvsim, const std::string& nuvctl, const std::string& self) {
   std::printf("libnuvprinter: finding, and opening by address\n");
   nuv::SearchOptions options;
   options.links = {nuv::Link::kNetwork};
@@ -69,6 +88,14 @@ void RunPrinter(const std::string& nuvsim) {
   Report("floor: the same with bare sockets, median", Quantile(bare, 0.5) / 1000, "us");
   Report("opening by address, a state, closing, median", Quantile(opened, 0.5) / 1000, "us");
   Report("over the floor", Quantile(opened, 0.5) / Quantile(bare, 0.5), "times", 3);
+
+  std::printf("nuvctl status --address, whole processes\n");
+  const std::string nothing = std::string(" > ") + kNowhere;
+  const double floor = ProcessMs('"' + self + "\" " + kBareOption + nothing);
+  const double nuvctlMs = ProcessMs('"' + nuvctl + "\" status --address " + kPrinterHost + nothing);
+  Report("floor: a program with bare sockets, median", floor, "ms");
+  Report("nuvctl, median", nuvctlMs, "ms", 50);
+  Report("nuvctl over the floor", nuvctlMs - floor, "ms more", 25);
 }
 
 }  // namespace Bench

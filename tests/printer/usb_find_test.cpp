@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "command/reply_views.h"
+#include "printer/asking.h"
 #include "printer/device.h"
 #include "printer/finder.h"
+#include "printer/identity.h"
 #include "printer/values.h"
 #include "tests/connect/scripted_connector.h"
+#include "tests/support/manual_clock.h"
 
 namespace {
 
@@ -64,6 +68,86 @@ TEST_F(UsbFindTest, AnAnswerOwedIsWaitedForBeforeTheNextCall) {
   EXPECT_EQ(Session(device, next).Run(102).Number("S"), 0);
   device->End();
   EXPECT_EQ(port.open, -1);
+}
+
+// Every question ends, and the next one to a printer that is sound again is right.
+TEST_F(UsbFindTest, WhateverAPrinterSaysTheNextAnswerIsRight) {
+  ManualClock time;
+  time.waitsPass = true;
+  // Idle connections are let go by the system's clock, which must not get there.
+  time.Advance(std::chrono::hours(1000000));
+  port.printers = {{"U1"}};
+  port.readMs = 100;
+  const auto device = std::make_shared<Device>(IdentityOf("/dev/usb/lp0\\1"), time, [this] {
+    return std::make_unique<Nuv::Connect::ScriptedConnector>(port);
+  });
+  const std::string block(kReadBytes, 'F');
+  const struct {
+    const char* what;
+    std::deque<std::string> says;  // to every request
+    bool ends = false;             // the connection
+    uint32_t takes = 0;            // how a write ends
+  } rows[] = {{"nothing", {}},
+              {"an end", {}, true},
+              {"takes nothing", {}, false, kTransferTimeout},
+              {"refuses all", {"F102 NG\n"}},
+              {"another's answer", {"F999 OK S:0\n"}},
+              {"a letter", {"F\n"}},
+              {"no end of line", std::deque<std::string>(40, block)},
+              {"no text", {std::string(kReadBytes, '\0')}},
+              {"empty packets", std::deque<std::string>(100, std::string())},
+              {"forty digits", {"F102 OK S:" + std::string(40, '9') + "\n"}},
+              {"a negative number", {"F102 OK S:-1\n"}}};
+  const std::function<void(Session&)> questions[] = {
+      [](Session& session) {
+        nuv_state state = NUV_INIT(nuv_state);
+        AskState(session, state);
+      },
+      [](Session& session) {
+        nuv_job job = NUV_INIT(nuv_job);
+        AskJob(session, job);
+      },
+      [](Session& session) {
+        nuv_resin resin = NUV_INIT(nuv_resin);
+        AskResin(session, resin);
+      },
+      [](Session& session) {
+        nuv_identity identity = NUV_INIT(nuv_identity);
+        session.AskWho(identity);
+      },
+      [](Session& session) { session.Exchange("F102\r\n"); }};
+  for (const auto& row : rows) {
+    for (const auto& ask : questions) {
+      SCOPED_TRACE(std::string(row.what) + ", question " + std::to_string(&ask - questions));
+      port.onWrite = [&](const std::string&) {
+        port.blocks = row.says;
+        port.writeStatus = row.takes;
+        if (row.ends) port.look = Nuv::Transport::LinkState::kEnded;
+      };
+      const auto begin = time.SleptMs();
+      CallLimits limits(nullptr, 0, time);
+      try {
+        Session session(device, limits);
+        ask(session);
+      } catch (const Failure& failure) {
+        EXPECT_NE(failure.result, NUV_RESULT_SYSTEM) << failure.message;
+      } catch (const Nuv::Command::ReplyError&) {
+        // Of which the exports make a result.
+      }
+      EXPECT_LT(time.SleptMs() - begin, 400000) << "three times 36 s, and of two queries";
+      port.onWrite = [this](const std::string&) {
+        port.writeStatus = 0;
+        port.blocks = {"F102 OK S:3 E:17\n"};
+      };
+      port.blocks.clear();
+      CallLimits sound(nullptr, 0, time);
+      nuv_state state = NUV_INIT(nuv_state);
+      Session next(device, sound);
+      AskState(next, state);
+      EXPECT_EQ(state.error_number.value, 17);
+    }
+  }
+  device->End();
 }
 
 TEST_F(UsbFindTest, LinksAreSearchedAsTheHostSays) {
