@@ -167,6 +167,9 @@ TEST_F(WatchTest, GoesOnWithoutAnAnswerUntilItGivesUp) {
 }
 
 TEST_F(WatchTest, OfAllHasARowEach) {
+#ifdef _WIN32
+  GTEST_SKIP() << "of several simulated printers on one Windows only one hears a search";
+#endif
   Search("127.0.0.1 127.0.0.2");
   auto slow = Config("SLOW", "127.0.0.2");
   slow.layerTime = std::chrono::milliseconds(700);

@@ -6,10 +6,15 @@
 namespace NuvCtl {
 namespace {
 
+using KnownPrintersTest = CommandTest;
+
 class TargetTest : public CommandTest {
  protected:
   void SetUp() override {
     CommandTest::SetUp();
+#ifdef _WIN32
+    GTEST_SKIP() << "of several simulated printers on one Windows only one hears a search";
+#endif
     Search("127.0.0.1 127.0.0.2 127.0.0.3");
   }
   void Three(const std::string& third = "CC333") {
@@ -21,7 +26,6 @@ class TargetTest : public CommandTest {
     printers[2].nickname = "BB222";
     Start(printers);
   }
-  std::string KnownFile() const { return (folder / "nuvctl" / "printers.json").string(); }
 };
 
 TEST_F(TargetTest, IsThePrinterThatIsMeant) {
@@ -140,14 +144,15 @@ TEST_F(TargetTest, FollowsAKnownPrinterToItsNewAddress) {
   EXPECT_EQ(LoadKnown().at(0).address, "127.0.0.2");
 }
 
-TEST_F(TargetTest, OfWhichTheFileIsDamagedIsNotGuessed) {
+TEST_F(KnownPrintersTest, AreNotGuessedWhenTheFileIsDamaged) {
+  const std::filesystem::path known = folder / "nuvctl" / "printers.json";
   ChangeKnown([](KnownPrinters& printers) { printers.push_back({"lab", "127.0.0.1", ""}); });
   for (const char* damaged : {"{\"printers\": [{\"name\": 1}]}", "{}", "[", "{\"printers\": 3}"}) {
-    std::ofstream(KnownFile()) << damaged;
+    std::ofstream(known) << damaged;
     Ends("info --printer lab", kLocalProblem, "settings_file");
     EXPECT_THAT(out, HasSubstr("printers.json is damaged"));
     Ends("printers add new --serial S", kLocalProblem, "settings_file");
-    std::ifstream file(KnownFile());
+    std::ifstream file(known);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), damaged) << "left as it is";
   }
   std::filesystem::remove_all(folder / "nuvctl");
@@ -155,7 +160,7 @@ TEST_F(TargetTest, OfWhichTheFileIsDamagedIsNotGuessed) {
   Ends("printers add new --serial S", kLocalProblem, "settings_file");
 }
 
-TEST_F(TargetTest, AreAllKeptWhenSeveralAreAddedAtOnce) {
+TEST_F(KnownPrintersTest, AreAllKeptWhenSeveralAreAddedAtOnce) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([i] {

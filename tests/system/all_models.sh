@@ -23,23 +23,25 @@ wifi list,wifi status|wireless
 leds|LED
 ROWS
 
-# An address each: the one that is asked is the one that answers.
-cut -d '|' -f 1 models | jq -R '{model: ., serial: "MODEL\(input_line_number - 1)", address: "10.77.1.\(input_line_number + 9)"}' |
-  jq -s '{printers: .}' > printers.json
-for address in $(jq -r '.printers[].address' printers.json); do
-  ip address add "$address/24" dev nuv1
-done
-start_nuvsim log --config printers.json
-
-ask() { "$bin/nuvctl" --json --address "10.77.1.$((number + 10))" "$@"; }
+ask() { "$bin/nuvctl" --json --address 10.77.1.2 "$@"; }
+# One after the other, at the same address.
+served=0
+serve() {
+  if [ ${#processes[@]} -gt 0 ]; then
+    kill "${processes[-1]}"
+    wait "${processes[-1]}" || true
+    unset 'processes[-1]'
+  fi
+  start_nuvsim "log.$((++served))" --address 10.77.1.2 --model "$1"
+}
 
 for command in $("$bin/nuvctl" --help | tr -d '\r' | sed -n '/^Finding/,/^Examples/s/^  \([a-z][a-z-]*\) .*/\1/p'); do
   case $command in list | printers | doctor | cancel | nuvctl | send | watch | firmware | gcode | raw) continue ;; esac
   grep -qE "(^|,)$command[ ,|]" commands || wrong "$0 has no row of $command"
 done
 
-number=0
-while IFS='|' read -r _ marks; do
+while IFS='|' read -r model marks <&3; do
+  serve "$model"
   IFS='|' read -ra has <<< "$marks"
   while IFS='|' read -r list feature; do
     exit=1
@@ -54,10 +56,9 @@ while IFS='|' read -r _ marks; do
       holds 'length == 1'
     done
   done < commands
-  number=$((number + 1))
-done < models
+done 3< models
 
-number=7  # a Fabrix150: it has all settings
+serve "Fabrix150 xP"  # it has all settings
 for value in 'Büro: <2> = x' ''; do
   expect 0 ask nickname ${value:+"$value"}
   holds '.[0].nickname == "Büro: <2> = x"'

@@ -143,7 +143,9 @@ class Search {
     if (context_.choice.usb) options.links = {nuv::Link::kUsb};
     options.found = [this, first](const Identity& printer) {
       const size_t count = Found(printer);
-      if (first && live_) row_.Draw({"searching: " + std::to_string(count) + " found"}, 0);
+      if (first && live_) {
+        row_.Draw({"searching: " + std::to_string(count) + " found"}, context_.system.ErrorWidth());
+      }
       return true;
     };
     nuv::Call call = context_.Endless();
