@@ -7,6 +7,7 @@
 #include <future>
 #include <list>
 #include <mutex>
+#include <set>
 #include <thread>
 #include <tuple>
 
@@ -157,10 +158,7 @@ class Search {
   // How many there are.
   size_t Found(const Identity& printer) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const bool twice = std::any_of(found_.begin(), found_.end(), [&](const Listed& one) {
-      return one.who.address == printer.address && one.who.tcpPort == printer.tcpPort;
-    });
-    if (!twice) {
+    if (places_.emplace(printer.address, printer.tcpPort).second) {
       found_.emplace_back();
       Listed& row = found_.back();
       row.who = printer;
@@ -249,7 +247,8 @@ class Search {
   LiveRows row_;
   const bool live_;
   KnownPrinters known_;
-  std::mutex mutex_;         // guards what follows
+  std::mutex mutex_;  // guards what follows
+  std::set<std::pair<std::string, int>> places_;
   std::list<Listed> found_;  // whose places in memory stay
   Pool pool_;
 };
