@@ -60,7 +60,7 @@ mkdir -p "$root"/{bin,lib,modules,scripts,dev,proc,sys,tmp,run,var/run,usr/share
 touch "$root/usr/share/hwdata/usb.ids"
 for module in usblp vhci-hcd veth sch_netem; do add_module "$module"; done
 cp /bin/busybox "$root/bin/"
-for program in /bin/bash /sbin/{ip,tc} /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench,nuv_scripted_host,watch_ten}; do
+for program in /bin/bash /sbin/{ip,tc} /usr/sbin/usbip "$bin"/{nuvsim,nuvctl,nuvfile,nuv_usb_bench,nuv_scripted_host}; do
   [ ! -e "$program" ] || add_program "$program"
 done
 cp -L "$bin"/../lib/libNuvFile.so "$root/lib/"
