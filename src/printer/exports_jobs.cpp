@@ -60,6 +60,10 @@ nuv_result Run(nuv_outcome* out, nuv_error* error, const nuv_printer* printer,
 struct OpenedFile {
   explicit OpenedFile(const HostFile& file) { LookAtFile(file, open, library, check, findings); }
 
+  void SendOver(Session& session, Errand& errand) {
+    SendPrintFile(session, open, library, errand.transfer, errand.outcome);
+  }
+
   Nuv::Connect::NuvFileLibrary library;
   Nuv::Connect::OpenPrintFile open{library};
   nuv_check check = NUV_INIT(nuv_check);
@@ -114,7 +118,7 @@ nuv_result nuv_printer_send(nuv_outcome* out, nuv_printer* printer, const char* 
     Session session(errand.device, errand.limits);
     LookAtPrinter(session, opened.check, opened.findings);
     errand.RequireFit(opened.findings, file.name);
-    SendPrintFile(session, opened.open, opened.library, errand.transfer, errand.outcome);
+    opened.SendOver(session, errand);
   });
 }
 

@@ -65,7 +65,6 @@ TEST_F(CommandLineTest, LetsNoPrinterSteerTheTerminal) {
   auto config = Config("S\x1b[2J", "127.0.0.1", "M\xFF");
   config.nickname = "\xC2\x9Bx";
   Start({config});
-  Commits("answer,code=1,text=x");
   for (const char* line : {"list", "info", "info --all", "raw F101", "nickname y"}) {
     Run(line);
     EXPECT_EQ((out + err).find_first_of("\x1b\x07\r\x9B"), std::string::npos) << out << err;

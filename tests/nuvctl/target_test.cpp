@@ -136,7 +136,6 @@ TEST_F(TargetTest, OfAKnownNameKeepsItsSerialNumber) {
 
 TEST_F(TargetTest, FollowsAKnownPrinterToItsNewAddress) {
   Start({Config("AA111", "127.0.0.2")});
-  File("", "unused");
   Search("127.0.0.2");
   ChangeKnown([](KnownPrinters& printers) { printers.push_back({"lab", "127.0.0.1", "AA111"}); });
   Run("info --printer lab --timeout 1000");
