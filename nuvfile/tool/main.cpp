@@ -25,7 +25,10 @@ void AddCreate(CLI::App& app, CreateOptions& options, int& result) {
                    "Data lines, one per line (LF or CR LF); - for standard input")
       ->required();
   create->add_option("out", options.outPath, "Print file to write")->required();
-  create->add_option("--machine-id", options.machineId, "Machine the job is for, 17 characters")
+  create
+      ->add_option(
+          "--machine-id", options.machineId,
+          "Machine the job is for, 17 characters; docs/protocol.md has those of the models")
       ->required();
   create->add_option("--project-id", options.projectId, "Project ID");
   create->add_option("--material-id", options.materialId, "Material ID");

@@ -17,18 +17,21 @@ Askers::~Askers() {
 void Askers::Ask(const nuv_identity& printer,
                  const std::optional<Transport::NetworkDevice>& device) {
   const Lock lock(mutex_);
-  waiting_.push_back({printer, device});
-  waiting_.back().printer.contact = NUV_RESULT_NO_ANSWER;  // until it has answered
-  if (working_ == kMost) return;
+  Question question = {printer, device};
+  question.printer.contact = NUV_RESULT_NO_ANSWER;  // until it has answered
   try {
-    threads_.emplace_back([this] { Work(); });
-    ++working_;
+    if (working_ < kMost) {
+      threads_.emplace_back([this] { Work(); });
+      ++working_;
+    }
   } catch (const std::system_error&) {
-    if (working_ > 0) return;  // the others come to it
-    waiting_.pop_back();
-    asked_.push_back(printer);
-    asked_.back().contact = NUV_RESULT_SYSTEM;
+    if (working_ == 0) {  // else the others come to it
+      question.printer.contact = NUV_RESULT_SYSTEM;
+      asked_.push_back(question.printer);
+      return;
+    }
   }
+  waiting_.push_back(question);
 }
 
 void Askers::Work() {
@@ -61,7 +64,7 @@ void Askers::Answer(Question& question) {
     if (opened == Connect::Reason::kNone) {
       return AskIdentity(Connect::CommandRunner(channel, clock_, {}, &limits_), printer);
     }
-    throw Failure{opened == Connect::Reason::kGivenUp ? NUV_RESULT_CANCELLED : ResultOf(opened),
+    throw Failure{ResultOf(opened),
                   std::string(printer.address.text) + ": " + Connect::WordsFor(opened)};
   });
   const bool givenUp = result == NUV_RESULT_CANCELLED || result == NUV_RESULT_TIME_LIMIT;

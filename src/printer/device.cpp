@@ -39,6 +39,13 @@ void Device::Cancel() {
   changed_.notify_all();
 }
 
+// With the lock held: a call is over, and another one has the turn.
+void Device::Leave(const CallLimits* limits) {
+  calls_.erase(std::find_if(calls_.begin(), calls_.end(),
+                            [&](const Call& one) { return one.limits == limits; }));
+  changed_.notify_all();
+}
+
 // It has the turn meanwhile, and the lock is free, since the host may ask for it while the channel
 // is busy.
 void Device::Close(Lock& lock) {
@@ -46,8 +53,7 @@ void Device::Close(Lock& lock) {
   lock.unlock();
   channel_.CloseDevice();
   lock.lock();
-  calls_.pop_front();
-  changed_.notify_all();
+  Leave(nullptr);
 }
 
 void Device::LetGo() {
@@ -84,9 +90,7 @@ void Device::Begin(CallLimits& limits) {
     const bool over = limits.Raised();
     lock.lock();
     if (over) {
-      calls_.erase(std::find_if(calls_.begin(), calls_.end(),
-                                [&](const Call& one) { return one.limits == &limits; }));
-      changed_.notify_all();
+      Leave(&limits);
       throw NoTurn{{limits.Why(), place_ + ": its turn did not come"}};
     }
     if (calls_.front().limits != &limits) changed_.wait_for(lock, limits.Patience());
@@ -103,8 +107,7 @@ void Device::Finish() {
     lock.lock();
   }
   lastUse_ = clock_.Now();
-  calls_.pop_front();
-  changed_.notify_all();
+  Leave(calls_.front().limits);
   if (connected_ && !idleIsWatched_) LetGoWhenIdle();
 }
 

@@ -53,6 +53,7 @@ class Device : public std::enable_shared_from_this<Device> {
 
   void Begin(CallLimits& limits);
   void Finish();
+  void Leave(const CallLimits* limits);
   void Connect(CallLimits& limits, bool reads);
   void Close(std::unique_lock<std::mutex>& lock);
   void LetGoWhenIdle();

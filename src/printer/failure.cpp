@@ -42,6 +42,8 @@ nuv_result ResultOf(Connect::Reason reason) {
       return NUV_RESULT_UNREACHABLE;
     case Reason::kRefused:
       return NUV_RESULT_REFUSED;
+    case Reason::kGivenUp:
+      return NUV_RESULT_CANCELLED;
     default:
       return NUV_RESULT_UNREADABLE;
   }

@@ -16,7 +16,8 @@ struct Failure {
   int command = 0;      // the printer's command that failed
 };
 
-// `reason` is no kNone and no kGivenUp: why a wait was given up, the call's limits know.
+// `reason` is no kNone. A wait that was given up is CANCELLED; whether time was the cause, the
+// call's limits know.
 nuv_result ResultOf(Connect::Reason reason);
 
 // Runs what a C function does, and makes a result of what it throws: in `error`, which may be null,

@@ -37,16 +37,14 @@ int NumberIn(const std::string& text) {
 
 // Nothing when it is no printer of ours, or has been unplugged since the scan.
 std::optional<UsbNode> PrinterOn(udev_device* node) {
-  const char* const path = udev_device_get_devnode(node);
-  // The parents belong to their child.
+  // The parents belong to their child. Of one that is not there all is empty.
   udev_device* const usb = udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_device");
   udev_device* const interface =
       udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface");
-  if (path == nullptr || usb == nullptr || interface == nullptr) return std::nullopt;
   const std::string vendor = Attribute(usb, "idVendor");
   const std::string product = Attribute(usb, "idProduct");
   if (!IsPrinterHardwareId(MakeUsbHardwareId(vendor, product))) return std::nullopt;
-  return UsbNode{path,
+  return UsbNode{OrEmpty(udev_device_get_devnode(node)),
                  OrEmpty(udev_device_get_sysname(interface)),
                  vendor + ":" + product + ":" + Attribute(usb, "serial"),
                  {NumberIn(Attribute(usb, "busnum")), NumberIn(Attribute(usb, "devnum"))}};

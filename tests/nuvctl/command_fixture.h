@@ -56,6 +56,8 @@ struct FakeSystem final : System {
   }
   void WatchInterrupts(bool watch) override { watched = watch; }
   bool Interrupted() override { return watched && interrupts && interrupts(); }
+  void WatchInput() override {}
+  std::string Program() override { return NUVCTL_PROGRAM; }
   void SetEnvironment(const char* name, const char* value) override {
     environment += std::string(name) + '=' + value + ' ';
   }

@@ -113,6 +113,42 @@ TEST_F(JobsTest, AsksBeforeAJobIsCancelled) {
   EXPECT_EQ(simulator->Totals().jobsAbandoned, 1U);
 }
 
+TEST_F(JobsTest, SeveralPrintersGetAFileAtTheSameTime) {
+#ifdef _WIN32
+  GTEST_SKIP() << "of several simulated printers on one Windows only one hears a search";
+#endif
+  Search("127.0.0.1 127.0.0.2");
+  Start({Config("SN1", "127.0.0.1"), Config("SN2", "127.0.0.2")});
+  const auto send = [&](const std::string& file, const std::string& option) {
+    return Words{"send", option, "--printer", "SN1", "--printer", "SN2", file};
+  };
+  const auto both = [&](auto holds) { return Becomes([&] { return holds(0) && holds(1); }); };
+  const auto idle = [&](size_t i) { return simulator->Status(i).state == NuvSim::State::kIdle; };
+  EXPECT_EQ(Json(send(PrintFile(), "--dry-run")), kDone) << err;
+  EXPECT_EQ(document[1]["result"], "fit");
+  system.terminal = true;
+  EXPECT_EQ(Run(send(PrintFile(), "--force")), kDone) << err;
+  EXPECT_THAT(out, HasSubstr("SN2: sent, 15 B in 0:0"));
+  EXPECT_THAT(err, HasSubstr("SN1  [####"));
+  EXPECT_TRUE(both(idle));
+  simulator->SetError(0, 17);
+  EXPECT_EQ(Json(send(PrintFile(), "--force")), kSomeFailed);
+  EXPECT_EQ(document[0]["error"]["code"], "busy") << out;
+  EXPECT_EQ(document[1]["job_index"], 2);
+  simulator->SetIdle(0);
+  EXPECT_TRUE(both(idle));
+  // Ctrl-C reaches all of them.
+  system.interrupts = [&] {
+    return simulator->Status(0).state == NuvSim::State::kReceiving &&
+           simulator->Status(1).state == NuvSim::State::kReceiving;
+  };
+  EXPECT_EQ(Run(send(PrintFile("3DPSNKG53WTW00001", 50), "--json")), kCancelled);
+  EXPECT_TRUE(both(idle));
+  EXPECT_EQ(simulator->Totals(0).jobsAbandoned, 1U) << out;
+  EXPECT_EQ(simulator->Totals(1).jobsAbandoned, 1U) << out;
+  Ends({"send", "--printer", "a", "--printer", "a", PrintFile()}, kUsage, "usage");
+}
+
 class WatchTest : public JobsTest {
  protected:
   // A printer that prints three layers, as slowly as that.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/printer/printer_lab.h"
 #include "tests/support/environment.h"
@@ -137,6 +138,13 @@ TEST_F(FindTest, WhoStaysSilentOrRefusesIsAPrinterToo) {
                                             "A2: done"));
 }
 
+// It has no address of its own: other machines reach it on each network.
+TEST_F(FindTest, APrinterOnEveryNetworkIsOne) {
+  Start({Printer("A1", "")});
+  call.timeLimit = kShort;
+  EXPECT_THAT(Found(), ElementsAre("A1: done"));
+}
+
 // What stands behind them is one printer, which has but a client at a time.
 TEST_F(FindTest, ManyAreAskedAFewAtOnce) {
   Start({Printer("A1")});
@@ -151,9 +159,10 @@ TEST_F(FindTest, WhoIsNotAskedInTimeIsAPrinterToo) {
   Start({Printer("A1")});
   Commits("burst,n=40");
   Commits("silent,code=101,count=-1");
+  Commits("malformed,text=F195 OK IP=<10.77.1.200> PORT=1 N=<nobody> M:0 CN:0");
   call.timeLimit = std::chrono::seconds(1);
   const auto found = nuv::Find(options, call);
-  EXPECT_EQ(found.size(), 41U);
+  EXPECT_EQ(found.size(), 42U);
   for (const Identity& each : found) EXPECT_EQ(each.contact, Result::kNoAnswer);
 }
 
@@ -214,6 +223,16 @@ TEST_F(FindTest, EndsWhenNobodyWantsItAnyMore) {
   call.stillWanted = nullptr;
   options.found = [](const Identity&) -> bool { throw std::runtime_error("mine"); };
   EXPECT_THROW(nuv::Find(options, call), std::runtime_error);
+  // Many have answered while the host looks at the first; it is content with the second.
+  Commits("burst,n=20");
+  int told = 0;
+  options.found = [&](const Identity&) {
+    if (++told == 1) Becomes([&] { return simulator->Totals().requests >= 10; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return told < 2;
+  };
+  EXPECT_EQ(nuv::Find(options, call).size(), 2U);
+  EXPECT_EQ(told, 2);
 }
 
 // What a printer says of itself may be anything.

@@ -222,6 +222,25 @@ TEST_F(QueryTest, CallsEndWhenNobodyWaitsAnyMore) {
   EXPECT_EQ(printer.GetState().state, nuv::PrinterState::kIdle) << "the next one works";
 }
 
+// Whoever cancels, however often, at whatever moment.
+TEST_F(QueryTest, ACancelMayComeAtAnyMoment) {
+  Open();
+  std::atomic<bool> ended{false};
+  std::thread canceller([&] {
+    while (!ended) printer.Cancel();
+  });
+  int answers = 0;
+  for (int i = 0; i < 300; ++i) {
+    const Result result = Reason([&] { printer.GetState(); });
+    answers += result == Result::kOk ? 1 : 0;
+    EXPECT_TRUE(result == Result::kOk || result == Result::kCancelled) << text;
+  }
+  ended = true;
+  canceller.join();
+  EXPECT_LT(answers, 300);
+  EXPECT_EQ(Reason([&] { printer.GetState(); }), Result::kOk) << text;
+}
+
 TEST_F(QueryTest, APrinterIsOpenOnceAndGoesWithItsHandle) {
   Open();
   EXPECT_EQ(Reason([] { Printer::OpenAddress(kHere); }), Result::kBusy);

@@ -49,6 +49,10 @@ expect 0 "$bin/find_printers" 10.88.2.2
 grep -q '^10.88.2.2  LAB ' out || wrong "found"
 expect 0 env NUVCONNECT_SEARCH="10.88.2.2 broadcast" "$bin/nuvctl" --json list
 holds '.[0].printers[0].serial == "LAB"'
+expect 0 "$bin/nuvctl" --json --address 10.88.2.2 info
+holds '.[0].nickname == "behind the router"'
+expect 0 "$bin/nuvctl" printers add far --address 10.88.2.2
+expect 0 "$bin/nuvctl" --json --printer far status
 expect 0 "$bin/send_with_progress" 10.88.2.2 crown.nuv
 same lines jobs
 
@@ -60,6 +64,7 @@ expect 1 "$bin/find_printers" 10.88.2.2
 expect 0 "$bin/find_printers" 10.88.1.1
 grep -q '^10.88.1.1  LAB ' out || wrong "the address that was asked"
 expect 0 env NUVCONNECT_SEARCH=10.88.1.1 "$bin/nuvctl" --serial LAB --json status
+expect 0 "$bin/nuvctl" --address 10.88.1.1 status
 expect 0 "$bin/send_with_progress" 10.88.1.1 crown.nuv
 grep -qx 'the printer took it as job 2' out || wrong "the job behind the translation"
 same lines jobs

@@ -23,6 +23,17 @@ lists() {
 }
 arrived() { sed 's/$/\r/' /tmp/lines | cmp - "$(ls -t /tmp/jobs/printer0-job*.data | head -n 1)"; }
 sends() { exits 0 nuvctl --usb send /tmp/job.nuv --serial USB0001 && arrived; }
+# Pulled out in the middle of the data and put in again, the printer still waits for the rest.
+sends_again() {
+  local wanted sender
+  wanted=$(($(requests 0 F117) + 5))
+  nuvctl --usb send --retry 1 /tmp/job.nuv --serial USB0001 < /dev/null > /tmp/out 2>&1 3>&- &
+  sender=$!
+  wait_until eval "[ \$(requests 0 F117) -ge $wanted ]"
+  unplug 0 /dev/usb/lp0 && sleep 1 && replug 0 1-1 /dev/usb/lp0 && wait "$sender"
+  cat /tmp/out
+  grep -q 'once more' /tmp/out && arrived
+}
 
 # tell LINE: to the host; its answer goes to $answer.
 say() { printf '%s\n' "$1" >&"${HOST[1]}"; }
@@ -132,6 +143,8 @@ check "an empty packet ahead of the answer does not matter" tells 'F102 OK S:0' 
 fault 0 '"kind": "pieces", "code": 197, "bytes": 7, "ms": 20'
 check "an answer in pieces is put together" tells 'Simulated printer' nuvctl --usb info --serial USB0001
 check "a job arrives byte for byte" sends
+control '{"do": "state", "to": "idle"}' > /dev/null
+check "one that was lost is sent again to the printer that is back" sends_again
 control '{"do": "state", "to": "idle"}' > /dev/null
 unplug 0 /dev/usb/lp0
 check "pulled out it is not there" exits 3 nuvctl --usb status --serial USB0001

@@ -60,6 +60,10 @@ class Output {
   bool Json() const { return json_; }
   void SetJson(bool json) { json_ = json; }
 
+  // Whether a program that started this one reads the progress from standard error.
+  bool TellsProgress() const { return tellsProgress_; }
+  void TellProgress() { tellsProgress_ = true; }
+
   // For rows that are written over. Not for scripts.
   std::ostream& Out() { return out_; }
   std::ostream& Err() { return err_; }
@@ -81,6 +85,7 @@ class Output {
   std::ostream& err_;
   bool json_;
   bool streams_ = false;
+  bool tellsProgress_ = false;
 };
 
 }  // namespace NuvCtl

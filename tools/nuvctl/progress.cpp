@@ -100,7 +100,7 @@ void ProgressView::Update(int64_t total, int64_t sent) {
     // The last column stays free: writing it moves some terminals to the next line.
     const int width = system_.ErrorWidth();
     row_.Draw({ProgressBar(figures_, width - 1)}, width);
-  } else if (Percent(figures_) / 10 > lastTenth_) {
+  } else if (Step() > lastStep_) {
     WriteLine();
   }
 }
@@ -110,10 +110,21 @@ void ProgressView::Finish() {
   if (updated_ && style_ != ProgressStyle::kBar && lastLineSent_ != figures_.sent) WriteLine();
 }
 
+int ProgressView::Step() const {
+  constexpr int kTenth = 10;
+  return Percent(figures_) / (style_ == ProgressStyle::kLines ? kTenth : 1);
+}
+
 void ProgressView::WriteLine() {
-  lastTenth_ = Percent(figures_) / 10;
+  lastStep_ = Step();
   lastLineSent_ = figures_.sent;
-  if (style_ == ProgressStyle::kLines) err_ << ProgressText(figures_) << '\n' << std::flush;
+  if (style_ == ProgressStyle::kSilent) return;
+  if (style_ == ProgressStyle::kLines) {
+    err_ << ProgressText(figures_);
+  } else {
+    err_ << figures_.sent << ' ' << figures_.total;
+  }
+  err_ << '\n' << std::flush;
 }
 
 }  // namespace NuvCtl

@@ -49,8 +49,9 @@ class LiveRows {
 
 enum class ProgressStyle {
   kSilent,
-  kLines,  // one line at the start, at every ten percent and at the end: for logs
-  kBar     // one line that is written over: for terminals
+  kFigures,  // "SENT TOTAL", bytes, at every percent: for programs
+  kLines,    // one line at the start, at every ten percent and at the end: for logs
+  kBar       // one line that is written over: for terminals
 };
 
 // Shows the progress of one transfer on standard error. Not thread-safe.
@@ -66,6 +67,7 @@ class ProgressView {
   int64_t ElapsedMs() const;
 
  private:
+  int Step() const;
   void WriteLine();
 
   const ProgressStyle style_;
@@ -75,7 +77,7 @@ class ProgressView {
   int64_t startMs_;
   ProgressFigures figures_;
   bool updated_ = false;
-  int lastTenth_ = -1;  // tens of percent of the last line
+  int lastStep_ = -1;  // of percent, at the last line
   int64_t lastLineSent_ = -1;
 };
 

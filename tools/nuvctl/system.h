@@ -43,8 +43,14 @@ class System {
   // Not watched, Ctrl-C ends the process as usual.
   virtual void WatchInterrupts(bool watch) = 0;
   virtual bool Interrupted() = 0;
+  // From now on the end of the standard input, a pipe, is an interrupt too: the program that
+  // started this one wants it to end, or is gone.
+  virtual void WatchInput() = 0;
 
   virtual void SetEnvironment(const char* name, const char* value) = 0;
+
+  // The file of this program.
+  virtual std::string Program() = 0;
 };
 
 // The system that nuvctl runs on. One at a time: interrupts are a matter of the whole process.

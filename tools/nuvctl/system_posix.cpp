@@ -6,7 +6,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <string_view>
 #include <thread>
 
@@ -163,12 +165,22 @@ class PosixSystem final : public System {
     }
   }
 
-  bool Interrupted() override { return g_interrupted != 0; }
+  bool Interrupted() override { return g_interrupted != 0 || (watchesInput_ && InputEnded()); }
+  void WatchInput() override { watchesInput_ = true; }
 
   void SetEnvironment(const char* name, const char* value) override { setenv(name, value, 1); }
 
+  std::string Program() override { return std::filesystem::read_symlink("/proc/self/exe"); }
+
  private:
+  static bool InputEnded() {
+    struct pollfd input = {STDIN_FILENO, POLLIN, 0};
+    char ignored[256];
+    return poll(&input, 1, 0) > 0 && read(STDIN_FILENO, ignored, sizeof(ignored)) == 0;
+  }
+
   bool watching_ = false;
+  std::atomic<bool> watchesInput_{false};
   struct sigaction earlier_[kInterruptCount] = {};
 };
 

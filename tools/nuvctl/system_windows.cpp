@@ -176,13 +176,26 @@ class WindowsSystem final : public System {
     SetConsoleCtrlHandler(OnInterrupt, watch ? TRUE : FALSE);
   }
 
-  bool Interrupted() override { return g_interrupted; }
+  bool Interrupted() override { return g_interrupted || (watchesInput_ && InputEnded()); }
+  void WatchInput() override { watchesInput_ = true; }
 
   void SetEnvironment(const char* name, const char* value) override { _putenv_s(name, value); }
 
+  std::string Program() override {
+    wchar_t path[32768];  // the longest that Windows has
+    const DWORD length = GetModuleFileNameW(nullptr, path, 32768);
+    return length > 0 ? Utf8FromWide(path) : std::string();
+  }
+
  private:
+  static bool InputEnded() {
+    return !PeekNamedPipe(GetStdHandle(STD_INPUT_HANDLE), nullptr, 0, nullptr, nullptr, nullptr) &&
+           GetLastError() == ERROR_BROKEN_PIPE;
+  }
+
   const UINT earlier_code_page_;
   bool watching_ = false;
+  std::atomic<bool> watchesInput_{false};
 };
 
 }  // namespace

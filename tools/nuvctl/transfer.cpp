@@ -24,6 +24,7 @@ CommandError FileError(const std::string& message, const std::string& hint) {
 }
 
 ProgressStyle StyleFor(const Context& context) {
+  if (context.output.TellsProgress()) return ProgressStyle::kFigures;
   if (context.output.Json()) return ProgressStyle::kSilent;
   return context.system.ErrorIsTerminal() ? ProgressStyle::kBar : ProgressStyle::kLines;
 }

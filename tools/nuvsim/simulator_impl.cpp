@@ -123,6 +123,7 @@ void Simulator::Impl::Change(size_t index, const std::function<void(Dialogue&)>&
 // the printers' own addresses, each a network of one.
 void Simulator::Impl::ListenForSearches() {
   for (const Ipv4Interface& each : RunningInterfaces()) {
+    own_.push_back(each.address);
     if (each.netmask >= 0xfffffffeu) continue;  // a link of two has no broadcast address
     const bool isServed = std::any_of(printers.begin(), printers.end(), [&](const auto& printer) {
       return IsOn(each, printer->address);
@@ -146,9 +147,10 @@ void Simulator::Impl::ListenForSearches() {
   networks_.insert(networks_.end(), own.begin(), own.end());
   const uint16_t port = commons.config.discoveryPort;
   try {
-    search_.emplace(commons.io, port, networks_, [this](size_t network, std::string_view search) {
-      return Answer(network, search);
-    });
+    search_.emplace(commons.io, port, networks_,
+                    [this](size_t network, uint32_t sender, std::string_view search) {
+                      return Answer(network, sender, search);
+                    });
   } catch (const std::system_error& error) {
     throw std::runtime_error("cannot listen for searches on port " + std::to_string(port) + ": " +
                              error.code().message());
@@ -170,15 +172,23 @@ void Simulator::Impl::ServeUsb() {
   commons.Locked([this] { usbipPort = usbip_->Port(); });
 }
 
-std::vector<std::vector<Delivery>> Simulator::Impl::Answer(size_t network,
+std::vector<std::vector<Delivery>> Simulator::Impl::Answer(size_t network, uint32_t sender,
                                                            std::string_view search) {
   const Ipv4Interface& on = networks_.at(network);
+  // This machine searches on each of its networks; a printer that is on all of them has one address
+  // there, as it has for any other machine.
+  uint32_t everywhere = on.address;
+  if (std::find(own_.begin(), own_.end(), sender) != own_.end()) {
+    const auto first = std::find_if(networks_.begin(), networks_.end(),
+                                    [](const Ipv4Interface& each) { return IsOn(each, 0); });
+    if (first != networks_.end()) everywhere = first->address;
+  }
   std::vector<std::vector<Delivery>> answers;
   commons.Locked([&] {
     for (size_t i = 0; i < printers.size(); ++i) {
       ServedPrinter& printer = *printers[i];
       if (!printer.plugged || !IsOn(on, printer.address)) continue;
-      const std::string announced = FormatIpv4(printer.address == 0 ? on.address : printer.address);
+      const std::string announced = FormatIpv4(printer.address == 0 ? everywhere : printer.address);
       answers.push_back(AnswerSearch(commons.config.printers[i], announced, printer.port,
                                      printer.dialogue.TakeSearch(), search));
     }

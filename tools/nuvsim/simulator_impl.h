@@ -55,10 +55,12 @@ class Simulator::Impl {
   void Run(const std::function<void()>& action);
   void ListenForSearches();
   void ServeUsb();
-  std::vector<std::vector<Delivery>> Answer(size_t network, std::string_view search);
+  std::vector<std::vector<Delivery>> Answer(size_t network, uint32_t sender,
+                                            std::string_view search);
   void CloseAll();
 
   std::vector<Ipv4Interface> networks_;
+  std::vector<uint32_t> own_;  // addresses of this machine
   std::optional<SearchEndpoint> search_;
   std::optional<UsbipServer> usbip_;
   std::optional<WorkGuard> work_;

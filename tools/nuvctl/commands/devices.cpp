@@ -22,6 +22,7 @@ struct NamedOptions {
   std::string name;
   std::string newName;
   bool replace = false;
+  bool names = false;
 };
 
 void RequireName(const std::string& name) {
@@ -60,6 +61,16 @@ Report KnownReport(const KnownPrinters& printers) {
   }
   report.text = rows.empty() ? "No printer is known; 'nuvctl printers add' gives one a name.\n"
                              : FormatTable({"NAME", "ADDRESS", "SERIAL"}, rows);
+  return report;
+}
+
+Report RunKnown(const Context&, const NamedOptions& options) {
+  Report report = KnownReport(LoadKnown());
+  if (!options.names) return report;
+  report.text.clear();
+  for (const auto& printer : report.json["printers"]) {
+    report.text += printer["name"].get<std::string>() + '\n';
+  }
   return report;
 }
 
@@ -106,21 +117,23 @@ Action DeclarePrinters(CLI::App& app) {
   const auto options = std::make_shared<NamedOptions>();
   const auto declare = [&](const char* name, const char* summary,
                            Report (*run)(const Context&, const NamedOptions&)) {
-    CLI::App* const sub = app.add_subcommand(name, summary);
+    CLI::App* const sub = app.add_subcommand(name, summary)->group("Subcommands");
     sub->callback(
         [=] { *chosen = [=](const Context& context) { return run(context, *options); }; });
-    sub->add_option("NAME", options->name)->required()->type_name("");
     return sub;
   };
-  CLI::App* const list = app.add_subcommand("list", "List the printers that have a name");
-  list->callback([=] { *chosen = [](const Context&) { return KnownReport(LoadKnown()); }; });
-  declare("add", "Give the printer at --address, or of --serial, a name", RunAdd)
+  const auto takes = [](CLI::App* sub, const char* what, std::string& value, const char* help) {
+    sub->add_option(what, value, help)->required()->type_name("");
+    return sub;
+  };
+  declare("list", "List the printers that have a name", RunKnown)
+      ->add_flag("--names", options->names, "Only the names, one a line");
+  takes(declare("add", "Give the printer at --address, or of --serial, a name", RunAdd), "NAME",
+        options->name, "The name")
       ->add_flag("--replace", options->replace, "Also when the name is taken");
-  declare("remove", "Forget a name", RunRemove);
-  declare("rename", "Change a name", RunRename)
-      ->add_option("NEW", options->newName, "The new name")
-      ->required()
-      ->type_name("");
+  takes(declare("remove", "Forget a name", RunRemove), "KNOWN", options->name, "Its name");
+  takes(takes(declare("rename", "Change a name", RunRename), "KNOWN", options->name, "Its name"),
+        "NEW", options->newName, "The new name");
   app.require_subcommand(1);
   return [chosen](const Context& context) { return (*chosen)(context); };
 }

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "commands/commands.h"
+#include "commands/send_several.h"
 #include "state.h"
 #include "target.h"
 #include "transfer.h"
@@ -21,6 +22,7 @@ struct SendOptions {
   bool force = false;
   bool dryRun = false;
   bool watch = false;
+  bool progress = false;
   int retries = 0;
   WatchOptions watching;
 };
@@ -137,8 +139,24 @@ Report SendTo(const Context& context, Target& target, const SendOptions& options
   }
 }
 
+// One process sends one job at a time, so each printer gets one of its own.
+Report SendToAll(const Context& context, const SendOptions& options) {
+  if (options.watch) {
+    throw UsageError("--watch follows one printer", "'nuvctl watch --all' follows all that print.");
+  }
+  std::vector<std::string> same = {"--retry", std::to_string(options.retries)};
+  if (options.force) same.emplace_back("--force");
+  if (options.dryRun) same.emplace_back("--dry-run");
+  return SendToSeveral(context, options.file, same);
+}
+
 Report RunSend(const Context& context, const SendOptions& options) {
   RequireSound(options.file);
+  if (context.choice.printers.size() > 1) return SendToAll(context, options);
+  if (options.progress) {
+    context.output.TellProgress();
+    context.system.WatchInput();
+  }
   if (options.dryRun) {
     Target target = OpenTarget(context);
     target.Who();
@@ -227,6 +245,9 @@ Action DeclareSend(CLI::App& app) {
   app.add_option("--retry", options->retries, "So often once more when the connection is lost")
       ->type_name("N")
       ->check(CLI::Range(0, kMostRetries).description(""));
+  app.add_flag("--progress", options->progress,
+               "For programs: lines \"SENT TOTAL\", in bytes, on standard error; the end of the "
+               "standard input, a pipe, cancels");
   app.add_option("FILE", options->file, "The print file")->required()->type_name("");
   return [options](const Context& context) { return RunSend(context, *options); };
 }
@@ -259,7 +280,7 @@ Action DeclareWatch(CLI::App& app) {
 
 Subcommands JobCommands() {
   return {
-      {"send", "Send a print file and make sure that the printer took it",
+      {"send", "Send a print file to a printer, or to several, and make sure that it is taken",
        "nuvctl send crown.nuv --address 192.168.0.20", DeclareSend},
       {"watch", "Follow a print until it ends", "nuvctl watch --interval 5000", DeclareWatch},
       {"cancel", "Abandon the job that is sent or printed", "nuvctl cancel --serial SN0042",

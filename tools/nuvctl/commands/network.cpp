@@ -159,7 +159,7 @@ Action DeclareWifi(CLI::App& app) {
   const auto chosen = std::make_shared<Action>();
   const auto point = std::make_shared<WantedPoint>();
   const auto declare = [&app, chosen](const char* name, const char* summary, const Action& action) {
-    CLI::App* const sub = app.add_subcommand(name, summary);
+    CLI::App* const sub = app.add_subcommand(name, summary)->group("Subcommands");
     sub->callback([chosen, action] { *chosen = action; });
     return sub;
   };

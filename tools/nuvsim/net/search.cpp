@@ -183,12 +183,11 @@ size_t SearchEndpoint::NetworkOf(uint32_t sender) const {
 }
 
 void SearchEndpoint::Answer(Listener& listener, size_t length) {
-  const size_t network = listener.network == kSendersNetwork
-                             ? NetworkOf(listener.sender.address().to_v4().to_uint())
-                             : listener.network;
+  const uint32_t sender = listener.sender.address().to_v4().to_uint();
+  const size_t network = listener.network == kSendersNetwork ? NetworkOf(sender) : listener.network;
   const std::string_view datagram(listener.buffer.data(), length);
   if (network == kNoNetwork || !IsSearch(datagram)) return;
-  for (std::vector<Delivery>& deliveries : answerer_(network, datagram)) {
+  for (std::vector<Delivery>& deliveries : answerer_(network, sender, datagram)) {
     Send(std::make_shared<Sending>(listener, std::move(deliveries)));
   }
 }

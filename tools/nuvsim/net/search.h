@@ -36,10 +36,10 @@ std::vector<Delivery> AnswerSearch(const PrinterConfig& printer, const std::stri
 
 class SearchEndpoint {
  public:
-  // Given the index of the network and a search from it, returns the deliveries of each printer
-  // that answers. Called on the thread that runs the I/O context.
-  using Answerer =
-      std::function<std::vector<std::vector<Delivery>>(size_t network, std::string_view)>;
+  // Given the index of the network, the sender's address and the search, returns the deliveries of
+  // each printer that answers. Called on the thread that runs the I/O context.
+  using Answerer = std::function<std::vector<std::vector<Delivery>>(size_t network, uint32_t sender,
+                                                                    std::string_view)>;
 
   // Listens at once. `networks` must have distinct broadcast addresses.
   // Throws std::system_error when a socket cannot be had.

@@ -1,0 +1,170 @@
+#include "commands/send_several.h"
+
+#include <QProcess>
+#include <algorithm>
+#include <memory>
+#include <set>
+
+#include "error.h"
+#include "progress.h"
+#include "utf8.h"
+
+namespace NuvCtl {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// One 'nuvctl send' that runs for one printer.
+class Sender {
+ public:
+  Sender(const Context& context, std::string printer, const QStringList& same)
+      : printer_(std::move(printer)) {
+    // Joined, so that a name may begin with a dash.
+    const QString chosen = QString::fromStdString("--printer=" + printer_);
+    process_->setReadChannel(QProcess::StandardError);
+    process_->start(QString::fromStdString(context.system.Program()),
+                    QStringList{"send", "--json", "--progress", chosen} + same);
+  }
+
+  const std::string& Printer() const { return printer_; }
+  bool Runs() const { return process_->state() != QProcess::NotRunning; }
+  void Cancel() { process_->closeWriteChannel(); }
+
+  // Waits for so long at most, and takes what it has told.
+  void Listen(int patienceMs, int64_t nowMs) {
+    if (!process_->canReadLine()) process_->waitForReadyRead(patienceMs);
+    while (process_->canReadLine()) {
+      const QList<QByteArray> words = process_->readLine().trimmed().split(' ');
+      bool isNumber = false, areNumbers = false;
+      const int64_t sent = words.front().toLongLong(&isNumber);
+      const int64_t total = words.back().toLongLong(&areNumbers);
+      if (words.size() != 2 || !isNumber || !areNumbers) continue;  // meant for people
+      if (startMs_ < 0) startMs_ = nowMs;
+      figures_ = {total, sent, nowMs - startMs_};
+    }
+  }
+
+  std::string Row(int width) const {
+    if (!Runs()) return "ended";
+    return startMs_ < 0 ? "waiting" : ProgressBar(figures_, width);
+  }
+
+  // How it ended: what 'nuvctl send --json' tells.
+  const Json& Outcome() {
+    if (!outcome_.is_null()) return outcome_;
+    process_->setReadChannel(QProcess::StandardOutput);
+    outcome_ = {{"printer", printer_}};
+    const Json told = Json::parse(process_->readAll().toStdString(), nullptr, false);
+    if (told.is_object()) {
+      outcome_.update(told);
+    } else {
+      outcome_["error"] = ErrorJson(
+          CommandError("internal", kLocalProblem, "its nuvctl ended without a word",
+                       "The printer may still wait for the rest; 'nuvctl status' shows it."));
+    }
+    return outcome_;
+  }
+
+  bool Failed() { return Outcome().contains("error"); }
+  bool Cancelled() { return Failed() && Outcome()["error"]["code"] == "cancelled"; }
+
+  std::string OutcomeText() {
+    const Json& outcome = Outcome();
+    std::string text = printer_ + ": ";
+    if (Failed()) {
+      const std::string hint = outcome["error"].value("hint", "");
+      text += outcome["error"].value("message", "") + "." + (hint.empty() ? "" : " " + hint);
+    } else if (outcome.value("result", "") == "fit") {
+      text += "the file can be sent.";
+    } else {
+      text += "sent, " + FormatBytes(outcome.value("bytes", int64_t{0})) + " in " +
+              FormatDuration(static_cast<int64_t>(outcome.value("seconds", 0.0)));
+      text += outcome.contains("job_index") ? ", job " + outcome["job_index"].dump() + "."
+                                            : ". It is printing.";
+    }
+    return Printable(text) + '\n';
+  }
+
+ private:
+  std::string printer_;
+  std::unique_ptr<QProcess> process_ = std::make_unique<QProcess>();
+  int64_t startMs_ = -1;  // of the first figures
+  ProgressFigures figures_;
+  Json outcome_;
+};
+
+// What is the same for all of them.
+QStringList SameArguments(const Context& context, const std::string& file,
+                          const std::vector<std::string>& options) {
+  std::vector<std::string> words = {"--timeout", std::to_string(context.choice.timeoutMs)};
+  if (context.choice.port)
+    words.insert(words.end(), {"--port", std::to_string(*context.choice.port)});
+  if (context.choice.usb) words.emplace_back("--usb");
+  words.insert(words.end(), options.begin(), options.end());
+  words.insert(words.end(), {"--", file});
+  QStringList same;
+  for (const std::string& word : words) same += QString::fromStdString(word);
+  return same;
+}
+
+void Follow(const Context& context, std::vector<Sender>& senders) {
+  constexpr int kRoundMs = 200;
+  const auto runs = [](const Sender& sender) { return sender.Runs(); };
+  const int patienceMs = std::max(1, kRoundMs / static_cast<int>(senders.size()));
+  size_t names = 0;
+  for (const Sender& sender : senders) names = std::max(names, DisplayWidth(sender.Printer()));
+  LiveRows rows(context.output.Err());
+  const bool shown = !context.output.Json() && context.system.ErrorIsTerminal();
+  bool cancelled = false;
+  while (std::any_of(senders.begin(), senders.end(), runs)) {
+    if (!cancelled && context.system.Interrupted()) {
+      cancelled = true;
+      for (Sender& sender : senders) sender.Cancel();
+    }
+    for (Sender& sender : senders) sender.Listen(patienceMs, context.system.NowMs());
+    if (!shown) continue;
+    const int width = context.system.ErrorWidth();
+    std::vector<std::string> lines;
+    for (const Sender& sender : senders) {
+      std::string head = Printable(sender.Printer());
+      head += std::string(names + 2 - std::min(names, DisplayWidth(head)), ' ');
+      const int left = std::max(1, width - 1 - static_cast<int>(DisplayWidth(head)));
+      lines.push_back(FirstColumns(head + sender.Row(left), static_cast<size_t>(width - 1)));
+    }
+    rows.Draw(lines, width);
+  }
+  rows.Clear(context.system.ErrorWidth());
+}
+
+}  // namespace
+
+Report SendToSeveral(const Context& context, const std::string& file,
+                     const std::vector<std::string>& options) {
+  const std::vector<std::string>& printers = context.choice.printers;
+  if (std::set<std::string>(printers.begin(), printers.end()).size() < printers.size()) {
+    throw UsageError("A printer is named twice", "Give each --printer once.");
+  }
+  const QStringList same = SameArguments(context, file, options);
+  std::vector<Sender> senders;
+  for (const std::string& printer : printers) senders.emplace_back(context, printer, same);
+  Follow(context, senders);
+
+  Report report;
+  report.json = Json::array();
+  size_t failed = 0, cancelled = 0;
+  for (Sender& sender : senders) {
+    report.text += sender.OutcomeText();
+    report.json.push_back(sender.Outcome());
+    failed += sender.Failed() ? 1 : 0;
+    cancelled += sender.Cancelled() ? 1 : 0;
+  }
+  if (failed == 0) return report;
+  CommandError error(
+      "some_failed", cancelled == senders.size() ? kCancelled : kSomeFailed,
+      std::to_string(failed) + " of " + std::to_string(senders.size()) + " printers did not get it",
+      "", report);
+  error.shownIsResult = true;
+  throw error;
+}
+
+}  // namespace NuvCtl
