@@ -11,7 +11,8 @@ version=$("$bin/nuvctl" --version | sed 's/.* //')
 chapters() {
   sed -e '1,/^## /{/^## /!d}' -e '/^## Source layout/,$d' -e 's/\[\([^]]*\)\]([^)]*)/\1/g' "$1" |
     lowdown -s -tman | preconv -r -e utf-8 |
-    sed -e '1,/^\.TH/d' -e 's/^\.SH/.SS/' -e 's/,\([a-z]*=\)/,\\:\1/g'  # a table's cell is narrow
+    sed -e '1,/^\.TH/d' -e 's/^\.SH/.SS/' \
+      -e 's/\(,\)\([a-z]*=\)/\1\\:\2/g' -e 's|\(/\)\([A-Za-z]\)|\1\\:\2|g'  # a table's cell is narrow
 }
 
 # subcommands PROGRAM [SUBCOMMAND...]: the help of each.
