@@ -116,6 +116,7 @@ class AddressAsker {
     if (waited_ || waiter_.GetClock().Now() >= NextAttempt()) {
       if (attempts_ == kAttempts) silent_.clear();
       ++attempts_;
+      waited_ = false;
       Ask();
     }
     const Nuv::Platform::Deadline until = std::min(end, NextAttempt());

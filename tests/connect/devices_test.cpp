@@ -19,6 +19,7 @@ namespace Nuv::Connect {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
@@ -260,6 +261,19 @@ TEST_F(DevicesTest, APortThatAnotherProgramHasIsTold) {
   EXPECT_THAT(ToldBy([&] { EXPECT_EQ(List(), NUV_NOT_FOUND); }),
               HasSubstr("port 6999 cannot be bound"));
   framework.SetUpdPort(kDefaultSearchPort);
+}
+
+// On different threads of one host.
+TEST_F(DevicesTest, TheSearchMessageIsSetWhileSearchesReadIt) {
+  SearchSettings& settings = SearchSettings::Instance();
+  const std::string before = settings.Message();
+  const std::string other = before + std::string(100, ' ');
+  std::thread setter([&] {
+    for (int i = 0; i < 1000; ++i) settings.SetMessage(i % 2 == 0 ? other : before);
+  });
+  for (int i = 0; i < 1000; ++i) EXPECT_THAT(settings.Message(), AnyOf(before, other));
+  setter.join();
+  settings.SetMessage(before);
 }
 
 TEST_F(DevicesTest, SearchSettingsOutliveTheFramework) {

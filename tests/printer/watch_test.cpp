@@ -8,6 +8,7 @@
 #include <future>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include "nuvfile/print_file_writer.h"
 #include "tests/printer/printer_lab.h"
@@ -190,6 +191,17 @@ TEST_F(WatchTest, EndsAsItsHostWants) {
   nuv::Watch thrown =
       printer.Watch(seconds(1), [](const Event&) -> bool { throw std::domain_error("mine"); });
   EXPECT_THROW(thrown.Wait(), std::domain_error);
+
+  // Freed while its function runs, which it waits for.
+  std::promise<void> inside;
+  ended = printer.Watch(seconds(1), [token, &inside](const Event&) {
+    inside.set_value();
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    return true;
+  });
+  inside.get_future().wait();
+  ended = {};
+  EXPECT_EQ(token.use_count(), 1);
 
   nuv::Watch goesOn = printer.Watch(seconds(1), [token](const Event&) { return true; });
   nuv::Call call;
