@@ -12,7 +12,7 @@ trap 'rm -rf "$stage"' EXIT
 
 cmake --install "$build" --prefix "$stage/$name" --strip > /dev/null
 x86_64-w64-mingw32-strip --strip-unneeded "$stage/$name"/bin/*.dll
-cp -r examples "$stage/$name/"
+cp -r examples python "$stage/$name/"
 cp README.md CHANGELOG.md "$stage/$name/"
 mkdir -p "$stage/$name"/{docs,licences}
 cp docs/*.md "$stage/$name/docs/"
