@@ -41,7 +41,7 @@ ProcessClaim::ProcessClaim(const std::string& name)
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length);
   const bool bound = handle_ >= 0 && bind(static_cast<int>(handle_),
                                           reinterpret_cast<const sockaddr*>(&address), size) == 0;
-  held_ = bound || handle_ < 0 || errno != EADDRINUSE;
+  held_ = bound || errno != EADDRINUSE;
   if (!bound && held_) Diagnostic("%s: cannot be claimed: %s", name.c_str(), std::strerror(errno));
 }
 

@@ -43,6 +43,10 @@ TEST(RulesTest, StructuresGrowAtTheirEnd) {
   options.size -= 1;
   EXPECT_EQ(SearchNobody(&list, nullptr, options), NUV_RESULT_INVALID_ARGUMENT);
   EXPECT_EQ(list, nullptr);
+  nuv_outcome outcome = NUV_INIT(nuv_outcome);
+  outcome.size -= 1;
+  EXPECT_EQ(nuv_printer_send(&outcome, nullptr, "none", nullptr, nullptr, nullptr),
+            NUV_RESULT_INVALID_ARGUMENT);
 }
 
 TEST(RulesTest, ArgumentsThatNobodyCanMean) {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
 #include <vector>
 
 namespace {
@@ -84,6 +85,17 @@ TEST(TimedTasksTest, WhatIsLongFromTheStartTakesNoPlace) {
   EXPECT_TRUE(held.Begin(12, milliseconds(900)));
   held.Add(7);
   EXPECT_TRUE(held.Begin(19, milliseconds(900)));
+}
+
+TEST(TimedTasksTest, AreRunAlsoWhenTheThreadsHaveEnded) {
+  for (int round = 0; round < 2; ++round) {
+    Held held;
+    held.Add(2);
+    EXPECT_TRUE(held.Begin(2));
+    held.LetGo(2);
+    // Longer than a thread waits that has nothing to do.
+    if (round == 0) std::this_thread::sleep_for(seconds(21));
+  }
 }
 
 TEST(TimedTasksTest, TheEarliestComesFirst) {
