@@ -12,7 +12,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 # Programs and libraries find each other where they are built and where they are installed.
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}:$ORIGIN")
 
 # No path of the machine that builds in what it builds.
 if(NOT MSVC)
@@ -120,8 +120,16 @@ function(nuv_export target header mark node)
   set(exports "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
   file(CONFIGURE OUTPUT "${exports}" CONTENT "@node@ { global: @names@; local: *; };\n" @ONLY)
   target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}" -Wl,-z,defs)
-  set_target_properties(${target} PROPERTIES LINK_DEPENDS "${exports}"
-                        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS "${exports}")
+endfunction()
+
+# nuv_number(TARGET NUMBER): the number of the shared library's interface, apart from the project's
+# version. docs/decisions.md says when it is raised.
+function(nuv_number target number)
+  if(WIN32)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES SOVERSION ${number} VERSION ${number}.${PROJECT_VERSION})
 endfunction()
 
 # nuv_add_test(TARGET): runs a test program inside a private network with a network of its own, so

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace Nuv::Connect {
+// Nested like this for hosts older than C++17.
+namespace Nuv {
+namespace Connect {
 
 // Thread-safety: every operation holds the channel's own lock for its duration, so one request
 // and its reply are never interleaved with another thread's. EnumerateDevices of the network first
@@ -70,6 +72,7 @@ class IConnect {
   virtual void SetSearchMessage(std::string message) = 0;
 };
 
-}  // namespace Nuv::Connect
+}  // namespace Connect
+}  // namespace Nuv
 
 #endif  // NUVCONNECT_ICONNECT_H_

@@ -12,7 +12,9 @@
 #include "nuvconnect/Callbacks.h"
 #include "nuvconnect/IConnect.h"
 
-namespace Nuv::Connect {
+// Nested like this for hosts older than C++17.
+namespace Nuv {
+namespace Connect {
 
 // Settings that SetParameter and GetParameter tell apart.
 enum class PrinterParameter : int { kLaserPower = 0, kZCompensation = 1 };
@@ -153,6 +155,7 @@ class IConnectingFramework {
   virtual int GetParameter(PrinterParameter parameter, int* value) = 0;
 };
 
-}  // namespace Nuv::Connect
+}  // namespace Connect
+}  // namespace Nuv
 
 #endif  // NUVCONNECT_ICONNECTINGFRAMEWORK_H_

@@ -62,6 +62,9 @@
 #include "nuvconnect/Callbacks.h"
 #include "nuvconnect/ResultCodes.h"
 
+// Version of these headers: 10000 * major + 100 * minor + patch.
+#define NUVCONNECT_VERSION 100
+
 // Functions need no dllimport: the import library resolves their plain names.
 #if defined(_WIN32) && defined(NUVCONNECT_BUILDING)
 #define NUV_API __declspec(dllexport)
@@ -78,9 +81,11 @@
 #define NUV_PANEL_IMAGE_BYTES 21504
 
 #ifdef __cplusplus
-namespace Nuv::Connect {
+namespace Nuv {
+namespace Connect {
 class IConnectingFramework;
 }
+}  // namespace Nuv
 extern "C" {
 #else
 #include <stdbool.h>

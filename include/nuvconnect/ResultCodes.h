@@ -48,4 +48,62 @@ enum NuvPrinterState {
   NUV_PRINTER_ERROR = 3
 };
 
+// For a person: one line of English without a full stop, also for numbers that are none of these.
+// Static; never null.
+static inline const char* NuvResultText(int result) {
+  switch (result) {
+    case NUV_NO_INSTANCE:
+      return "API_Initial was not called";
+    case NUV_OK:
+      return "done";
+    case NUV_FAILED:
+      return "the printer did not answer, or another job is running";
+    case NUV_NOT_FOUND:
+      return "no such printer, or cancelled";
+    case NUV_CONNECTION_REFUSED:
+      return "the printer could not be opened";
+    case NUV_FILE_NOT_READABLE:
+      return "the file cannot be opened, is damaged or cannot be sent";
+    case NUV_RESIN_EMPTY:
+      return "too little resin is left";
+    case NUV_RESIN_EXPIRED:
+      return "the resin is past its date of use";
+    case NUV_RESIN_NO_CARTRIDGE:
+      return "no cartridge or tank is in place";
+    case NUV_RESIN_TAG_UNREADABLE:
+      return "the tag of the resin cannot be read";
+    case NUV_RESIN_WRONG_TYPE:
+      return "the resin is not for this printer";
+    case NUV_NO_BUFFER_SPACE:
+      return "the printer takes no more data, or was lost";
+    case NUV_WRITE_FAILED:
+      return "the job could not be written, or is not confirmed";
+    case NUV_NO_JOB_SENDER:
+      return "the print file is for an unknown machine";
+    case NUV_NOT_PRINTING:
+      return "the printer is not printing";
+    case NUV_NUVFILE_MISSING:
+      return "the print-file library NuvFile cannot be loaded";
+    case NUV_PRINTER_REFUSED:
+      return "the printer refused";
+    default:
+      return "an unknown result";
+  }
+}
+
+static inline const char* NuvPrinterStateText(int state) {
+  switch (state) {
+    case NUV_PRINTER_IDLE:
+      return "idle";
+    case NUV_PRINTER_PRINTING:
+      return "printing";
+    case NUV_PRINTER_RECEIVING:
+      return "receiving";
+    case NUV_PRINTER_ERROR:
+      return "error";
+    default:
+      return "unknown";
+  }
+}
+
 #endif  // NUVCONNECT_RESULTCODES_H_

@@ -10,6 +10,10 @@
 #ifndef NUVPRINTER_NUVPRINTER_HPP_
 #define NUVPRINTER_NUVPRINTER_HPP_
 
+#if __cplusplus < 201703L && !(defined(_MSVC_LANG) && _MSVC_LANG >= 201703L)
+#error "nuvprinter.hpp needs C++17; nuvprinter.h serves any language"
+#endif
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>

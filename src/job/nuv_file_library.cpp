@@ -11,7 +11,8 @@ using Nuv::Platform::Diagnostic;
 namespace Nuv::Connect {
 namespace {
 
-constexpr char kLibraryName[] = "NuvFile";
+// The second where only what runs programs is installed.
+constexpr const char* kLibraryNames[] = {"NuvFile", "libNuvFile.so.0"};
 constexpr char kLibraryVariable[] = "NUVFILE_LIBRARY";
 // Most data lines fit at once; a longer one costs a second call.
 constexpr size_t kUsualLineBytes = 4096;
@@ -21,8 +22,10 @@ QStringList PlacesToLook() {
   if (!named.isEmpty()) return {named};
   QStringList places;
   const std::string folder = Platform::ModuleFolder();
-  if (!folder.empty()) places << QString::fromStdString(folder + "/" + kLibraryName);
-  places << QString(kLibraryName);
+  for (const char* const name : kLibraryNames) {
+    if (!folder.empty()) places << QString::fromStdString(folder + "/" + name);
+  }
+  for (const char* const name : kLibraryNames) places << QString(name);
   return places;
 }
 
