@@ -176,10 +176,12 @@ TEST_F(WatchTest, SilentAndGoneAreToldApartAndTheReturnToo) {
   answer();
 
   // A connection that is lost is made anew within the same look.
+  simulator->SetError(0, 17);
+  EXPECT_EQ(answer().state->state, PrinterState::kError);
   Commits("drop,code=102");
   event = told.Until([&](const Event&) { return simulator->Totals().faultsApplied > 0; });
   EXPECT_EQ(event.kind, EventKind::kState);
-  EXPECT_EQ(event.state->state, PrinterState::kIdle);
+  EXPECT_EQ(event.state->state, PrinterState::kError);
 }
 
 TEST_F(WatchTest, EndsAsItsHostWants) {

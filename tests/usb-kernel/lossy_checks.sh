@@ -2,6 +2,7 @@
 # between 5 % is lost, and all comes 40 ms late but a quarter, which overtakes the rest.
 . /lib.sh
 ends=(near far)
+poor=(loss 5% delay 40ms reorder 25%)
 
 far() { nsenter -t "$machine" -n "$@"; }
 of() { if [ "$1" = far ]; then far "${@:2}"; else "${@:2}"; fi; }
@@ -15,16 +16,21 @@ connect_machine() {
   far /bin/ip link set lo up
   for end in "${ends[@]}"; do
     of "$end" /bin/ip link set "$end" up
-    of "$end" /bin/tc qdisc add dev "$end" root netem loss 5% delay 40ms reorder 25% || return 1
+    of "$end" /bin/tc qdisc add dev "$end" root netem "${poor[@]}" || return 1
   done
   # A search asks the networks of the addresses that the host's name stands for.
   mkdir -p /etc && echo "10.77.1.1 host" > /etc/hosts && hostname host
   for i in 2 3 4; do wait_until ping -c 1 -W 1 "10.77.1.$i" || return 1; done
+  # The simulator listens on networks that run, which the kernel says a moment later.
+  for end in "${ends[@]}"; do wait_until eval 'of "$end" /bin/ip link show "$end" | grep -q "state UP"' || return 1; done
+}
+tcp_counter() {
+  awk -v "name=$1" '/^TcpExt/ {for (i in at) if (at[i] == name) print $i; split($0, at)}' /proc/self/net/netstat
 }
 counted() {
   for end in "${ends[@]}"; do of "$end" /bin/tc -s qdisc show dev "$end"; done |
     sed -n 's/.* \([0-9]*\) pkt (dropped \([0-9]*\),.*/\1 \2/p' > /tmp/counted
-  late=$(far awk '/^TcpExt/ {for (i in at) if (at[i] == "TCPOFOQueue") print $i; split($0, at)}' /proc/self/net/netstat)
+  late=$(far bash -c "$(declare -f tcp_counter); tcp_counter TCPOFOQueue")
   cat /tmp/counted && awk '$2 >= 10 {++ends} END {exit ends != 2}' /tmp/counted && [ "$late" -gt 0 ]
 }
 
@@ -65,6 +71,30 @@ side_by_side() {
   for i in "${each[@]}"; do wait "$i" || failed=1; done
   return "$failed"
 }
+told_last() { wait_until told "$1" || wait_until told "$1"; }
+told() { tail -n 1 /tmp/watched | grep -q "$1"; }
+# It acknowledges nothing any more, so the system gives the connection up; otherwise it would be silent first.
+# Switched on again, it knows of no connection.
+switched_off_is_gone() {
+  local watch switch failed=0
+  nuvctl watch --json --address 10.77.1.4 --interval 1000 < /dev/null > /tmp/watched 2>&1 &
+  watch=$!
+  for _ in 1 2 3; do
+    told_last '"printing"' || failed=1
+    far /bin/tc qdisc change dev far root netem loss 100%
+    told_last '"gone"' || failed=1
+    for switch in unplug replug; do
+      far bash -c ". /lib.sh; control '{\"do\": \"$switch\", \"printer\": 2}'"
+    done
+    far /bin/tc qdisc change dev far root netem "${poor[@]}"
+  done
+  told_last '"printing"' || failed=1
+  kill "$watch"
+  cat /tmp/watched
+  echo "given up: $(tcp_counter TCPAbortOnTimeout)"
+  [ "$(tcp_counter TCPAbortOnTimeout)" -gt 0 ] || failed=1
+  return "$failed"
+}
 tells_the_truth() {
   far bash -c ". /lib.sh; control '{\"do\": \"state\", \"printer\": $1, \"to\": \"error\", \"number\": 4711$1}'"
   for _ in 1 2; do
@@ -84,7 +114,7 @@ cat > /tmp/printers.json <<'JSON'
   {"address": "10.77.1.2", "serial": "POOR0", "firmware": "9.8.0", "model": "Zafel Superfine", "nickname": "Lab one",
    "buffer": 8192, "drainRate": 20000},
   {"address": "10.77.1.3", "serial": "POOR1", "firmware": "9.8.1", "model": "BEGO VARSEO XS"},
-  {"address": "10.77.1.4", "serial": "POOR2", "firmware": "9.8.2", "model": "Fabrix120 xP"}]}
+  {"address": "10.77.1.4", "serial": "POOR2", "firmware": "9.8.2", "model": "Fabrix120 xP", "layerMs": 600000}]}
 JSON
 cat > /tmp/there <<'TEXT'
 10.77.1.2 POOR0 Zafel Superfine Lab one
@@ -114,6 +144,7 @@ nuvsim_pid=$!
 wait_until grep -q '^ready' /tmp/nuvsim.log
 check "a search ends, and lists what is there only" lists_what_is_there
 check "three jobs at once arrive byte for byte" jobs_arrive
+check "a printer that is switched off is gone, and back" switched_off_is_gone
 check "answers are right" side_by_side tells_the_truth
 check "packets were lost and came late" counted
 awk '{sent += $1; lost += $2} END {print "      of " sent " packets " lost " lost"}' /tmp/counted
