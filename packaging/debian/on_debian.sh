@@ -4,7 +4,7 @@
 # Kept for the next run in build/debian/VERSION: the base system, apt's downloads and the compiler's
 # cache; and, only to be looked at, the system of the last run.
 # With arm64 for a version, what is built there is for that machine, and its tests run under an emulator.
-# Usage: on_debian.sh VERSION CLONE [ARGUMENTS OF dev...]
+# Usage: on_debian.sh VERSION CLONE [ARGUMENTS OF dev... | SCRIPT OF packaging/debian ARGUMENTS...]
 #   without arguments: demo, then test; for arm64: test arm64
 set -euo pipefail
 
@@ -82,16 +82,23 @@ emulated() {
     shift; exec "$@"' - "$root" "$@"
 }
 
-# run ARGUMENTS OF dev...
+# run ARGUMENTS OF dev..., or a script's name and its arguments
 run() {
-  echo "=== Debian $(cat "$root/etc/debian_version"): ./dev $*"
+  local program=dev
+  case "$1" in
+    *.sh) program=packaging/debian/$1; shift ;;
+  esac
+  echo "=== Debian $(cat "$root/etc/debian_version"): $program $*"
   # With CI, warnings are errors.
   "${runner[@]}" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root TERM="${TERM:-dumb}" http_proxy="$http_proxy" \
-    CI=true NUV_JOBS="${NUV_JOBS:-$(nproc)}" chroot "$root" /nuvconnect5/dev "$@"
+    CI=true NUV_JOBS="${NUV_JOBS:-$(nproc)}" chroot "$root" "/nuvconnect5/$program" "$@"
 }
 runner=()
 if [ "$version" = arm64 ]; then
-  run setup arm64
+  case "${1:-}" in
+    *.sh) run emulator.sh ;;
+    *) run setup arm64 ;;
+  esac
   runner=(emulated)
 fi
 if [ $# -gt 0 ]; then
