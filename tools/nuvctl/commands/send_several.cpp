@@ -146,6 +146,7 @@ Report SendToSeveral(const Context& context, const std::string& file,
   }
   const QStringList same = SameArguments(context, file, options);
   std::vector<Sender> senders;
+  senders.reserve(printers.size());
   for (const std::string& printer : printers) senders.emplace_back(context, printer, same);
   Follow(context, senders);
 
