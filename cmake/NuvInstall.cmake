@@ -52,7 +52,7 @@ nuv_pkg_config(nuvfile NuvFile "Print files of resin 3D printers")
 
 install(DIRECTORY python/nuvprinter DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
 install(FILES packaging/udev/70-nuvconnect5.rules DESTINATION lib/udev/rules.d)
-install(DIRECTORY examples docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY examples docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN __pycache__ EXCLUDE PATTERN site EXCLUDE)
 install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 set(manuals packaging/manuals)
 install(FILES ${manuals}/nuvctl.1 ${manuals}/nuvsim.1 ${manuals}/nuvfile.1

@@ -14,9 +14,15 @@ def header(path: str) -> None:
     above = []  # the comment that stands above these lines
     kept = []  # the last whole one, which the declarations behind it share until a blank line
     column = None  # of the comment behind a declaration
+    begun = False  # behind that
+    hidden = False  # what is private has links to nowhere
+    print("/// @file")  # whose first comment is about all of it
     for line in open(path, encoding="utf-8").read().split("\n"):
         if line.startswith(("template <>", "struct std::")):
             continue  # of the standard library's names, which doxygen does not know
+        if line == " private:" or hidden and line == "};":
+            print("/// @endcond" if hidden else "/// @cond")
+            hidden = not hidden
         own = re.match(r"( *)//(?: (.*))?$", line)
         behind = None if own else re.match(r"(.*[^\s:/].*?)( +)// (.*)$", line)
         if own and column is not None and len(own.group(1)) == column:
@@ -24,8 +30,10 @@ def header(path: str) -> None:
             continue
         column = None
         if own and (own.group(2) or "").startswith("----"):
-            line = ""
-        elif own:
+            line = "" if begun else "//"
+            own = own if not begun else None
+        begun = begun or not own
+        if own:
             above.append(line.replace("//", "///", 1))
             print(above[-1])
             continue
