@@ -12,10 +12,10 @@ trap 'rm -rf "$stage"' EXIT
 
 cmake --install "$build" --prefix "$stage/$name" --strip > /dev/null
 x86_64-w64-mingw32-strip --strip-unneeded "$stage/$name"/bin/*.dll
-cp -r examples python "$stage/$name/"
+cp -r examples python docs "$stage/$name/"
+rm -rf "$stage/$name"/docs/site "$stage/$name"/python/nuvprinter/__pycache__
 cp README.md CHANGELOG.md "$stage/$name/"
-mkdir -p "$stage/$name"/{docs,licences}
-cp docs/*.md "$stage/$name/docs/"
+mkdir -p "$stage/$name/licences"
 
 # The library's part on the left, the Debian package that has its licence on the right. Qt is the same
 # source for every system; the sysroot was built from that package too.

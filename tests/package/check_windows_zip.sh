@@ -14,7 +14,7 @@ trap 'exec 4>&-; kill "${processes[@]}" 2> /dev/null || true; rm -rf "$work"' EX
 cd "$work"
 unzip -q "$zip"
 root=$work/$(basename "$zip" .zip)
-for folder in bin lib include cmake examples licences; do
+for folder in bin lib include cmake examples python/nuvprinter docs/guides licences; do
   [ -n "$(ls "$root/$folder")" ] || { echo "the zip has nothing in $folder"; exit 1; }
 done
 "$tests/api/check_exports.sh" "$root/bin/NuvConnect5.dll" "$exports"
@@ -46,6 +46,8 @@ prints() {
 }
 
 start_nuvsim tcp --address 10.77.1.2 --serial TCP0001 --layer-ms 60000
+"$wine" "$root/bin/list_printers.exe" | tee listed  # C over nuvprinter.dll
+grep -Eq '10.77.1.2 +TCP0001 .* idle' listed
 prints by_hand network tcp
 "$wine" "$root/bin/watch_print.exe" 3 | tee watched
 grep -q 'layer .* of ' watched
@@ -56,3 +58,6 @@ exec 4> bridge.in
 "$tests/support/wait_for_line.sh" attached bridge.log
 prints print_file usb usb
 echo "listed, connected and sent a job over TCP and over USB, byte for byte"
+for file in bin/NuvConnect5.dll bin/nuvprinter.dll bin/nuvctl.exe bin/nuvsim.exe bin/Qt5Core.dll; do
+  printf '%-20s %6d KiB\n' "${file#*/}" $(($(stat -c %s "$root/$file") / 1024))
+done
