@@ -40,6 +40,8 @@ done
 echo "built twice, the same bytes"
 # Root is who this Debian belongs to.
 lintian --allow-root --fail-on error,warning --tag-display-limit 0 0/*.changes
+mkdir debug  # apart, so that a folder's packages can be installed together
+mv 0/*-dbgsym_*.deb debug/
 mv 0/*.{deb,dsc,changes,buildinfo} 0/*.debian.tar.xz .
 rm -r 0 5
 ls -l ./*.deb

@@ -11,20 +11,20 @@ trap 'kill "${simulator:-}" 2> /dev/null || true; rm -rf "$work"' EXIT
 install_packages() { apt-get install -qq -y --no-install-recommends "$@" > /dev/null; }
 of() { echo "$packages/$1"_*_"${2:-$target}.deb"; }
 ours=(nuvconnect-common libnuvfile0 libnuvprinter0 nuvconnect-tools)
-ours_now() { find / -xdev \( -path /nuvconnect5 -o -path /proc -o -path "$work" \) -prune -o -iname '*nuv*' -print; }
+ours_now() { find / -xdev \( -path /nuvconnect5 -o -path /proc -o -path "$work" \) -prune -o -iname '*nuv[cfps]*' -print; }
 
 [ "$target" = "$(dpkg --print-architecture)" ] || dpkg --add-architecture "$target"
 apt-get update -qq
 [ -z "$(ours_now)" ] || { ours_now; exit 1; }
 
 # shellcheck disable=SC2046
-install_packages $(of nuvconnect-common all) $(of libnuvfile0) $(of nuvconnect-tools)
+install_packages $(of nuvconnect-common all) $(of libnuvfile0) $(of libnuvprinter0) $(of nuvconnect-tools)
 cd "$work"
 nuvctl --version
 nuvsim --address 127.0.0.1 --serial SN1 --job-dir jobs > log &
 simulator=$!
-until grep -q '^ready' log; do sleep 0.1; done
-seq -f 'G1 X%g' 300 > lines
+until grep -qs '^ready' log; do sleep 0.1; done
+seq -f 'G1 X%g' 100 > lines
 nuvfile create --machine-id 3DPSNKG53WTW00001 lines crown.nuv
 nuvctl --address 127.0.0.1 send crown.nuv
 sed 's/$/\r/' lines | cmp - jobs/*.data
@@ -32,7 +32,7 @@ echo "ok    the programs, with what they need to run and nothing else"
 
 if [ "$target" = "$(dpkg --print-architecture)" ]; then
   # shellcheck disable=SC2046
-  install_packages $(of libnuvconnect5-0) $(of libnuvprinter0) $(of nuvconnect-dev) g++ cmake make pkg-config
+  install_packages $(of libnuvconnect5-0) $(of nuvconnect-dev) g++ cmake make pkg-config
   ours+=(libnuvconnect5-0 nuvconnect-dev python3-nuvprinter)
   examples=/usr/share/doc/nuvconnect-dev/examples
   # shellcheck disable=SC2046
