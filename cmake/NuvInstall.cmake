@@ -52,6 +52,8 @@ nuv_pkg_config(nuvfile NuvFile "Print files of resin 3D printers")
 
 install(DIRECTORY python/nuvprinter DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
 install(FILES packaging/udev/70-nuvconnect5.rules DESTINATION lib/udev/rules.d)
+install(FILES packaging/udev/nuvconnect5.metainfo.xml RENAME org.nuvconnect5.printers.metainfo.xml
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 install(DIRECTORY examples docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN __pycache__ EXCLUDE PATTERN site EXCLUDE)
 install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 set(manuals packaging/manuals)

@@ -11,7 +11,7 @@ version=$("$bin/nuvctl" --version | sed 's/.* //')
 chapters() {
   sed -e '1,/^## /{/^## /!d}' -e '/^## Source layout/,$d' -e 's/\[\([^]]*\)\]([^)]*)/\1/g' "$1" |
     lowdown -s -tman | preconv -r -e utf-8 |
-    sed -e '1,/^\.TH/d' -e 's/^\.SH/.SS/' \
+    sed -e '1,/^\.TH/d' -e 's/^\.SH/.SS/' -e 's/\\fC/\\fB/g' \
       -e 's/\(,\)\([a-z]*=\)/\1\\:\2/g' -e 's|\(/\)\([A-Za-z]\)|\1\\:\2|g'  # a table's cell is narrow
 }
 
@@ -38,13 +38,13 @@ page() {
   {
     echo '[>COMMANDS]'
     subcommands "$1"
-    printf '[MANUAL]\n.ad l\n.nh\n'
+    printf '[MANUAL]\n.ds AD l\n.ad l\n.nh\n'
     chapters "$3"
   } > "$include"
   # No date: the same sources give the same page.
   help2man --no-info --no-discard-stderr --section 1 --name "$2" --version-string "$version" \
     --source "NuvConnect5 $version" --manual 'NuvConnect5' --include "$include" "$bin/$1" |
-    sed '/^\.TH/s/"[A-Z][a-z]* [0-9]*"/""/' > "$folder/$1.1"
+    sed -e "1i '\\\\\" t" -e '/^\.TH/s/"[A-Z][a-z]* [0-9]*"/""/' > "$folder/$1.1"  # it has tables
   rm "$include"
 }
 
