@@ -50,7 +50,8 @@ nuv_pkg_config(nuvconnect5 NuvConnect5 "Connection library for resin 3D printers
 nuv_pkg_config(nuvprinter nuvprinter "Resin 3D printers, a handle each")
 nuv_pkg_config(nuvfile NuvFile "Print files of resin 3D printers")
 
-install(DIRECTORY python/nuvprinter DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY python/nuvprinter DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE
+        PATTERN ".*" EXCLUDE)
 install(FILES packaging/udev/70-nuvconnect5.rules DESTINATION lib/udev/rules.d)
 install(FILES packaging/udev/nuvconnect5.metainfo.xml RENAME org.nuvconnect5.printers.metainfo.xml
         DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")

@@ -14,6 +14,7 @@ static class Nuv
     const CallingConvention C = CallingConvention.Cdecl;
 
     public const int Ok = 0;
+    public const int LinkNetwork = 1;
     public const int StageSending = 3;
     public const int OutcomeNone = 0, OutcomeAccepted = 1, OutcomeSent = 2;
 
@@ -169,7 +170,7 @@ static class Program
 
     static Nuv.Identity Find(string address)
     {
-        var options = new Nuv.SearchOptions { Size = Nuv.SizeOf<Nuv.SearchOptions>() };
+        var options = new Nuv.SearchOptions { Size = Nuv.SizeOf<Nuv.SearchOptions>(), Links = Nuv.LinkNetwork };
         var addresses = GCHandle.Alloc(Nuv.Utf8(address), GCHandleType.Pinned);
         try
         {

@@ -22,6 +22,7 @@ async def state_of(address: str) -> nuvprinter.State:
     except asyncio.CancelledError:
         cancelled.set()
         await asyncio.wait([asking])
+        asking.exception()  # it has been cancelled, which is no news
         raise
 
 
@@ -29,7 +30,7 @@ async def show(address: str) -> None:
     try:
         print(address, (await asyncio.wait_for(state_of(address), 5)).state)
     except (nuvprinter.Error, asyncio.TimeoutError) as error:
-        print(address, error or "no answer")
+        print(address, str(error) or "no answer")
 
 
 async def main() -> None:

@@ -14,6 +14,8 @@ ours=(nuvconnect-common libnuvfile0 libnuvprinter0 nuvconnect-tools)
 ours_now() { find / -xdev \( -path /nuvconnect5 -o -path /proc -o -path "$work" \) -prune -o -iname '*nuv[cfps]*' -print; }
 
 [ "$target" = "$(dpkg --print-architecture)" ] || dpkg --add-architecture "$target"
+# Emulated, root is nobody else.
+[ "$target" = "$(dpkg --print-architecture)" ] || echo 'APT::Sandbox::User "root";' > /etc/apt/apt.conf.d/00emulated
 apt-get update -qq
 [ -z "$(ours_now)" ] || { ours_now; exit 1; }
 
@@ -23,7 +25,7 @@ cd "$work"
 nuvctl --version
 nuvsim --address 127.0.0.1 --serial SN1 --job-dir jobs > log &
 simulator=$!
-until grep -qs '^ready' log; do sleep 0.1; done
+until grep -qs '^ready' log; do kill -0 "$simulator" && sleep 0.1; done
 seq -f 'G1 X%g' 100 > lines
 nuvfile create --machine-id 3DPSNKG53WTW00001 lines crown.nuv
 nuvctl --address 127.0.0.1 send crown.nuv

@@ -13,7 +13,9 @@ trap 'rm -rf "$stage"' EXIT
 cmake --install "$build" --prefix "$stage/$name" --strip > /dev/null
 x86_64-w64-mingw32-strip --strip-unneeded "$stage/$name"/bin/*.dll
 cp -r examples python docs "$stage/$name/"
-rm -rf "$stage/$name"/docs/site "$stage/$name"/python/nuvprinter/__pycache__
+rm -r "$stage/$name/docs/site"
+# What programs leave beside sources.
+find "$stage/$name" -mindepth 1 \( -name __pycache__ -o -name '.*' \) -prune -exec rm -r {} +
 cp README.md CHANGELOG.md "$stage/$name/"
 mkdir -p "$stage/$name/licences"
 

@@ -195,7 +195,7 @@ class Frame:
         self.error = Error()
         self.native = Call(user=self.key)
         if time_limit is not None:
-            self.native.time_limit_ms = max(1, int(time_limit * 1000))
+            self.native.time_limit_ms = max(1, min(int(time_limit * 1000), 2**31 - 1))
 
     def still_wanted(self) -> bool:
         return not self.interrupted and (self.wanted is None or self.guarded(self.wanted))
@@ -228,10 +228,10 @@ class Frame:
             del _callees[self.key]
             if callable(before):
                 signal.signal(signal.SIGINT, before)
-        if self.raised is not None:
-            raise self.raised
         if self.interrupted:
             before(signal.SIGINT, None)  # which raises KeyboardInterrupt, unless it is the host's own
+        if self.raised is not None:
+            raise self.raised
         return result
 
 
@@ -272,7 +272,8 @@ def collected(name: str, handle: int) -> None:
 
 @atexit.register
 def _end() -> None:
-    """No thread of the library may call into an interpreter that is gone. Watches first."""
+    """No thread of the library may call into an interpreter that is gone. Watches first. A daemon thread of
+    the host's own is the host's matter."""
     for name in ("nuv_watch_free", "nuv_printer_free"):
         for handle in [handle for handle, frees in list(_open.items()) if frees == name]:
             free(name, handle)

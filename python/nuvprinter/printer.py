@@ -91,8 +91,14 @@ def _text(text: Union[str, bytes, None]) -> Optional[bytes]:
     return encoded
 
 
-def _path(path: Path) -> bytes:
-    return os.fsencode(path) if os.name == "posix" else os.fspath(path).encode("utf-8")
+def _path(path: Path) -> Optional[bytes]:
+    return _text(os.fsencode(path) if os.name == "posix" else os.fspath(path))
+
+
+def _int(number: int) -> c.c_int32:
+    if not -2**31 <= number < 2**31:
+        raise Error(Result.INVALID_ARGUMENT, f"{number} is beyond 32 bits")
+    return c.c_int32(number)
 
 
 def _listed(handle: c.c_void_p, name: str, kind: Type[Made]) -> List[Made]:
@@ -280,13 +286,13 @@ class Printer(_Owner):
         return self._number("laser_power_percent", call)
 
     def set_laser_power_percent(self, percent: int, call: Optional[Call] = None) -> None:
-        self._tell("set_laser_power_percent", call, c.c_int32(percent))
+        self._tell("set_laser_power_percent", call, _int(percent))
 
     def get_z_compensation_um(self, call: Optional[Call] = None) -> int:
         return self._number("z_compensation_um", call)
 
     def set_z_compensation_um(self, micrometres: int, call: Optional[Call] = None) -> None:
-        self._tell("set_z_compensation_um", call, c.c_int32(micrometres))
+        self._tell("set_z_compensation_um", call, _int(micrometres))
 
     def get_scaling(self, call: Optional[Call] = None) -> Scaling:
         return self._ask(Scaling, "scaling", call)
@@ -318,28 +324,28 @@ class Printer(_Owner):
         self._tell("leave_access_point", call)
 
     def get_network(self, port: Port = Port.IN_USE, call: Optional[Call] = None) -> Network:
-        return self._ask(Network, "network", call, c.c_int32(port))
+        return self._ask(Network, "network", call, _int(port))
 
     def get_versions(self, call: Optional[Call] = None) -> Versions:
         return self._ask(Versions, "versions", call)
 
     def get_job_record(self, index: int, call: Optional[Call] = None) -> JobRecord:
-        return self._ask(JobRecord, "job_record", call, c.c_int32(index))
+        return self._ask(JobRecord, "job_record", call, _int(index))
 
     def get_job_counts(self, since_power_on: bool = False, call: Optional[Call] = None) -> JobCounts:
-        return self._ask(JobCounts, "job_counts", call, c.c_int32(since_power_on))
+        return self._ask(JobCounts, "job_counts", call, _int(since_power_on))
 
     def get_last_read_job(self, call: Optional[Call] = None) -> int:
         return self._number("last_read_job", call)
 
     def set_last_read_job(self, index: int, call: Optional[Call] = None) -> None:
-        self._tell("set_last_read_job", call, c.c_int32(index))
+        self._tell("set_last_read_job", call, _int(index))
 
     def get_sensors(self, call: Optional[Call] = None) -> Sensors:
         return self._ask(Sensors, "sensors", call)
 
     def get_laser(self, number: int, call: Optional[Call] = None) -> Laser:
-        return self._ask(Laser, "laser", call, c.c_int32(number))
+        return self._ask(Laser, "laser", call, _int(number))
 
     def get_scan_unit(self, call: Optional[Call] = None) -> ScanUnit:
         return self._ask(ScanUnit, "scan_unit", call)
@@ -363,7 +369,7 @@ class Printer(_Owner):
     def update(self, part: Part, path: Path, options: SendOptions = SendOptions(),
                call: Optional[Call] = None) -> Outcome:
         """Replaces the firmware of a part."""
-        return self._transfer("update", options, call, c.c_int32(part), _path(path))
+        return self._transfer("update", options, call, _int(part), _path(path))
 
     def abandon_job(self, call: Optional[Call] = None) -> None:
         self._tell("abandon_job", call)
@@ -394,7 +400,7 @@ class Printer(_Owner):
         watcher, handle = _Watcher(function), c.c_void_p()
         # The library releases it also when this fails.
         self._done(_native.dll.nuv_printer_watch(
-            c.byref(handle), c.c_void_p(self._handle), c.c_int32(int(interval * 1000)), _native.LOOK,
+            c.byref(handle), c.c_void_p(self._handle), _int(int(interval * 1000)), _native.LOOK,
             c.c_void_p(_native.held(watcher)), _native.RELEASE))
         assert handle.value is not None
         return Watch(handle.value, watcher)
@@ -420,7 +426,7 @@ class _Logger:
 
     def log(self, pointer: int) -> bool:
         native = _native.received(pointer, "nuv_log_line")
-        self._function(LogLevel(native.level), native.printer.decode("utf-8"), native.text.decode("utf-8"))
+        self._function(LogLevel(native.level), native.printer.decode(), native.text.decode())
         return True
 
 
@@ -430,7 +436,7 @@ def set_log(level: LogLevel, function: Optional[Callable[[LogLevel, str, str], o
     if function is None:
         Printer._done(_native.dll.nuv_log_to(0, None, None, None))
         return
-    Printer._done(_native.dll.nuv_log_to(c.c_int32(level), _native.LOG,
+    Printer._done(_native.dll.nuv_log_to(_int(level), _native.LOG,
                                          c.c_void_p(_native.held(_Logger(function))), _native.RELEASE))
 
 

@@ -136,6 +136,9 @@ class Error(Exception):
         self.reason = _as(Result)(reason)
         self.command = command
 
+    def __reduce__(self) -> Tuple[type, Tuple[int, str, int]]:  # its text goes to other processes, too
+        return type(self), (self.reason, str(self), self.command)
+
 
 # ---- From C: by the type of the field
 

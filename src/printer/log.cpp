@@ -6,6 +6,7 @@
 
 #include "platform/diagnostics.h"
 #include "printer/host_call.h"
+#include "printer/values.h"
 
 namespace Nuv::Printer {
 namespace {
@@ -64,8 +65,9 @@ void Log(int level, const std::string& printer, const std::string& text) {
   if (log == nullptr) return;
   nuv_log_line line = NUV_INIT(nuv_log_line);
   line.level = level;
-  line.printer = printer.c_str();
-  line.text = text.c_str();
+  const std::string who = Repaired(printer), what = Repaired(text);
+  line.printer = who.c_str();
+  line.text = what.c_str();
   const HostCall call;
   if (log->function(&line, log->user) == 1) return;
   const std::lock_guard<std::mutex> lock(current.mutex);

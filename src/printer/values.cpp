@@ -19,10 +19,13 @@ size_t LengthThatFits(const std::string& text, size_t most) {
 
 }  // namespace
 
+std::string Repaired(const std::string& bytes) {
+  QString text = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
+  return text.replace(QChar(0), QChar(QChar::ReplacementCharacter)).toStdString();
+}
+
 nuv_text Text(const std::string& bytes) {
-  QString repaired = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
-  repaired.replace(QChar(0), QChar(QChar::ReplacementCharacter));
-  const std::string text = repaired.toStdString();
+  const std::string text = Repaired(bytes);
   nuv_text out = {};
   const size_t length = LengthThatFits(text, sizeof out.text - 1);
   std::memcpy(out.text, text.data(), length);

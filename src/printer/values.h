@@ -10,6 +10,9 @@
 
 namespace Nuv::Printer {
 
+// With U+FFFD in place of zeros and of what is no UTF-8.
+std::string Repaired(const std::string& bytes);
+
 // A known text: what is no UTF-8 or cannot stand in a text of C is replaced, what is too long cut
 // between characters, and both are told.
 nuv_text Text(const std::string& bytes);

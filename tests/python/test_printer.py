@@ -4,7 +4,9 @@ import asyncio
 import contextlib
 import gc
 import os
+import pickle
 import signal
+import socket
 import subprocess
 import sys
 import threading
@@ -69,8 +71,11 @@ def test_every_question_and_order(lab):
         assert laser.raw("F102") == b"F102 OK S:0"
         with pytest.raises(nuv.Error) as refused:
             laser.get_led_hours()
-        assert (refused.value.command, refused.value.reason) == (708, nuv.Result.REFUSED)
+        for error in (refused.value, pickle.loads(pickle.dumps(refused.value))):
+            assert (error.command, error.reason, str(error)) == (708, nuv.Result.REFUSED, str(refused.value))
         assert reason(laser.set_nickname, "a\0b") is nuv.Result.INVALID_ARGUMENT
+        assert reason(laser.send, "a.nuv\0b") is nuv.Result.INVALID_ARGUMENT
+        assert reason(laser.set_laser_power_percent, 2**32 + 50) is nuv.Result.INVALID_ARGUMENT
     assert reason(laser.get_state) is nuv.Result.BAD_HANDLE
 
 
@@ -162,10 +167,11 @@ def test_calls_end_when_nobody_waits_any_more(lab):
 def test_ctrl_c_ends_a_long_call(lab):
     simulator = lab.one()
     simulator.commits("silent", code=102, count=-1)
-    host = run("p = nuv.Printer.open_address('127.0.0.1')\nprint('asks', flush=True)\n"
-               "try: p.get_state()\nexcept KeyboardInterrupt: print('interrupted')")
-    assert host.stdout.readline() == "asks\n"
-    simulator.until(lambda status: status["totals"]["requests"] > 0)
+    # Also one inside a function of another.
+    host = run("asks = lambda found: nuv.Printer.open(found).get_state()\n"
+               "try: nuv.find(nuv.SearchOptions(addresses='127.0.0.1', found=asks))\n"
+               "except KeyboardInterrupt: print('interrupted')")
+    simulator.until(lambda status: status["totals"]["faultsApplied"] > 0)
     host.send_signal(signal.SIGINT)
     # Left alone it would wait for 36 s and more.
     assert host.communicate(timeout=20)[0] == "interrupted\n"
@@ -225,10 +231,17 @@ def test_the_log_is_told(lab):
     lines = []
     nuv.set_log(nuv.LogLevel.WARNING, lambda level, printer, text: lines.append((level, printer, text)))
     try:
+        # A name that is no UTF-8 does not end it.
+        with socket.socket(type=socket.SOCK_DGRAM) as printer:
+            printer.bind((HERE, 6014))
+            answer = b"F195 OK IP=<127.0.0.1> PORT=1 N=<\xfc> M:1 CN:2"
+            threading.Thread(target=lambda: printer.sendto(answer, printer.recvfrom(99)[1])).start()
+            nuv.find(nuv.SearchOptions(addresses=HERE + ":6014", addresses_only=True))
         assert reason(nuv.Printer.open, nuv.Identity(nuv.Link.NETWORK, HERE, 1)) is nuv.Result.UNREACHABLE
     finally:
         nuv.set_log(nuv.LogLevel.WARNING, None)
-    assert any(HERE in printer + text for _, printer, text in lines)
+    assert any("N=<\ufffd>" in text for _, _, text in lines)
+    assert HERE in "".join(lines[-1][1:])
     assert nuv.version().count(".") == 2
 
 
@@ -238,13 +251,18 @@ def test_in_asyncio_a_cancel_is_passed_on(lab):
     simulator = lab.one()
     simulator.commits("silent", code=102, count=-1)
 
+    unexpected = []
+
     async def host():
+        asyncio.get_running_loop().set_exception_handler(lambda _, what: unexpected.append(what))
         with pytest.raises(asyncio.TimeoutError):
             await asyncio.wait_for(watch_asyncio.state_of(HERE), 1)
+        gc.collect()
         simulator.tell("clear")
         return await watch_asyncio.state_of(HERE)
 
     assert asyncio.run(host()).state is nuv.PrinterState.IDLE
+    assert not unexpected
 
 
 def test_lists_on_the_command_line(lab):
@@ -279,8 +297,8 @@ def test_the_structures_are_those_of_the_header(tmp_path):
             source.append(f'printf("%d\\n", {prefix}{one.name});')
     (tmp_path / "layout.c").write_text("\n".join([*source, "return 0; }"]))
     compiler = os.environ.get("NUV_CC", "cc").split()
-    subprocess.run([*compiler, "-I", Path(os.environ["NUV_SOURCE"]) / "include", "layout.c", "-o", "layout"],
+    subprocess.run([*compiler, "-I", Path(os.environ["NUV_SOURCE"]) / "include", "layout.c", "-o", "layout.exe"],
                    cwd=tmp_path, check=True)
-    printed = subprocess.run([*os.environ.get("NUV_RUN", "").split(), tmp_path / "layout"], check=True,
+    printed = subprocess.run([*os.environ.get("NUV_RUN", "").split(), tmp_path / "layout.exe"], check=True,
                              stdout=subprocess.PIPE, text=True).stdout
     assert [int(number) for number in printed.split()] == wanted

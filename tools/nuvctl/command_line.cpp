@@ -211,6 +211,7 @@ int RunCommandLine(const std::vector<std::string>& given, std::ostream& out, std
     output.SetJson(options.json);
     RequireAddress(options.choice);
     const DebugLog log(options.debug, err);
+    if (options.debug) system.SetEnvironment("NUVCONNECT_DEBUG", "1");  // of processes of its own
     const Interruptible interruptible(system);
     return output.Finish(action(Context{options.choice, output, system}), kDone);
   } catch (const CommandError& error) {

@@ -44,7 +44,7 @@ void FieldReport::AddFlag(const std::string& label, const std::string& key,
 Report FieldReport::Finish() const { return {FormatFields(fields_), json_}; }
 
 void Output::Remark(const std::string& line) {
-  if (!json_) err_ << line << '\n' << std::flush;
+  if (!json_ || tellsProgress_) err_ << line << '\n' << std::flush;
 }
 
 void Output::Stream(const Report& piece) {

@@ -68,7 +68,7 @@ class Output {
   std::ostream& Out() { return out_; }
   std::ostream& Err() { return err_; }
 
-  // A whole line on standard error, for people only.
+  // A whole line on standard error, for people: not for scripts, but for a program that shows it.
   void Remark(const std::string& line);
 
   // Writes one piece of an answer that comes while the subcommand runs: the text, or the document

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -166,7 +167,10 @@ class PosixSystem final : public System {
   }
 
   bool Interrupted() override { return g_interrupted != 0 || (watchesInput_ && InputEnded()); }
-  void WatchInput() override { watchesInput_ = true; }
+  void WatchInput() override {
+    struct stat input = {};
+    watchesInput_ = fstat(STDIN_FILENO, &input) == 0 && S_ISFIFO(input.st_mode);
+  }
 
   void SetEnvironment(const char* name, const char* value) override { setenv(name, value, 1); }
 

@@ -30,18 +30,24 @@ class Sender {
   bool Runs() const { return process_->state() != QProcess::NotRunning; }
   void Cancel() { process_->closeWriteChannel(); }
 
-  // Waits for so long at most, and takes what it has told.
-  void Listen(int patienceMs, int64_t nowMs) {
+  // Waits for so long at most, and takes what it has told. What was meant for people.
+  std::vector<std::string> Listen(int patienceMs, int64_t nowMs) {
+    std::vector<std::string> remarks;
     if (!process_->canReadLine()) process_->waitForReadyRead(patienceMs);
     while (process_->canReadLine()) {
-      const QList<QByteArray> words = process_->readLine().trimmed().split(' ');
+      const QByteArray line = process_->readLine().trimmed();
+      const QList<QByteArray> words = line.split(' ');
       bool isNumber = false, areNumbers = false;
       const int64_t sent = words.front().toLongLong(&isNumber);
       const int64_t total = words.back().toLongLong(&areNumbers);
-      if (words.size() != 2 || !isNumber || !areNumbers) continue;  // meant for people
-      if (startMs_ < 0) startMs_ = nowMs;
+      if (words.size() != 2 || !isNumber || !areNumbers) {
+        remarks.push_back(Printable(printer_ + ": " + line.toStdString()));
+        continue;
+      }
+      if (startMs_ < 0 || sent < figures_.sent) startMs_ = nowMs;
       figures_ = {total, sent, nowMs - startMs_};
     }
+    return remarks;
   }
 
   std::string Row(int width) const {
@@ -115,13 +121,20 @@ void Follow(const Context& context, std::vector<Sender>& senders) {
   for (const Sender& sender : senders) names = std::max(names, DisplayWidth(sender.Printer()));
   LiveRows rows(context.output.Err());
   const bool shown = !context.output.Json() && context.system.ErrorIsTerminal();
+  const bool remarks = !context.output.Json() || qEnvironmentVariableIsSet("NUVCONNECT_DEBUG");
   bool cancelled = false;
   while (std::any_of(senders.begin(), senders.end(), runs)) {
     if (!cancelled && context.system.Interrupted()) {
       cancelled = true;
       for (Sender& sender : senders) sender.Cancel();
     }
-    for (Sender& sender : senders) sender.Listen(patienceMs, context.system.NowMs());
+    for (Sender& sender : senders) {
+      for (const std::string& line : sender.Listen(patienceMs, context.system.NowMs())) {
+        if (!remarks) continue;
+        rows.Clear(context.system.ErrorWidth());
+        context.output.Err() << line << '\n';
+      }
+    }
     if (!shown) continue;
     const int width = context.system.ErrorWidth();
     std::vector<std::string> lines;
