@@ -267,6 +267,8 @@ void NetworkDeviceSearcher::SearchAtOnce(const SearchAddresses& whom, uint16_t p
                                          const std::function<bool()>& goOn,
                                          const std::function<void(const std::string&)>& found) {
   const Nuv::Platform::Deadline end = waiter_.In(timeoutMs);
+  // Another search has most of its answers by then; from there on they come here.
+  const Nuv::Platform::Deadline patience = waiter_.In(timeoutMs * 2 / 3);
   const QByteArray echo = message_.toUpper();
   std::optional<SearchTurn> turn;
   if (whom.broadcast) turn.emplace(port);
@@ -277,7 +279,7 @@ void NetworkDeviceSearcher::SearchAtOnce(const SearchAddresses& whom, uint16_t p
   Replies replies;
   AddressAsker asker(whom.asked, message_, timeoutMs, waiter_);
   while ((broadcast || !asker.Done()) && waiter_.GetClock().Now() < end && goOn()) {
-    if (broadcast && !listens && turn->Try()) {
+    if (broadcast && !listens && (turn->Try() || waiter_.GetClock().Now() >= patience)) {
       listens = Bind(everybody, "all networks", port);
       broadcast = listens;
       for (const std::string& network : listens ? Broadcasts() : std::vector<std::string>()) {

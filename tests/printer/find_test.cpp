@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -144,6 +145,17 @@ TEST_F(FindTest, APrinterOnEveryNetworkIsOne) {
   call.timeLimit = kShort;
   EXPECT_THAT(Found(), ElementsAre("A1: done"));
 }
+
+#ifndef _WIN32  // where the system decides which of several sockets gets an answer
+// Both broadcast from the same port, which belongs to one search at a time.
+TEST_F(FindTest, TwoAtTheSameTimeBothFind) {
+  Start({Printer("A1")});
+  call.timeLimit = kShort;
+  auto other = std::async(std::launch::async, [&] { return nuv::Find(options, call).size(); });
+  EXPECT_EQ(nuv::Find(options, call).size(), 1U);
+  EXPECT_EQ(other.get(), 1U);
+}
+#endif
 
 // What stands behind them is one printer, which has but a client at a time.
 TEST_F(FindTest, ManyAreAskedAFewAtOnce) {

@@ -114,15 +114,20 @@ std::optional<Target> OpenKnownAddress(const Context& context, const KnownPrinte
   return std::nullopt;
 }
 
+Listed TheOneNamed(const Listing& listing, const std::string& name) {
+  return TheOne(listing, name, {HasNickname, HasSerial, SerialEndsIn},
+                "the name, nickname or serial number");
+}
+
+KnownPrinters::const_iterator FindKnown(const KnownPrinters& all, const std::string& name) {
+  return std::find_if(all.begin(), all.end(),
+                      [&](const KnownPrinter& one) { return one.name == name; });
+}
+
 Target OpenNamed(const Context& context, const std::string& name) {
   const KnownPrinters all = LoadKnown();
-  const auto known = std::find_if(all.begin(), all.end(),
-                                  [&](const KnownPrinter& one) { return one.name == name; });
-  if (known == all.end()) {
-    const Listing listing = ListPrinters(context);
-    return Open(context, TheOne(listing, name, {HasNickname, HasSerial, SerialEndsIn},
-                                "the name, nickname or serial number"));
-  }
+  const auto known = FindKnown(all, name);
+  if (known == all.end()) return Open(context, TheOneNamed(ListPrinters(context), name));
   if (!known->address.empty()) {
     if (std::optional<Target> target = OpenKnownAddress(context, *known)) {
       return std::move(*target);
@@ -205,6 +210,31 @@ Target OpenToChange(const Context& context) {
     context.output.Remark("Using the " + target.Description());
   }
   return target;
+}
+
+std::vector<std::vector<std::string>> OptionsFor(const Context& context,
+                                                 const std::vector<std::string>& names) {
+  const KnownPrinters all = LoadKnown();
+  std::optional<Listing> listing;
+  std::vector<std::vector<std::string>> options;
+  for (const std::string& name : names) {
+    // Joined, so that a name may begin with a dash.
+    options.push_back({"--printer=" + name});
+    if (context.choice.usb) options.back().emplace_back("--usb");
+    if (FindKnown(all, name) != all.end()) continue;
+    try {
+      if (!listing) listing = ListPrinters(context);
+      const Listed found = TheOneNamed(*listing, name);
+      if (found.who.link == nuv::Link::kNetwork) {
+        options.back() = {"--address=" + found.who.address};
+      } else if (found.who.serial) {
+        options.back() = {"--usb", "--serial=" + *found.who.serial};
+      }
+    } catch (const CommandError& error) {
+      if (error.exit == kCancelled) throw;  // any other is told by the one that uses it
+    }
+  }
+  return options;
 }
 
 Target OpenAgain(const Context& context, const nuv::Identity& before) {

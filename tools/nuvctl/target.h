@@ -78,6 +78,11 @@ Target OpenTarget(const Context& context);
 // when it was chosen by its place in the list, which shifts.
 Target OpenToChange(const Context& context);
 
+// For each of these names the options by which another nuvctl uses that printer. Those that are not
+// known are searched for here, once, so that several do not search at the same time.
+std::vector<std::vector<std::string>> OptionsFor(const Context& context,
+                                                 const std::vector<std::string>& names);
+
 // Opens the printer that was open as `before` and is perhaps at another place now, by its serial
 // number. Throws CommandError.
 Target OpenAgain(const Context& context, const nuv::Identity& before);

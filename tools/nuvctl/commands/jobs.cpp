@@ -144,7 +144,8 @@ Report SendToAll(const Context& context, const SendOptions& options) {
   if (options.watch) {
     throw UsageError("--watch follows one printer", "'nuvctl watch --all' follows all that print.");
   }
-  if (options.progress) throw UsageError("--progress tells of one printer", "Run a nuvctl for each.");
+  if (options.progress)
+    throw UsageError("--progress tells of one printer", "Run a nuvctl for each.");
   std::vector<std::string> same = {"--retry", std::to_string(options.retries)};
   if (options.force) same.emplace_back("--force");
   if (options.dryRun) same.emplace_back("--dry-run");

@@ -7,6 +7,7 @@
 
 #include "error.h"
 #include "progress.h"
+#include "target.h"
 #include "utf8.h"
 
 namespace NuvCtl {
@@ -17,13 +18,11 @@ using Json = nlohmann::ordered_json;
 // One 'nuvctl send' that runs for one printer.
 class Sender {
  public:
-  Sender(const Context& context, std::string printer, const QStringList& same)
+  Sender(const Context& context, std::string printer, const QStringList& options)
       : printer_(std::move(printer)) {
-    // Joined, so that a name may begin with a dash.
-    const QString chosen = QString::fromStdString("--printer=" + printer_);
     process_->setReadChannel(QProcess::StandardError);
     process_->start(QString::fromStdString(context.system.Program()),
-                    QStringList{"send", "--json", "--progress", chosen} + same);
+                    QStringList{"send", "--json", "--progress"} + options);
   }
 
   const std::string& Printer() const { return printer_; }
@@ -99,18 +98,21 @@ class Sender {
   Json outcome_;
 };
 
+QStringList Joined(const std::vector<std::string>& words) {
+  QStringList joined;
+  for (const std::string& word : words) joined += QString::fromStdString(word);
+  return joined;
+}
+
 // What is the same for all of them.
 QStringList SameArguments(const Context& context, const std::string& file,
                           const std::vector<std::string>& options) {
   std::vector<std::string> words = {"--timeout", std::to_string(context.choice.timeoutMs)};
   if (context.choice.port)
     words.insert(words.end(), {"--port", std::to_string(*context.choice.port)});
-  if (context.choice.usb) words.emplace_back("--usb");
   words.insert(words.end(), options.begin(), options.end());
   words.insert(words.end(), {"--", file});
-  QStringList same;
-  for (const std::string& word : words) same += QString::fromStdString(word);
-  return same;
+  return Joined(words);
 }
 
 void Follow(const Context& context, std::vector<Sender>& senders) {
@@ -160,7 +162,10 @@ Report SendToSeveral(const Context& context, const std::string& file,
   const QStringList same = SameArguments(context, file, options);
   std::vector<Sender> senders;
   senders.reserve(printers.size());
-  for (const std::string& printer : printers) senders.emplace_back(context, printer, same);
+  const std::vector<std::vector<std::string>> chosen = OptionsFor(context, printers);
+  for (size_t i = 0; i < printers.size(); ++i) {
+    senders.emplace_back(context, printers[i], Joined(chosen[i]) + same);
+  }
   Follow(context, senders);
 
   Report report;
