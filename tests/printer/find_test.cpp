@@ -146,16 +146,17 @@ TEST_F(FindTest, APrinterOnEveryNetworkIsOne) {
   EXPECT_THAT(Found(), ElementsAre("A1: done"));
 }
 
-#ifndef _WIN32  // where the system decides which of several sockets gets an answer
 // Both broadcast from the same port, which belongs to one search at a time.
 TEST_F(FindTest, TwoAtTheSameTimeBothFind) {
+#ifdef _WIN32
+  GTEST_SKIP() << "the system decides which of several sockets gets an answer";
+#endif
   Start({Printer("A1")});
   call.timeLimit = kShort;
   auto other = std::async(std::launch::async, [&] { return nuv::Find(options, call).size(); });
   EXPECT_EQ(nuv::Find(options, call).size(), 1U);
   EXPECT_EQ(other.get(), 1U);
 }
-#endif
 
 // What stands behind them is one printer, which has but a client at a time.
 TEST_F(FindTest, ManyAreAskedAFewAtOnce) {
