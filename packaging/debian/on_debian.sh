@@ -95,10 +95,7 @@ run() {
 }
 runner=()
 if [ "$version" = arm64 ]; then
-  case "${1:-}" in
-    *.sh) run emulator.sh ;;
-    *) run setup arm64 ;;
-  esac
+  run setup arm64
   runner=(emulated)
 fi
 if [ $# -gt 0 ]; then

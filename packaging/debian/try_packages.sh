@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Tries the packages in build/packages out as their users would, on a Debian with nothing installed and its
 # root: the programs, programs of one's own, Python; then all is removed and nothing of it is left.
-# Usage: try_packages.sh [ARCHITECTURE]    of another one, only the programs
+# Usage: try_packages.sh [ARCHITECTURE]    of another one, only the programs, run by an emulator
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../../build/packages"
 target=${1:-$(dpkg --print-architecture)}
@@ -13,22 +13,28 @@ of() { echo "$packages/$1"_*_"${2:-$target}.deb"; }
 ours=(nuvconnect-common libnuvfile0 libnuvprinter0 nuvconnect-tools)
 ours_now() { find / -xdev \( -path /nuvconnect5 -o -path /proc -o -path "$work" \) -prune -o -iname '*nuv[cfps]*' -print; }
 
-[ "$target" = "$(dpkg --print-architecture)" ] || dpkg --add-architecture "$target"
-# Emulated, root is nobody else.
-[ "$target" = "$(dpkg --print-architecture)" ] || echo 'APT::Sandbox::User "root";' > /etc/apt/apt.conf.d/00emulated
-apt-get update -qq
+emulator=()
+if [ "$target" != "$(dpkg --print-architecture)" ]; then
+  dpkg --add-architecture "$target"
+  apt-get update -qq
+  install_packages qemu-user-static
+  emulator=(qemu-aarch64-static)
+else
+  apt-get update -qq
+fi
 [ -z "$(ours_now)" ] || { ours_now; exit 1; }
 
 # shellcheck disable=SC2046
 install_packages $(of nuvconnect-common all) $(of libnuvfile0) $(of libnuvprinter0) $(of nuvconnect-tools)
 cd "$work"
-nuvctl --version
-nuvsim --address 127.0.0.1 --serial SN1 --job-dir jobs > log &
+run() { "${emulator[@]}" "/usr/bin/$1" "${@:2}"; }
+run nuvctl --version
+run nuvsim --address 127.0.0.1 --serial SN1 --job-dir jobs > log &
 simulator=$!
 until grep -qs '^ready' log; do kill -0 "$simulator" && sleep 0.1; done
 seq -f 'G1 X%g' 100 > lines
-nuvfile create --machine-id 3DPSNKG53WTW00001 lines crown.nuv
-nuvctl --address 127.0.0.1 send crown.nuv
+run nuvfile create --machine-id 3DPSNKG53WTW00001 lines crown.nuv
+run nuvctl --address 127.0.0.1 send crown.nuv
 sed 's/$/\r/' lines | cmp - jobs/*.data
 echo "ok    the programs, with what they need to run and nothing else"
 
