@@ -11,8 +11,7 @@ def show(found: Identity) -> None:
     if found.contact == Result.OK:
         try:
             with Printer.open(found, Call(time_limit=2)) as printer:
-                told = printer.get_state(Call(time_limit=2)).state
-                state = told.name.lower() if hasattr(told, "name") else str(told)
+                state = str(printer.get_state(Call(time_limit=2)).state)
         except Error as error:
             state = str(error)
     print(f"{found.address or '?':<16} {found.serial or '?':<20} {found.model or '?':<18} {state}", flush=True)

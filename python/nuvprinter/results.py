@@ -18,7 +18,17 @@ from . import _native
 # ---- Numbers with names; what a newer printer or library tells beyond them stays an int
 
 
-class Result(enum.IntEnum):
+class _Named(enum.IntEnum):
+    """For a person its name, as "idle"."""
+
+    def __str__(self) -> str:
+        return self.name.lower().replace("_", " ")
+
+    def __format__(self, how: str) -> str:
+        return format(str(self), how)
+
+
+class Result(_Named):
     """Why a call failed."""
 
     OK = 0
@@ -45,14 +55,14 @@ class Link(enum.IntFlag):
     USB = 2
 
 
-class PrinterState(enum.IntEnum):
+class PrinterState(_Named):
     IDLE = 0
     PRINTING = 1
     RECEIVING = 2
     ERROR = 3
 
 
-class ResinState(enum.IntEnum):
+class ResinState(_Named):
     READY = 0
     ABSENT = 1
     TAG_UNREADABLE = 2
@@ -61,18 +71,18 @@ class ResinState(enum.IntEnum):
     TOO_LITTLE = 5
 
 
-class Security(enum.IntEnum):
+class Security(_Named):
     OPEN = 0
     SECURED = 1
 
 
-class Port(enum.IntEnum):
+class Port(_Named):
     IN_USE = 0
     WIRED = 1
     WIRELESS = 2
 
 
-class JobResult(enum.IntEnum):
+class JobResult(_Named):
     FINISHED = 0
     CANCELLED = 1
     FAILED = 2
@@ -91,7 +101,7 @@ class Finding(enum.IntFlag):
     IMAGE_WRONG_SIZE = 64
 
 
-class Stage(enum.IntEnum):
+class Stage(_Named):
     CHECKING = 1
     OPENING = 2
     SENDING = 3
@@ -99,7 +109,7 @@ class Stage(enum.IntEnum):
     CONFIRMING = 5
 
 
-class OutcomeKind(enum.IntEnum):
+class OutcomeKind(_Named):
     NONE = 0
     ACCEPTED = 1
     SENT = 2
@@ -109,20 +119,20 @@ class OutcomeKind(enum.IntEnum):
     NOT_FIT = 6
 
 
-class Part(enum.IntEnum):
+class Part(_Named):
     ENGINE = 1
     ANDROID_BOARD = 2
     LCM_PANEL = 3
 
 
-class EventKind(enum.IntEnum):
+class EventKind(_Named):
     STATE = 1
     SILENT = 2
     GONE = 3
     PRINT_ENDED = 4
 
 
-class LogLevel(enum.IntEnum):
+class LogLevel(_Named):
     ERROR = 1
     WARNING = 2
 

@@ -39,6 +39,7 @@ def test_every_question_and_order(lab):
             stack.enter_context(nuv.Printer.open_address(f"127.0.0.{i}")) for i in range(1, 6))
         assert laser.get_identity().serial == "SN1"
         assert laser.get_state().state is nuv.PrinterState.IDLE
+        assert f"{laser.get_state().state:>5}" == " idle"
         assert laser.get_job() == nuv.Job(0, 0, 0, 0, None)
         assert laser.get_resin().state is nuv.ResinState.READY
         assert laser.get_resin().open_mode is True
