@@ -345,6 +345,11 @@ TEST_F(SendTest, APrinterThatDoesNotConfirmIsNotBelieved) {
   Open();
   Commits("refuse,code=157,count=-1");
   Commits("answer,code=102,skip=2,count=-1,text=F102 OK S:0");
+  outcome = printer.Send(PrintFile(), options, call);
+  EXPECT_EQ(outcome.kind, OutcomeKind::kUnconfirmed) << "it is still asked now and then";
+  Open();
+  Commits("refuse,code=157,count=-1");
+  Commits("answer,code=102,skip=2,count=-1,text=F102 OK S:0");
   outcome = printer.Send(PrintFile(), options);
   EXPECT_EQ(outcome.kind, OutcomeKind::kRefused);
   EXPECT_THAT(outcome.message, HasSubstr("it does not print"));
