@@ -227,13 +227,13 @@ def zsh(commands):
     cases = []
     general = {names[-1] for names, _, _ in commands[0].options}
     for one in commands:
-        specs = [spec for option in one.options if not one.path or option[0][-1] not in general
-                 for spec in zsh_option(*option, option[0][-1] == "--printer")]
+        words = [word for option in one.options if not one.path or option[0][-1] not in general
+                 for word in zsh_option(*option, option[0][-1] == "--printer")]
         for place, word in enumerate(one.places, 1):
             values = kind(word)
             action = ZSH_VALUES.get(values, f"({values})")
-            specs.append(quoted(f"{place}:{word}:{action}"))
-        rows = "".join(f"\n        {spec}" for spec in specs)
+            words.append(quoted(f"{place}:{word}:{action}"))
+        rows = "".join(f"\n        {word}" for word in words)
         names = " ".join(quoted(f"{name}:{zsh_text(text)}")
                          for name, text in one.commands)
         target = "general" if not one.path else "own"
