@@ -223,7 +223,10 @@ std::vector<std::vector<std::string>> OptionsFor(const Context& context,
     if (context.choice.usb) options.back().emplace_back("--usb");
     if (FindKnown(all, name) != all.end()) continue;
     try {
-      if (!listing) listing = ListPrinters(context);
+      if (!listing) {
+        listing.emplace();  // one that fails is not tried again
+        listing = ListPrinters(context);
+      }
       const Listed found = TheOneNamed(*listing, name);
       if (found.who.link == nuv::Link::kNetwork) {
         options.back() = {"--address=" + found.who.address};

@@ -134,7 +134,7 @@ void Follow(const Context& context, std::vector<Sender>& senders) {
       for (const std::string& line : sender.Listen(patienceMs, context.system.NowMs())) {
         if (!remarks) continue;
         rows.Clear(context.system.ErrorWidth());
-        context.output.Err() << line << '\n';
+        context.output.Err() << line << '\n' << std::flush;
       }
     }
     if (!shown) continue;
